@@ -1,0 +1,29 @@
+# jx_hardening: on for everything that ships. Sanitizer builds leave out what their run-time
+# libraries replace.
+add_library(jx_hardening INTERFACE)
+target_compile_definitions(jx_hardening INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+target_link_options(jx_hardening INTERFACE
+  -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,-z,text -Wl,--disable-new-dtags)
+if(NOT JX_SANITIZE)
+  target_compile_options(jx_hardening INTERFACE -fstack-protector-strong -fstack-clash-protection
+    -ftrivial-auto-var-init=zero)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    target_compile_options(jx_hardening INTERFACE
+      -enable-trivial-auto-var-init-zero-knowing-it-will-be-removed-from-clang)
+  endif()
+  if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+    target_compile_definitions(jx_hardening INTERFACE _FORTIFY_SOURCE=2)
+  endif()
+  if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+    target_compile_options(jx_hardening INTERFACE -fcf-protection=full)
+  endif()
+endif()
+if(JX_SANITIZE)
+  target_compile_options(jx_hardening INTERFACE -fsanitize=${JX_SANITIZE}
+    -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(jx_hardening INTERFACE -fsanitize=${JX_SANITIZE})
+endif()
+if(JX_COVERAGE)
+  target_compile_options(jx_hardening INTERFACE --coverage)
+  target_link_options(jx_hardening INTERFACE --coverage)
+endif()

@@ -1,0 +1,4 @@
+# jx_warnings: what every target of the project is compiled with.
+add_library(jx_warnings INTERFACE)
+target_compile_options(jx_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)

@@ -9,8 +9,8 @@ namespace jx {
 
 // What the host file access keeps for an open file; a block of the handle's pool.
 struct HostFile {
-  int32_t descriptor;      // POSIX file descriptor, owned by open_file
-  JXOpenFile *open_file;   // what "jxelm" opened
+  int32_t descriptor;     // POSIX file descriptor, owned by open_file
+  JXOpenFile *open_file;  // what "jxelm" opened
 };
 
 // A control string in the file's encoding.
@@ -41,46 +41,46 @@ inline constexpr uint32_t kOutboundCount = 9;  // control strings of a group tha
 inline constexpr uint32_t kInboundCount = 3;   // control strings of a group that are recognised
 
 struct FileHandle {
-  JXFile head;                               // what the host sees
-  JXInstance *instance;                      // opened through
-  HostFile *host_file;                       // not null: the file is open
-  JXPool *pool;                              // "jxwem%d"; holds the handle itself
-  JXPool *working_pool;                      // the same pool
-  JXJournal *journal;                        // where system errors go, or null
-  JXLock *open_lock;                         // guards the store of journal
-  JXChar *name;                              // block of name_chars + 1
-  uint32_t name_chars;                       // length of name
-  uint32_t access_mode;                      // JX_ACCESS_*
-  uint32_t buffered;                         // 0 in update mode
-  uint32_t record_length;                    // longest record, in bytes of the file
-  uint32_t record_format;                    // JX_FORMAT_*
-  uint32_t reserved_switch;                  // reported back
-  uint32_t lock_mode;                        // JX_LOCK_*
-  uint32_t user_values[JX_USER_VALUE_COUNT]; // reported back
-  uint32_t user_value_count;                 // 0 to 32
-  uint32_t file_encoding;                    // resolved; 0 for binary records
-  uint32_t record_encoding;                  // resolved; 0 for binary records
-  uint32_t open_flags;                       // JX_OPEN_*
-  uint8_t *record_buffer;                    // block of the pool, null with direct transfer
-  uint32_t record_buffer_bytes;              // its size
-  uint32_t block_bytes;                      // 8192
-  uint32_t buffer_count;                     // input: unread bytes; output: free bytes in the block
-  uint32_t buffer_offset;                    // input: of the first unread byte; output: bytes placed
-  uint32_t control_group;                    // 1 or 2
-  uint32_t control_extra_bytes;              // longest control string, slack of buffer sizes
-  uint32_t end_seen;                         // a host read reported end of file
-  uint64_t tracked_position;                 // file offset kept by the direct text routines
-  ControlCopy outbound[kOutboundCount];      // in the file's encoding
-  ControlCopy inbound[kInboundCount];        // LF, FF, CR in the file's encoding
-  uint8_t *transcode_buffer;                 // block of the pool, or null
-  uint32_t transcode_buffer_bytes;           // its size
-  JXNls *nls;                                // of the instance
-  JXTranscoder *read_transcoder;             // file to record encoding, or null
-  JXTranscoder *write_transcoder;            // record to file encoding, or null
-  uint8_t bom[4];                            // byte-order mark of the file's encoding
-  uint32_t bom_bytes;                        // 0, 2, 3 or 4
-  uint8_t bom_pending;                       // 1: to be written before the next data
-  MethodVector methods;                      // the routines of this handle
+  JXFile head;                                // what the host sees
+  JXInstance *instance;                       // opened through
+  HostFile *host_file;                        // not null: the file is open
+  JXPool *pool;                               // "jxwem%d"; holds the handle itself
+  JXPool *working_pool;                       // the same pool
+  JXJournal *journal;                         // where system errors go, or null
+  JXLock *open_lock;                          // guards the store of journal
+  JXChar *name;                               // block of name_chars + 1
+  uint32_t name_chars;                        // length of name
+  uint32_t access_mode;                       // JX_ACCESS_*
+  uint32_t buffered;                          // 0 in update mode
+  uint32_t record_length;                     // longest record, in bytes of the file
+  uint32_t record_format;                     // JX_FORMAT_*
+  uint32_t reserved_switch;                   // reported back
+  uint32_t lock_mode;                         // JX_LOCK_*
+  uint32_t user_values[JX_USER_VALUE_COUNT];  // reported back
+  uint32_t user_value_count;                  // 0 to 32
+  uint32_t file_encoding;                     // resolved; 0 for binary records
+  uint32_t record_encoding;                   // resolved; 0 for binary records
+  uint32_t open_flags;                        // JX_OPEN_*
+  uint8_t *record_buffer;                     // block of the pool, null with direct transfer
+  uint32_t record_buffer_bytes;               // its size
+  uint32_t block_bytes;                       // 8192
+  uint32_t buffer_count;                 // input: unread bytes; output: free bytes in the block
+  uint32_t buffer_offset;                // input: of the first unread byte; output: bytes placed
+  uint32_t control_group;                // 1 or 2
+  uint32_t control_extra_bytes;          // longest control string, slack of buffer sizes
+  uint32_t end_seen;                     // a host read reported end of file
+  uint64_t tracked_position;             // file offset kept by the direct text routines
+  ControlCopy outbound[kOutboundCount];  // in the file's encoding
+  ControlCopy inbound[kInboundCount];    // LF, FF, CR in the file's encoding
+  uint8_t *transcode_buffer;             // block of the pool, or null
+  uint32_t transcode_buffer_bytes;       // its size
+  JXNls *nls;                            // of the instance
+  JXTranscoder *read_transcoder;         // file to record encoding, or null
+  JXTranscoder *write_transcoder;        // record to file encoding, or null
+  uint8_t bom[4];                        // byte-order mark of the file's encoding
+  uint32_t bom_bytes;                    // 0, 2, 3 or 4
+  uint8_t bom_pending;                   // 1: to be written before the next data
+  MethodVector methods;                  // the routines of this handle
 };
 
 // The handle behind the pointer that the host holds.

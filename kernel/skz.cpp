@@ -1,1 +1,114 @@
+// Memory and string primitives in bytes and in 32-bit units. Copies take the source first.
+#include <cstring>
+#include <cwchar>
+
 #include "kernel/kernel.hpp"
+#include "kernel/scan.hpp"
+
+namespace {
+
+// The index of a scan as the exported routines report it.
+int32_t index_or_none(size_t index, uint32_t count) {
+  return index == count ? -1 : static_cast<int32_t>(index);
+}
+
+int32_t sign_of(int difference) { return (difference > 0) - (difference < 0); }
+
+}  // namespace
+
+extern "C" {
+
+uint32_t skStrLen(const char *string) {
+  return string ? static_cast<uint32_t>(std::strlen(string)) : 0;
+}
+
+uint32_t skStrTLen(const JXChar *string) {
+  // The platform's wide character is as wide as a JXChar, and its library scans with vectors.
+  static_assert(sizeof(wchar_t) == sizeof(JXChar));
+  return string ? static_cast<uint32_t>(std::wcslen(reinterpret_cast<const wchar_t *>(string))) : 0;
+}
+
+void skStrCpy(const char *source, char *destination) {
+  if (!destination) return;
+  std::memcpy(destination, source ? source : "", skStrLen(source) + 1u);
+}
+
+void skStrTCpy(const JXChar *source, JXChar *destination) {
+  if (!destination) return;
+  const uint32_t chars = skStrTLen(source);
+  if (chars != 0) std::memcpy(destination, source, size_t{chars} * jx::kJXCharBytes);
+  destination[chars] = 0;
+}
+
+void skStrUp(char *buffer, uint32_t count) {
+  for (uint32_t i = 0; i < count; ++i) {
+    const bool is_lower = buffer[i] >= 'a' && buffer[i] <= 'z';
+    buffer[i] = static_cast<char>(buffer[i] - (is_lower ? 0x20 : 0));
+  }
+}
+
+int32_t skMemNot(uint8_t value, const void *buffer, uint32_t count) {
+  return jx::scan_units<uint8_t, false>(buffer, count, value) == count;
+}
+
+int32_t skMemTNot(uint32_t value, const uint32_t *buffer, uint32_t count) {
+  return jx::scan_units<uint32_t, false>(buffer, count, value) == count;
+}
+
+void skMemSet(void *buffer, uint8_t value, uint32_t count) {
+  if (count != 0) std::memset(buffer, value, count);
+}
+
+void skMemTSet(uint32_t *buffer, uint32_t value, uint32_t count) {
+  jx::fill_units(buffer, value, count);
+}
+
+int32_t skMemCmp(const void *first, const void *second, uint32_t count) {
+  return count == 0 ? 0 : sign_of(std::memcmp(first, second, count));
+}
+
+int32_t skWMemCmp(const uint32_t *first, const uint32_t *second, uint32_t count) {
+  for (uint32_t i = 0; i < count; ++i) {
+    const uint32_t difference = first[i] - second[i];
+    if (difference != 0) return static_cast<int32_t>(difference) > 0 ? 1 : -1;
+  }
+  return 0;
+}
+
+void skMemCpy(const void *source, void *destination, uint32_t count) {
+  if (count != 0) std::memcpy(destination, source, count);
+}
+
+void *skMemSCpy(const void *source, void *destination, uint32_t count) {
+  return count == 0 ? destination : std::memmove(destination, source, count);
+}
+
+void *skMemDup(const void *source, uint32_t count, JXPool *pool) {
+  if (!pool || !source || count == 0) return nullptr;
+  void *block = pool->pool_allocate(pool, count, 0);
+  return block ? std::memcpy(block, source, count) : nullptr;
+}
+
+int32_t skMemScan(const void *buffer, uint32_t count, uint8_t value) {
+  return buffer ? index_or_none(jx::scan_units<uint8_t>(buffer, count, value), count) : -1;
+}
+
+int32_t skMemNScan(const void *buffer, uint32_t count, uint8_t value) {
+  return buffer ? index_or_none(jx::scan_units<uint8_t, false>(buffer, count, value), count) : -1;
+}
+
+int32_t skMemTNScan(const uint32_t *buffer, uint32_t count, uint32_t value) {
+  return buffer ? index_or_none(jx::scan_units<uint32_t, false>(buffer, count, value), count) : -1;
+}
+
+int32_t skMissArray(const void *array, uint32_t count) {
+  const auto *element = static_cast<const uint8_t *>(array);
+  for (uint32_t i = 0; i < count; ++i, element += sizeof(double)) {
+    if (element[6] == 0xFF && element[7] == 0xFF) return 1;
+  }
+  return 0;
+}
+
+JXStatus skUnsup() { return JX_E_UNSUPPORTED; }
+
+}  // extern "C"

@@ -6,8 +6,7 @@
 
 namespace jx {
 
-JXStatus status_of_errno(const ErrnoMap &map, int error, JXInstance *instance,
-                         JXJournal *journal) {
+JXStatus status_of_errno(const ErrnoMap &map, int error, JXInstance *instance, JXJournal *journal) {
   const auto row = std::ranges::lower_bound(map.rows, error, {}, &ErrnoRow::error);
   if (row != map.rows.end() && row->error == error) return row->status;
   if (map.reports_other) bkwemerror(instance, error, journal);
@@ -18,8 +17,8 @@ JXStatus status_of_errno(const ErrnoMap &map, int error, JXInstance *instance,
 
 namespace {
 
-constexpr uint32_t kTextChars = 1000;   // room for a message
-constexpr uintptr_t kErrorLevel = 4;    // journal level of an error
+constexpr uint32_t kTextChars = 1000;  // room for a message
+constexpr uintptr_t kErrorLevel = 4;   // journal level of an error
 
 }  // namespace
 

@@ -83,38 +83,38 @@ typedef void *JXOwner;
 
 /* Every status code above with its meaning, X(name, text): catalogues and tools expand it, so that
    a code and its text are stated together once. */
-#define JX_STATUS_LIST(X)                                         \
-  X(JX_E_NOMEM, "out of memory")                                  \
-  X(JX_E_BADARG, "invalid argument")                              \
-  X(JX_E_UNSUPPORTED, "operation not supported")                  \
-  X(JX_E_BADFORMAT, "invalid format string")                      \
-  X(JX_E_TRUNCATED, "the output did not fit the destination")     \
-  X(JXWEM_E_NOTFOUND, "file or directory not found")              \
-  X(JXWEM_E_ACCESS, "access denied")                              \
-  X(JXWEM_E_BADOPTIONS, "invalid combination of options")         \
-  X(JXWEM_E_BADMEMBER, "member name missing or empty")            \
-  X(JXWEM_E_INUSE, "file busy or locked")                         \
-  X(JXWEM_E_FAILED, "operation failed")                           \
-  X(JXWEM_E_EOF, "end of file or of the directory")               \
-  X(JXWEM_E_READONLY, "the file is open for input only")          \
-  X(JXWEM_E_OPENREFUSED, "the file-open extension refused")       \
-  X(JXWEM_E_NOHANDLE, "instance or handle missing")               \
-  X(JXWEM_E_PARTIAL, "the record came without its line end")      \
-  X(JXWEM_E_BADRECFORMAT, "invalid record format")                \
-  X(JXWEM_E_DISKFULL, "no space left on the device")              \
-  X(JXWEM_E_NAMETOOLONG, "name or path too long")                 \
-  X(JXWEM_E_BADNAME, "a required name is missing or empty")       \
-  X(JXWEM_E_NOTSUPPORTED, "not available for this handle")        \
-  X(JXWEM_E_SYSTEM, "system error")                               \
-  X(JXWEM_E_NOPATH, "a directory on the path is missing")         \
-  X(JXWEM_E_BADACCESS, "invalid access mode")                     \
-  X(JXWEM_E_BADBUFFERING, "invalid buffering value")              \
-  X(JXWEM_E_TOOLONG, "longer than the record length")             \
-  X(JXWEM_E_BADSWITCH, "invalid reserved switch")                 \
-  X(JXWEM_E_NOTEMPTY, "directory not empty")                      \
-  X(JXWEM_E_EXISTS, "the target exists already")                  \
-  X(JXWEM_E_NOROOM, "the name does not fit the buffer")           \
-  X(JXWEM_E_BADLOCKMODE, "invalid lock mode")                     \
+#define JX_STATUS_LIST(X)                                     \
+  X(JX_E_NOMEM, "out of memory")                              \
+  X(JX_E_BADARG, "invalid argument")                          \
+  X(JX_E_UNSUPPORTED, "operation not supported")              \
+  X(JX_E_BADFORMAT, "invalid format string")                  \
+  X(JX_E_TRUNCATED, "the output did not fit the destination") \
+  X(JXWEM_E_NOTFOUND, "file or directory not found")          \
+  X(JXWEM_E_ACCESS, "access denied")                          \
+  X(JXWEM_E_BADOPTIONS, "invalid combination of options")     \
+  X(JXWEM_E_BADMEMBER, "member name missing or empty")        \
+  X(JXWEM_E_INUSE, "file busy or locked")                     \
+  X(JXWEM_E_FAILED, "operation failed")                       \
+  X(JXWEM_E_EOF, "end of file or of the directory")           \
+  X(JXWEM_E_READONLY, "the file is open for input only")      \
+  X(JXWEM_E_OPENREFUSED, "the file-open extension refused")   \
+  X(JXWEM_E_NOHANDLE, "instance or handle missing")           \
+  X(JXWEM_E_PARTIAL, "the record came without its line end")  \
+  X(JXWEM_E_BADRECFORMAT, "invalid record format")            \
+  X(JXWEM_E_DISKFULL, "no space left on the device")          \
+  X(JXWEM_E_NAMETOOLONG, "name or path too long")             \
+  X(JXWEM_E_BADNAME, "a required name is missing or empty")   \
+  X(JXWEM_E_NOTSUPPORTED, "not available for this handle")    \
+  X(JXWEM_E_SYSTEM, "system error")                           \
+  X(JXWEM_E_NOPATH, "a directory on the path is missing")     \
+  X(JXWEM_E_BADACCESS, "invalid access mode")                 \
+  X(JXWEM_E_BADBUFFERING, "invalid buffering value")          \
+  X(JXWEM_E_TOOLONG, "longer than the record length")         \
+  X(JXWEM_E_BADSWITCH, "invalid reserved switch")             \
+  X(JXWEM_E_NOTEMPTY, "directory not empty")                  \
+  X(JXWEM_E_EXISTS, "the target exists already")              \
+  X(JXWEM_E_NOROOM, "the name does not fit the buffer")       \
+  X(JXWEM_E_BADLOCKMODE, "invalid lock mode")                 \
   X(JXWEM_E_NOMEMBER, "the name has no member part")
 
 #endif

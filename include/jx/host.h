@@ -75,9 +75,9 @@ struct JXPool {
 
 /* A mutual-exclusion lock. */
 struct JXLock {
-  JXStatus (*destroy_lock)(JXLock *lock);                                    /* 0 on success */
-  JXStatus (*lock_acquire)(JXLock *lock, uint32_t one1, uint32_t one2);      /* 0 when held */
-  JXStatus (*lock_release)(JXLock *lock);                                    /* 0 when released */
+  JXStatus (*destroy_lock)(JXLock *lock);                               /* 0 on success */
+  JXStatus (*lock_acquire)(JXLock *lock, uint32_t one1, uint32_t one2); /* 0 when held */
+  JXStatus (*lock_release)(JXLock *lock);                               /* 0 when released */
 };
 
 /* What a table calls for each entry it lets go of; the entry's third word is the value. */

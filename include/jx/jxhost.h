@@ -34,7 +34,8 @@ typedef struct JXHostConfig {
   int journal_fd;                 /* used without a sink: a descriptor, or -1 for no output */
 } JXHostConfig;
 
-#define JXHOST_CONFIG_INIT {JXHOST_ALL, 0, 0, 0, NULL, NULL, NULL, -1}
+#define JXHOST_CONFIG_INIT \
+  { JXHOST_ALL, 0, 0, 0, NULL, NULL, NULL, -1 }
 
 /* A host with the given configuration (null: JXHOST_CONFIG_INIT), owned by the caller until
    jxhost_destroy. Null when memory is out. */

@@ -22,10 +22,10 @@ typedef struct JXMember JXMember;
 typedef struct JXDirectoryEntry JXDirectoryEntry;
 typedef struct JXCreateName JXCreateName;
 
-#define JX_EYE_CATCHER "nevo"     /* the first four bytes of instances and handles */
-#define JX_NAME_MAX_CHARS 1024    /* the longest name or path, in JXChars */
-#define JX_USER_VALUE_COUNT 32    /* user values of a file */
-#define JX_HOST_NAME_CHARS 30     /* room for the host name in an instance */
+#define JX_EYE_CATCHER "nevo"       /* the first four bytes of instances and handles */
+#define JX_NAME_MAX_CHARS 1024      /* the longest name or path, in JXChars */
+#define JX_USER_VALUE_COUNT 32      /* user values of a file */
+#define JX_HOST_NAME_CHARS 30       /* room for the host name in an instance */
 #define JX_RECORD_BLOCK_BYTES 8192u /* unit of buffered transfer */
 
 /* ---- Open options ------------------------------------------------------------------------- */
@@ -97,25 +97,25 @@ typedef JXStatus (*JXWriteSlot)(JXFile *file, const void *data, uint32_t length,
 /* The part of a file handle that a host may use. It ends with the attributes; the rest of the
    block is the module's own. Made by open, ended by close, used by one caller at a time. */
 struct JXFile {
-  char eye_catcher[4];                                                /* "nevo" */
-  char *caller_tag;                                                   /* 8-bit text, or null */
-  JXStatus (*close)(JXFile *file);                                    /* jxwemclose */
-  JXStatus (*flush)(JXFile *file);                                    /* skwem_flush, bkwem_flush */
-  void *empty1[9];                                                    /* null */
-  JXReadSlot read;                                                    /* by format and buffering */
-  JXWriteSlot write;                                                  /* by format and buffering */
-  void *empty2[1];                                                    /* null */
-  JXStatus (*note)(JXFile *file, int64_t *offset_out);                /* bkwem_note */
-  JXStatus (*point)(JXFile *file, int64_t *offset, uint32_t mode);    /* bkwem_point */
-  JXStatus (*position_to_record)(JXFile *file, ...);                  /* jxwemposition2record */
-  JXStatus (*record_to_position)(JXFile *file, ...);                  /* jxwemrecord2position */
+  char eye_catcher[4];                                             /* "nevo" */
+  char *caller_tag;                                                /* 8-bit text, or null */
+  JXStatus (*close)(JXFile *file);                                 /* jxwemclose */
+  JXStatus (*flush)(JXFile *file);                                 /* skwem_flush, bkwem_flush */
+  void *empty1[9];                                                 /* null */
+  JXReadSlot read;                                                 /* by format and buffering */
+  JXWriteSlot write;                                               /* by format and buffering */
+  void *empty2[1];                                                 /* null */
+  JXStatus (*note)(JXFile *file, int64_t *offset_out);             /* bkwem_note */
+  JXStatus (*point)(JXFile *file, int64_t *offset, uint32_t mode); /* bkwem_point */
+  JXStatus (*position_to_record)(JXFile *file, ...);               /* jxwemposition2record */
+  JXStatus (*record_to_position)(JXFile *file, ...);               /* jxwemrecord2position */
   JXStatus (*position_to_byte)(JXFile *file, const int64_t *position,
-                               int64_t *offset_out);                  /* bkwemposition2byte */
+                               int64_t *offset_out); /* bkwemposition2byte */
   JXStatus (*byte_to_position)(JXFile *file, const int64_t *offset,
-                               int64_t *position_out);                /* bkwembyte2position */
-  JXStatus (*truncate)(JXFile *file, const int64_t *length_bytes);    /* bkwemtruncate */
-  JXStatus (*attach_journal)(JXFile *file, JXJournal *journal);       /* jxwemattachjnl */
-  JXFileAttributes attributes;                                        /* what was opened */
+                               int64_t *position_out);             /* bkwembyte2position */
+  JXStatus (*truncate)(JXFile *file, const int64_t *length_bytes); /* bkwemtruncate */
+  JXStatus (*attach_journal)(JXFile *file, JXJournal *journal);    /* jxwemattachjnl */
+  JXFileAttributes attributes;                                     /* what was opened */
 };
 
 #define JX_POINT_START 0x1u    /* point: to the start; the offset is set to 0 */
@@ -128,24 +128,24 @@ struct JXFile {
 
 /* An open directory. The slots are for the host; the fields after them are the module's. */
 struct JXDirectory {
-  char eye_catcher[4];                                               /* "nevo" */
-  char *name;                                                        /* 8-bit label, or null */
-  JXStatus (*close)(JXDirectory *directory);                         /* jxwemdirectoryclose */
+  char eye_catcher[4];                       /* "nevo" */
+  char *name;                                /* 8-bit label, or null */
+  JXStatus (*close)(JXDirectory *directory); /* jxwemdirectoryclose */
   JXStatus (*member_exist)(JXDirectory *directory, const JXChar *name,
-                           uint32_t name_chars);                      /* see the routine */
-  JXTable *(*member_list)(JXDirectory *directory, JXPool *pool, uint32_t flags,
-                          uint64_t *count_out, JXStatus *status_out); /* see the routine */
+                           uint32_t name_chars); /* see the routine */
+  JXTable *(*member_list)(JXDirectory *directory, JXPool *pool, uint32_t flags, uint64_t *count_out,
+                          JXStatus *status_out);                             /* see the routine */
   JXStatus (*read)(JXDirectory *directory, JXChar *buffer, uint32_t *chars); /* bkwemreaddir */
-  void *empty1;                                                      /* null */
-  JXInstance *instance;                                              /* opened through */
-  JXPool *pool;                                                      /* the handle's own pool */
-  JXPool *working_pool;                                              /* the same pool */
-  JXJournal *journal;                                                /* null */
-  void **stream_holder;                                              /* holds the system's stream */
-  uint32_t options;                                                  /* JX_DIRECTORY_* */
-  JXChar *path;                                                      /* as open received it */
-  uint32_t path_chars;                                               /* length of path */
-  void *empty2[2];                                                   /* null */
+  void *empty1;                                                              /* null */
+  JXInstance *instance;                                                      /* opened through */
+  JXPool *pool;         /* the handle's own pool */
+  JXPool *working_pool; /* the same pool */
+  JXJournal *journal;   /* null */
+  void **stream_holder; /* holds the system's stream */
+  uint32_t options;     /* JX_DIRECTORY_* */
+  JXChar *path;         /* as open received it */
+  uint32_t path_chars;  /* length of path */
+  void *empty2[2];      /* null */
 };
 
 /* ---- Information -------------------------------------------------------------------------- */
@@ -157,11 +157,11 @@ typedef union JXInfoValue {
   uint32_t word;  /* "ISDIR" (bit 0), "FILESYSID" */
 } JXInfoValue;
 
-#define JX_ITEM_FILESIZE 3u   /* type of "FILESIZE" */
-#define JX_ITEM_FREESPACE 4u  /* type of "FREESPACE" */
-#define JX_ITEM_FILESYSID 6u  /* type of "FILESYSID" */
-#define JX_ITEM_MODTIME 9u    /* type of "MODTIME" */
-#define JX_ITEM_ISDIR 13u     /* type of "ISDIR" */
+#define JX_ITEM_FILESIZE 3u  /* type of "FILESIZE" */
+#define JX_ITEM_FREESPACE 4u /* type of "FREESPACE" */
+#define JX_ITEM_FILESYSID 6u /* type of "FILESYSID" */
+#define JX_ITEM_MODTIME 9u   /* type of "MODTIME" */
+#define JX_ITEM_ISDIR 13u    /* type of "ISDIR" */
 
 #define JX_KIND_FILESIZE 1u /* format code of "FILESIZE" */
 #define JX_KIND_MODTIME 2u  /* format code of "MODTIME" */
@@ -237,9 +237,9 @@ struct JXInstance {
   void *empty1[2];     /* null */
   JXStatus (*get_required_version)(JXInstance *instance, uint32_t *a, uint32_t *b, uint32_t *c);
   JXStatus (*get_version)(JXInstance *instance, uint32_t *a, uint32_t *b, uint32_t *c);
-  JXHost *host;                               /* the handle given to jxwem */
-  JXStatus (*destroy)(JXInstance *instance);  /* jxwemdestroy */
-  void *empty2[2];                            /* null */
+  JXHost *host;                              /* the handle given to jxwem */
+  JXStatus (*destroy)(JXInstance *instance); /* jxwemdestroy */
+  void *empty2[2];                           /* null */
   JXDirectory *(*directory_open)(JXInstance *instance, const JXChar *path, uint32_t path_chars,
                                  uint32_t options, uint32_t unused, JXOwner owner,
                                  const char *name8, JXStatus *status_out);
@@ -252,18 +252,16 @@ struct JXInstance {
                          uint32_t extension_chars, JXChar **path_out, uint32_t *path_chars_out);
   JXStatus (*build_path_release)(JXInstance *instance, JXChar *path);
   JXStatus (*split_path)(JXInstance *instance, const JXChar *path, uint32_t path_chars,
-                         JXChar **directory_out, int32_t *directory_chars_out,
-                         JXChar **member_out, int32_t *member_chars_out, JXChar **base_out,
-                         int32_t *base_chars_out, JXChar **extension_out,
-                         int32_t *extension_chars_out);
+                         JXChar **directory_out, int32_t *directory_chars_out, JXChar **member_out,
+                         int32_t *member_chars_out, JXChar **base_out, int32_t *base_chars_out,
+                         JXChar **extension_out, int32_t *extension_chars_out);
   JXStatus (*split_path_release)(JXInstance *instance, JXChar *directory, JXChar *member,
                                  JXChar *base, JXChar *extension);
   JXStatus (*copy)(JXInstance *instance, const JXChar *source, uint32_t source_chars,
                    const JXChar *target, uint32_t target_chars);
   JXStatus (*exist)(JXInstance *instance, const JXChar *path, uint32_t path_chars);
   JXStatus (*make_directory)(JXInstance *instance, const JXChar *path, uint32_t path_chars);
-  JXStatus (*remove)(JXInstance *instance, const JXChar *path, uint32_t path_chars,
-                     uint32_t flags);
+  JXStatus (*remove)(JXInstance *instance, const JXChar *path, uint32_t path_chars, uint32_t flags);
   JXStatus (*rename)(JXInstance *instance, const JXChar *old_path, uint32_t old_chars,
                      const JXChar *new_path, uint32_t new_chars);
   JXTable *(*info)(JXInstance *instance, JXPool *pool, const JXChar *name, uint32_t name_chars,
@@ -271,24 +269,23 @@ struct JXInstance {
   JXTable *(*file_system_info)(JXInstance *instance, const JXChar *name, uint32_t name_chars,
                                JXStatus *status_out);
   JXStatus (*create_name)(JXInstance *instance, const JXChar *directory, uint32_t directory_chars,
-                          const JXCreateName *request, JXChar **path_out,
-                          uint32_t *path_chars_out);
+                          const JXCreateName *request, JXChar **path_out, uint32_t *path_chars_out);
   JXStatus (*create_name_release)(JXInstance *instance, JXChar *path); /* bkwembuildpathdestroy */
   JXTable *(*directory_list)(JXInstance *instance, const JXChar *path, uint32_t path_chars,
                              uint32_t kind, uint32_t flags, uint64_t *count_out,
                              JXStatus *status_out);
-  JXHost *pool_host;                     /* the handle that open and directory open make pools from */
-  JXPool *pool;                          /* "jxwem pool"; holds the instance itself */
-  JXPool *working_pool;                  /* the same pool */
-  JXJournal *journal;                    /* null, or where file-system operations report errors */
-  JXNls *nls;                            /* the host's character-set service */
-  JXElm *elm;                            /* the file-open extension, or null */
-  uint32_t name_counter;                 /* of unique names; atomic */
-  JXExtension *secure;                   /* held for the instance's lifetime */
-  JXChar host_name[JX_HOST_NAME_CHARS];  /* the machine's name */
-  uint32_t host_name_chars;              /* length of host_name; 0 without "jxitcp" */
-  JXTranscoder *native_encoder;          /* JXChar to encoding 62 */
-  JXTranscoder *native_decoder;          /* encoding 62 to JXChar */
+  JXHost *pool_host;     /* the handle that open and directory open make pools from */
+  JXPool *pool;          /* "jxwem pool"; holds the instance itself */
+  JXPool *working_pool;  /* the same pool */
+  JXJournal *journal;    /* null, or where file-system operations report errors */
+  JXNls *nls;            /* the host's character-set service */
+  JXElm *elm;            /* the file-open extension, or null */
+  uint32_t name_counter; /* of unique names; atomic */
+  JXExtension *secure;   /* held for the instance's lifetime */
+  JXChar host_name[JX_HOST_NAME_CHARS]; /* the machine's name */
+  uint32_t host_name_chars;             /* length of host_name; 0 without "jxitcp" */
+  JXTranscoder *native_encoder;         /* JXChar to encoding 62 */
+  JXTranscoder *native_decoder;         /* encoding 62 to JXChar */
 };
 
 #define JX_REMOVE_CONTENTS 0x1u /* remove: a directory goes with everything in it */
@@ -374,7 +371,8 @@ JX_EXPORT JX_NODISCARD JXStatus bkwem_write(JXFile *file, const void *source, ui
 
 /* Forces the file's data to the device. 0, JXWEM_E_NOHANDLE (descriptor not valid),
    JXWEM_E_SYSTEM (device error), JXWEM_E_DISKFULL, or JXWEM_E_FAILED (reported). After a failure
-   the data that was written since the last good flush may be lost; flushing again proves nothing. */
+   the data that was written since the last good flush may be lost; flushing again proves nothing.
+ */
 JX_EXPORT JXStatus bkwem_flush(JXFile *file);
 
 /* Stores the descriptor's offset in bytes. 0, JXWEM_E_NOTSUPPORTED (buffered handle) or
@@ -426,8 +424,8 @@ JX_EXPORT JXStatus skwem_read_rvar(JXFile *file, void **data, uint32_t *length, 
                                    int64_t *offset);
 /* Writes one record and a line end. 0, or a failure of the host write or of the transcoder; the
    direct routine answers JXWEM_E_TOOLONG to a record longer than the record length. */
-JX_EXPORT JXStatus skwem_write_var(JXFile *file, const void *data, uint32_t length,
-                                   uint32_t unused, int64_t *offset);
+JX_EXPORT JXStatus skwem_write_var(JXFile *file, const void *data, uint32_t length, uint32_t unused,
+                                   int64_t *offset);
 JX_EXPORT JXStatus skwem_write_rvar(JXFile *file, const void *data, uint32_t length,
                                     uint32_t unused, int64_t *offset);
 
@@ -439,8 +437,8 @@ JX_EXPORT JXStatus skwem_read_bin(JXFile *file, void **data, uint32_t *length, u
 JX_EXPORT JXStatus skwem_read_rbin(JXFile *file, void **data, uint32_t *length, uint32_t unused,
                                    int64_t *offset);
 /* Writes bytes as they are. 0, or a failure of the host write. */
-JX_EXPORT JXStatus skwem_write_bin(JXFile *file, const void *data, uint32_t length,
-                                   uint32_t unused, int64_t *offset);
+JX_EXPORT JXStatus skwem_write_bin(JXFile *file, const void *data, uint32_t length, uint32_t unused,
+                                   int64_t *offset);
 JX_EXPORT JXStatus skwem_write_rbin(JXFile *file, const void *data, uint32_t length,
                                     uint32_t unused, int64_t *offset);
 
@@ -483,11 +481,12 @@ JX_EXPORT JXStatus bkwemexpand_path_free(JXPool *pool, JXChar *path);
 /* Takes a path apart into directory, member, base name and extension; an absent component is null
    with length 0. All point into one block that bkwemsplitpathdestroy gives back.
    0, 1 (no path) or JX_E_NOMEM; the results are untouched on failure. */
-JX_EXPORT JX_NODISCARD JXStatus bkwemsplitpath(
-    JXInstance *instance, const JXChar *path, uint32_t path_chars, JXChar **directory_out,
-    int32_t *directory_chars_out, JXChar **member_out, int32_t *member_chars_out,
-    JXChar **base_out, int32_t *base_chars_out, JXChar **extension_out,
-    int32_t *extension_chars_out);
+JX_EXPORT JX_NODISCARD JXStatus bkwemsplitpath(JXInstance *instance, const JXChar *path,
+                                               uint32_t path_chars, JXChar **directory_out,
+                                               int32_t *directory_chars_out, JXChar **member_out,
+                                               int32_t *member_chars_out, JXChar **base_out,
+                                               int32_t *base_chars_out, JXChar **extension_out,
+                                               int32_t *extension_chars_out);
 
 /* Gives the block of one split back; takes its four components. Returns 0. */
 JX_EXPORT JXStatus bkwemsplitpathdestroy(JXInstance *instance, JXChar *directory, JXChar *member,
@@ -572,7 +571,7 @@ JX_EXPORT JXStatus jxwemFSInfoDestroy(JXTableEntry *entry);
 /* Opens a directory and returns its handle, owned by the caller until close; null with the reason
    in *status_out: JXWEM_E_BADNAME, JXWEM_E_NOTFOUND, JXWEM_E_NAMETOOLONG. name8 may be null. */
 JX_EXPORT JX_NODISCARD JXDirectory *jxwemdirectoryopen(JXInstance *instance, const JXChar *path,
-                                                       int32_t path_chars, uint32_t options,
+                                                       uint32_t path_chars, uint32_t options,
                                                        uint32_t unused, JXOwner owner,
                                                        const char *name8, JXStatus *status_out);
 /* Ends a directory handle. Returns 0. */

@@ -1,0 +1,10 @@
+// The host kernel handle of the process.
+#include "jx/wem.h"
+
+extern "C" {
+
+constinit JXHost *Exported_JXHandle = nullptr;
+
+void jxextent(JXHost *host) { Exported_JXHandle = host; }
+
+}  // extern "C"

@@ -1,0 +1,7 @@
+// A byte offset is a position already.
+#include "jx/wem.h"
+
+extern "C" JXStatus bkwembyte2position(JXFile *, const int64_t *offset, int64_t *position_out) {
+  *position_out = *offset;
+  return JX_OK;
+}

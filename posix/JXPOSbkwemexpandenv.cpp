@@ -1,0 +1,92 @@
+// Environment variables in a path: "$" and a name become the variable's value.
+#include <cstdlib>
+#include <cstring>
+
+#include "posix/expand.hpp"
+
+namespace jx {
+
+namespace {
+
+// How many variables one path may take. Values that refer to several others multiply; the bound
+// keeps a hostile environment from holding the caller for hours.
+constexpr uint32_t kVariableCount = 4096;
+
+bool ends_name(char character) {
+  return character == '\0' || character == '/' || character == '.' || character == '$';
+}
+
+class VariableExpander {
+ public:
+  VariableExpander(char *destination, const char *limit)
+      : start_(destination), next_(destination), limit_(limit) {}
+
+  // Appends the expansion of source.
+  void expand(const char *source, uint32_t depth) {
+    while (*source != '\0' && next_ <= limit_ && status_ == JX_OK) {
+      source = copy_text(source);
+      if (*source == '$') source = expand_variable(source, depth);
+    }
+  }
+
+  uint32_t count_bytes() const { return static_cast<uint32_t>(next_ - start_); }
+  JXStatus status() const { return status_; }
+
+ private:
+  // Appends what stands before the next "$" and returns where it ended.
+  const char *copy_text(const char *source) {
+    while (*source != '\0' && *source != '$' && next_ <= limit_) *next_++ = *source++;
+    return source;
+  }
+
+  void copy_bytes(const char *source, const char *end) {
+    while (source != end && next_ <= limit_) *next_++ = *source++;
+  }
+
+  // Appends the value of the variable at source (a "$") and returns what follows its name.
+  const char *expand_variable(const char *source, uint32_t depth) {
+    const char *name = source + 1;
+    const char *end = name;
+    while (!ends_name(*end)) ++end;
+    const auto name_bytes = static_cast<size_t>(end - name);
+    if (name_bytes >= kVariableNameBytes || ++variable_count_ > kVariableCount) {
+      return refuse(end);
+    }
+    char terminated[kVariableNameBytes];
+    std::memcpy(terminated, name, name_bytes);
+    terminated[name_bytes] = '\0';
+    const char *value = std::getenv(terminated);
+    if (!value) {
+      copy_bytes(source, end);
+      return end;
+    }
+    const char *rest = copy_text(value);
+    if (*rest != '$') return end;
+    if (depth == kVariableDepth || std::strlen(rest) >= kVariableValueBytes) return refuse(end);
+    expand(rest, depth + 1);
+    return end;
+  }
+
+  const char *refuse(const char *end) {
+    status_ = JXWEM_E_NAMETOOLONG;
+    return end;
+  }
+
+  char *start_;
+  char *next_;
+  const char *limit_;
+  uint32_t variable_count_ = 0;
+  JXStatus status_ = JX_OK;
+};
+
+}  // namespace
+
+uint32_t expand_env(const char *source, char *destination, const char *limit,
+                    JXStatus *status_out) {
+  VariableExpander expander(destination, limit);
+  expander.expand(source, 1);
+  *status_out = expander.status();
+  return expander.count_bytes();
+}
+
+}  // namespace jx

@@ -1,0 +1,7 @@
+// A position is a byte offset already.
+#include "jx/wem.h"
+
+extern "C" JXStatus bkwemposition2byte(JXFile *, const int64_t *position, int64_t *offset_out) {
+  *offset_out = *position;
+  return JX_OK;
+}

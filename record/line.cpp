@@ -1,0 +1,165 @@
+// Finding text lines: the line feed by vector scan, the carriage return before it, the line end
+// just behind a record of full length.
+#include "record/line.hpp"
+
+#include <algorithm>
+#include <cstring>
+
+#include "kernel/scan.hpp"
+
+namespace jx {
+
+namespace {
+
+template <typename T>
+uint32_t find_unit(const uint8_t *data, uint32_t unit_count, const uint8_t *pattern) {
+  T unit;
+  std::memcpy(&unit, pattern, sizeof unit);
+  return static_cast<uint32_t>(scan_units<T>(data, unit_count, unit));
+}
+
+// Index of the first of unit_count units that is a line feed; unit_count when none is.
+uint32_t find_line_feed(const ControlCopy &line_feed, const uint8_t *data, uint32_t unit_count) {
+  switch (line_feed.bytes) {
+    case 1:
+      return find_unit<uint8_t>(data, unit_count, line_feed.text);
+    case 2:
+      return find_unit<uint16_t>(data, unit_count, line_feed.text);
+    case 4:
+      return find_unit<uint32_t>(data, unit_count, line_feed.text);
+    default:
+      break;
+  }
+  for (uint32_t i = 0; i < unit_count; ++i) {
+    const uint8_t *unit = data + size_t{i} * line_feed.bytes;
+    if (std::memcmp(unit, line_feed.text, line_feed.bytes) == 0) return i;
+  }
+  return unit_count;
+}
+
+bool stands_at(const ControlCopy &control, const uint8_t *data) {
+  return std::memcmp(data, control.text, control.bytes) == 0;
+}
+
+// The record before a line feed at `position`, less the carriage return before it.
+Line trim_line_end(const FileHandle *handle, const uint8_t *data, uint32_t position) {
+  const ControlCopy &line_feed = handle->inbound[kLineFeed];
+  const ControlCopy &carriage_return = handle->inbound[kCarriageReturn];
+  Line line = {position, position + line_feed.bytes};
+  if (position >= line_feed.bytes && position >= carriage_return.bytes &&
+      stands_at(carriage_return, data + position - line_feed.bytes)) {
+    line.record_bytes = position - carriage_return.bytes;
+  }
+  return line;
+}
+
+// A search that may go on when more bytes are in hand: how far it came, in units of the line feed.
+class LineSearch {
+ public:
+  explicit LineSearch(const FileHandle *handle) : line_feed_(handle->inbound[kLineFeed]) {}
+
+  // Searches the units that begin in the first window_bytes and lie in hand as a whole.
+  bool finds_in(const uint8_t *data, uint32_t window_bytes, uint32_t bytes_in_hand) {
+    const uint32_t unit_bytes = line_feed_.bytes;
+    const uint32_t units = unit_bytes == 1
+                               ? window_bytes
+                               : std::min(units_over(window_bytes), bytes_in_hand / unit_bytes);
+    searched_units_ += find_line_feed(line_feed_, data + size_t{searched_units_} * unit_bytes,
+                                      units - searched_units_);
+    return searched_units_ < units;
+  }
+  // Where the line feed was found.
+  uint32_t position() const { return searched_units_ * line_feed_.bytes; }
+  // Where a search of window_bytes that finds nothing ends: at a whole unit.
+  uint32_t end_of(uint32_t window_bytes) const {
+    return units_over(window_bytes) * line_feed_.bytes;
+  }
+
+ private:
+  uint32_t units_over(uint32_t bytes) const {
+    return bytes / line_feed_.bytes + (bytes % line_feed_.bytes != 0);
+  }
+
+  const ControlCopy &line_feed_;
+  uint32_t searched_units_ = 0;
+};
+
+// A record as long as the record length may have its line end just behind it: a line feed, or a
+// carriage return and a line feed. True with the line that this makes.
+bool ends_behind_limit(const FileHandle *handle, Line *line) {
+  const ControlCopy &line_feed = handle->inbound[kLineFeed];
+  const ControlCopy &carriage_return = handle->inbound[kCarriageReturn];
+  const uint32_t limit = handle->record_length;
+  const uint32_t bytes_behind = handle->buffer_count - limit;
+  const uint8_t *data = first_unread(handle);
+  if (bytes_behind >= line_feed.bytes && stands_at(line_feed, data + limit)) {
+    *line = trim_line_end(handle, data, limit);
+    return true;
+  }
+  if (bytes_behind >= carriage_return.bytes + line_feed.bytes &&
+      stands_at(carriage_return, data + limit) &&
+      stands_at(line_feed, data + limit + carriage_return.bytes)) {
+    *line = trim_line_end(handle, data, limit + carriage_return.bytes);
+    return true;
+  }
+  return false;
+}
+
+// A line with no line feed among its first record-length bytes.
+JXStatus take_long_or_last_line(FileHandle *handle, const LineSearch &search, Line *line) {
+  const uint32_t limit = handle->record_length;
+  const uint32_t look_ahead =
+      handle->inbound[kCarriageReturn].bytes + handle->inbound[kLineFeed].bytes;
+  while (handle->buffer_count - std::min(handle->buffer_count, limit) < look_ahead &&
+         handle->end_seen == 0) {
+    const JXStatus status = read_block(handle);
+    if (status != JX_OK) return status;
+  }
+  const uint32_t count = handle->buffer_count;
+  const uint32_t end = search.end_of(std::min(count, limit));
+  if (end == limit && count > limit && ends_behind_limit(handle, line)) return JX_OK;
+  // A character that the end of the file cuts off comes as it stands.
+  const uint32_t bytes = std::min(end, count);
+  *line = {bytes, bytes};
+  return end == count && handle->end_seen != 0 ? JX_OK : JXWEM_E_PARTIAL;
+}
+
+}  // namespace
+
+JXStatus find_line(FileHandle *handle, Line *line) {
+  LineSearch search(handle);
+  for (;;) {
+    const uint32_t count = handle->buffer_count;
+    const uint32_t window_bytes = std::min(count, handle->record_length);
+    const uint8_t *data = first_unread(handle);
+    if (search.finds_in(data, window_bytes, count)) {
+      *line = trim_line_end(handle, data, search.position());
+      return JX_OK;
+    }
+    if (count >= handle->record_length || handle->end_seen != 0) {
+      return take_long_or_last_line(handle, search, line);
+    }
+    const JXStatus status = read_block(handle);
+    if (status != JX_OK) return status;
+  }
+}
+
+JXStatus find_direct_line(const FileHandle *handle, DirectRead *read) {
+  const uint8_t *data = handle->record_buffer;
+  if (begins_with_bom(handle, data, read->read_bytes)) read->bom_bytes = handle->bom_bytes;
+  data += read->bom_bytes;
+  const uint32_t span = read->read_bytes - read->bom_bytes;
+  LineSearch search(handle);
+  if (search.finds_in(data, span, span)) {
+    read->line = trim_line_end(handle, data, search.position());
+    return JX_OK;
+  }
+  // A read that filled the buffer may cut a character; it begins the next record. One that the end
+  // of the file cuts comes as it stands.
+  const bool is_full = read->read_bytes == handle->record_length + handle->control_extra_bytes;
+  const uint32_t bytes = is_full && search.position() != 0 ? search.position() : span;
+  read->line = {bytes, bytes};
+  return JXWEM_E_PARTIAL;
+}
+
+}  // namespace jx

@@ -1,0 +1,102 @@
+// The record layer's shared steps: refilling the buffer, byte-order marks, placing and writing
+// bytes, transcoding. Each reader and writer is a short list of them.
+#pragma once
+
+#include <cstdint>
+
+#include "kernel/handle.hpp"
+
+namespace jx {
+
+// The control strings of one direction that matter to records.
+inline constexpr uint32_t kLineEnd = 0;         // outbound: what is written after a record
+inline constexpr uint32_t kLineFeed = 0;        // inbound: what ends a record
+inline constexpr uint32_t kCarriageReturn = 2;  // inbound: what is dropped before the line feed
+
+// Gives the record buffer and every control string back to the handle's pool.
+void release_record_layer(FileHandle *handle);
+
+// What every reader asks first: 0, JXWEM_E_NOHANDLE, or JXWEM_E_NOTSUPPORTED for a handle that only
+// writes, whose buffer holds no unread bytes.
+inline JXStatus check_reader(const JXFile *file) {
+  if (!file) return JXWEM_E_NOHANDLE;
+  const uint32_t mode = reinterpret_cast<const FileHandle *>(file)->access_mode;
+  const bool reads = mode == JX_ACCESS_INPUT || mode == JX_ACCESS_UPDATE;
+  return reads ? JX_OK : JXWEM_E_NOTSUPPORTED;
+}
+
+// What every writer asks first: 0, JXWEM_E_NOHANDLE, or JXWEM_E_READONLY for an input handle.
+inline JXStatus check_writer(const JXFile *file) {
+  if (!file) return JXWEM_E_NOHANDLE;
+  const uint32_t mode = reinterpret_cast<const FileHandle *>(file)->access_mode;
+  return mode == JX_ACCESS_INPUT ? JXWEM_E_READONLY : JX_OK;
+}
+
+// True when a host read delivered bytes.
+inline bool has_read(JXStatus status) { return status == JX_OK || status == JXWEM_E_PARTIAL; }
+
+// The first unread byte of the record buffer.
+inline uint8_t *first_unread(const FileHandle *handle) {
+  return handle->record_buffer + handle->buffer_offset;
+}
+
+// Takes bytes off the front of the unread ones.
+inline void consume(FileHandle *handle, uint32_t bytes) {
+  handle->buffer_offset += bytes;
+  handle->buffer_count -= bytes;
+}
+
+// Host reads one block behind the unread bytes. At end of file sets end_seen. The unread bytes may
+// move. 0, or the failure of the host read.
+JXStatus read_block(FileHandle *handle);
+
+// Host reads blocks until `target_bytes` are unread or the file ends. 0, JXWEM_E_EOF when nothing
+// is left, or the failure of the host read.
+JXStatus refill(FileHandle *handle, uint32_t target_bytes);
+
+// True when the bytes begin with the byte-order mark of the file's encoding.
+bool begins_with_bom(const FileHandle *handle, const uint8_t *bytes, uint32_t count);
+
+// Skips a byte-order mark at the start of the unread bytes.
+void skip_bom(FileHandle *handle);
+
+// Transcodes from the file's to the record encoding and stores what was produced. 0 or the
+// transcoder's status.
+JXStatus transcode_in(const FileHandle *handle, const void *source, uint32_t source_bytes,
+                      void *destination, uint32_t capacity_bytes, uint32_t *produced_bytes_out);
+
+// Bytes on their way to the file: the caller's own, or transcoded ones in the transcode buffer.
+struct Outgoing {
+  const void *data;
+  uint32_t bytes;
+};
+
+// Transcodes a record for the file when the handle has a write transcoder; at most capacity_bytes
+// of the transcode buffer are used. 0, JX_E_NOMEM or the transcoder's status.
+JXStatus transcode_out(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record);
+
+// True when the caller lets byte-order marks be written and the encoding has one.
+inline bool may_write_bom(const FileHandle *handle) {
+  return handle->bom_bytes != 0 && (handle->open_flags & JX_OPEN_NO_BOM) == 0;
+}
+
+// True when a byte-order mark is due before the next data at the descriptor's offset.
+inline bool owes_bom(const FileHandle *handle) {
+  return handle->bom_pending != 0 && may_write_bom(handle);
+}
+
+// Host writes until every byte is written; a short write is continued. *written_bytes_out receives
+// how many went, on failure too. offset null: at the descriptor's offset. 0 or the failure.
+JXStatus write_all(FileHandle *handle, const void *source, uint32_t bytes, const int64_t *offset,
+                   uint32_t *written_bytes_out);
+
+// Host writes the first bytes of the record buffer and empties it, whatever the write returned.
+JXStatus write_pending(FileHandle *handle, uint32_t bytes);
+
+// Places bytes in the record buffer, writing each block that becomes full. 0 or a write failure.
+JXStatus place(FileHandle *handle, const void *source, uint32_t bytes);
+
+// Places the byte-order mark when it is due. 0 or a write failure.
+JXStatus place_bom(FileHandle *handle);
+
+}  // namespace jx

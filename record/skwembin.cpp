@@ -1,0 +1,58 @@
+// Binary records: bytes as they are, through the buffer or directly.
+#include <algorithm>
+
+#include "record/record.hpp"
+
+using jx::FileHandle;
+
+extern "C" {
+
+JXStatus skwem_read_bin(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *) {
+  JXStatus status = jx::check_reader(file);
+  if (status != JX_OK) return status;
+  FileHandle *handle = jx::handle_of(file);
+  const uint32_t wanted = *length;
+  if (wanted > handle->record_length) return JXWEM_E_TOOLONG;
+  *data = nullptr;
+  *length = 0;
+  status = jx::refill(handle, wanted);
+  if (status != JX_OK) return status;
+  *data = jx::first_unread(handle);
+  *length = std::min(wanted, handle->buffer_count);
+  jx::consume(handle, *length);
+  return JX_OK;
+}
+
+JXStatus skwem_write_bin(JXFile *file, const void *data, uint32_t length, uint32_t, int64_t *) {
+  JXStatus status = jx::check_writer(file);
+  if (status != JX_OK) return status;
+  return jx::place(jx::handle_of(file), data, length);
+}
+
+JXStatus skwem_read_rbin(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *offset) {
+  JXStatus status = jx::check_reader(file);
+  if (status != JX_OK) return status;
+  FileHandle *handle = jx::handle_of(file);
+  void *destination = handle->record_buffer;
+  if ((handle->open_flags & JX_OPEN_DIRECT_TRANSFER) != 0) {
+    destination = *data;
+    if (!destination) return JXWEM_E_FAILED;
+  } else if (*length > handle->record_length) {
+    return JXWEM_E_TOOLONG;
+  }
+  uint32_t read_bytes = 0;
+  status = handle->methods.host_read(file, destination, *length, &read_bytes, offset);
+  *length = jx::has_read(status) ? read_bytes : 0;
+  if (jx::has_read(status)) *data = destination;
+  return status;
+}
+
+JXStatus skwem_write_rbin(JXFile *file, const void *data, uint32_t length, uint32_t,
+                          int64_t *offset) {
+  JXStatus status = jx::check_writer(file);
+  if (status != JX_OK) return status;
+  uint32_t written = 0;
+  return jx::write_all(jx::handle_of(file), data, length, offset, &written);
+}
+
+}  // extern "C"

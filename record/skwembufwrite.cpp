@@ -1,0 +1,24 @@
+// The block writer.
+#include <algorithm>
+#include <cstring>
+
+#include "record/record.hpp"
+
+extern "C" JXStatus sk_buf_write(JXFile *file, const void *source, uint32_t bytes) {
+  if (!file) return JXWEM_E_NOHANDLE;
+  jx::FileHandle *handle = jx::handle_of(file);
+  const auto *data = static_cast<const uint8_t *>(source);
+  while (bytes != 0) {
+    const uint32_t piece = std::min(bytes, handle->buffer_count);
+    std::memmove(handle->record_buffer + handle->buffer_offset, data, piece);
+    handle->buffer_offset += piece;
+    handle->buffer_count -= piece;
+    data += piece;
+    bytes -= piece;
+    if (handle->buffer_count == 0) {
+      const JXStatus status = jx::write_pending(handle, handle->block_bytes);
+      if (status != JX_OK) return status;
+    }
+  }
+  return JX_OK;
+}

@@ -1,0 +1,116 @@
+// The control strings of a handle in its file's encoding.
+#include <algorithm>
+#include <cstring>
+#include <span>
+
+#include "record/record.hpp"
+
+namespace {
+
+using jx::ControlCopy;
+using jx::FileHandle;
+
+constexpr uint32_t kInbound = 0;
+constexpr uint32_t kOutbound = 1;
+constexpr uint32_t kGroups = 2;
+
+// One direction of one group: what is copied where.
+struct Direction {
+  std::span<const JXControlString> entries;
+  std::span<ControlCopy> copies;
+};
+
+uint32_t chars_of(const JXControlString &entry) { return entry.bytes / jx::kJXCharBytes; }
+
+// The longest copy, which readers and writers need as room beside a record.
+uint32_t longest(std::span<const ControlCopy> copies) {
+  return std::ranges::max_element(copies, {}, &ControlCopy::bytes)->bytes;
+}
+
+void release(const FileHandle *handle, std::span<ControlCopy> copies) {
+  for (ControlCopy &copy : copies) {
+    const jx::PoolBlock<uint8_t> owner(handle->pool, std::exchange(copy.text, nullptr));
+    copy.bytes = 0;
+  }
+}
+
+// The characters are the file's encoding already.
+JXStatus copy_entries(const FileHandle *handle, const Direction &direction) {
+  for (size_t i = 0; i < direction.entries.size(); ++i) {
+    const JXControlString &entry = direction.entries[i];
+    auto block = jx::PoolBlock<uint8_t>::allocate(handle->pool, entry.bytes);
+    if (!block) return JX_E_NOMEM;
+    if (entry.bytes != 0) std::memcpy(block.get(), entry.text, entry.bytes);
+    direction.copies[i] = {block.release(), entry.bytes};
+  }
+  return JX_OK;
+}
+
+// char_bytes is the size of one control character in the file's encoding.
+JXStatus encode_entries(const FileHandle *handle, const Direction &direction,
+                        JXTranscoder *transcoder, uint32_t char_bytes) {
+  for (size_t i = 0; i < direction.entries.size(); ++i) {
+    const JXControlString &entry = direction.entries[i];
+    const uint64_t room = uint64_t{char_bytes} * chars_of(entry);
+    auto block = jx::PoolBlock<uint8_t>::allocate(handle->pool, room);
+    if (!block) return JX_E_NOMEM;
+    uint32_t produced_bytes = 0;
+    const JXStatus status = transcoder->transcode(transcoder, entry.text, entry.bytes, block.get(),
+                                                  static_cast<uint32_t>(room), &produced_bytes, 0);
+    if (status != JX_OK) return status;
+    direction.copies[i] = {block.release(), produced_bytes};
+  }
+  return JX_OK;
+}
+
+// Makes the copies and stores the size of one control character in the file's encoding.
+JXStatus make_copies(FileHandle *handle, const Direction &direction, uint32_t *char_bytes_out) {
+  JXNls *nls = handle->nls;
+  if (!nls->needs_conversion(nls, JX_ENCODING_UTF32LE, handle->file_encoding)) {
+    *char_bytes_out = jx::kJXCharBytes;
+    return copy_entries(handle, direction);
+  }
+  jx::Transcoder transcoder(
+      nls, nls->create_transcoder(nls, JX_ENCODING_UTF32LE, handle->file_encoding, 0, nullptr));
+  if (!transcoder) return JXWEM_E_FAILED;
+  const JXControlString &line_feed = sk_inbound_cc[jx::kLineFeed];
+  JXStatus status = nls->measure_conversion(nls, JX_ENCODING_UTF32LE, line_feed.text,
+                                            line_feed.bytes, handle->file_encoding, char_bytes_out);
+  if (status != JX_OK) return status;
+  status = encode_entries(handle, direction, transcoder.get(), *char_bytes_out);
+  if (status != JX_OK) return status;
+  return transcoder.reset();
+}
+
+Direction direction_of(FileHandle *handle, uint32_t direction, uint32_t group) {
+  if (direction == kInbound) {
+    return {{sk_inbound_cc + group * jx::kInboundCount, jx::kInboundCount}, handle->inbound};
+  }
+  return {{sk_outbound_cc + group * jx::kOutboundCount, jx::kOutboundCount}, handle->outbound};
+}
+
+}  // namespace
+
+extern "C" JXStatus setupCCTable(JXFile *file, uint32_t direction, uint32_t group) {
+  if (!file) return JXWEM_E_NOHANDLE;
+  if (direction > kOutbound || group - 1 >= kGroups) return JXWEM_E_FAILED;
+  FileHandle *handle = jx::handle_of(file);
+  const Direction strings = direction_of(handle, direction, group - 1);
+  uint32_t char_bytes = 0;
+  JXStatus status = make_copies(handle, strings, &char_bytes);
+  // A line feed of no bytes would end every record before it began.
+  if (status == JX_OK && strings.copies[jx::kLineFeed].bytes == 0) status = JXWEM_E_FAILED;
+  if (status != JX_OK) {
+    release(handle, strings.copies);
+    return status;
+  }
+  if (direction == kInbound) {
+    // Readers look for a line end as long as the one that is written.
+    const JXControlString &line_end =
+        sk_outbound_cc[(group - 1) * jx::kOutboundCount + jx::kLineEnd];
+    handle->control_extra_bytes = char_bytes * chars_of(line_end);
+  } else {
+    handle->control_extra_bytes = std::max(char_bytes, longest(strings.copies));
+  }
+  return JX_OK;
+}

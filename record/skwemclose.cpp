@@ -1,0 +1,24 @@
+// The end of the record layer of a handle.
+#include "record/record.hpp"
+
+namespace jx {
+
+void release_record_layer(FileHandle *handle) {
+  const auto release = [handle](uint8_t *&block) {
+    const PoolBlock<uint8_t> owner(handle->pool, std::exchange(block, nullptr));
+  };
+  release(handle->record_buffer);
+  for (ControlCopy &copy : handle->outbound) release(copy.text);
+  for (ControlCopy &copy : handle->inbound) release(copy.text);
+}
+
+}  // namespace jx
+
+extern "C" JXStatus skwem_close(JXFile *file) {
+  if (!file) return JXWEM_E_NOHANDLE;
+  jx::FileHandle *handle = jx::handle_of(file);
+  const JXStatus status = handle->methods.host_close(file);
+  if (status != JX_OK) return status;
+  jx::release_record_layer(handle);
+  return JX_OK;
+}

@@ -1,0 +1,147 @@
+// Stream records: text without line structure, with byte-order marks and transcoding.
+#include <algorithm>
+#include <cstring>
+
+#include "record/record.hpp"
+
+namespace {
+
+using jx::FileHandle;
+
+// Where a direct read puts the file's bytes and where the caller finds the chunk.
+struct Route {
+  uint8_t *area;                  // the host read's destination
+  uint32_t area_bytes;            // how much to read
+  void *destination;              // of the transcoder; area without one
+  uint32_t destination_capacity;  // in bytes
+};
+
+// Chooses the route. 0, JXWEM_E_TOOLONG, or JXWEM_E_FAILED when direct transfer has no destination.
+JXStatus choose_route(const FileHandle *handle, void *caller_data, uint32_t wanted, Route *route) {
+  const bool is_direct_transfer = (handle->open_flags & JX_OPEN_DIRECT_TRANSFER) != 0;
+  if (!is_direct_transfer) {
+    if (wanted > handle->record_length) return JXWEM_E_TOOLONG;
+    *route = {handle->record_buffer, wanted, handle->record_buffer, wanted};
+    if (handle->read_transcoder) {
+      route->destination = handle->transcode_buffer;
+      route->destination_capacity = handle->transcode_buffer_bytes;
+    }
+    return JX_OK;
+  }
+  if (!caller_data) return JXWEM_E_FAILED;
+  *route = {static_cast<uint8_t *>(caller_data), wanted, caller_data, wanted};
+  if (handle->read_transcoder) {
+    route->area = handle->transcode_buffer;
+    route->area_bytes = handle->record_length;
+  }
+  return JX_OK;
+}
+
+// Takes a byte-order mark off the front of what was read and reads as many bytes more. The status
+// of that read becomes the status of the chunk.
+JXStatus replace_bom(FileHandle *handle, const Route &route, const int64_t *offset,
+                     uint32_t *read_bytes) {
+  const uint32_t kept = *read_bytes - handle->bom_bytes;
+  std::memmove(route.area, route.area + handle->bom_bytes, kept);
+  const int64_t next_offset = offset ? *offset + *read_bytes : 0;
+  uint32_t more = 0;
+  const JXStatus status = handle->methods.host_read(
+      &handle->head, route.area + kept, handle->bom_bytes, &more, offset ? &next_offset : nullptr);
+  *read_bytes = kept + (jx::has_read(status) ? more : 0);
+  return status;
+}
+
+// Writes the byte-order mark where a direct write needs it: at offset 0 always, without an offset
+// when it is due. An offset given moves past it.
+JXStatus write_bom(FileHandle *handle, int64_t *offset) {
+  const bool is_due = offset ? *offset == 0 && jx::may_write_bom(handle) : jx::owes_bom(handle);
+  if (!is_due) return JX_OK;
+  uint32_t written = 0;
+  const JXStatus status = jx::write_all(handle, handle->bom, handle->bom_bytes, offset, &written);
+  if (status != JX_OK) return status;
+  handle->bom_pending = 0;
+  if (offset) *offset = written;
+  return JX_OK;
+}
+
+}  // namespace
+
+extern "C" {
+
+JXStatus skwem_read_stream(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *) {
+  JXStatus status = jx::check_reader(file);
+  if (status != JX_OK) return status;
+  FileHandle *handle = jx::handle_of(file);
+  const uint32_t wanted = *length;
+  if (wanted > handle->record_length) return JXWEM_E_TOOLONG;
+  *data = nullptr;
+  *length = 0;
+  status = jx::refill(handle, wanted);
+  if (status != JX_OK) return status;
+  jx::skip_bom(handle);
+  uint8_t *chunk = jx::first_unread(handle);
+  const uint32_t chunk_bytes = std::min(wanted, handle->buffer_count);
+  jx::consume(handle, chunk_bytes);
+  if (!handle->read_transcoder) {
+    *data = chunk;
+    *length = chunk_bytes;
+    return JX_OK;
+  }
+  status = jx::transcode_in(handle, chunk, chunk_bytes, handle->transcode_buffer,
+                            handle->transcode_buffer_bytes, length);
+  if (status == JX_OK) *data = handle->transcode_buffer;
+  return status;
+}
+
+JXStatus skwem_write_stream(JXFile *file, const void *data, uint32_t length, uint32_t, int64_t *) {
+  JXStatus status = jx::check_writer(file);
+  if (status != JX_OK) return status;
+  FileHandle *handle = jx::handle_of(file);
+  jx::Outgoing chunk = {data, length};
+  status = jx::transcode_out(handle, handle->transcode_buffer_bytes, &chunk);
+  if (status != JX_OK) return status;
+  status = jx::place_bom(handle);
+  return status == JX_OK ? jx::place(handle, chunk.data, chunk.bytes) : status;
+}
+
+JXStatus skwem_read_rstream(JXFile *file, void **data, uint32_t *length, uint32_t,
+                            int64_t *offset) {
+  JXStatus status = jx::check_reader(file);
+  if (status != JX_OK) return status;
+  FileHandle *handle = jx::handle_of(file);
+  Route route;
+  status = choose_route(handle, *data, *length, &route);
+  if (status != JX_OK) return status;
+  *length = 0;
+  uint32_t read_bytes = 0;
+  status = handle->methods.host_read(file, route.area, route.area_bytes, &read_bytes, offset);
+  if (!jx::has_read(status)) return status;
+  if (jx::begins_with_bom(handle, route.area, read_bytes)) {
+    status = replace_bom(handle, route, offset, &read_bytes);
+  }
+  if (!handle->read_transcoder) {
+    *data = route.area;
+    *length = read_bytes;
+    return status;
+  }
+  status = jx::transcode_in(handle, route.area, read_bytes, route.destination,
+                            route.destination_capacity, length);
+  if (status == JX_OK) *data = route.destination;
+  return status;
+}
+
+JXStatus skwem_write_rstream(JXFile *file, const void *data, uint32_t length, uint32_t,
+                             int64_t *offset) {
+  JXStatus status = jx::check_writer(file);
+  if (status != JX_OK) return status;
+  FileHandle *handle = jx::handle_of(file);
+  jx::Outgoing chunk = {data, length};
+  status = jx::transcode_out(handle, handle->transcode_buffer_bytes, &chunk);
+  if (status != JX_OK) return status;
+  status = write_bom(handle, offset);
+  if (status != JX_OK) return status;
+  uint32_t written = 0;
+  return jx::write_all(handle, chunk.data, chunk.bytes, offset, &written);
+}
+
+}  // extern "C"

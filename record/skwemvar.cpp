@@ -1,0 +1,178 @@
+// Text lines: records between line ends, read and written through the buffer or directly.
+#include <cstring>
+
+#include "record/line.hpp"
+
+namespace {
+
+using jx::ControlCopy;
+using jx::FileHandle;
+using jx::Line;
+
+// Skips a byte-order mark before a record; reads on only when the bytes in hand may become one.
+JXStatus skip_bom_before_line(FileHandle *handle) {
+  if (handle->bom_bytes == 0 || *jx::first_unread(handle) != handle->bom[0]) return JX_OK;
+  while (handle->buffer_count < handle->bom_bytes && handle->end_seen == 0) {
+    const JXStatus status = jx::read_block(handle);
+    if (status != JX_OK) return status;
+  }
+  jx::skip_bom(handle);
+  return JX_OK;
+}
+
+// Puts the descriptor just behind the bytes that the record took.
+JXStatus step_back(FileHandle *handle, const jx::DirectRead &read) {
+  const uint32_t consumed = read.bom_bytes + read.line.consumed_bytes;
+  handle->tracked_position += consumed;
+  if (consumed == read.read_bytes) return JX_OK;
+  int64_t distance = int64_t{consumed} - read.read_bytes;
+  return handle->methods.host_point(&handle->head, &distance, JX_POINT_RELATIVE);
+}
+
+// Sets the record that a read hands back, in the record encoding.
+JXStatus hand_back(const FileHandle *handle, uint8_t *record, uint32_t record_bytes, void **data,
+                   uint32_t *length) {
+  if (!handle->read_transcoder) {
+    *data = record;
+    *length = record_bytes;
+    return JX_OK;
+  }
+  const JXStatus status = jx::transcode_in(handle, record, record_bytes, handle->transcode_buffer,
+                                           handle->transcode_buffer_bytes, length);
+  if (status == JX_OK) *data = handle->transcode_buffer;
+  return status;
+}
+
+// Tells whether a record has more characters than the record length, where its encoding lets them
+// be counted: those that continue a character are left out. In other encodings the room of the
+// transcode buffer is the only bound.
+bool has_too_many_chars(const FileHandle *handle, const jx::Outgoing &record) {
+  const auto *bytes = static_cast<const uint8_t *>(record.data);
+  const uint32_t encoding = handle->record_encoding;
+  uint32_t unit_bytes = 1;
+  uint32_t lead_byte = 0;       // where in a unit the bits stand that tell
+  uint8_t mask = 0;             // those bits
+  uint8_t continuation = 0xFF;  // and their value in a unit that continues a character
+  if (encoding == JX_ENCODING_UTF32LE || encoding == JX_ENCODING_UTF32BE) {
+    unit_bytes = jx::kJXCharBytes;
+  } else if (encoding == JX_ENCODING_UTF16LE || encoding == JX_ENCODING_UTF16BE) {
+    unit_bytes = 2;
+    lead_byte = encoding == JX_ENCODING_UTF16LE ? 1 : 0;
+    mask = 0xFC;
+    continuation = 0xDC;
+  } else if (encoding == JX_ENCODING_UTF8) {
+    mask = 0xC0;
+    continuation = 0x80;
+  } else if (encoding != JX_ENCODING_NATIVE) {
+    return false;
+  }
+  const uint32_t units = record.bytes / unit_bytes;
+  if (units <= handle->record_length) return false;
+  uint32_t chars = 0;
+  for (uint32_t i = 0; i < units; ++i) {
+    chars += (bytes[size_t{i} * unit_bytes + lead_byte] & mask) != continuation;
+  }
+  return chars > handle->record_length;
+}
+
+// Puts a record where its line end can follow: transcoded into the transcode buffer, or copied into
+// the record buffer. 0, JXWEM_E_TOOLONG, or a failure of the transcoding.
+JXStatus lay_out_record(FileHandle *handle, jx::Outgoing *record, uint8_t **buffer_out) {
+  if (handle->write_transcoder) {
+    if (has_too_many_chars(handle, *record)) return JXWEM_E_TOOLONG;
+    *buffer_out = handle->transcode_buffer;
+    const uint32_t line_end_bytes = handle->outbound[jx::kLineEnd].bytes;
+    return jx::transcode_out(handle, handle->transcode_buffer_bytes - line_end_bytes, record);
+  }
+  if (record->bytes > handle->record_length) return JXWEM_E_TOOLONG;
+  *buffer_out = handle->record_buffer;
+  if (record->bytes != 0) std::memmove(*buffer_out, record->data, record->bytes);
+  return JX_OK;
+}
+
+// Writes at the descriptor's offset and moves the tracked position by what went.
+JXStatus write_tracked(FileHandle *handle, const void *data, uint32_t bytes) {
+  uint32_t written = 0;
+  const JXStatus status = jx::write_all(handle, data, bytes, nullptr, &written);
+  handle->tracked_position += written;
+  return status;
+}
+
+}  // namespace
+
+extern "C" {
+
+JXStatus skwem_read_var(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *) {
+  JXStatus status = jx::check_reader(file);
+  if (status != JX_OK) return status;
+  FileHandle *handle = jx::handle_of(file);
+  *data = nullptr;
+  *length = 0;
+  status = jx::refill(handle, 1);
+  if (status != JX_OK) return status;
+  status = skip_bom_before_line(handle);
+  if (status != JX_OK) return status;
+  Line line;
+  status = jx::find_line(handle, &line);
+  if (status != JX_OK && status != JXWEM_E_PARTIAL) return status;
+  uint8_t *record = jx::first_unread(handle);
+  jx::consume(handle, line.consumed_bytes);
+  if (line.record_bytes == 0) return status;
+  const JXStatus transcode_status = hand_back(handle, record, line.record_bytes, data, length);
+  return transcode_status != JX_OK ? transcode_status : status;
+}
+
+JXStatus skwem_write_var(JXFile *file, const void *data, uint32_t length, uint32_t, int64_t *) {
+  JXStatus status = jx::check_writer(file);
+  if (status != JX_OK) return status;
+  FileHandle *handle = jx::handle_of(file);
+  status = jx::place_bom(handle);
+  if (status != JX_OK) return status;
+  jx::Outgoing record = {data, length};
+  status = jx::transcode_out(handle, handle->transcode_buffer_bytes, &record);
+  if (status != JX_OK) return status;
+  status = jx::place(handle, record.data, record.bytes);
+  if (status != JX_OK) return status;
+  const ControlCopy &line_end = handle->outbound[jx::kLineEnd];
+  return jx::place(handle, line_end.text, line_end.bytes);
+}
+
+JXStatus skwem_read_rvar(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *) {
+  JXStatus status = jx::check_reader(file);
+  if (status != JX_OK) return status;
+  FileHandle *handle = jx::handle_of(file);
+  *data = nullptr;
+  *length = 0;
+  const uint32_t wanted = handle->record_length + handle->control_extra_bytes;
+  jx::DirectRead read = {};
+  status =
+      handle->methods.host_read(file, handle->record_buffer, wanted, &read.read_bytes, nullptr);
+  if (!jx::has_read(status)) return status;
+  status = jx::find_direct_line(handle, &read);
+  uint8_t *record = handle->record_buffer + read.bom_bytes;
+  const JXStatus transcode_status = hand_back(handle, record, read.line.record_bytes, data, length);
+  // The next record is where it is, whatever became of this one.
+  const JXStatus point_status = step_back(handle, read);
+  if (transcode_status != JX_OK) return transcode_status;
+  return point_status != JX_OK ? point_status : status;
+}
+
+JXStatus skwem_write_rvar(JXFile *file, const void *data, uint32_t length, uint32_t, int64_t *) {
+  JXStatus status = jx::check_writer(file);
+  if (status != JX_OK) return status;
+  FileHandle *handle = jx::handle_of(file);
+  const ControlCopy &line_end = handle->outbound[jx::kLineEnd];
+  jx::Outgoing record = {data, length};
+  uint8_t *buffer = nullptr;
+  status = lay_out_record(handle, &record, &buffer);
+  if (status != JX_OK) return status;
+  std::memcpy(buffer + record.bytes, line_end.text, line_end.bytes);
+  if (jx::owes_bom(handle)) {
+    status = write_tracked(handle, handle->bom, handle->bom_bytes);
+    if (status != JX_OK) return status;
+    handle->bom_pending = 0;
+  }
+  return write_tracked(handle, buffer, record.bytes + line_end.bytes);
+}
+
+}  // extern "C"

@@ -1,0 +1,145 @@
+// The steps that readers and writers share.
+#include <algorithm>
+#include <cstring>
+
+#include "record/record.hpp"
+
+namespace jx {
+
+namespace {
+
+// Up to this many unread bytes are moved to the front before a block is read, so that small records
+// keep to the same few pages however large the buffer is. More are left where they are while there
+// is room behind them: a long record is not moved once a block.
+constexpr uint32_t kCheapMoveBytes = 1024;
+
+// Makes room behind the unread bytes and returns how much of a block can be read there.
+uint32_t make_room(FileHandle *handle) {
+  const uint32_t count = handle->buffer_count;
+  uint32_t room = handle->record_buffer_bytes - handle->buffer_offset - count;
+  if (count <= kCheapMoveBytes || room < handle->block_bytes) {
+    if (handle->buffer_offset != 0 && count != 0) {
+      std::memmove(handle->record_buffer, first_unread(handle), count);
+    }
+    handle->buffer_offset = 0;
+    room = handle->record_buffer_bytes - count;
+  }
+  return std::min(handle->block_bytes, room);
+}
+
+// A copy of a record that lies in the transcode buffer itself, as one that was just read does: it
+// must not be written over while it is converted.
+JXStatus detach(const FileHandle *handle, const Outgoing &record, PoolBlock<uint8_t> *copy_out) {
+  const auto *data = static_cast<const uint8_t *>(record.data);
+  const uint8_t *buffer = handle->transcode_buffer;
+  if (record.bytes == 0 || data + record.bytes <= buffer ||
+      data >= buffer + handle->transcode_buffer_bytes) {
+    return JX_OK;
+  }
+  *copy_out = PoolBlock<uint8_t>::allocate(handle->pool, record.bytes);
+  if (!*copy_out) return JX_E_NOMEM;
+  std::memcpy(copy_out->get(), record.data, record.bytes);
+  return JX_OK;
+}
+
+}  // namespace
+
+JXStatus read_block(FileHandle *handle) {
+  const uint32_t room = make_room(handle);
+  uint32_t read_bytes = 0;
+  const JXStatus status = handle->methods.host_read(
+      &handle->head, first_unread(handle) + handle->buffer_count, room, &read_bytes, nullptr);
+  if (status == JXWEM_E_EOF) {
+    handle->end_seen = 1;
+  } else if (!has_read(status)) {
+    return status;
+  }
+  handle->buffer_count += read_bytes;
+  return JX_OK;
+}
+
+JXStatus refill(FileHandle *handle, uint32_t target_bytes) {
+  while (handle->buffer_count < target_bytes && handle->end_seen == 0) {
+    const JXStatus status = read_block(handle);
+    if (status != JX_OK) return status;
+  }
+  return handle->buffer_count == 0 && handle->end_seen != 0 ? JXWEM_E_EOF : JX_OK;
+}
+
+bool begins_with_bom(const FileHandle *handle, const uint8_t *bytes, uint32_t count) {
+  return handle->bom_bytes != 0 && count >= handle->bom_bytes &&
+         std::memcmp(bytes, handle->bom, handle->bom_bytes) == 0;
+}
+
+void skip_bom(FileHandle *handle) {
+  if (begins_with_bom(handle, first_unread(handle), handle->buffer_count)) {
+    consume(handle, handle->bom_bytes);
+  }
+}
+
+JXStatus transcode_in(const FileHandle *handle, const void *source, uint32_t source_bytes,
+                      void *destination, uint32_t capacity_bytes, uint32_t *produced_bytes_out) {
+  JXTranscoder *transcoder = handle->read_transcoder;
+  *produced_bytes_out = 0;
+  const JXStatus status = transcoder->transcode(transcoder, source, source_bytes, destination,
+                                                capacity_bytes, produced_bytes_out, 0);
+  if (status != JX_OK) *produced_bytes_out = 0;
+  return status;
+}
+
+JXStatus transcode_out(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record) {
+  JXTranscoder *transcoder = handle->write_transcoder;
+  if (!transcoder) return JX_OK;
+  PoolBlock<uint8_t> copy;
+  JXStatus status = detach(handle, *record, &copy);
+  if (status != JX_OK) return status;
+  uint32_t produced_bytes = 0;
+  status = transcoder->transcode(transcoder, copy ? copy.get() : record->data, record->bytes,
+                                 handle->transcode_buffer, capacity_bytes, &produced_bytes, 0);
+  if (status != JX_OK) return status;
+  *record = {handle->transcode_buffer, produced_bytes};
+  return JX_OK;
+}
+
+JXStatus write_all(FileHandle *handle, const void *source, uint32_t bytes, const int64_t *offset,
+                   uint32_t *written_bytes_out) {
+  const auto *data = static_cast<const uint8_t *>(source);
+  uint32_t &done = *written_bytes_out;
+  done = 0;
+  do {
+    const int64_t next_offset = offset ? *offset + done : 0;
+    uint32_t written = 0;
+    const JXStatus status = handle->methods.host_write(&handle->head, data + done, bytes - done,
+                                                       &written, offset ? &next_offset : nullptr);
+    if (status != JX_OK) return status;
+    if (written == 0 && bytes != 0) return JXWEM_E_SYSTEM;  // no progress, no reason given
+    done += written;
+  } while (done < bytes);
+  return JX_OK;
+}
+
+JXStatus write_pending(FileHandle *handle, uint32_t bytes) {
+  uint32_t written = 0;
+  const JXStatus status = write_all(handle, handle->record_buffer, bytes, nullptr, &written);
+  handle->buffer_offset = 0;
+  handle->buffer_count = handle->block_bytes;
+  return status;
+}
+
+JXStatus place(FileHandle *handle, const void *source, uint32_t bytes) {
+  if (bytes >= handle->buffer_count) return sk_buf_write(&handle->head, source, bytes);
+  if (bytes != 0) std::memcpy(handle->record_buffer + handle->buffer_offset, source, bytes);
+  handle->buffer_offset += bytes;
+  handle->buffer_count -= bytes;
+  return JX_OK;
+}
+
+JXStatus place_bom(FileHandle *handle) {
+  if (!owes_bom(handle)) return JX_OK;
+  const JXStatus status = place(handle, handle->bom, handle->bom_bytes);
+  if (status != JX_OK) return status;
+  handle->bom_pending = 0;
+  return JX_OK;
+}
+
+}  // namespace jx

@@ -54,7 +54,10 @@ configure() {
   done
   ((is_due)) || return 0
   say "configuring build/$1"
-  (cd "$root" && cmake --preset "$@") >&2 </dev/null
+  mkdir -p "$folder"
+  (cd "$root" && cmake --preset "$@") >"$folder/configure.log" 2>&1 </dev/null && return
+  cat "$folder/configure.log" >&2
+  return 1
 }
 
 # build PRESET [TARGET...]: shows progress for a first build, only what goes wrong for later ones.
@@ -64,6 +67,7 @@ build() {
     say "building in build/$1"
     quiet=()
   fi
-  cmake --build "$folder" ${2:+--target "${@:2}"} -- "${quiet[@]}" >&2 </dev/null || return
-  touch "$folder/.built"
+  cmake --build "$folder" ${2:+--target "${@:2}"} -- "${quiet[@]}" </dev/null 2>&1 |
+    sed '/^ninja: no work to do\.$/d' >&2
+  ((PIPESTATUS[0] == 0)) && touch "$folder/.built"
 }

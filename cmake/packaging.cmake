@@ -1,0 +1,43 @@
+# What `cmake --install` lays down and what `cpack` packs: the module, the SDK, the reference host,
+# jxfile and the documents.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(jx_config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/jxwem)
+
+# The module is loaded by path, so it has a folder of its own rather than one of the linker's.
+install(TARGETS jxwem LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/jxwem)
+install(DIRECTORY include/jx DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(TARGETS jxhost ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS jxfile RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs FILES_MATCHING PATTERN "*.md")
+
+configure_package_config_file(cmake/jxwem-config.cmake.in ${CMAKE_BINARY_DIR}/jxwem-config.cmake
+  INSTALL_DESTINATION ${jx_config_folder}
+  PATH_VARS CMAKE_INSTALL_INCLUDEDIR CMAKE_INSTALL_LIBDIR)
+# The version file also refuses a build of the other pointer size.
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/jxwem-config-version.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/jxwem-config.cmake
+  ${CMAKE_BINARY_DIR}/jxwem-config-version.cmake DESTINATION ${jx_config_folder})
+file(RELATIVE_PATH jx_prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+configure_file(cmake/jxwem.pc.in ${CMAKE_BINARY_DIR}/jxwem.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/jxwem.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME jxwem)
+set(CPACK_PACKAGE_CONTACT "jxwem maintainers <maintainers@jxwem.invalid>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "file-access module for host kernels, its SDK and jxfile")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+# Left alone, CPack names the architecture of the machine that packs.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE i386)
+else()
+  set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE amd64)
+endif()
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libc6 (>= 2.36), libstdc++6 (>= 12), libgcc-s1 (>= 12)")
+set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+include(CPack)

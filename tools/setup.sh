@@ -1,0 +1,73 @@
+# What ./run, ./test, tools/bench and .ci/run share: the packages each needs, how they get onto the
+# machine, and how a preset is configured and built. Sourced by bash with $root set to the checkout.
+# Everything here talks on standard error, so that standard output stays the caller's.
+
+# Packages by purpose; each list is what the commands of that purpose use by name.
+packages_build=(g++-multilib cmake ninja-build ccache libcli11-dev nlohmann-json3-dev)
+packages_test=("${packages_build[@]}" googletest)
+packages_bench=("${packages_build[@]}" pkg-config libbenchmark-dev libfmt-dev libglib2.0-dev)
+packages_check=("${packages_test[@]}" binutils clang clang-format clang-tidy libc6-dbg
+  pkg-config python3 valgrind)
+
+say() { printf 'jxwem: %s\n' "$*" >&2; }
+die() { say "$*"; exit 1; }
+
+# Stores the given packages that are not installed in the array `missing`.
+find_missing_packages() {
+  local package
+  missing=()
+  for package in "$@"; do
+    [[ $(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) == installed ]] ||
+      missing+=("$package")
+  done
+}
+
+# Installs those of the given packages that are missing. Needs neither root nor the network when
+# there are none.
+ensure_packages() {
+  local as_root=() missing
+  command -v dpkg-query >/dev/null ||
+    die 'this script sets up Debian 12; elsewhere install the tools named in README.md by hand.'
+  find_missing_packages "$@"
+  ((${#missing[@]})) || return 0
+  if ((EUID != 0)); then
+    command -v sudo >/dev/null ||
+      die "missing packages: ${missing[*]} - run 'apt-get install ${missing[*]}' as root first."
+    as_root=(sudo)
+  fi
+  say "installing ${missing[*]}"
+  "${as_root[@]}" apt-get update -q >&2 </dev/null ||
+    say 'the package lists could not be brought up to date; trying with those at hand'
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -q -y --no-install-recommends "${missing[@]}" >&2 </dev/null ||
+    die "could not install ${missing[*]}; is the network there?"
+}
+
+# configure PRESET [-DNAME=VALUE...]: writes build/PRESET's build files. Does nothing when they are
+# newer than the presets and hold those values already.
+configure() {
+  local folder="$root/build/$1" setting is_due=0
+  [[ $folder/build.ninja -nt $root/CMakePresets.json ]] || is_due=1
+  for setting in "${@:2}"; do
+    setting=${setting#-D}
+    grep -q "^${setting%%=*}:[A-Z]*=${setting#*=}\$" "$folder/CMakeCache.txt" 2>/dev/null || is_due=1
+  done
+  ((is_due)) || return 0
+  say "configuring build/$1"
+  mkdir -p "$folder"
+  (cd "$root" && cmake --preset "$@") >"$folder/configure.log" 2>&1 </dev/null && return
+  cat "$folder/configure.log" >&2
+  return 1
+}
+
+# build PRESET [TARGET...]: shows progress for a first build, only what goes wrong for later ones.
+build() {
+  local folder="$root/build/$1" quiet=(--quiet)
+  if [[ ! -f $folder/.built ]]; then
+    say "building in build/$1"
+    quiet=()
+  fi
+  cmake --build "$folder" ${2:+--target "${@:2}"} -- "${quiet[@]}" </dev/null 2>&1 |
+    sed '/^ninja: no work to do\.$/d' >&2
+  ((PIPESTATUS[0] == 0)) && touch "$folder/.built"
+}

@@ -96,7 +96,8 @@ TEST(Scan, EveryLengthAndPlace) {
         uint32_t *u = units.data() + shift;
         std::fill_n(b, count, uint8_t{2});
         std::fill_n(u, count, 2u);
-        if (place < count) b[place] = u[place] = 1;
+        if (place < count) b[place] = 1;
+        if (place < count) u[place] = 1;
         const int32_t expected = place < count ? static_cast<int32_t>(place) : -1;
         ASSERT_EQ(skMemScan(b, count, 1), expected) << shift << ' ' << count << ' ' << place;
         ASSERT_EQ(skMemNScan(b, count, 2), expected) << shift << ' ' << count << ' ' << place;

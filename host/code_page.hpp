@@ -1,0 +1,42 @@
+// The table of a single-byte encoding, made once for a transcoder so that its calls need neither
+// the C library nor a lock.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+
+#include "host/encodings.hpp"
+#include "jx/base.h"
+
+namespace jxhost {
+
+class CodePage {
+ public:
+  // What character() answers for a byte that means nothing.
+  static constexpr JXChar kNone = 0xffffffffu;
+
+  // Asks the C library for the meaning of every byte. Null when it does not know the encoding, when
+  // the characters lie too far apart for the table, or when memory is out.
+  static std::unique_ptr<const CodePage> create(const Encoding &encoding);
+
+  // The character of a byte, or kNone.
+  JXChar character(uint8_t byte) const { return characters_[byte]; }
+  // The byte of a character if there is one: right when character() leads back to the same.
+  uint8_t byte(JXChar c) const {
+    return c < 0x10000 ? rows_[row_of_[c >> 8]][c & 0xff] : uint8_t{0};
+  }
+
+ private:
+  static constexpr size_t kRows = 24;
+
+  // Enters a byte for a character; false when there are no rows left.
+  bool enter(uint8_t byte, JXChar c);
+
+  std::array<JXChar, 256> characters_{};
+  std::array<uint8_t, 256> row_of_{};                   // by the upper byte; row 0 stays empty
+  std::array<std::array<uint8_t, 256>, kRows> rows_{};  // by the lower byte
+  size_t used_rows_ = 1;
+};
+
+}  // namespace jxhost

@@ -1,0 +1,37 @@
+// The encodings that the host knows, one table row each.
+#pragma once
+
+#include <cstdint>
+
+namespace jxhost {
+
+// How an encoding is converted.
+enum class Form : uint8_t {
+  kByte,      // byte n is character n
+  kAscii,     // byte n is character n, below 128
+  kUtf8,      //
+  kUtf16Be,   //
+  kUtf16Le,   //
+  kUtf32Be,   //
+  kUtf32Le,   //
+  kPage,      // one byte a character, by a table made from the C library's
+  kIconv,     // by the C library; characters are independent of one another
+  kJoining,   // by the C library, which may join a character with the one before it
+  kShifting,  // by the C library; bytes mean what the last shift or escape sequence says
+};
+
+// One encoding.
+struct Encoding {
+  uint32_t number;         // its number, for ever
+  const char *name;        // its usual name
+  const char *aliases;     // further names, reduced to small letters and digits, by blanks
+  const char *iconv_name;  // the C library's name
+  uint8_t min_bytes;       // the shortest character, in bytes
+  uint8_t max_bytes;       // the longest, with the shifts that it may need before and after
+  Form form;
+};
+
+// The encoding of a number, or null.
+const Encoding *find_encoding(uint32_t number);
+
+}  // namespace jxhost

@@ -1,0 +1,90 @@
+// The direct conversion between two encodings: one function a pair.
+#pragma once
+
+#include "host/transcode_codecs.hpp"
+#include "host/transcode_vector.hpp"
+#include "jx/jxhost.h"
+
+namespace jxhost {
+
+// A Convert.
+template <typename Source, typename Target>
+JXStatus convert_pair(const Step &step, Cursor &cursor) {
+  const Source source(step);
+  const Target target(step);
+  JXStatus status = JX_OK;
+  Cursor at = cursor;
+  while (at.in != at.in_end) {
+    if constexpr (Source::kRunLimit > 0 && Target::kRunLimit > 0) copy_run<Source, Target>(at);
+    if constexpr (Lanes<Source>::kBytes > 0 && Lanes<Target>::kBytes > 0) {
+      convert_groups<Source, Target>(at);
+    }
+    if (at.in == at.in_end) break;
+    JXChar c = 0;
+    const int read = source.decode(at.in, at.in_bytes(), c);
+    if (read <= 0) {
+      status = read == kCut ? JX_OK : JXHOST_E_MALFORMED;
+      break;
+    }
+    const int written = target.encode(c, at.out, at.out_bytes());
+    if (written <= 0) {
+      status = written == kNoRoom ? JXHOST_E_NOROOM : JXHOST_E_UNMAPPABLE;
+      break;
+    }
+    at.in += read;
+    at.out += written;
+  }
+  cursor = at;
+  return status;
+}
+
+// The transcode slot of a pair.
+template <typename Source, typename Target>
+JXStatus transcode_pair(JXTranscoder *object, const void *source, uint32_t source_bytes,
+                        void *destination, uint32_t capacity_bytes, uint32_t *produced_bytes_out,
+                        uint32_t /*zero*/) {
+  auto &transcoder = *static_cast<Transcoder *>(object);
+  Cursor cursor = cursor_of(source, source_bytes, destination, capacity_bytes);
+  JXStatus status = JX_OK;
+  if constexpr (Source::kHolds) {
+    if (transcoder.held_bytes != 0) status = resume(transcoder, cursor);
+  }
+  if (status == JX_OK) status = convert_pair<Source, Target>(transcoder.step, cursor);
+  if constexpr (Source::kHolds) {
+    if (status == JX_OK && cursor.in != cursor.in_end) status = hold(transcoder, cursor);
+  }
+  if (produced_bytes_out) {
+    *produced_bytes_out = static_cast<uint32_t>(cursor.out - static_cast<uint8_t *>(destination));
+  }
+  return status;
+}
+
+template <typename Source, typename Target>
+Pair pair_of() {
+  return {transcode_pair<Source, Target>, convert_pair<Source, Target>};
+}
+
+// The direct conversion from one encoding to a form.
+template <typename Source>
+Pair pair_to(Form to) {
+  switch (to) {
+    case Form::kByte:
+      return pair_of<Source, Latin1>();
+    case Form::kAscii:
+      return pair_of<Source, Ascii>();
+    case Form::kUtf8:
+      return pair_of<Source, Utf8Codec>();
+    case Form::kUtf16Be:
+      return pair_of<Source, Utf16Be>();
+    case Form::kUtf16Le:
+      return pair_of<Source, Utf16Le>();
+    case Form::kUtf32Be:
+      return pair_of<Source, Utf32Be>();
+    case Form::kUtf32Le:
+      return pair_of<Source, Utf32Le>();
+    default:
+      return {};
+  }
+}
+
+}  // namespace jxhost

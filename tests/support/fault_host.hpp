@@ -18,23 +18,36 @@
 
 namespace jx::test {
 
-// The calls a host answers. Those of the first list can be made to fail: by null, by "not stored"
-// or by a status; the object of a failed destroy or release is ended all the same.
-#define JX_TEST_FAILING_CALLS(X)                                                                  \
-  X(create_lock)                                                                                  \
-  X(create_pool) X(create_table) X(load_extension) X(get_option) X(pool_allocate) X(table_insert) \
-      X(measure_conversion) X(encoding_info) X(create_transcoder) X(create_decoder)               \
-          X(create_encoder) X(destroy_transcoder) X(transcode) X(lock_acquire) X(lock_release)    \
-              X(open_file) X(close_file) X(get_host_name) X(table_set_entry_destructor)
-#define JX_TEST_OTHER_CALLS(X) \
-  X(needs_conversion)          \
-  X(pool_free) X(destroy_pool) X(destroy_lock) X(destroy_table) X(release_extension)
-
-#define JX_TEST_NAME(name) name,
+// The calls a host answers. Those before needs_conversion can be made to fail: by null, by "not
+// stored" or by a status; the object of a failed destroy or close is ended all the same.
 enum class Call : uint32_t {
-  JX_TEST_FAILING_CALLS(JX_TEST_NAME) JX_TEST_OTHER_CALLS(JX_TEST_NAME)
+  create_lock,
+  create_pool,
+  create_table,
+  load_extension,
+  get_option,
+  pool_allocate,
+  table_insert,
+  measure_conversion,
+  encoding_info,
+  create_transcoder,
+  create_decoder,
+  create_encoder,
+  destroy_transcoder,
+  transcode,
+  lock_acquire,
+  lock_release,
+  open_file,
+  close_file,
+  get_host_name,
+  table_set_entry_destructor,
+  needs_conversion,
+  pool_free,
+  destroy_pool,
+  destroy_lock,
+  destroy_table,
+  release_extension,
 };
-#undef JX_TEST_NAME
 inline constexpr uint32_t kCallCount = static_cast<uint32_t>(Call::release_extension) + 1;
 
 // A set of calls.

@@ -1,0 +1,176 @@
+// The host of all tests: wraps every object of the reference host, counts the calls that the module
+// makes, makes a chosen one fail, and tells what was left alive or misused.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "jx/jxhost.h"
+#include "support/guarded_blocks.hpp"
+
+namespace jx::test {
+
+// The calls a host answers. Those before needs_conversion can be made to fail: by null, by "not
+// stored" or by a status; the object of a failed destroy or close is ended all the same.
+enum class Call : uint32_t {
+  create_lock,
+  create_pool,
+  create_table,
+  load_extension,
+  get_option,
+  pool_allocate,
+  table_insert,
+  measure_conversion,
+  encoding_info,
+  create_transcoder,
+  create_decoder,
+  create_encoder,
+  destroy_transcoder,
+  transcode,
+  lock_acquire,
+  lock_release,
+  open_file,
+  close_file,
+  get_host_name,
+  table_set_entry_destructor,
+  needs_conversion,
+  pool_free,
+  destroy_pool,
+  destroy_lock,
+  destroy_table,
+  release_extension,
+};
+inline constexpr uint32_t kCallCount = static_cast<uint32_t>(Call::release_extension) + 1;
+
+// A set of calls.
+using Calls = uint32_t;
+constexpr Calls calls() { return 0; }
+template <typename... Rest>
+constexpr Calls calls(Call first, Rest... rest) {
+  return (1u << static_cast<uint32_t>(first)) | calls(rest...);
+}
+inline constexpr Calls kAllFailing = calls(Call::needs_conversion) - 1;
+inline constexpr Calls kMemory = calls(Call::create_pool, Call::pool_allocate);
+
+const char *call_name(Call call);
+
+// What a failing call answers when the test does not choose a status.
+inline constexpr JXStatus kFaultStatus = 0x803fcfffu;
+
+// What is alive in a host.
+struct LiveCounts {
+  uint64_t blocks = 0;
+  std::array<uint32_t, 6> objects{};  // by ObjectKind
+  bool operator==(const LiveCounts &) const = default;
+};
+enum class ObjectKind : uint32_t { pool, lock, table, transcoder, extension, open_file };
+
+// The arguments of the latest open_file.
+struct OpenCall {
+  std::string path;
+  uint32_t permissions = 0, flags = 0, one = 0, lock_word = 0;
+  bool zeros_are_zero = false;
+  JXJournal *journal = nullptr;
+};
+
+class FaultHost;
+
+// A host object as the module gets it, with what the test host knows about it behind. It stays
+// in memory after its end, so that a later call on it is found.
+template <typename Object>
+struct Shell {
+  Object object{};  // first: its address is the shell's
+  FaultHost *owner = nullptr;
+  Object *inner = nullptr;  // of the reference host; null for pools
+  std::string label;        // name or description
+  bool ended = false;
+  int held = 0;  // locks: acquired and not released
+};
+
+// Thread-safe. Ending it checks that nothing is left alive and fails the test otherwise.
+class FaultHost {
+ public:
+  explicit FaultHost(uint32_t extensions = JXHOST_ALL);
+  FaultHost(const FaultHost &) = delete;
+  FaultHost &operator=(const FaultHost &) = delete;
+  ~FaultHost();
+
+  // What the module gets. A test may change its data fields (nls, locale, time_zone).
+  JXHost *host() { return &host_.object; }
+  // The reference host underneath, for options and the like.
+  JXHost *reference() { return host_.inner; }
+
+  // Makes the n-th (from 0) of these calls from now on fail, once.
+  void arm(Calls failing, uint32_t n, JXStatus status = kFaultStatus);
+  // Ends that and tells which call failed.
+  std::optional<Call> disarm();
+  // A larger request gets no memory.
+  void set_largest_block(uint32_t bytes);
+
+  // Calls of one kind since the start.
+  uint64_t count(Call call) const;
+  // Names the calls from now on ("create_pool NAME OWNER"); memory calls are left out unless asked
+  // for. take_trace ends it.
+  void start_trace(bool with_memory = false);
+  std::vector<std::string> take_trace();
+  OpenCall last_open() const;
+
+  LiveCounts live() const;
+  // Misuse found so far, now forgotten; empty when there is none.
+  std::string take_misuse();
+  // A line for each object and block that is alive.
+  std::string list_live() const;
+  // Fails the test when something is alive or was misused.
+  void expect_clean();
+
+  // The reference host's table behind one that the module got, for the jxhost_table_* routines.
+  static const JXTable *inner(const JXTable *table);
+  // The value under the key, the 4-byte characters of an ASCII name; null when there is none.
+  static void *find(const JXTable *table, std::string_view key8);
+  // All values in insertion order.
+  static std::vector<void *> values(const JXTable *table);
+
+ private:
+  friend struct HostCalls;
+  friend struct NlsCalls;
+
+  template <typename Object>
+  Object *adopt(ObjectKind kind, const Object &operations, Object *inner, std::string label);
+  void complain(const std::string &text);
+  // Counts and names a call; true when it is to fail.
+  bool fails(Call call, std::string_view detail = {});
+  JXStatus fault_status() const;
+  // Ends an object: false when that has happened before.
+  template <typename Object>
+  bool end(Shell<Object> *shell);
+  template <typename Object>
+  bool is_alive(Shell<Object> *shell);
+
+  mutable std::mutex mutex_;
+  Shell<JXHost> host_;
+  Shell<JXNls> nls_;
+  JXLocale locale_{};
+  GuardedBlocks blocks_;
+  std::deque<std::shared_ptr<void>> shells_;
+  std::map<const void *, std::pair<ObjectKind, std::string>> live_;
+  std::array<uint64_t, kCallCount> counts_{};
+  std::string misuse_;
+  std::vector<std::string> trace_;
+  bool tracing_ = false, tracing_memory_ = false;
+  Calls armed_ = 0;
+  uint32_t calls_to_fault_ = 0;
+  JXStatus status_ = kFaultStatus;
+  std::optional<Call> failed_;
+  uint32_t largest_block_ = 256u << 20;
+  OpenCall last_open_;
+};
+
+}  // namespace jx::test

@@ -1,0 +1,33 @@
+// Files in tests: a folder of the test's own, whole files in and out.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace jx::test {
+
+// A new empty folder in memory where the system has such a file system; it goes with all it holds.
+class TempDir {
+ public:
+  TempDir();
+  TempDir(const TempDir &) = delete;
+  TempDir &operator=(const TempDir &) = delete;
+  ~TempDir();
+
+  const std::string &path() const { return path_; }
+  std::string file(std::string_view name) const { return path_ + "/" + std::string(name); }
+
+ private:
+  std::string path_;
+};
+
+// The content of a file; fails the test and gives "" when it cannot be read.
+std::string read_file(const std::string &path);
+// Creates or replaces a file.
+void write_file(const std::string &path, std::string_view content);
+
+// Descriptors that the process has open.
+uint32_t open_descriptors();
+
+}  // namespace jx::test

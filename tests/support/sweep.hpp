@@ -1,0 +1,79 @@
+// The fault sweep: an operation is run again and again, each time with the next call failing, until
+// a run meets no fault. Whatever failed, nothing may be left and nothing may be released twice.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "support/fault_host.hpp"
+#include "support/files.hpp"
+#include "support/syscalls.hpp"
+
+namespace jx::test {
+
+// What a run of a sweep met and answered.
+struct SweepRun {
+  uint32_t n;          // which call failed, from 0
+  std::string failed;  // its name
+  JXStatus status;     // what the body returned
+};
+
+inline constexpr uint32_t kSweepLimit = 100'000;  // a sweep that needs more does not end
+
+// arm(n) makes the n-th call fail; disarm() ends that and gives the name of the call that failed,
+// empty when none did. body() brings the operation from nothing to nothing and returns its status.
+// Returns the runs that met a fault; the one after them must succeed.
+template <typename Arm, typename Disarm, typename Body>
+std::vector<SweepRun> sweep_with(FaultHost &host, Arm arm, Disarm disarm, Body body) {
+  std::vector<SweepRun> runs;
+  for (uint32_t n = 0; n < kSweepLimit; ++n) {
+    const LiveCounts before = host.live();
+    const uint32_t descriptors = open_descriptors();
+    arm(n);
+    const JXStatus status = body();
+    const std::string failed = disarm();
+    char row[64];
+    std::snprintf(row, sizeof row, " failing as call %u: status 0x%08x\n", n, status);
+    const std::string misuse = host.take_misuse();
+    EXPECT_EQ(misuse, "") << failed << row;
+    EXPECT_TRUE(host.live() == before) << failed << row << host.list_live();
+    EXPECT_EQ(open_descriptors(), descriptors) << failed << row;
+    if (failed.empty()) {
+      EXPECT_EQ(status, JX_OK) << "without a fault";
+      return runs;
+    }
+    runs.push_back({n, failed, status});
+  }
+  ADD_FAILURE() << "the sweep found no end";
+  return runs;
+}
+
+// A sweep over calls of the host, which answer with `status` where they return one.
+template <typename Body>
+std::vector<SweepRun> sweep(FaultHost &host, Calls failing, Body body,
+                            JXStatus status = kFaultStatus) {
+  return sweep_with(
+      host, [&](uint32_t n) { host.arm(failing, n, status); },
+      [&] {
+        const auto failed = host.disarm();
+        return std::string(failed ? call_name(*failed) : "");
+      },
+      body);
+}
+
+// A sweep over system calls, which fail with the errno.
+template <typename Body>
+std::vector<SweepRun> sweep_syscalls(FaultHost &host, Syscalls failing, int error, Body body) {
+  return sweep_with(
+      host, [&](uint32_t n) { arm_syscalls(failing, {.n = n, .error = error}); },
+      [&] {
+        const auto failed = disarm_syscalls();
+        return std::string(failed ? syscall_name(*failed) : "");
+      },
+      body);
+}
+
+}  // namespace jx::test

@@ -1,0 +1,39 @@
+// System calls that fail on request. A test program that refers to one of these routines gets its
+// own read, write, pread64, pwrite64, lseek64, fsync and ftruncate64, which stand before the C
+// library's for the module too and hand on to them. Off until armed; thread-safe.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+namespace jx::test {
+
+enum class Syscall : uint32_t { read, write, pread, pwrite, seek, sync, truncate };
+inline constexpr uint32_t kSyscallCount = 7;
+
+// A set of system calls.
+using Syscalls = uint32_t;
+constexpr Syscalls syscalls() { return 0; }
+template <typename... Rest>
+constexpr Syscalls syscalls(Syscall first, Rest... rest) {
+  return (1u << static_cast<uint32_t>(first)) | syscalls(rest...);
+}
+inline constexpr Syscalls kAllSyscalls = (1u << kSyscallCount) - 1;
+
+const char *syscall_name(Syscall call);
+
+// What is to happen to the n-th call, from 0, of those armed.
+struct SyscallFault {
+  uint32_t n = 0;
+  int error = 0;            // errno it fails with; 0: it is shortened instead
+  uint32_t most_bytes = 1;  // the shortened transfer
+  bool to_the_end = false;  // every call from the n-th on, until disarmed
+};
+
+void arm_syscalls(Syscalls failing, const SyscallFault &fault);
+// Ends that and tells which call was hit first.
+std::optional<Syscall> disarm_syscalls();
+// Calls of one kind since the start.
+uint64_t syscall_count(Syscall call);
+
+}  // namespace jx::test

@@ -38,20 +38,22 @@ void fill_slots(JXDirectory *handle) {
 }  // namespace
 
 extern "C" JXDirectory *jxwemdirectoryopen(JXInstance *instance, const JXChar *path,
-                                           int32_t path_chars, uint32_t options, uint32_t,
+                                           uint32_t path_chars, uint32_t options, uint32_t,
                                            JXOwner owner, const char *name8, JXStatus *status_out) {
   if (!status_out) return nullptr;
   *status_out = JXWEM_E_NOHANDLE;
   if (!instance) return nullptr;
   *status_out = JXWEM_E_BADNAME;
-  if (!path || path_chars < 1) return nullptr;
+  if (!path || path_chars == 0) return nullptr;
+  *status_out = JXWEM_E_NAMETOOLONG;
+  if (!jx::is_valid_size((uint64_t{path_chars} + 1) * jx::kJXCharBytes)) return nullptr;
   JXHost *host = instance->pool_host;
   // Ending the pool ends the handle and everything made for it.
   jx::HostObject<JXPool> pool(host->create_pool(host, 0, 0, 0, owner, "jxwemd%d"));
   *status_out = JX_E_NOMEM;
   if (!pool) return nullptr;
   JXDirectory *handle = nullptr;
-  *status_out = make_handle(pool.get(), {path, static_cast<uint32_t>(path_chars)}, name8, &handle);
+  *status_out = make_handle(pool.get(), {path, path_chars}, name8, &handle);
   if (*status_out != JX_OK) return nullptr;
   fill_slots(handle);
   handle->instance = instance;

@@ -1,10 +1,17 @@
-// The POSIX layer's contract with its neighbours: how errno becomes a status and a journal line.
+// The POSIX layer's contract with its neighbours: how errno becomes a status and a journal line,
+// paths made ready for the system, owners of descriptors and streams, and the records that
+// information tables and lists are made of.
 #pragma once
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <utility>
 
 #include "jx/wem.h"
 #include "kernel/kernel.hpp"
@@ -36,5 +43,222 @@ constexpr bool is_ordered(std::span<const ErrnoRow> rows) {
 // Turns the errno of a failed call into the operation's status by the call's table and, where the
 // table says so, writes the system's text to the journal (which may be null).
 JXStatus status_of_errno(const ErrnoMap &map, int error, JXInstance *instance, JXJournal *journal);
+
+// ---- Tables that several calls share
+
+inline constexpr ErrnoRow kStatRows[] = {{ENOENT, JXWEM_E_NOTFOUND}, {EACCES, JXWEM_E_ACCESS}};
+inline constexpr ErrnoRow kOpenDirectoryRows[] = {{ENOENT, JXWEM_E_NOTFOUND},
+                                                  {EACCES, JXWEM_E_ACCESS},
+                                                  {ENOTDIR, JXWEM_E_NOTFOUND},
+                                                  {ENAMETOOLONG, JXWEM_E_NAMETOOLONG}};
+static_assert(is_ordered(kStatRows) && is_ordered(kOpenDirectoryRows));
+
+inline constexpr ErrnoMap kStatErrors = {kStatRows};                    // information, existence
+inline constexpr ErrnoMap kOpenDirectoryErrors = {kOpenDirectoryRows};  // opendir in every use
+
+// ---- Paths
+
+// Converts text to the platform encoding, one byte a character, and terminates it; destination
+// holds text.chars + 1 bytes. 0, or JXWEM_E_FAILED.
+JXStatus encode_native(JXInstance *instance, Text text, char *destination);
+
+// Converts a name of the platform into JXChars; destination holds one a byte. *chars_out receives
+// the length. 0, or the transcoder's status.
+JXStatus decode_native(JXInstance *instance, const char *name, uint32_t bytes, JXChar *destination,
+                       uint32_t *chars_out);
+
+// A path made ready for the system. Ends with everything it holds.
+class SystemPath {
+ public:
+  // Expands a path and converts the expansion; the platform form is a block of the pool. 0, a
+  // status of the expansion, JX_E_NOMEM, JXWEM_E_FAILED (not convertible) or JXWEM_E_BADNAME (a
+  // length without text).
+  JXStatus prepare(JXInstance *instance, Text path, JXPool *pool);
+  JXStatus prepare(JXInstance *instance, const JXChar *path, uint32_t path_chars) {
+    return prepare(instance, {path, path_chars}, instance->pool);
+  }
+  // Converts a path that is used as it is. 0, JX_E_NOMEM or JXWEM_E_FAILED.
+  JXStatus convert(JXInstance *instance, Text path, JXPool *pool);
+
+  const char *native() const { return native_.get(); }                   // terminated
+  Text expanded() const { return {expansion_.get(), expanded_chars_}; }  // after prepare
+
+ private:
+  PoolBlock<JXChar> expansion_;
+  uint32_t expanded_chars_ = 0;
+  PoolBlock<char> native_;
+};
+
+// Tells whether a path names anything. 0, or a status of kStatErrors.
+JXStatus test_exists(JXInstance *instance, const char *path);
+// Tells what a name, relative to a directory's descriptor or AT_FDCWD, is: 0 for a directory, 1
+// for anything else that exists, JXWEM_E_NOPATH when missing, JXWEM_E_ACCESS, JXWEM_E_SYSTEM.
+JXStatus test_directory(JXInstance *instance, int directory_fd, const char *name);
+// Makes one directory; an existing one is success. The statuses of bkwemmakedirectory.
+JXStatus make_directory(JXInstance *instance, const char *path);
+
+// ---- Descriptors and directory streams
+
+// Owns a descriptor.
+class Descriptor {
+ public:
+  explicit Descriptor(int fd) : fd_(fd) {}
+  Descriptor(const Descriptor &) = delete;
+  Descriptor &operator=(const Descriptor &) = delete;
+  ~Descriptor() {
+    if (fd_ >= 0) ::close(fd_);
+  }
+
+  int get() const { return fd_; }
+  explicit operator bool() const { return fd_ >= 0; }
+  [[nodiscard]] int release() { return std::exchange(fd_, -1); }
+  // Closes and tells how that went, in errno. Never repeated: the descriptor is gone either way.
+  int close() { return ::close(release()); }
+
+ private:
+  int fd_;
+};
+
+// Owns a directory stream.
+class DirectoryStream {
+ public:
+  explicit DirectoryStream(DIR *stream) : stream_(stream) {}
+  DirectoryStream(const DirectoryStream &) = delete;
+  DirectoryStream &operator=(const DirectoryStream &) = delete;
+  ~DirectoryStream() {
+    if (stream_) closedir(stream_);
+  }
+
+  DIR *get() const { return stream_; }
+  explicit operator bool() const { return stream_ != nullptr; }
+  [[nodiscard]] DIR *release() { return std::exchange(stream_, nullptr); }
+
+ private:
+  DIR *stream_;
+};
+
+// Reads the next entry of a stream. 0, JXWEM_E_EOF when there is none, or JXWEM_E_SYSTEM after the
+// system's text went to the journal (which may be null).
+JXStatus read_entry(DIR *stream, dirent64 *entry, JXInstance *instance, JXJournal *journal);
+
+// Tells whether a name, in characters of either kind, is "." or "..".
+template <typename Char>
+constexpr bool is_dot_name(const Char *name, uint32_t length) {
+  return length >= 1 && length <= 2 && name[0] == '.' && name[length - 1] == '.';
+}
+
+// A directory-open option between the copy and its handles: the path is used as it is.
+inline constexpr uint32_t kDirectoryLiteral = 0x80000000u;
+
+// ---- Information
+
+// What information tables and directory lists tell of a file.
+struct FileFacts {
+  uint64_t size_bytes;
+  double modified;  // seconds since 1 January 1960 00:00 local time
+  bool is_dir;
+};
+
+// The host's time zone in seconds to be added to UTC.
+double time_zone_seconds();
+FileFacts facts_of(const struct stat64 &info, double zone_seconds);
+
+// Frees an information record: its name, its second block and itself.
+void free_info_item(JXInfoItem *item);
+
+// The records of an information table, in the order they go in: made and handed out by bk
+// routines, taken over and moved into a table by jx routines. Frees what it still holds.
+class InfoItems {
+ public:
+  explicit InfoItems(JXPool *pool) : pool_(pool) {}
+  // Takes over what release handed out.
+  InfoItems(JXPool *pool, JXInfoItem **items, uint32_t count)
+      : pool_(pool), items_(pool, items), end_(count) {}
+  InfoItems(const InfoItems &) = delete;
+  InfoItems &operator=(const InfoItems &) = delete;
+  ~InfoItems() {
+    while (front()) free_info_item(pop_front());
+  }
+
+  // Makes the array. 0 or JX_E_NOMEM.
+  JXStatus reserve(uint32_t count);
+  // Appends a record; name is terminated and becomes the item's name. 0 or JX_E_NOMEM.
+  JXStatus add(uint32_t type, uint32_t format, const JXChar *name, JXInfoValue value);
+  JXInfoItem *front() const { return begin_ < end_ ? items_[begin_] : nullptr; }
+  JXInfoItem *pop_front() { return items_[begin_++]; }
+  // Hands the array with its records over.
+  void release(JXInfoItem ***items_out, uint32_t *count_out) {
+    *count_out = std::exchange(end_, 0);
+    *items_out = items_.release();
+  }
+
+ private:
+  JXPool *pool_;
+  PoolBlock<JXInfoItem *> items_;
+  uint32_t begin_ = 0;
+  uint32_t end_ = 0;
+};
+
+// ---- Lists
+
+// Frees a record of a list with everything it holds.
+void free_record(JXMember *record);
+void free_record(JXDirectoryEntry *record);
+
+// A singly linked list of records. Frees what it still holds.
+template <typename Record>
+class RecordList {
+ public:
+  explicit RecordList(Record *first = nullptr) : first_(first) {}
+  RecordList(const RecordList &) = delete;
+  RecordList &operator=(const RecordList &) = delete;
+  ~RecordList() {
+    while (front()) free_record(pop_front());
+  }
+
+  void append(Record *record) {
+    (last_ ? last_->next : first_) = record;
+    last_ = record;
+    ++count_;
+  }
+  Record *front() const { return first_; }
+  Record *pop_front() { return std::exchange(first_, first_->next); }
+  // Hands the list over.
+  void release(Record **first_out, uint64_t *count_out) {
+    *first_out = std::exchange(first_, nullptr);
+    *count_out = count_;
+  }
+
+ private:
+  Record *first_;
+  Record *last_ = nullptr;
+  uint64_t count_ = 0;
+};
+
+// A block of the pool with a copy of text; empty when memory is out.
+PoolBlock<JXChar> copy_text(JXPool *pool, Text text);
+
+// Builds the full paths of one directory's members, each as bkwembuildpath would. What comes
+// before a member's name is found once; a name that the expansion would not change is put behind
+// it without another call.
+class MemberPaths {
+ public:
+  // The directory's text is lent for the object's lifetime.
+  MemberPaths(JXInstance *instance, Text directory);
+
+  // Tells whether a member's path is the text in front and the name as it is.
+  bool is_plain(Text name) const;
+  // Tells whether plain paths lead into the directory of that expanded path.
+  bool lead_into(Text directory) const;
+  // The path of a member as a block of the pool. 0, or a status of bkwembuildpath.
+  JXStatus build(Text name, JXPool *pool, PoolBlock<JXChar> *path_out, uint32_t *chars_out) const;
+
+ private:
+  JXInstance *instance_;
+  Text directory_;
+  uint32_t joined_chars_ = 0;  // the directory as given, its separator included
+  PoolBlock<JXChar> prefix_;   // the expanded directory and its slash; empty: none to use
+  uint32_t prefix_chars_ = 0;
+};
 
 }  // namespace jx

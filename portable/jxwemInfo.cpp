@@ -1,0 +1,55 @@
+// Information about a file, as a table; and what both information tables share.
+#include "portable/portable.hpp"
+
+namespace jx {
+
+JXTable *table_of_items(const TableShape &shape, InfoItems *items, JXStatus *status_out) {
+  HostObject<JXTable> table = make_table(shape);
+  if (!table) {
+    *status_out = JXWEM_E_NOHANDLE;
+    return nullptr;
+  }
+  while (JXInfoItem *item = items->front()) {
+    if (!insert_value(table.get(), item, {item->name, item->name_chars})) {
+      *status_out = JXWEM_E_FAILED;
+      return nullptr;
+    }
+    items->pop_front();
+  }
+  *status_out = JX_OK;
+  return table.release();
+}
+
+void free_entry_item(JXTableEntry *entry) {
+  if (!entry || !entry->value) return;
+  free_info_item(static_cast<JXInfoItem *>(std::exchange(entry->value, nullptr)));
+}
+
+}  // namespace jx
+
+namespace {
+
+constexpr jx::TableShape kShape = {{0, 0, 1, 0x20000000, 0, 0}, "JXWEM Info", jxwemInfoDestroy};
+
+}  // namespace
+
+extern "C" {
+
+JXTable *jxweminfo(JXInstance *instance, JXPool *pool, const JXChar *name, uint32_t name_chars,
+                   JXStatus *status_out) {
+  JXStatus ignored = JX_OK;
+  JXStatus *status = status_out ? status_out : &ignored;
+  JXInfoItem **array = nullptr;
+  uint32_t count = 0;
+  *status = bkweminfo(instance, pool, name, name_chars, &array, &count);
+  if (*status != JX_OK) return nullptr;
+  jx::InfoItems items(pool, array, count);
+  return jx::table_of_items(kShape, &items, status);
+}
+
+JXStatus jxwemInfoDestroy(JXTableEntry *entry) {
+  jx::free_entry_item(entry);
+  return JX_OK;
+}
+
+}  // extern "C"

@@ -1,0 +1,47 @@
+// The portable layer's shared machinery: tables made through the host kernel.
+#pragma once
+
+#include <array>
+
+#include "jx/wem.h"
+#include "kernel/kernel.hpp"
+#include "posix/posix.hpp"
+
+namespace jx {
+
+// How a result table is made.
+struct TableShape {
+  std::array<uint32_t, 6> attributes;  // the host's own words
+  const char *name8;                   // its name
+  JXEntryDestructor destructor;        // releases the value of an entry
+};
+
+// An empty table with its destructor in place; empty when there is no host kernel handle or the
+// host refuses.
+inline HostObject<JXTable> make_table(const TableShape &shape) {
+  JXHost *host = Exported_JXHandle;
+  if (!host) return HostObject<JXTable>();
+  const auto &a = shape.attributes;
+  HostObject<JXTable> table(
+      host->create_table(host, a[0], a[1], a[2], a[3], a[4], a[5], 0, shape.name8));
+  if (table && table->table_set_entry_destructor(table.get(), 0, shape.destructor) != JX_OK) {
+    table.reset();
+  }
+  return table;
+}
+
+// Puts a value into a table, without a key when key_chars is 0. Tells whether the table took it.
+inline bool insert_value(JXTable *table, void *value, Text key = {}) {
+  JXTableEntry *entry = nullptr;
+  return table->table_insert(table, 0, 0, value, &entry, key.data, key.chars * kJXCharBytes, 0) !=
+         0;
+}
+
+// Moves information records into a new table, each under its name. Null with JXWEM_E_NOHANDLE (no
+// table) or JXWEM_E_FAILED (a record refused) in *status_out; every record is released then.
+JXTable *table_of_items(const TableShape &shape, InfoItems *items, JXStatus *status_out);
+
+// Frees the information record of an entry, if it has one.
+void free_entry_item(JXTableEntry *entry);
+
+}  // namespace jx

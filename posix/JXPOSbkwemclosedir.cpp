@@ -1,0 +1,10 @@
+// The stream of a directory handle, closed.
+#include "posix/posix.hpp"
+
+extern "C" JXStatus bkwemclosedir(JXDirectory *directory) {
+  if (!directory) return JXWEM_E_NOHANDLE;
+  if (!directory->stream_holder) return JX_OK;
+  DIR *stream = static_cast<DIR *>(std::exchange(*directory->stream_holder, nullptr));
+  if (stream) closedir(stream);
+  return JX_OK;
+}

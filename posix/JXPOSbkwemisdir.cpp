@@ -1,0 +1,33 @@
+// Whether a path names a directory.
+#include <fcntl.h>
+
+#include "posix/posix.hpp"
+
+namespace {
+
+constexpr JXStatus kNotDirectory = 1;  // exists and is something else
+constexpr jx::ErrnoRow kRows[] = {{ENOENT, JXWEM_E_NOPATH}, {EACCES, JXWEM_E_ACCESS}};
+static_assert(jx::is_ordered(kRows));
+constexpr jx::ErrnoMap kErrors = {kRows};
+
+}  // namespace
+
+namespace jx {
+
+JXStatus test_directory(JXInstance *instance, int directory_fd, const char *name) {
+  struct stat64 info;
+  if (fstatat64(directory_fd, name, &info, 0) != 0) {
+    return status_of_errno(kErrors, errno, instance, instance->journal);
+  }
+  return S_ISDIR(info.st_mode) ? JX_OK : kNotDirectory;
+}
+
+}  // namespace jx
+
+extern "C" JXStatus bkwemisdir(JXInstance *instance, const JXChar *path, uint32_t path_chars) {
+  if (!instance) return JXWEM_E_NOHANDLE;
+  jx::SystemPath system_path;
+  const JXStatus status = system_path.prepare(instance, path, path_chars);
+  if (status != JX_OK) return status;
+  return jx::test_directory(instance, AT_FDCWD, system_path.native());
+}

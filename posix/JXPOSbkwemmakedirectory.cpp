@@ -1,0 +1,37 @@
+// A new directory.
+#include <fcntl.h>
+
+#include "posix/posix.hpp"
+
+namespace {
+
+constexpr mode_t kPermissions = 0777;  // before the process's creation mask
+
+constexpr jx::ErrnoRow kRows[] = {{EPERM, JXWEM_E_ACCESS},    {ENOENT, JXWEM_E_NOPATH},
+                                  {EACCES, JXWEM_E_ACCESS},   {EEXIST, JXWEM_E_EXISTS},
+                                  {ENOTDIR, JXWEM_E_NOPATH},  {ETXTBSY, JXWEM_E_INUSE},
+                                  {ENOSPC, JXWEM_E_DISKFULL}, {EROFS, JXWEM_E_ACCESS}};
+static_assert(jx::is_ordered(kRows));
+constexpr jx::ErrnoMap kErrors = {kRows};
+
+}  // namespace
+
+namespace jx {
+
+JXStatus make_directory(JXInstance *instance, const char *path) {
+  if (mkdir(path, kPermissions) == 0) return JX_OK;
+  const JXStatus status = status_of_errno(kErrors, errno, instance, instance->journal);
+  if (status != JXWEM_E_EXISTS) return status;
+  return test_directory(instance, AT_FDCWD, path) == JX_OK ? JX_OK : JXWEM_E_EXISTS;
+}
+
+}  // namespace jx
+
+extern "C" JXStatus bkwemmakedirectory(JXInstance *instance, const JXChar *path,
+                                       uint32_t path_chars) {
+  if (!instance) return JXWEM_E_NOHANDLE;
+  if (!path || path_chars == 0) return JXWEM_E_BADNAME;
+  jx::SystemPath system_path;
+  const JXStatus status = system_path.prepare(instance, path, path_chars);
+  return status == JX_OK ? jx::make_directory(instance, system_path.native()) : status;
+}

@@ -1,0 +1,79 @@
+// Directory entries, and the records of information tables and of lists.
+#include <algorithm>
+
+#include "posix/posix.hpp"
+
+namespace {
+
+constexpr double kEpochShift = 315619200.0;  // seconds from 1 January 1960 to 1 January 1970
+constexpr jx::ErrnoMap kReadEntryErrors = {};
+
+}  // namespace
+
+namespace jx {
+
+JXStatus read_entry(DIR *stream, dirent64 *entry, JXInstance *instance, JXJournal *journal) {
+  dirent64 *found = nullptr;
+  // The call leaves no doubt between the end and a failure and needs no errno; the C library
+  // deprecates it for systems with longer names than its entry holds.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+  const int error = readdir64_r(stream, entry, &found);
+#pragma GCC diagnostic pop
+  if (error != 0) return status_of_errno(kReadEntryErrors, error, instance, journal);
+  return found ? JX_OK : JXWEM_E_EOF;
+}
+
+double time_zone_seconds() {
+  double seconds = 0;
+  jxzdtgmt(&seconds);
+  return seconds;
+}
+
+FileFacts facts_of(const struct stat64 &info, double zone_seconds) {
+  return {static_cast<uint64_t>(info.st_size),
+          static_cast<double>(info.st_mtime) + kEpochShift + zone_seconds, S_ISDIR(info.st_mode)};
+}
+
+void free_info_item(JXInfoItem *item) {
+  JXPool *pool = item->pool;
+  if (item->name) pool->pool_free(pool, item->name);
+  if (item->second_block) pool->pool_free(pool, item->second_block);
+  pool->pool_free(pool, item);
+}
+
+JXStatus InfoItems::reserve(uint32_t count) {
+  items_ = PoolBlock<JXInfoItem *>::allocate(pool_, count);
+  return items_ ? JX_OK : JX_E_NOMEM;
+}
+
+JXStatus InfoItems::add(uint32_t type, uint32_t format, const JXChar *name, JXInfoValue value) {
+  auto item = PoolBlock<JXInfoItem>::allocate(pool_, 1, JX_POOL_ZERO_FILL);
+  if (!item) return JX_E_NOMEM;
+  const uint32_t name_chars = skStrTLen(name);
+  auto item_name = copy_text(pool_, {name, name_chars});
+  if (!item_name) return JX_E_NOMEM;
+  item->type = type;
+  item->name = item_name.release();
+  item->name_chars = name_chars;
+  item->value = value;
+  item->pool = pool_;
+  item->format = format;
+  items_[end_++] = item.release();
+  return JX_OK;
+}
+
+void free_record(JXMember *record) {
+  JXPool *pool = record->pool;
+  if (record->information) end_host_object(record->information);
+  if (record->name) pool->pool_free(pool, record->name);
+  pool->pool_free(pool, record);
+}
+
+void free_record(JXDirectoryEntry *record) {
+  JXPool *pool = record->pool;
+  if (record->name) pool->pool_free(pool, record->name);
+  pool->pool_free(pool, record);
+}
+
+}  // namespace jx

@@ -1,0 +1,73 @@
+// A path taken apart.
+#include <algorithm>
+
+#include "posix/posix.hpp"
+
+namespace {
+
+struct Component {
+  JXChar *text = nullptr;  // in the block of the split, or null
+  int32_t chars = 0;
+};
+
+Component component_at(JXChar *text, uint32_t chars) {
+  if (chars == 0) return {};
+  return {text, static_cast<int32_t>(chars)};
+}
+
+// The length of the extension of a path whose member begins at start; 0 when there is none. The
+// last dot alone decides: it must neither begin the member nor end the path.
+uint32_t extension_chars_of(jx::Text path, uint32_t start) {
+  uint32_t dot = path.chars;
+  while (dot > start && path.data[dot - 1] != '.') --dot;
+  return dot > start + 1 ? path.chars - dot : 0;
+}
+
+void store(const Component &component, JXChar **text_out, int32_t *chars_out) {
+  *text_out = component.text;
+  *chars_out = component.chars;
+}
+
+}  // namespace
+
+extern "C" {
+
+JXStatus bkwemsplitpath(JXInstance *instance, const JXChar *path, uint32_t path_chars,
+                        JXChar **directory_out, int32_t *directory_chars_out, JXChar **member_out,
+                        int32_t *member_chars_out, JXChar **base_out, int32_t *base_chars_out,
+                        JXChar **extension_out, int32_t *extension_chars_out) {
+  if (!instance) return JXWEM_E_NOHANDLE;
+  if (!path || path_chars == 0) return 1;
+  auto block = jx::copy_text(instance->pool, {path, path_chars});
+  if (!block) return JX_E_NOMEM;
+  const jx::Text text = {block.get(), path_chars};
+  uint32_t start = path_chars;
+  while (start != 0 && text.data[start - 1] != '/') --start;
+
+  const uint32_t member_chars = path_chars - start;
+  const uint32_t extension_chars = extension_chars_of(text, start);
+  const uint32_t mark_chars = extension_chars != 0 ? 1 : 0;
+  // Only the root keeps its slash.
+  const uint32_t directory_chars = start > 1 ? start - 1 : start;
+  JXChar *all = block.release();
+  store(component_at(all, directory_chars), directory_out, directory_chars_out);
+  store(component_at(all + start, member_chars), member_out, member_chars_out);
+  store(component_at(all + start, member_chars - extension_chars - mark_chars), base_out,
+        base_chars_out);
+  store(component_at(all + path_chars - extension_chars, extension_chars), extension_out,
+        extension_chars_out);
+  return JX_OK;
+}
+
+JXStatus bkwemsplitpathdestroy(JXInstance *instance, JXChar *directory, JXChar *member,
+                               JXChar *base, JXChar *extension) {
+  if (!instance) return JXWEM_E_NOHANDLE;
+  for (JXChar *component : {directory, member, base, extension}) {
+    if (!component) continue;
+    instance->pool->pool_free(instance->pool, component);
+    break;
+  }
+  return JX_OK;
+}
+
+}  // extern "C"

@@ -60,20 +60,22 @@ struct JXLocale {
   JXChar decimal_point;         /* the character between integer and fraction digits */
 };
 
-/* Memory: blocks live until pool_free or until their pool is destroyed. */
+/* Memory: blocks live until pool_free or until their pool is destroyed. Several threads may
+   allocate and free at once; destroying a pool is its owner's alone. */
 struct JXPool {
   /* Frees every block of the pool and the pool itself. 0 on success. */
   JXStatus (*destroy_pool)(JXPool *pool);
   /* A block of the given size, aligned for any type; a request of 0 bytes yields a block too.
      Flag JX_POOL_ZERO_FILL clears it. Null when memory is out. */
   void *(*pool_allocate)(JXPool *pool, uint32_t bytes, uint32_t flags);
-  /* Gives a block back. 0 on success. */
+  /* Gives a block back. 0 on success; a status of the host when the block is null or not a live
+     block of this pool, which is then left alone. */
   JXStatus (*pool_free)(JXPool *pool, void *block);
 };
 
 #define JX_POOL_ZERO_FILL 0x80000000u /* pool_allocate: fill the block with zeros */
 
-/* A mutual-exclusion lock. */
+/* A mutual-exclusion lock, not recursive: held by one thread and released by the same. */
 struct JXLock {
   JXStatus (*destroy_lock)(JXLock *lock);                               /* 0 on success */
   JXStatus (*lock_acquire)(JXLock *lock, uint32_t one1, uint32_t one2); /* 0 when held */
@@ -83,16 +85,20 @@ struct JXLock {
 /* What a table calls for each entry it lets go of; the entry's third word is the value. */
 typedef JXStatus (*JXEntryDestructor)(JXTableEntry *entry);
 
-/* An ordered collection of values, each with an optional key of bytes. */
+/* An ordered collection of values, each with an optional key of bytes. Used by one caller at a
+   time. */
 struct JXTable {
-  /* Calls the entry destructor for every entry, then frees the table. 0 on success. */
+  /* Calls the entry destructor for every entry in the order of insertion, then frees the table.
+     0, or the first status not 0 that a destructor returned; the table is gone either way. */
   JXStatus (*destroy_table)(JXTable *table);
-  /* Adds a value under a copy of the key (key null and key_bytes 0: without a key) and stores the
-     new entry in *entry_out. Not 0 = stored. */
+  /* Adds a value at the end under a copy of the key (key null and key_bytes 0: without a key) and
+     stores the new entry in *entry_out. Not 0 = stored; 0 when the key is there already or memory
+     is out. */
   int32_t (*table_insert)(JXTable *table, uint32_t zero1, uint32_t zero2, void *value,
                           JXTableEntry **entry_out, const void *key, uint32_t key_bytes,
                           uint32_t zero3);
-  /* Sets the function that releases the value of an entry. 0 on success. */
+  /* Sets the function that releases the value of an entry; null: values are not released. 0 on
+     success. */
   JXStatus (*table_set_entry_destructor)(JXTable *table, uint32_t zero,
                                          JXEntryDestructor destructor);
 };
@@ -148,7 +154,9 @@ struct JXExtension {
 /* The extension "jxitcp": facts about the machine's network name. */
 struct JXItcp {
   JXStatus (*release_extension)(JXExtension *extension); /* 0 on success */
-  /* Stores the host name; *length_chars holds the room before and the length after. */
+  /* Stores the host name; *length_chars holds the room before and the length after. Form 2 is the
+     name of the machine. 0, JX_E_TRUNCATED (the first *length_chars characters are there),
+     JX_E_UNSUPPORTED (another form), or a status of the host. */
   JXStatus (*get_host_name)(JXItcp *itcp, JXChar *buffer, uint32_t *length_chars, uint32_t form);
 };
 
@@ -156,14 +164,23 @@ struct JXItcp {
 struct JXElm {
   JXStatus (*release_extension)(JXExtension *extension); /* 0 on success */
   /* Opens a file and locks it as the lock word says. Stores 0 or a JXELM_E_* code in *status_out;
-     the object is null unless the status is 0. The caller closes the object. */
+     the object is null unless the status is 0. The caller closes the object. The journal (or null)
+     receives the system's text for an error that has no code of its own.
+     - The flags that make a descriptor close on exec, not become the controlling terminal and
+       reach beyond 2 GiB are added to the request's.
+     - The file is emptied (O_TRUNC) only after its lock is held: a refused lock leaves the content
+       as it was. A file that the open created stays, empty, when its lock is refused.
+     - The lock covers the whole file and belongs to this opening of it: it keeps out every other
+       opening that asks for a lock, in this process too, and ends with the close.
+     - Only regular files are locked. Devices, FIFOs and pipes are opened without a lock.
+     - A directory is refused for reading too. */
   JXOpenFile *(*open_file)(JXElm *elm, const JXOpenRequest *request, uint32_t one,
                            uint32_t lock_word, JXJournal *journal, JXStatus *status_out);
 };
 
 /* What to open. */
 struct JXOpenRequest {
-  const JXChar *path;   /* not terminated; read during the call only */
+  const JXChar *path;   /* not terminated, each 1 to 0xFF; read during the call only */
   uint32_t path_chars;  /* length of path */
   uint32_t permissions; /* permission bits of a file that is created, before the umask */
   uint32_t flags;       /* POSIX open flags of the platform */
@@ -172,40 +189,94 @@ struct JXOpenRequest {
 
 /* An open file; owns the descriptor. */
 struct JXOpenFile {
-  /* Closes the descriptor and frees the object; zeros points to eight words of 0. */
+  /* Closes the descriptor, once whatever comes of it, and frees the object; zeros points to eight
+     words of 0. 0, or a JXELM_E_* code when the system reports that data was lost at the close
+     (the journal, or null, receives the text). */
   JXStatus (*close_file)(JXOpenFile *file, const uint32_t *zeros, JXJournal *journal);
   const int *descriptor; /* the POSIX file descriptor */
 };
 
-/* Lock words of open_file. */
+/* Lock words of open_file. A shared lock needs flags that allow reading, an exclusive one flags
+   that allow writing; others are refused with JXELM_E_BADARG before anything is opened. */
 #define JXELM_LOCK_NONE 0u      /* no lock */
 #define JXELM_LOCK_SHARED 1u    /* shared with other readers */
 #define JXELM_LOCK_EXCLUSIVE 2u /* no other lock at the same time */
 #define JXELM_LOCK_WAIT 0x8u    /* added: wait for the lock instead of refusing */
 
-/* Statuses of open_file that the module turns into codes of its own; every other code of the
-   family counts as a system error. */
+/* Statuses of "jxelm". The module answers NOMEM, NOTFOUND, NOPATH, ACCESS, REFUSED, LOCKED and the
+   five BUSY codes with codes of its own; every other code of the family counts there as a system
+   error. */
 #define JXELM_E_NOMEM ((JXStatus)0x80ffe001u)    /* out of memory */
+#define JXELM_E_SYSTEM ((JXStatus)0x80ffe002u)   /* an error without a code of its own */
+#define JXELM_E_BADARG ((JXStatus)0x80ffe003u)   /* request, flags or lock word make no sense */
+#define JXELM_E_TOOLONG ((JXStatus)0x80ffe004u)  /* path too long */
+#define JXELM_E_NOSPACE ((JXStatus)0x80ffe005u)  /* no space or quota left */
 #define JXELM_E_NOTFOUND ((JXStatus)0x80ffe006u) /* no such file */
 #define JXELM_E_NOPATH ((JXStatus)0x80ffe007u)   /* a directory on the path is missing */
+#define JXELM_E_LIMIT ((JXStatus)0x80ffe008u)    /* too many open files */
 #define JXELM_E_ACCESS ((JXStatus)0x80ffe009u)   /* access denied */
+#define JXELM_E_LOOP ((JXStatus)0x80ffe00au)     /* too many links on the path */
+#define JXELM_E_NODEVICE ((JXStatus)0x80ffe00bu) /* no device, or nobody at the other end */
+#define JXELM_E_TOOBIG ((JXStatus)0x80ffe00cu)   /* file too large for this process */
+#define JXELM_E_EXISTS ((JXStatus)0x80ffe00du)   /* the file exists already */
 #define JXELM_E_REFUSED ((JXStatus)0x80ffe00eu)  /* the name may not be opened as a file */
 #define JXELM_E_LOCKED ((JXStatus)0x80ffe00fu)   /* another holder's lock is in the way */
-#define JXELM_E_BUSY1 ((JXStatus)0x80ffe010u)    /* in use */
-#define JXELM_E_BUSY2 ((JXStatus)0x80ffe011u)    /* in use */
-#define JXELM_E_BUSY3 ((JXStatus)0x80ffe012u)    /* in use */
-#define JXELM_E_BUSY4 ((JXStatus)0x80ffe013u)    /* in use */
-#define JXELM_E_BUSY5 ((JXStatus)0x80ffe016u)    /* in use */
+#define JXELM_E_BUSY1 ((JXStatus)0x80ffe010u)    /* in use: a program that is being executed */
+#define JXELM_E_BUSY2 ((JXStatus)0x80ffe011u)    /* in use: a busy device */
+#define JXELM_E_BUSY3 ((JXStatus)0x80ffe012u)    /* in use: waiting for the lock would deadlock */
+#define JXELM_E_BUSY4 ((JXStatus)0x80ffe013u)    /* in use: the system has no lock left */
+#define JXELM_E_NOLOCKS ((JXStatus)0x80ffe014u)  /* the file system has no locks */
+#define JXELM_E_BUSY5 ((JXStatus)0x80ffe016u)    /* in use: another process's lease or lock */
 
-/* Where error texts go. The variable list follows the fixed words. All return 0 on success. */
+/* Every status of "jxelm" with its meaning, X(name, text). */
+#define JXELM_STATUS_LIST(X)                                      \
+  X(JXELM_E_NOMEM, "out of memory")                               \
+  X(JXELM_E_SYSTEM, "an error without a code of its own")         \
+  X(JXELM_E_BADARG, "request, flags or lock word make no sense")  \
+  X(JXELM_E_TOOLONG, "path too long")                             \
+  X(JXELM_E_NOSPACE, "no space or quota left")                    \
+  X(JXELM_E_NOTFOUND, "no such file")                             \
+  X(JXELM_E_NOPATH, "a directory on the path is missing")         \
+  X(JXELM_E_LIMIT, "too many open files")                         \
+  X(JXELM_E_ACCESS, "access denied")                              \
+  X(JXELM_E_LOOP, "too many links on the path")                   \
+  X(JXELM_E_NODEVICE, "no device, or nobody at the other end")    \
+  X(JXELM_E_TOOBIG, "file too large for this process")            \
+  X(JXELM_E_EXISTS, "the file exists already")                    \
+  X(JXELM_E_REFUSED, "the name may not be opened as a file")      \
+  X(JXELM_E_LOCKED, "another holder's lock is in the way")        \
+  X(JXELM_E_BUSY1, "in use: a program that is being executed")    \
+  X(JXELM_E_BUSY2, "in use: a busy device")                       \
+  X(JXELM_E_BUSY3, "in use: waiting for the lock would deadlock") \
+  X(JXELM_E_BUSY4, "in use: the system has no lock left")         \
+  X(JXELM_E_NOLOCKS, "the file system has no locks")              \
+  X(JXELM_E_BUSY5, "in use: another process's lease or lock")
+
+/* Levels of a journal line. */
+#define JX_JOURNAL_TRACE 1u
+#define JX_JOURNAL_NOTE 2u
+#define JX_JOURNAL_WARNING 3u
+#define JX_JOURNAL_ERROR 4u
+#define JX_JOURNAL_FATAL 5u
+
+/* Where error texts go. The variable list follows the fixed words; its texts are zero-terminated
+   JXChars. A status or a message is written with the host's text for it and, after that, the texts
+   of the list. A buffer operation writes JXChars without a zero after them and stores their number.
+   0, JX_E_BADARG, JX_E_TRUNCATED (a buffer got what fits), or a status of the host. Several threads
+   may write at once. */
 struct JXJournal {
-  JXStatus (*message_to_buffer)(JXJournal *journal, uintptr_t w1, uintptr_t w2, uintptr_t w3,
-                                uintptr_t w4, uintptr_t w5, va_list args);
-  JXStatus (*message_to_journal)(JXJournal *journal, uintptr_t w1, uintptr_t w2, uintptr_t w3,
-                                 va_list args);
-  JXStatus (*status_to_buffer)(JXJournal *journal, uintptr_t w1, uintptr_t w2, uintptr_t w3,
-                               uintptr_t w4, va_list args);
-  /* level (4 = error), status, then in the list a zero-terminated JXChar text that explains it. */
+  /* buffer (JXChar *), its room in JXChars, where to store the length (uint32_t *, or null),
+     message number, number of texts; the list holds that many texts. */
+  JXStatus (*message_to_buffer)(JXJournal *journal, uintptr_t buffer, uintptr_t capacity_chars,
+                                uintptr_t length_out, uintptr_t message, uintptr_t text_count,
+                                va_list args);
+  /* level, message number, number of texts; the list holds that many texts. */
+  JXStatus (*message_to_journal)(JXJournal *journal, uintptr_t level, uintptr_t message,
+                                 uintptr_t text_count, va_list args);
+  /* buffer, room and length as above, status; the list holds one text, or null for none. */
+  JXStatus (*status_to_buffer)(JXJournal *journal, uintptr_t buffer, uintptr_t capacity_chars,
+                               uintptr_t length_out, uintptr_t status, va_list args);
+  /* level, status; the list holds one text that explains it, or null for none. */
   JXStatus (*status_to_journal)(JXJournal *journal, uintptr_t level, uintptr_t status,
                                 va_list args);
 };

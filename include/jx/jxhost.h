@@ -18,7 +18,9 @@ JX_EXTERN_C_BEGIN
 #define JXHOST_SECURE 0x4u /* "jxsecure" */
 #define JXHOST_ALL 0x7u    /* all of them */
 
-/* Called with each journal line: text8 is UTF-8, zero-terminated, valid during the call. */
+/* Called with each journal line, one call at a time, on the thread that writes it: text8 is UTF-8
+   without control characters, zero-terminated, valid during the call. Where the writer gave no text
+   it is the catalogue's meaning of the status. It must not write to the same journal. */
 typedef void (*JXHostJournalSink)(void *context, uint32_t level, JXStatus status,
                                   const char *text8);
 
@@ -27,7 +29,7 @@ typedef struct JXHostConfig {
   uint32_t extensions;            /* JXHOST_* bits */
   int32_t time_zone;              /* seconds west of UTC; used when time_zone_set is not 0 */
   uint32_t time_zone_set;         /* 0: the zone of the process is taken */
-  int32_t process_id;             /* value of "host.process_id"; 0: the real one */
+  int32_t process_id;             /* value of "host.process_id"; 0: the real one when asked */
   const char *host_name8;         /* what "jxitcp" answers; null: the machine's name. Copied. */
   JXHostJournalSink journal_sink; /* where the journal goes, or null */
   void *journal_context;          /* handed to journal_sink */
@@ -38,26 +40,33 @@ typedef struct JXHostConfig {
   { JXHOST_ALL, 0, 0, 0, NULL, NULL, NULL, -1 }
 
 /* A host with the given configuration (null: JXHOST_CONFIG_INIT), owned by the caller until
-   jxhost_destroy. Null when memory is out. */
+   jxhost_destroy. Null when memory is out. The operations of the handle may be called from several
+   threads at once. */
 JX_NODISCARD JXHost *jxhost_create(const JXHostConfig *config);
 
-/* Ends a host: unloads modules still loaded and frees pools and tables still alive. Returns how
-   many pools, locks, tables, transcoders and extensions were still alive (0 = nothing leaked). */
+/* Ends a host, null allowed: unloads modules still loaded, then frees what is still alive, the
+   newest first; open files are closed, entry destructors are not called. Each such object is named
+   in the journal with JXHOST_E_LEAKED. Returns how many pools, locks, tables, transcoders,
+   extensions and open files were still alive (0 = nothing leaked). */
 uint32_t jxhost_destroy(JXHost *host);
 
 /* The journal of a host: pass it in open options or store it in an instance's journal field. */
 JX_NODISCARD JXJournal *jxhost_journal(JXHost *host);
 
-/* Adds or replaces a 32-bit option that get_option answers. name8 is ASCII. 0 or JX_E_NOMEM. */
+/* Adds or replaces a 32-bit option that get_option answers. name8 is ASCII, copied. 0, JX_E_BADARG
+   (no name, or not ASCII) or JX_E_NOMEM. */
 JX_NODISCARD JXStatus jxhost_set_option(JXHost *host, const char *name8, int32_t value);
 
 /* Live blocks of a pool of this host, and of all its pools together. */
 uint64_t jxhost_pool_live_blocks(const JXPool *pool);
 uint64_t jxhost_live_blocks(const JXHost *host);
-/* Live pools, locks, tables, transcoders and extensions of a host. */
+/* Live pools, locks, tables, transcoders, extensions and open files of a host. */
 uint32_t jxhost_live_objects(const JXHost *host);
 
 /* ---- Tables, from the host's side ---------------------------------------------------------- */
+
+/* Only for tables of this host kernel; null has no entries. Entries are valid until destroy_table.
+ */
 
 /* The number of entries. */
 uint32_t jxhost_table_count(const JXTable *table);
@@ -87,12 +96,27 @@ uint32_t jxhost_encoding_at(uint32_t index);
 #define JXHOST_E_BADENCODING ((JXStatus)0x803fd004u) /* no encoding of that number */
 #define JXHOST_E_NOOPTION ((JXStatus)0x803fd005u)    /* no option of that name or type */
 #define JXHOST_E_BADOBJECT ((JXStatus)0x803fd006u)   /* the object is not of this host */
+#define JXHOST_E_LOCKSTATE ((JXStatus)0x803fd007u)   /* the lock is held, or not by this thread */
+#define JXHOST_E_OUTPUT ((JXStatus)0x803fd008u)      /* the journal could not be written */
+#define JXHOST_E_LEAKED ((JXStatus)0x803fd009u)      /* the object outlived its host */
 
-/* The catalogue: name and meaning of a status, of the module or of the host; null when it is not
-   known. The texts are static. */
+/* Each of them with its meaning, X(name, text). */
+#define JXHOST_STATUS_LIST(X)                                        \
+  X(JXHOST_E_MALFORMED, "input is not valid in its encoding")        \
+  X(JXHOST_E_UNMAPPABLE, "no such character in the target encoding") \
+  X(JXHOST_E_NOROOM, "the destination is too small")                 \
+  X(JXHOST_E_BADENCODING, "no encoding of that number")              \
+  X(JXHOST_E_NOOPTION, "no option of that name or type")             \
+  X(JXHOST_E_BADOBJECT, "the object is not of this host")            \
+  X(JXHOST_E_LOCKSTATE, "the lock is held, or not by this thread")   \
+  X(JXHOST_E_OUTPUT, "the journal could not be written")             \
+  X(JXHOST_E_LEAKED, "the object outlived its host")
+
+/* The catalogue: name and meaning of a status, of the module, the host or "jxelm"; null when it is
+   not known. The texts are static. */
 const char *jxhost_status_name(JXStatus status);
 const char *jxhost_status_text(JXStatus status);
-/* The index-th status of the catalogue; 0 past its end. */
+/* The index-th failure of the catalogue; 0 past its end. */
 JXStatus jxhost_status_at(uint32_t index);
 
 /* ---- Loading -------------------------------------------------------------------------------- */
@@ -100,16 +124,18 @@ JXStatus jxhost_status_at(uint32_t index);
 /* A loaded module with the instance it made. */
 typedef struct JXHostModule JXHostModule;
 
-/* Loads the module from path8, calls its jxextent and its entry, and stores the module in
-   *module_out, owned by the caller until jxhost_unload. On failure returns null and stores a static
-   or host-owned text in *error_out that stays valid until the next load on the thread. */
+/* Loads the module from path8, calls its jxextent and its entry, checks its versions, and stores
+   the module in *module_out, owned by the caller until jxhost_unload. A host may load a module
+   several times; two hosts of a process may not have the same one at once. On failure returns null
+   and stores a text in *error_out (or null) that stays valid until the next load on the thread. */
 JX_NODISCARD JXInstance *jxhost_load(JXHost *host, const char *path8, JXOwner owner,
                                      JXHostModule **module_out, const char **error_out);
 
 /* The address of a routine or table that the module exports by name; null when there is none. */
 JX_NODISCARD void *jxhost_symbol(JXHostModule *module, const char *name8);
 
-/* Destroys the instance and unloads the module. */
+/* Destroys the instance and unloads the module, null allowed. Files, directories and lists of the
+   instance must have been released before. */
 void jxhost_unload(JXHostModule *module);
 
 JX_EXTERN_C_END

@@ -1,0 +1,150 @@
+// The reference host's contract with itself: the list of live objects, the host, and what its files
+// offer one another. Nothing here throws; memory comes from the C library and a failure is a null.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <new>
+
+#include "jx/jxhost.h"
+
+namespace jxhost {
+
+struct Host;
+
+struct FreeBlock {
+  void operator()(void *block) const { std::free(block); }
+};
+// Memory of the C library with an owner.
+template <typename T>
+using Block = std::unique_ptr<T, FreeBlock>;
+
+// A copy of a zero-terminated text; empty when memory is out.
+Block<char> copy_text(const char *text8);
+
+// ---- host.cpp -----------------------------------------------------------------------------------
+
+// What every object that a host makes carries: its place in the host's list of live objects. The
+// destructor of an object frees all it owns and calls no code but the system's.
+struct Live {
+  Live() = default;
+  Live(const Live &) = delete;
+  Live &operator=(const Live &) = delete;
+  virtual ~Live() = default;
+  // Live blocks of a pool; 0 for other objects.
+  virtual uint64_t live_blocks() const { return 0; }
+
+  Host *host = nullptr;      // that made the object
+  const char *kind = "";     // "pool", "lock", ...
+  Live *previous = nullptr;  // in the host's list: made before
+  Live *next = nullptr;      // in the host's list: made after
+  char name[32] = {};        // the object's name, cut to fit, for the line about a leak
+};
+
+// Puts a new object into the host's list. name8 may be null.
+void enlist(JXHost *handle, Live *object, const char *kind, const char *name8);
+// Takes an object out of its host's list.
+void delist(Live *object);
+
+// Makes an object of type T in the list of the host; null when memory is out. It ends by end_live.
+template <typename T>
+T *make_live(JXHost *host, const char *kind, const char *name8) {
+  T *object = host ? new (std::nothrow) T : nullptr;
+  if (object) enlist(host, object, kind, name8);
+  return object;
+}
+
+// Ends an object that make_live made. 0, or JXHOST_E_BADOBJECT for null.
+template <typename T>
+JXStatus end_live(T *object) {
+  if (!object) return JXHOST_E_BADOBJECT;
+  delist(object);
+  delete object;
+  return JX_OK;
+}
+
+// ---- journal.cpp --------------------------------------------------------------------------------
+
+// Where the lines of a host go.
+struct Journal : JXJournal {
+  Journal();
+  std::mutex mutex;                  // held while a line is written
+  JXHostJournalSink sink = nullptr;  // or null: the descriptor
+  void *context = nullptr;           // handed to sink
+  int fd = -1;                       // of the embedding program, or -1
+};
+
+// Writes a line with an ASCII text to a journal of any host; does nothing for a null journal.
+void report(JXJournal *journal, uint32_t level, JXStatus status, const char *text8);
+
+// ---- option.cpp ---------------------------------------------------------------------------------
+
+// The 32-bit options of a host, by name.
+class Options {
+ public:
+  Options() = default;
+  Options(const Options &) = delete;
+  Options &operator=(const Options &) = delete;
+  ~Options();
+
+  // Adds or replaces. name8 is not empty. 0 or JX_E_NOMEM.
+  JXStatus set(const char *name8, int32_t value);
+  // False when there is none of that name.
+  bool get(const JXChar *name, uint32_t name_chars, int32_t *value_out) const;
+
+ private:
+  struct Option;
+  mutable std::mutex mutex_;
+  Option *first_ = nullptr;
+};
+
+// Tells whether a text of JXChars is the given ASCII text.
+bool is_text(const JXChar *text, uint32_t chars, const char *ascii8);
+
+// ---- The host -----------------------------------------------------------------------------------
+
+struct Host : JXHost {
+  Host();
+  ~Host();
+  // Takes over the configuration and makes the character-set service. False when memory is out.
+  bool set_up(const JXHostConfig &config);
+
+  JXLocale locale_context{};             // what locale points to
+  std::atomic<uint32_t> live_objects{};  // length of the list and the transcoders of others
+  mutable std::mutex mutex;              // guards the list
+  Live *oldest = nullptr;                // the list of live objects
+  Live *newest = nullptr;
+  Options options;
+  Journal journal;
+  uint32_t extensions = 0;  // JXHOST_* bits
+  Block<char> host_name;    // what "jxitcp" answers; null: the machine's name
+};
+
+// The operations of the handle, each in the file of its object.
+JXLock *create_lock(JXHost *host, uint8_t zero1, uint8_t zero2, uint32_t zero3, const char *name8);
+JXPool *create_pool(JXHost *host, uint32_t zero1, uint32_t zero2, uint32_t zero3, JXOwner owner,
+                    const char *name8);
+JXTable *create_table(JXHost *host, uint32_t a1, uint32_t a2, uint32_t a3, uint32_t a4, uint32_t a5,
+                      uint32_t a6, uint32_t zero, const char *name8);
+JXExtension *load_extension(JXHost *host, const JXChar *name, uint32_t name_chars, JXOwner owner);
+JXStatus get_option(JXHost *host, const JXChar *name, uint32_t name_chars, uint32_t type,
+                    void *buffer, uint32_t *size_bytes);
+
+// ---- loader.cpp ---------------------------------------------------------------------------------
+
+// Unloads every module that the host still has.
+void unload_all(Host *host);
+
+// ---- elm.cpp ------------------------------------------------------------------------------------
+
+// The extension "jxelm"; null when memory is out.
+JXExtension *make_elm(JXHost *host);
+
+// What the errno of a failed open, lock or close of "jxelm" becomes.
+JXStatus elm_status_of_open(int error);
+JXStatus elm_status_of_lock(int error);
+
+}  // namespace jxhost

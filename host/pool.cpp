@@ -1,0 +1,71 @@
+// Pools: blocks of the C library's memory, known to their pool by address.
+#include <cstddef>
+#include <cstdlib>
+
+#include "host/host.hpp"
+#include "host/pointer_set.hpp"
+
+namespace jxhost {
+
+namespace {
+
+struct Pool final : JXPool, Live {
+  Pool();
+  ~Pool() override {
+    blocks.for_each([](void *block) { std::free(block); });
+  }
+  uint64_t live_blocks() const override {
+    const std::lock_guard guard(mutex);
+    return blocks.count();
+  }
+
+  mutable std::mutex mutex;  // guards blocks
+  PointerSet blocks;         // the live ones
+};
+
+JXStatus destroy_pool(JXPool *pool) { return end_live(static_cast<Pool *>(pool)); }
+
+void *pool_allocate(JXPool *pool, uint32_t bytes, uint32_t flags) {
+  // No object may be larger than half the address space; a 32-bit size can be.
+  if (!pool || bytes > static_cast<size_t>(PTRDIFF_MAX)) return nullptr;
+  const size_t size = bytes ? bytes : 1;
+  void *block = flags & JX_POOL_ZERO_FILL ? std::calloc(1, size) : std::malloc(size);
+  if (!block) return nullptr;
+  auto *self = static_cast<Pool *>(pool);
+  bool is_known;
+  {
+    const std::lock_guard guard(self->mutex);
+    is_known = self->blocks.insert(block);
+  }
+  if (is_known) return block;
+  std::free(block);
+  return nullptr;
+}
+
+JXStatus pool_free(JXPool *pool, void *block) {
+  if (!pool) return JXHOST_E_BADOBJECT;
+  auto *self = static_cast<Pool *>(pool);
+  {
+    const std::lock_guard guard(self->mutex);
+    if (!self->blocks.erase(block)) return JXHOST_E_BADOBJECT;
+  }
+  std::free(block);
+  return JX_OK;
+}
+
+Pool::Pool()
+    : JXPool{.destroy_pool = jxhost::destroy_pool,
+             .pool_allocate = jxhost::pool_allocate,
+             .pool_free = jxhost::pool_free} {}
+
+}  // namespace
+
+JXPool *create_pool(JXHost *host, uint32_t, uint32_t, uint32_t, JXOwner, const char *name8) {
+  return make_live<Pool>(host, "pool", name8);
+}
+
+}  // namespace jxhost
+
+extern "C" uint64_t jxhost_pool_live_blocks(const JXPool *pool) {
+  return pool ? static_cast<const jxhost::Pool *>(pool)->live_blocks() : 0;
+}

@@ -1,0 +1,175 @@
+// Tables: entries in the order of insertion, found by key through chains of equal hash.
+#include <cstring>
+#include <utility>
+
+#include "host/host.hpp"
+
+namespace jxhost {
+
+namespace {
+
+// The link of an entry is the entry inserted after it. The copy of the key follows in memory.
+struct Entry : JXTableEntry {
+  Entry *chain;        // next entry of the same bucket
+  uint32_t hash;       // of the key
+  uint32_t key_bytes;  // 0: no key
+
+  unsigned char *key() { return reinterpret_cast<unsigned char *>(this + 1); }
+  const unsigned char *key() const { return reinterpret_cast<const unsigned char *>(this + 1); }
+  bool has_key(const void *other, uint32_t other_bytes, uint32_t other_hash) const {
+    return hash == other_hash && key_bytes == other_bytes &&
+           std::memcmp(key(), other, other_bytes) == 0;
+  }
+};
+
+Entry *after(const JXTableEntry *entry) {
+  return static_cast<Entry *>(static_cast<JXTableEntry *>(entry->link));
+}
+
+struct Table final : JXTable, Live {
+  Table();
+  ~Table() override;
+  Entry *find(const void *key, uint32_t key_bytes, uint32_t hash) const;
+  // Makes room in the buckets for one entry with a key. False when memory is out.
+  bool reserve();
+  void append(Entry *entry);
+
+  Entry *first = nullptr;  // in the order of insertion
+  Entry *last = nullptr;
+  uint32_t count = 0;                      // entries
+  uint32_t keyed_count = 0;                // entries with a key
+  Block<Entry *> buckets;                  // chains by hash
+  size_t bucket_count = 0;                 // 0 or a power of two
+  JXEntryDestructor destructor = nullptr;  // releases a value, or null
+};
+
+uint32_t hash_of(const void *key, uint32_t key_bytes) {
+  uint32_t hash = 2166136261u;
+  for (const auto *byte = static_cast<const unsigned char *>(key); key_bytes > 0; --key_bytes) {
+    hash = (hash ^ *byte++) * 16777619u;
+  }
+  return hash ^ (hash >> 15);
+}
+
+Table::~Table() {
+  for (Entry *entry = first; entry;) std::free(std::exchange(entry, after(entry)));
+}
+
+Entry *Table::find(const void *key, uint32_t key_bytes, uint32_t hash) const {
+  if (bucket_count == 0) return nullptr;
+  Entry *entry = buckets.get()[hash & (bucket_count - 1)];
+  while (entry && !entry->has_key(key, key_bytes, hash)) entry = entry->chain;
+  return entry;
+}
+
+bool Table::reserve() {
+  if (keyed_count < bucket_count) return true;
+  const size_t new_count = bucket_count ? bucket_count * 2 : 16;
+  Block<Entry *> fresh(static_cast<Entry **>(std::calloc(new_count, sizeof(Entry *))));
+  // A full set of buckets still works, only slower.
+  if (!fresh) return bucket_count != 0;
+  for (Entry *entry = first; entry; entry = after(entry)) {
+    if (entry->key_bytes == 0) continue;
+    Entry *&head = fresh.get()[entry->hash & (new_count - 1)];
+    entry->chain = std::exchange(head, entry);
+  }
+  buckets = std::move(fresh);
+  bucket_count = new_count;
+  return true;
+}
+
+void Table::append(Entry *entry) {
+  if (entry->key_bytes > 0) {
+    Entry *&head = buckets.get()[entry->hash & (bucket_count - 1)];
+    entry->chain = std::exchange(head, entry);
+    ++keyed_count;
+  }
+  if (last) {
+    last->link = static_cast<JXTableEntry *>(entry);
+  } else {
+    first = entry;
+  }
+  last = entry;
+  ++count;
+}
+
+JXStatus destroy_table(JXTable *table) {
+  auto *self = static_cast<Table *>(table);
+  JXStatus status = JX_OK;
+  if (self && self->destructor) {
+    for (Entry *entry = self->first; entry; entry = after(entry)) {
+      const JXStatus entry_status = self->destructor(entry);
+      if (status == JX_OK) status = entry_status;
+    }
+  }
+  const JXStatus end_status = end_live(self);
+  return status != JX_OK ? status : end_status;
+}
+
+int32_t table_insert(JXTable *table, uint32_t, uint32_t, void *value, JXTableEntry **entry_out,
+                     const void *key, uint32_t key_bytes, uint32_t) {
+  if (entry_out) *entry_out = nullptr;
+  auto *self = static_cast<Table *>(table);
+  if (!self || self->count == UINT32_MAX || (!key && key_bytes > 0)) return 0;
+  if (key_bytes > SIZE_MAX / 2 - sizeof(Entry)) return 0;
+  const uint32_t hash = hash_of(key, key_bytes);
+  if (key_bytes > 0 && (self->find(key, key_bytes, hash) || !self->reserve())) return 0;
+  void *memory = std::malloc(sizeof(Entry) + key_bytes);
+  if (!memory) return 0;
+  auto *entry = new (memory) Entry{{nullptr, table, value}, nullptr, hash, key_bytes};
+  if (key_bytes > 0) std::memcpy(entry->key(), key, key_bytes);
+  self->append(entry);
+  if (entry_out) *entry_out = entry;
+  return 1;
+}
+
+JXStatus table_set_entry_destructor(JXTable *table, uint32_t, JXEntryDestructor destructor) {
+  if (!table) return JXHOST_E_BADOBJECT;
+  static_cast<Table *>(table)->destructor = destructor;
+  return JX_OK;
+}
+
+Table::Table()
+    : JXTable{.destroy_table = jxhost::destroy_table,
+              .table_insert = jxhost::table_insert,
+              .table_set_entry_destructor = jxhost::table_set_entry_destructor} {}
+
+}  // namespace
+
+JXTable *create_table(JXHost *host, uint32_t, uint32_t, uint32_t, uint32_t, uint32_t, uint32_t,
+                      uint32_t, const char *name8) {
+  return make_live<Table>(host, "table", name8);
+}
+
+}  // namespace jxhost
+
+using jxhost::Entry;
+using jxhost::Table;
+
+extern "C" {
+
+uint32_t jxhost_table_count(const JXTable *table) {
+  return table ? static_cast<const Table *>(table)->count : 0;
+}
+
+const JXTableEntry *jxhost_table_first(const JXTable *table) {
+  return table ? static_cast<const Table *>(table)->first : nullptr;
+}
+
+const JXTableEntry *jxhost_table_next(const JXTableEntry *entry) {
+  return entry ? jxhost::after(entry) : nullptr;
+}
+
+const JXTableEntry *jxhost_table_find(const JXTable *table, const void *key, uint32_t key_bytes) {
+  if (!table || !key || key_bytes == 0) return nullptr;
+  return static_cast<const Table *>(table)->find(key, key_bytes, jxhost::hash_of(key, key_bytes));
+}
+
+const void *jxhost_table_key(const JXTableEntry *entry, uint32_t *key_bytes_out) {
+  const auto *self = static_cast<const Entry *>(entry);
+  const uint32_t key_bytes = self ? self->key_bytes : 0;
+  if (key_bytes_out) *key_bytes_out = key_bytes;
+  return key_bytes > 0 ? self->key() : nullptr;
+}
+
+}  // extern "C"

@@ -1,0 +1,89 @@
+// Digits of unsigned integers as JXChars, written in place: counted first, then stored from the
+// last digit to the first, two digits a store.
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+#include "kernel/kernel.hpp"
+
+namespace jx {
+
+inline constexpr JXChar kUpTable[17] = {'0', '1', '2', '3', '4', '5', '6', '7', '8',
+                                        '9', 'A', 'B', 'C', 'D', 'E', 'F', 0};
+inline constexpr JXChar kLowTable[17] = {'0', '1', '2', '3', '4', '5', '6', '7', '8',
+                                         '9', 'a', 'b', 'c', 'd', 'e', 'f', 0};
+
+struct DigitPair {
+  JXChar tens;
+  JXChar ones;
+};
+
+// The texts of 0 to 99, two digits each.
+inline constexpr std::array<DigitPair, 100> kDigitPairs = [] {
+  std::array<DigitPair, 100> pairs{};
+  for (uint32_t i = 0; i < 100; ++i) pairs[i] = {'0' + i / 10, '0' + i % 10};
+  return pairs;
+}();
+
+// 10^0 to 10^19: every power of ten that fits 64 bits.
+inline constexpr std::array<uint64_t, 20> kSmallPowers = [] {
+  std::array<uint64_t, 20> powers{1};
+  for (uint32_t i = 1; i < 20; ++i) powers[i] = powers[i - 1] * 10;
+  return powers;
+}();
+
+inline constexpr uint32_t kGroupDigits = 9;  // decimal digits that always fit 32 bits
+inline constexpr uint32_t kGroup = 1000000000;
+
+// The number of decimal digits of value; 1 for 0.
+template <typename Word>
+constexpr uint32_t decimal_count(Word value) {
+  // 1233 / 4096 is log10 of 2, close enough for 64 bits; the comparison settles the last digit.
+  const uint32_t bits = static_cast<uint32_t>(std::bit_width(value | 1u));
+  const uint32_t estimate = (bits * 1233) >> 12;
+  return estimate + (value >= static_cast<Word>(kSmallPowers[estimate]) || estimate == 0 ? 1 : 0);
+}
+
+inline void write_pair(JXChar *destination, uint32_t value) {
+  std::memcpy(destination, &kDigitPairs[value], sizeof(DigitPair));
+}
+
+// Stores exactly nine digits, with leading zeros.
+inline void write_group(JXChar *destination, uint32_t value) {
+  const uint32_t high = value / 10000;
+  const uint32_t low = value % 10000;
+  destination[0] = '0' + high / 10000;
+  write_pair(destination + 1, high % 10000 / 100);
+  write_pair(destination + 3, high % 100);
+  write_pair(destination + 5, low / 100);
+  write_pair(destination + 7, low % 100);
+}
+
+// Stores the decimal digits of value so that the last one is just before end.
+inline void write_decimal(JXChar *end, uint32_t value) {
+  while (value >= 100) {
+    end -= 2;
+    write_pair(end, value % 100);
+    value /= 100;
+  }
+  if (value >= 10) {
+    write_pair(end - 2, value);
+  } else {
+    end[-1] = '0' + value;
+  }
+}
+
+inline void write_decimal(JXChar *end, uint64_t value) {
+  while (value > UINT32_MAX) {
+    const uint64_t rest = value / kGroup;
+    end -= kGroupDigits;
+    write_group(end, static_cast<uint32_t>(value - rest * kGroup));
+    value = rest;
+  }
+  write_decimal(end, static_cast<uint32_t>(value));
+}
+
+}  // namespace jx

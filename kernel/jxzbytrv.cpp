@@ -1,0 +1,12 @@
+// Reversal of bytes and of 32-bit units in place.
+#include <algorithm>
+
+#include "kernel/kernel.hpp"
+
+int32_t jxzbytrv(void *bytes, uint32_t count) {
+  auto *first = static_cast<unsigned char *>(bytes);
+  std::reverse(first, first + count);
+  return 0;
+}
+
+void jxztchrv(uint32_t *units, uint32_t count) { std::reverse(units, units + count); }

@@ -1,0 +1,15 @@
+// The current time in the host's epoch, and what must be added for the host's time zone.
+#include "jx/wem.h"
+#include "kernel/kernel.hpp"
+
+namespace {
+
+constexpr double kEpochShift = 315619200.0;  // seconds from 1 January 1960 to 1 January 1970
+
+}  // namespace
+
+double jxzdtgmt(double *gmt_offset_out) {
+  // The zone counts seconds west of UTC; as a double it can be negated whatever its value.
+  if (gmt_offset_out) *gmt_offset_out = -static_cast<double>(Exported_JXHandle->time_zone);
+  return bkztod() + kEpochShift;
+}

@@ -1,0 +1,119 @@
+// Arguments: taken from the list in order, or by number after all of them are known.
+#include <limits>
+
+#include "kernel/format.hpp"
+
+namespace jx {
+
+namespace {
+
+bool is_floating(ArgumentType type) {
+  return type == ArgumentType::kDouble || type == ArgumentType::kLongDouble;
+}
+
+// A floating value truncated toward zero; the lowest integer when it is not in range.
+template <typename Integer>
+Integer truncate(const Value &value) {
+  const long double wide =
+      value.type == ArgumentType::kDouble ? static_cast<long double>(value.real) : value.extended;
+  constexpr Integer kLowest = std::numeric_limits<Integer>::min();
+  // -kLowest, the first number beyond the range, is a power of two and therefore exact.
+  constexpr long double kBeyond = -static_cast<long double>(kLowest);
+  const bool is_in_range = wide > -kBeyond - 1.0L && wide < kBeyond;
+  return is_in_range ? static_cast<Integer>(wide) : kLowest;
+}
+
+}  // namespace
+
+int64_t integer64_of(const Value &value) {
+  return is_floating(value.type) ? truncate<int64_t>(value) : value.integer;
+}
+
+int32_t integer32_of(const Value &value) {
+  return is_floating(value.type) ? truncate<int32_t>(value) : static_cast<int32_t>(value.integer);
+}
+
+double real_of(const Value &value) {
+  if (value.type == ArgumentType::kDouble) return value.real;
+  if (value.type == ArgumentType::kLongDouble) return static_cast<double>(value.extended);
+  return static_cast<double>(value.integer);
+}
+
+const void *address_of(const Value &value) {
+  if (value.type != ArgumentType::kPointer) return nullptr;
+  return reinterpret_cast<const void *>(static_cast<intptr_t>(value.integer));
+}
+
+Value Arguments::take(ArgumentType type) {
+  Value value;
+  value.type = type;
+  switch (type) {
+    case ArgumentType::kChar:
+    case ArgumentType::kInt:
+      value.integer = va_arg(list_, int);
+      break;
+    case ArgumentType::kLong:
+      value.integer = va_arg(list_, long);
+      break;
+    case ArgumentType::kLongLong:
+      value.integer = va_arg(list_, long long);
+      break;
+    case ArgumentType::kPointer:
+      value.integer = reinterpret_cast<intptr_t>(va_arg(list_, void *));
+      break;
+    case ArgumentType::kDouble:
+      value.real = va_arg(list_, double);
+      break;
+    case ArgumentType::kLongDouble:
+      value.extended = va_arg(list_, long double);
+      break;
+    default:
+      value.integer = 0;
+      break;
+  }
+  return value;
+}
+
+void Arguments::note_type(int32_t argument, ArgumentType type) {
+  ArgumentType &noted = numbered_[argument].type;
+  if (type > noted) noted = type;
+}
+
+void Arguments::note(const Directive &directive) {
+  if (!has_numbered_) {
+    for (Value &value : numbered_) value.type = ArgumentType::kNone;
+    has_numbered_ = true;
+  }
+  for (const Amount *amount : {&directive.width, &directive.precision}) {
+    if (amount->origin == Amount::Origin::kNumberedArgument) {
+      note_type(amount->value, ArgumentType::kLong);
+    }
+  }
+  if (directive.argument >= 0) note_type(directive.argument, directive.type());
+}
+
+void Arguments::take_numbered() {
+  bool is_used = true;
+  for (Value &value : numbered_) {
+    is_used = is_used && value.type != ArgumentType::kNone;
+    value = take(is_used ? value.type : ArgumentType::kNone);
+  }
+}
+
+Value Arguments::value_of(const Directive &directive) {
+  if (directive.argument >= 0) return numbered_[directive.argument];
+  return take(directive.type());
+}
+
+int32_t Arguments::amount_of(const Amount &amount) {
+  switch (amount.origin) {
+    case Amount::Origin::kNextArgument:
+      return va_arg(list_, int);
+    case Amount::Origin::kNumberedArgument:
+      return integer32_of(numbered_[amount.value]);
+    default:
+      return amount.value;
+  }
+}
+
+}  // namespace jx

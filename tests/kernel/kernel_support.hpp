@@ -1,0 +1,57 @@
+// What the kernel tests share: test sizes, guarded output buffers and texts as std::string.
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "jx/runtime.h"
+
+namespace jx_test {
+
+// Repetitions of a random test: `count` in a plain build, a twentieth of it under a sanitizer, both
+// times the environment variable JX_TEST_SCALE.
+inline int64_t scaled(int64_t count) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  count /= 20;
+#endif
+  const char *scale = std::getenv("JX_TEST_SCALE");
+  return scale ? static_cast<int64_t>(static_cast<double>(count) * std::atof(scale)) : count;
+}
+
+inline std::vector<JXChar> wide(std::string_view text) {
+  std::vector<JXChar> result;
+  for (const char c : text) result.push_back(static_cast<unsigned char>(c));
+  return result;
+}
+
+inline std::string narrow(const JXChar *text, size_t chars) {
+  std::string result;
+  for (size_t i = 0; i < chars; ++i) {
+    result.push_back(text[i] < 0x100 ? static_cast<char>(text[i]) : '?');
+  }
+  return result;
+}
+
+// An output buffer whose unwritten characters can be told from written ones.
+class GuardedBuffer {
+ public:
+  static constexpr JXChar kUntouched = 0xDEADBEEF;
+  explicit GuardedBuffer(size_t chars) : cells_(chars + 8, kUntouched) {}
+  JXChar *data() { return cells_.data(); }
+  // The characters before the first untouched one. Sets *is_clean to whether all after are, too.
+  std::string text(bool *is_clean) const {
+    size_t chars = 0;
+    while (chars < cells_.size() && cells_[chars] != kUntouched) ++chars;
+    *is_clean = true;
+    for (size_t i = chars; i < cells_.size(); ++i) *is_clean &= cells_[i] == kUntouched;
+    return narrow(cells_.data(), chars);
+  }
+
+ private:
+  std::vector<JXChar> cells_;
+};
+
+}  // namespace jx_test

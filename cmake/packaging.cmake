@@ -5,8 +5,10 @@ include(CMakePackageConfigHelpers)
 
 set(jx_config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/jxwem)
 
-# The module is loaded by path, so it has a folder of its own rather than one of the linker's.
-install(TARGETS jxwem LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/jxwem)
+# The module is loaded by path, so it has a folder of its own rather than one of the linker's, and
+# always the same one: jxfile looks for it there, from where it stands itself.
+set(jx_module_folder lib/jxwem)
+install(TARGETS jxwem LIBRARY DESTINATION ${jx_module_folder})
 install(DIRECTORY include/jx DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS jxhost ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS jxfile RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
@@ -15,7 +17,7 @@ install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs FILES_MATCHING 
 
 configure_package_config_file(cmake/jxwem-config.cmake.in ${CMAKE_BINARY_DIR}/jxwem-config.cmake
   INSTALL_DESTINATION ${jx_config_folder}
-  PATH_VARS CMAKE_INSTALL_INCLUDEDIR CMAKE_INSTALL_LIBDIR)
+  PATH_VARS CMAKE_INSTALL_INCLUDEDIR CMAKE_INSTALL_LIBDIR jx_module_folder)
 # The version file also refuses a build of the other pointer size.
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/jxwem-config-version.cmake
   COMPATIBILITY SameMajorVersion)

@@ -1,0 +1,214 @@
+// Random scripts of file operations, each run on the module and on the model: statuses, records,
+// positions and the file itself must agree.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <sstream>
+#include <vector>
+
+#include "support/instance.hpp"
+#include "support/record_model.hpp"
+#include "support/record_script.hpp"
+
+namespace {
+
+using namespace jx::test;
+
+// How many scripts: JX_RECORD_SCRIPTS, or a number that takes seconds.
+uint32_t script_count() {
+  if (const char *count = std::getenv("JX_RECORD_SCRIPTS")) {
+    return static_cast<uint32_t>(std::atoi(count));
+  }
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  constexpr double kScripts = 2'000;
+#else
+  constexpr double kScripts = 20'000;
+#endif
+  const char *scale = std::getenv("JX_TEST_SCALE");
+  return static_cast<uint32_t>(kScripts * (scale ? std::atof(scale) : 1));
+}
+
+// Runs one script on both sides and keeps the first difference.
+class Comparison {
+ public:
+  Comparison(JXInstance *instance, std::string path)
+      : instance_(instance), path_(std::move(path)), name_(jx::test::jx(path_)) {}
+  ~Comparison() {
+    if (file_) file_->close(file_);
+  }
+
+  // The step that differs and how; empty when none does.
+  std::string run(const Script &script) {
+    std::filesystem::remove(path_);
+    if (script.content) write_file(path_, *script.content);
+    model_.file = script.content;
+    for (size_t i = 0; i < script.steps.size() && difference_.str().empty(); ++i) {
+      const Step &step = script.steps[i];
+      if (step.act == Act::open) {
+        open(step.options);
+      } else if (file_) {
+        operate(step);
+      }
+      if (!difference_.str().empty()) return "step " + std::to_string(i) + difference_.str();
+    }
+    return "";
+  }
+
+ private:
+  template <typename T>
+  void compare(const char *what, const T &actual, const T &expected) {
+    if (actual != expected) {
+      difference_ << ", " << what << ": " << actual << ", expected " << expected;
+    }
+  }
+  void compare_status(JXStatus actual, JXStatus expected) {
+    difference_ << std::hex;
+    compare("status", actual, expected);
+    difference_ << std::dec;
+  }
+  void compare_files() {
+    const std::string actual = model_.file ? read_file(path_) : "";
+    if (actual == model_.file.value_or("")) return;
+    compare("file", hex(actual), hex(*model_.file));
+    const auto [at, same] =
+        std::mismatch(actual.begin(), actual.end(), model_.file->begin(), model_.file->end());
+    difference_ << ", first differs at " << at - actual.begin();
+  }
+
+  void open(const JXOpenOptions &options) {
+    JXStatus status = 0;
+    file_ = instance_->open(instance_, name_.data(), chars(name_), &options, 0, nullptr, nullptr,
+                            &status);
+    compare_status(status, model_.open(options));
+    compare("handle", file_ != nullptr, status == JX_OK);
+    last_ = nullptr;
+  }
+
+  void operate(const Step &step) {
+    if (step.act == Act::read) {
+      for (uint32_t i = 0; i < step.times && read(step) && difference_.str().empty(); ++i) {
+      }
+      return;
+    }
+    if (step.act == Act::write) {
+      for (uint32_t i = 0; i < step.times && write(step.data.data(), step.data, step.offset); ++i) {
+      }
+    } else if (step.act == Act::write_back) {
+      if (last_) write(last_, last_record_, {});
+    } else {
+      position(step);
+    }
+    last_ = nullptr;
+  }
+
+  // True when there may be more to read.
+  bool read(const Step &step) {
+    const int64_t offset = step.offset.value_or(0);
+    memory_ = std::make_unique<char[]>(std::max(step.count, 1u));
+    void *const before = memory_.get();
+    void *data = before;
+    uint32_t length = step.count;
+    const JXStatus status = file_->read(file_, &data, &length, 0, offset_of(step));
+    const ModelRead expected = model_.read(step.count, step.offset ? &offset : nullptr);
+    compare_status(status, expected.status);
+    compare("length", length, expected.length);
+    compare("offset", offset_, offset);
+    if (expected.pointer == ModelRead::null) compare<void *>("pointer", data, nullptr);
+    if (expected.pointer == ModelRead::stays) compare<void *>("pointer", data, before);
+    if (!difference_.str().empty() || expected.pointer != ModelRead::leads) return false;
+    if (model_.transfers()) compare<void *>("pointer", data, before);
+    if (!data && (length != 0 || model_.is_text())) difference_ << ", a null pointer";
+    last_ = length != 0 ? data : nullptr;
+    last_record_.assign(static_cast<const char *>(data), data ? length : 0);
+    compare("record", hex(last_record_), hex(expected.record));
+    if (last_record_ != expected.record) difference_ << ", in the middle";
+    return status != JXWEM_E_EOF;
+  }
+
+  bool write(const void *data, const std::string &bytes, std::optional<int64_t> offset) {
+    offset_ = offset.value_or(0);
+    // The model first: data may lie in the handle's own buffers.
+    int64_t expected_offset = offset_;
+    const JXStatus expected = model_.write(bytes, offset ? &expected_offset : nullptr);
+    const JXStatus status = file_->write(file_, data, static_cast<uint32_t>(bytes.size()), 0,
+                                         offset ? &offset_ : nullptr);
+    compare_status(status, expected);
+    compare("offset", offset_, expected_offset);
+    return status == JX_OK;
+  }
+
+  int64_t *offset_of(const Step &step) {
+    offset_ = step.offset.value_or(0);
+    return step.offset ? &offset_ : nullptr;
+  }
+
+  void position(const Step &step) {
+    int64_t expected = step.offset.value_or(0);
+    offset_ = expected;
+    switch (step.act) {
+      case Act::note:
+        compare_status(file_->note(file_, &offset_), model_.note(&expected));
+        break;
+      case Act::point:
+        compare_status(file_->point(file_, &offset_, step.count),
+                       model_.point(&expected, step.count));
+        break;
+      case Act::truncate:
+        compare_status(file_->truncate(file_, &offset_), model_.truncate(expected));
+        break;
+      case Act::flush:
+        compare_status(file_->flush(file_), model_.flush());
+        compare_files();
+        break;
+      default:
+        compare_status(std::exchange(file_, nullptr)->close(file_), model_.close());
+        compare_files();
+    }
+    compare("offset", offset_, expected);
+  }
+
+  JXInstance *instance_;
+  std::string path_;
+  JXString name_;
+  RecordModel model_;
+  JXFile *file_ = nullptr;
+  std::unique_ptr<char[]> memory_;  // of the caller, exactly as much as it asks for
+  int64_t offset_ = 0;
+  void *last_ = nullptr;  // what the last step read, and where
+  std::string last_record_;
+  std::ostringstream difference_;
+};
+
+// Runs scripts with the seeds from `first` on, on a host of their own. False when one differed.
+bool run_scripts(uint32_t first, uint32_t count) {
+  FaultHost host;
+  const Instance instance(host);
+  const TempDir dir;
+  for (uint32_t seed = first; seed < first + count; ++seed) {
+    const Script script = make_script(seed);
+    const std::string difference = Comparison(instance, dir.file("records")).run(script);
+    const std::string misuse = host.take_misuse();
+    if (difference.empty() && misuse.empty()) continue;
+    ADD_FAILURE() << difference << "\n"
+                  << misuse << describe(script) << "run again with JX_RECORD_SEED=" << seed;
+    return false;
+  }
+  return true;
+}
+
+TEST(Records, BehaveLikeTheModel) {
+  if (const char *seed = std::getenv("JX_RECORD_SEED")) {
+    run_scripts(static_cast<uint32_t>(std::strtoul(seed, nullptr, 10)), 1);
+    return;
+  }
+  // A host keeps what ended, to find late calls: a new one now and then.
+  constexpr uint32_t kScriptsOfAHost = 250;
+  const uint32_t scripts = script_count();
+  for (uint32_t done = 0; done < scripts; done += kScriptsOfAHost) {
+    if (!run_scripts(done, std::min(kScriptsOfAHost, scripts - done))) return;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,86 @@
+// What a file handle has to do, over a file that is one string: no buffer to manage, no descriptor,
+// whole records cut out of the string. The random tests hold the record layer against it.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "jx/wem.h"
+#include "support/text_model.hpp"
+
+namespace jx::test {
+
+// What a read hands back. The pointer of the caller stays, becomes null or leads to the record.
+struct ModelRead {
+  enum Pointer { stays, null, leads };
+  JXStatus status;
+  Pointer pointer = stays;
+  uint32_t length = 0;
+  std::string record = {};
+};
+
+class RecordModel {
+ public:
+  // The file; null while it does not exist.
+  std::optional<std::string> file;
+
+  JXStatus open(const JXOpenOptions &options);
+  JXStatus close();
+  ModelRead read(uint32_t wanted, const int64_t *offset);
+  JXStatus write(std::string_view data, int64_t *offset);
+  JXStatus note(int64_t *offset_out) const;
+  JXStatus point(int64_t *offset, uint32_t mode);
+  JXStatus truncate(int64_t length);
+  JXStatus flush();
+
+  bool reads() const;
+  bool writes() const { return options_.access_mode != JX_ACCESS_INPUT; }
+  // Handles that read into the caller's memory.
+  bool transfers() const { return (options_.open_flags & JX_OPEN_DIRECT_TRANSFER) != 0; }
+  // Size of the handle's text unit, and its encodings after the defaults.
+  uint32_t unit_bytes() const { return unit_bytes_of(file_encoding_); }
+  uint32_t record_encoding() const { return record_encoding_; }
+  uint32_t record_length() const { return options_.record_length; }
+  bool is_text() const { return options_.record_format % 3 == 0; }
+  bool is_buffered() const { return options_.buffered != 0; }
+
+ private:
+  bool is_binary() const { return options_.record_format == JX_FORMAT_BINARY; }
+  bool may_write_bom() const { return !(options_.open_flags & JX_OPEN_NO_BOM); }
+  void set_up_text();
+  // The file from an offset on; empty beyond its end.
+  std::string_view rest(int64_t offset) const;
+  bool begins_with_bom(std::string_view bytes) const;
+
+  ModelRead read_lines();
+  ModelRead read_line_directly();
+  ModelRead read_buffered(uint32_t wanted);
+  ModelRead read_directly(uint32_t wanted, const int64_t *offset);
+  // The record that is handed back for bytes of the file.
+  ModelRead deliver(std::string_view bytes, JXStatus status, size_t capacity);
+  JXStatus fetch(uint32_t count, const int64_t *offset, std::string *bytes_out);
+
+  JXStatus write_line_directly(std::string_view data);
+  // Transcodes what is to be written.
+  JXStatus prepare(std::string *data, size_t capacity);
+  // Through the buffer, or at the descriptor's offset.
+  void put(std::string_view bytes);
+  JXStatus store(std::string_view bytes, int64_t offset);
+
+  JXOpenOptions options_{};
+  uint32_t file_encoding_ = 0, record_encoding_ = 0;
+  std::string bom_, line_feed_, carriage_return_;
+  uint32_t extra_bytes_ = 0;     // room beside a record
+  size_t transcode_bytes_ = 0;   // size of the transcode buffer
+  std::optional<TextModel> in_;  // file to record encoding
+  std::optional<TextModel> out_;
+  bool bom_pending_ = false;
+  int64_t offset_ = 0;    // of the descriptor; of the first unread byte when buffered
+  int64_t hand_end_ = 0;  // buffered binary and stream: end of the blocks read so far
+  bool end_seen_ = false;
+  std::string pending_;  // placed, not written
+};
+
+}  // namespace jx::test

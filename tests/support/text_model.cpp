@@ -1,0 +1,167 @@
+#include "support/text_model.hpp"
+
+#include <array>
+#include <cstdlib>
+#include <utility>
+
+#include "jx/jxhost.h"
+
+namespace jx::test {
+
+namespace {
+
+// What stands at the start of some bytes.
+struct Decoded {
+  enum { whole, cut, malformed } kind;
+  uint32_t bytes = 0;
+  char32_t character = 0;
+};
+
+bool is_character(char32_t c) { return c < 0xD800 || (c > 0xDFFF && c < 0x110000); }
+bool is_big_endian(uint32_t encoding) {
+  return encoding == JX_ENCODING_UTF16BE || encoding == JX_ENCODING_UTF32BE;
+}
+
+Decoded decode_utf8(std::string_view text) {
+  // Characters of each length, as ranges; two pairs are used by three bytes only.
+  struct Range {
+    char32_t first, last;
+  };
+  static constexpr std::array<Range, 2> kRanges[] = {
+      {{{0, 0x7F}, {1, 0}}},
+      {{{0x80, 0x7FF}, {1, 0}}},
+      {{{0x800, 0xD7FF}, {0xE000, 0xFFFF}}},
+      {{{0x10000, 0x10FFFF}, {1, 0}}},
+  };
+  const auto lead = static_cast<uint8_t>(text[0]);
+  const uint32_t bytes = lead < 0x80 ? 1 : lead < 0xC0 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  if (bytes == 0 || lead > 0xF7) return {Decoded::malformed};
+  char32_t low = bytes == 1 ? lead : lead & (0x7Fu >> bytes);
+  char32_t high = low;
+  for (uint32_t i = 1; i < bytes; ++i) {
+    const bool is_there = i < text.size();
+    const auto byte = static_cast<uint8_t>(is_there ? text[i] : 0);
+    if (is_there && (byte & 0xC0) != 0x80) return {Decoded::malformed};
+    low = low * 64 + (is_there ? byte & 0x3Fu : 0);
+    high = high * 64 + (is_there ? byte & 0x3Fu : 0x3F);
+  }
+  // What is there must be the start of some character of that length.
+  bool is_possible = false;
+  for (const Range &range : kRanges[bytes - 1]) {
+    is_possible |= range.first <= range.last && low <= range.last && high >= range.first;
+  }
+  if (!is_possible) return {Decoded::malformed};
+  return text.size() < bytes ? Decoded{Decoded::cut} : Decoded{Decoded::whole, bytes, low};
+}
+
+char32_t unit_at(uint32_t encoding, std::string_view text, size_t offset) {
+  const uint32_t bytes = unit_bytes_of(encoding);
+  char32_t unit = 0;
+  for (uint32_t i = 0; i < bytes; ++i) {
+    const uint32_t place = is_big_endian(encoding) ? i : bytes - 1 - i;
+    unit = unit << 8 | static_cast<uint8_t>(text[offset + place]);
+  }
+  return unit;
+}
+
+Decoded decode(uint32_t encoding, std::string_view text) {
+  if (encoding == JX_ENCODING_UTF8) return decode_utf8(text);
+  const uint32_t bytes = unit_bytes_of(encoding);
+  if (text.size() < bytes) return {Decoded::cut};
+  const char32_t unit = unit_at(encoding, text, 0);
+  if (bytes != 2 || is_character(unit)) {
+    return is_character(unit) ? Decoded{Decoded::whole, bytes, unit} : Decoded{Decoded::malformed};
+  }
+  if (unit > 0xDBFF) return {Decoded::malformed};
+  if (text.size() < 4) return {Decoded::cut};
+  const char32_t low = unit_at(encoding, text, 2);
+  if (low < 0xDC00 || low > 0xDFFF) return {Decoded::malformed};
+  return {Decoded::whole, 4, 0x10000 + (unit - 0xD800) * 0x400 + (low - 0xDC00)};
+}
+
+std::string units(uint32_t encoding, char32_t unit) {
+  std::string text;
+  for (uint32_t i = 0; i < unit_bytes_of(encoding); ++i, unit >>= 8) {
+    const auto byte = static_cast<char>(unit & 0xFF);
+    text.insert(is_big_endian(encoding) ? text.begin() : text.end(), byte);
+  }
+  return text;
+}
+
+std::string encode_utf8(char32_t c) {
+  const auto tail = [c](int shift) { return static_cast<char>(0x80 | ((c >> shift) & 0x3F)); };
+  const auto lead = [c](uint32_t mark, int shift) { return static_cast<char>(mark | c >> shift); };
+  if (c < 0x80) return {lead(0, 0)};
+  if (c < 0x800) return {lead(0xC0, 6), tail(0)};
+  if (c < 0x10000) return {lead(0xE0, 12), tail(6), tail(0)};
+  return {lead(0xF0, 18), tail(12), tail(6), tail(0)};
+}
+
+}  // namespace
+
+uint32_t unit_bytes_of(uint32_t encoding) {
+  if (encoding == JX_ENCODING_UTF32LE || encoding == JX_ENCODING_UTF32BE) return 4;
+  return encoding == JX_ENCODING_UTF16LE || encoding == JX_ENCODING_UTF16BE ? 2 : 1;
+}
+
+uint32_t max_bytes_of(uint32_t encoding) { return encoding == JX_ENCODING_NATIVE ? 1 : 4; }
+
+std::string bom_of(uint32_t encoding) {
+  return encoding == JX_ENCODING_NATIVE ? "" : *encode(encoding, U'\uFEFF');
+}
+
+std::optional<std::string> encode(uint32_t encoding, char32_t c) {
+  switch (encoding) {
+    case JX_ENCODING_UTF8:
+      return encode_utf8(c);
+    case JX_ENCODING_NATIVE:
+      return c < 0x100 ? std::optional(std::string(1, static_cast<char>(c))) : std::nullopt;
+    case JX_ENCODING_UTF32LE:
+    case JX_ENCODING_UTF32BE:
+      return units(encoding, c);
+    default:
+      if (c < 0x10000) return units(encoding, c);
+      return units(encoding, 0xD800 + (c - 0x10000) / 0x400) +
+             units(encoding, 0xDC00 + (c - 0x10000) % 0x400);
+  }
+}
+
+std::string encode(uint32_t encoding, std::u32string_view text) {
+  std::string bytes;
+  for (const char32_t c : text) bytes += encode(encoding, c).value();
+  return bytes;
+}
+
+uint32_t count_characters(uint32_t encoding, std::string_view text) {
+  const uint32_t bytes = unit_bytes_of(encoding);
+  uint32_t count = 0;
+  for (size_t offset = 0; offset + bytes <= text.size(); offset += bytes) {
+    const char32_t unit = unit_at(encoding, text, offset);
+    const bool continues = encoding == JX_ENCODING_UTF8 ? unit >= 0x80 && unit <= 0xBF
+                                                        : bytes == 2 && unit / 0x400 == 0x37;
+    count += !continues;
+  }
+  return count;
+}
+
+JXStatus TextModel::convert(std::string_view text, size_t capacity_bytes,
+                            std::string *produced_out) {
+  const std::string all = std::exchange(held_, "") + std::string(text);
+  produced_out->clear();
+  for (size_t done = 0; done < all.size();) {
+    const Decoded next = decode(from_, std::string_view(all).substr(done));
+    if (next.kind == Decoded::malformed) return JXHOST_E_MALFORMED;
+    if (next.kind == Decoded::cut) {
+      held_ = all.substr(done);
+      break;
+    }
+    const std::optional<std::string> encoded = encode(to_, next.character);
+    if (!encoded) return JXHOST_E_UNMAPPABLE;
+    if (produced_out->size() + encoded->size() > capacity_bytes) return JXHOST_E_NOROOM;
+    *produced_out += *encoded;
+    done += next.bytes;
+  }
+  return JX_OK;
+}
+
+}  // namespace jx::test

@@ -1,0 +1,42 @@
+// Conversion of text written as plainly as can be: one character at a time, ranges instead of bit
+// tricks. What the tests hold the transcoders and the records that pass through them against.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "jx/base.h"
+
+namespace jx::test {
+
+// Bytes of one unit of an encoding: 1, 2 or 4.
+uint32_t unit_bytes_of(uint32_t encoding);
+// The longest character, in bytes.
+uint32_t max_bytes_of(uint32_t encoding);
+// The byte-order mark; empty for encodings without one.
+std::string bom_of(uint32_t encoding);
+// A character in an encoding; null when the encoding has none such.
+std::optional<std::string> encode(uint32_t encoding, char32_t character);
+// Text in an encoding; every character must have a place in it.
+std::string encode(uint32_t encoding, std::u32string_view text);
+// Units that begin a character.
+uint32_t count_characters(uint32_t encoding, std::string_view text);
+
+// A transcoder between two of the encodings 20, 24 to 27 and 62.
+class TextModel {
+ public:
+  TextModel(uint32_t from, uint32_t to) : from_(from), to_(to) {}
+
+  // Converts all of `text`; a character cut off at its end is kept for the next call. On failure
+  // nothing is kept and *produced_out means nothing.
+  JXStatus convert(std::string_view text, size_t capacity_bytes, std::string *produced_out);
+
+ private:
+  uint32_t from_;
+  uint32_t to_;
+  std::string held_;
+};
+
+}  // namespace jx::test

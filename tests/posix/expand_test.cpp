@@ -29,7 +29,9 @@ Expanded expand(JXInstance *instance, std::string_view path) {
   uint32_t length = 0;
   const JXStatus status = bkwemexpand_path(instance, text.data(), chars(text), &result, &length);
   Expanded expanded = {status, narrow(result, length)};
-  if (result) EXPECT_EQ(bkwemexpand_path_free(instance->pool, result), JX_OK);
+  if (result) {
+    EXPECT_EQ(bkwemexpand_path_free(instance->pool, result), JX_OK);
+  }
   return expanded;
 }
 

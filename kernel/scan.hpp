@@ -42,6 +42,19 @@ inline size_t scan_units(const void *buffer, size_t count, T value) {
   size_t index = 0;
   if (count >= kStep) {
     const __m128i pattern = detail::broadcast(value);
+    // Four blocks share one test while there are four.
+    for (; count - index >= 4 * kStep; index += 4 * kStep) {
+      const uint8_t *blocks = data + index * sizeof(T);
+      const uint32_t low = detail::match_mask<T, kEqual>(blocks, pattern) |
+                           detail::match_mask<T, kEqual>(blocks + 16, pattern) << 16;
+      const uint32_t high = detail::match_mask<T, kEqual>(blocks + 32, pattern) |
+                            detail::match_mask<T, kEqual>(blocks + 48, pattern) << 16;
+      if ((low | high) == 0) continue;
+      const int bit = low != 0 ? std::countr_zero(low) : 32 + std::countr_zero(high);
+      return index + static_cast<size_t>(bit) / sizeof(T);
+    }
+    if (index == count) return count;
+    if (count - index < kStep) index = count - kStep;
     for (;;) {
       const uint32_t mask = detail::match_mask<T, kEqual>(data + index * sizeof(T), pattern);
       if (mask != 0) return index + static_cast<size_t>(std::countr_zero(mask)) / sizeof(T);

@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "kernel/scan.hpp"
-
 namespace jx {
 
 namespace {
@@ -38,7 +36,8 @@ uint32_t find_line_feed(const ControlCopy &line_feed, const uint8_t *data, uint3
 }
 
 bool stands_at(const ControlCopy &control, const uint8_t *data) {
-  return std::memcmp(data, control.text, control.bytes) == 0;
+  if (*data != *control.text) return false;
+  return control.bytes == 1 || std::memcmp(data, control.text, control.bytes) == 0;
 }
 
 // The record before a line feed at `position`, less the carriage return before it.

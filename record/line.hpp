@@ -1,15 +1,33 @@
 // Finding text lines among bytes in hand.
 #pragma once
 
+#include <algorithm>
+
+#include "kernel/scan.hpp"
 #include "record/record.hpp"
 
-namespace jx {
+namespace [[gnu::visibility("hidden")]] jx {
 
 // What a search for a record found in a span of bytes.
 struct Line {
   uint32_t record_bytes;    // without its line end
   uint32_t consumed_bytes;  // with it
 };
+
+// The next record where that costs no more than one scan: line ends of one byte, the whole line in
+// hand, no byte-order mark before it. Consumes nothing (0 bytes) when it is not so simple.
+inline Line line_in_hand(const FileHandle *handle) {
+  const ControlCopy &line_feed = handle->inbound[kLineFeed];
+  const ControlCopy &carriage_return = handle->inbound[kCarriageReturn];
+  const uint32_t window = std::min(handle->buffer_count, handle->record_length);
+  if (window == 0 || line_feed.bytes != 1 || carriage_return.bytes != 1) return {};
+  const uint8_t *data = first_unread(handle);
+  if (handle->bom_bytes != 0 && *data == handle->bom[0]) return {};
+  const auto position = static_cast<uint32_t>(scan_units(data, window, *line_feed.text));
+  if (position == window) return {};
+  const bool is_returned = position != 0 && data[position - 1] == *carriage_return.text;
+  return {position - is_returned, position + 1};
+}
 
 // Finds the next record among the unread bytes, reading on while they do not decide it. 0,
 // JXWEM_E_PARTIAL, or the failure of a host read.
@@ -25,4 +43,4 @@ struct DirectRead {
 // Finds the record in what one direct read brought; no other bytes decide it. 0 or JXWEM_E_PARTIAL.
 JXStatus find_direct_line(const FileHandle *handle, DirectRead *read);
 
-}  // namespace jx
+}  // namespace gnu::visibility("hidden")]]jx

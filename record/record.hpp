@@ -4,9 +4,11 @@
 
 #include <cstdint>
 
+#include "kernel/copy.hpp"
 #include "kernel/handle.hpp"
 
-namespace jx {
+// Hidden, so that a call within the module needs no table of addresses.
+namespace [[gnu::visibility("hidden")]] jx {
 
 // The control strings of one direction that matter to records.
 inline constexpr uint32_t kLineEnd = 0;         // outbound: what is written after a record
@@ -50,9 +52,15 @@ inline void consume(FileHandle *handle, uint32_t bytes) {
 // move. 0, or the failure of the host read.
 JXStatus read_block(FileHandle *handle);
 
+// What refill does when too few bytes are unread.
+JXStatus read_blocks(FileHandle *handle, uint32_t target_bytes);
+
 // Host reads blocks until `target_bytes` are unread or the file ends. 0, JXWEM_E_EOF when nothing
 // is left, or the failure of the host read.
-JXStatus refill(FileHandle *handle, uint32_t target_bytes);
+inline JXStatus refill(FileHandle *handle, uint32_t target_bytes) {
+  const uint32_t count = handle->buffer_count;
+  return count >= target_bytes && count != 0 ? JX_OK : read_blocks(handle, target_bytes);
+}
 
 // True when the bytes begin with the byte-order mark of the file's encoding.
 bool begins_with_bom(const FileHandle *handle, const uint8_t *bytes, uint32_t count);
@@ -71,9 +79,14 @@ struct Outgoing {
   uint32_t bytes;
 };
 
+// What transcode_out does when there is a write transcoder.
+JXStatus encode(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record);
+
 // Transcodes a record for the file when the handle has a write transcoder; at most capacity_bytes
 // of the transcode buffer are used. 0, JX_E_NOMEM or the transcoder's status.
-JXStatus transcode_out(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record);
+inline JXStatus transcode_out(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record) {
+  return handle->write_transcoder ? encode(handle, capacity_bytes, record) : JX_OK;
+}
 
 // True when the caller lets byte-order marks be written and the encoding has one.
 inline bool may_write_bom(const FileHandle *handle) {
@@ -94,9 +107,15 @@ JXStatus write_all(FileHandle *handle, const void *source, uint32_t bytes, const
 JXStatus write_pending(FileHandle *handle, uint32_t bytes);
 
 // Places bytes in the record buffer, writing each block that becomes full. 0 or a write failure.
-JXStatus place(FileHandle *handle, const void *source, uint32_t bytes);
+inline JXStatus place(FileHandle *handle, const void *source, uint32_t bytes) {
+  if (bytes >= handle->buffer_count) return sk_buf_write(&handle->head, source, bytes);
+  copy_bytes(handle->record_buffer + handle->buffer_offset, source, bytes);
+  handle->buffer_offset += bytes;
+  handle->buffer_count -= bytes;
+  return JX_OK;
+}
 
 // Places the byte-order mark when it is due. 0 or a write failure.
 JXStatus place_bom(FileHandle *handle);
 
-}  // namespace jx
+}  // namespace gnu::visibility("hidden")]]jx

@@ -3,24 +3,41 @@
 
 #include "record/record.hpp"
 
+namespace {
+
 using jx::FileHandle;
 
-extern "C" {
-
-JXStatus skwem_read_bin(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *) {
-  JXStatus status = jx::check_reader(file);
-  if (status != JX_OK) return status;
-  FileHandle *handle = jx::handle_of(file);
-  const uint32_t wanted = *length;
-  if (wanted > handle->record_length) return JXWEM_E_TOOLONG;
-  *data = nullptr;
-  *length = 0;
-  status = jx::refill(handle, wanted);
-  if (status != JX_OK) return status;
+// Takes up to `wanted` bytes off the unread ones.
+JXStatus take_bytes(FileHandle *handle, uint32_t wanted, void **data, uint32_t *length) {
   *data = jx::first_unread(handle);
   *length = std::min(wanted, handle->buffer_count);
   jx::consume(handle, *length);
   return JX_OK;
+}
+
+// Reads bytes that are not all in hand. Apart from the reader, so that the reader keeps no stack
+// frame for it.
+[[gnu::noinline]] JXStatus read_bytes(FileHandle *handle, uint32_t wanted, void **data,
+                                      uint32_t *length) {
+  const JXStatus status = jx::refill(handle, wanted);
+  if (status == JX_OK) return take_bytes(handle, wanted, data, length);
+  *data = nullptr;
+  *length = 0;
+  return status;
+}
+
+}  // namespace
+
+extern "C" {
+
+JXStatus skwem_read_bin(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *) {
+  const JXStatus status = jx::check_reader(file);
+  if (status != JX_OK) return status;
+  FileHandle *handle = jx::handle_of(file);
+  const uint32_t wanted = *length;
+  if (wanted > handle->record_length) return JXWEM_E_TOOLONG;
+  return wanted != 0 && wanted <= handle->buffer_count ? take_bytes(handle, wanted, data, length)
+                                                       : read_bytes(handle, wanted, data, length);
 }
 
 JXStatus skwem_write_bin(JXFile *file, const void *data, uint32_t length, uint32_t, int64_t *) {

@@ -29,18 +29,48 @@ JXStatus step_back(FileHandle *handle, const jx::DirectRead &read) {
   return handle->methods.host_point(&handle->head, &distance, JX_POINT_RELATIVE);
 }
 
+// Sets the record that a read hands back, converted into the record encoding.
+JXStatus convert_record(const FileHandle *handle, const uint8_t *record, uint32_t record_bytes,
+                        void **data, uint32_t *length) {
+  const JXStatus status = jx::transcode_in(handle, record, record_bytes, handle->transcode_buffer,
+                                           handle->transcode_buffer_bytes, length);
+  *data = status == JX_OK ? handle->transcode_buffer : nullptr;
+  return status;
+}
+
 // Sets the record that a read hands back, in the record encoding.
 JXStatus hand_back(const FileHandle *handle, uint8_t *record, uint32_t record_bytes, void **data,
                    uint32_t *length) {
-  if (!handle->read_transcoder) {
-    *data = record;
-    *length = record_bytes;
-    return JX_OK;
-  }
-  const JXStatus status = jx::transcode_in(handle, record, record_bytes, handle->transcode_buffer,
-                                           handle->transcode_buffer_bytes, length);
-  if (status == JX_OK) *data = handle->transcode_buffer;
-  return status;
+  if (handle->read_transcoder) return convert_record(handle, record, record_bytes, data, length);
+  *data = record;
+  *length = record_bytes;
+  return JX_OK;
+}
+
+// Takes a line off the unread bytes and hands its record back; an empty one has no address.
+JXStatus take_line(FileHandle *handle, Line line, void **data, uint32_t *length) {
+  uint8_t *record = jx::first_unread(handle);
+  jx::consume(handle, line.consumed_bytes);
+  if (line.record_bytes != 0) return hand_back(handle, record, line.record_bytes, data, length);
+  *data = nullptr;
+  *length = 0;
+  return JX_OK;
+}
+
+// Reads a line that takes more than a look at the unread bytes. Apart from the reader, so that the
+// reader keeps no stack frame for it.
+[[gnu::noinline]] JXStatus read_line(FileHandle *handle, void **data, uint32_t *length) {
+  *data = nullptr;
+  *length = 0;
+  JXStatus status = jx::refill(handle, 1);
+  if (status != JX_OK) return status;
+  status = skip_bom_before_line(handle);
+  if (status != JX_OK) return status;
+  Line line;
+  status = jx::find_line(handle, &line);
+  if (status != JX_OK && status != JXWEM_E_PARTIAL) return status;
+  const JXStatus take_status = take_line(handle, line, data, length);
+  return take_status != JX_OK ? take_status : status;
 }
 
 // Tells whether a record has more characters than the record length, where its encoding lets them
@@ -103,23 +133,12 @@ JXStatus write_tracked(FileHandle *handle, const void *data, uint32_t bytes) {
 extern "C" {
 
 JXStatus skwem_read_var(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *) {
-  JXStatus status = jx::check_reader(file);
+  const JXStatus status = jx::check_reader(file);
   if (status != JX_OK) return status;
   FileHandle *handle = jx::handle_of(file);
-  *data = nullptr;
-  *length = 0;
-  status = jx::refill(handle, 1);
-  if (status != JX_OK) return status;
-  status = skip_bom_before_line(handle);
-  if (status != JX_OK) return status;
-  Line line;
-  status = jx::find_line(handle, &line);
-  if (status != JX_OK && status != JXWEM_E_PARTIAL) return status;
-  uint8_t *record = jx::first_unread(handle);
-  jx::consume(handle, line.consumed_bytes);
-  if (line.record_bytes == 0) return status;
-  const JXStatus transcode_status = hand_back(handle, record, line.record_bytes, data, length);
-  return transcode_status != JX_OK ? transcode_status : status;
+  const Line line = jx::line_in_hand(handle);
+  return line.consumed_bytes != 0 ? take_line(handle, line, data, length)
+                                  : read_line(handle, data, length);
 }
 
 JXStatus skwem_write_var(JXFile *file, const void *data, uint32_t length, uint32_t, int64_t *) {

@@ -58,7 +58,7 @@ JXStatus read_block(FileHandle *handle) {
   return JX_OK;
 }
 
-JXStatus refill(FileHandle *handle, uint32_t target_bytes) {
+JXStatus read_blocks(FileHandle *handle, uint32_t target_bytes) {
   while (handle->buffer_count < target_bytes && handle->end_seen == 0) {
     const JXStatus status = read_block(handle);
     if (status != JX_OK) return status;
@@ -87,9 +87,8 @@ JXStatus transcode_in(const FileHandle *handle, const void *source, uint32_t sou
   return status;
 }
 
-JXStatus transcode_out(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record) {
+JXStatus encode(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record) {
   JXTranscoder *transcoder = handle->write_transcoder;
-  if (!transcoder) return JX_OK;
   PoolBlock<uint8_t> copy;
   JXStatus status = detach(handle, *record, &copy);
   if (status != JX_OK) return status;
@@ -124,14 +123,6 @@ JXStatus write_pending(FileHandle *handle, uint32_t bytes) {
   handle->buffer_offset = 0;
   handle->buffer_count = handle->block_bytes;
   return status;
-}
-
-JXStatus place(FileHandle *handle, const void *source, uint32_t bytes) {
-  if (bytes >= handle->buffer_count) return sk_buf_write(&handle->head, source, bytes);
-  if (bytes != 0) std::memcpy(handle->record_buffer + handle->buffer_offset, source, bytes);
-  handle->buffer_offset += bytes;
-  handle->buffer_count -= bytes;
-  return JX_OK;
 }
 
 JXStatus place_bom(FileHandle *handle) {

@@ -1,0 +1,66 @@
+// Timing of whole passes in pairs, the module's and a peer's, for programs of either ABI (the
+// benchmark libraries at hand are 64-bit only). A pass takes milliseconds, so the clock's own cost
+// does not count; rounds alternate the two sides, and medians of the processor time are compared,
+// which other programs on the machine disturb least.
+#pragma once
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace jx::bench {
+
+struct Pair {
+  std::string what;
+  std::string peer;
+  std::function<void()> ours;
+  std::function<void()> theirs;
+};
+
+inline double milliseconds_of(const std::function<void()> &pass) {
+  timespec start, end;
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &start);
+  pass();
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &end);
+  return static_cast<double>(end.tv_sec - start.tv_sec) * 1e3 +
+         static_cast<double>(end.tv_nsec - start.tv_nsec) / 1e6;
+}
+
+inline double median(std::vector<double> values) {
+  std::ranges::sort(values);
+  return values[values.size() / 2];
+}
+
+// Runs the pairs whose description holds the first argument, if any, and prints a Markdown table.
+inline int run_pairs(int argc, char **argv, const std::vector<Pair> &pairs) {
+  const std::string wanted = argc > 1 ? argv[1] : "";
+  constexpr int kRounds = 11;
+  std::printf("| What | Peer | ms | peer's ms | times faster |\n|---|---|---|---|---|\n");
+  for (const Pair &pair : pairs) {
+    if (pair.what.find(wanted) == std::string::npos) continue;
+    std::vector<double> ours, theirs;
+    for (int round = -1; round < kRounds; ++round) {
+      const double first = milliseconds_of(pair.ours);
+      const double second = milliseconds_of(pair.theirs);
+      if (round < 0) continue;  // the first round fills caches
+      ours.push_back(first);
+      theirs.push_back(second);
+    }
+    std::printf("| %s | %s | %.2f | %.2f | %.2f |\n", pair.what.c_str(), pair.peer.c_str(),
+                median(ours), median(theirs), median(theirs) / median(ours));
+    std::fflush(stdout);
+  }
+  return 0;
+}
+
+// Keeps a value that nothing else uses from being optimised away.
+template <typename T>
+void keep(const T &value) {
+  asm volatile("" : : "r,m"(value) : "memory");
+}
+
+}  // namespace jx::bench

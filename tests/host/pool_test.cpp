@@ -102,7 +102,7 @@ TEST(Pool, ThreadsShareAPoolAndTheHost) {
         EXPECT_EQ(std::count(block, block + bytes, mark), bytes);
         EXPECT_EQ(pool->pool_free(pool, block), JX_OK);
       }
-      bytes = random() % 300;
+      bytes = static_cast<uint32_t>(random() % 300);
       block = static_cast<unsigned char *>(pool->pool_allocate(pool, bytes, 0));
       std::fill_n(block, bytes, mark);
       if (round % 100 == 0) {

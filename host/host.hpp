@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -21,6 +22,10 @@ struct FreeBlock {
 // Memory of the C library with an owner.
 template <typename T>
 using Block = std::unique_ptr<T, FreeBlock>;
+
+// Tells whether a block of that size can be: none is larger than half the address space, which a
+// 32-bit size on a 32-bit machine can be.
+constexpr bool is_possible_size(uint64_t bytes) { return bytes <= uint64_t{PTRDIFF_MAX}; }
 
 // A copy of a zero-terminated text; empty when memory is out.
 Block<char> copy_text(const char *text8);

@@ -61,19 +61,17 @@ bool is_taken(const Host *host, const void *library) {
   return false;
 }
 
-bool is_accepted(JXInstance *instance) {
-  if (std::memcmp(instance->eye_catcher, JX_EYE_CATCHER, sizeof instance->eye_catcher) != 0) {
-    set_error("no module: its instance does not begin with \"%s\"", JX_EYE_CATCHER);
-    return false;
-  }
+// Tells whether this host is new enough for the module.
+bool is_new_enough(JXInstance *instance) {
   Version required = {};
-  if (instance->get_required_version(instance, &required[0], &required[1], &required[2]) != JX_OK ||
-      required > kHostVersion) {
-    set_error("the module needs host version %u.%u.%u; this host is version %u.%u.%u", required[0],
-              required[1], required[2], kHostVersion[0], kHostVersion[1], kHostVersion[2]);
+  if (instance->get_required_version(instance, &required[0], &required[1], &required[2]) != JX_OK) {
+    set_error("the module does not say which host version it needs");
     return false;
   }
-  return true;
+  if (required <= kHostVersion) return true;
+  set_error("the module needs host version %u.%u.%u; this host is version %u.%u.%u", required[0],
+            required[1], required[2], kHostVersion[0], kHostVersion[1], kHostVersion[2]);
+  return false;
 }
 
 Instance make_instance(Host *host, void *library, JXOwner owner) {
@@ -81,17 +79,18 @@ Instance make_instance(Host *host, void *library, JXOwner owner) {
   const auto enter = take_handle ? find_routine<decltype(&jxwem)>(library, "jxwem") : nullptr;
   if (!enter) return nullptr;
   take_handle(host);
-  Instance instance(enter(host, owner));
-  if (!instance) {
-    set_error("the module's entry failed: it needs memory%s",
-              host->extensions & JXHOST_SECURE ? "" : " and the extension \"jxsecure\"");
-  } else if (!is_accepted(instance.get())) {
-    // What is no instance cannot be ended through its table.
-    if (std::memcmp(instance->eye_catcher, JX_EYE_CATCHER, sizeof instance->eye_catcher) != 0) {
-      static_cast<void>(instance.release());
-    }
-    instance.reset();
+  JXInstance *made = enter(host, owner);
+  if (!made) {
+    set_error("the module's entry failed: out of memory, or the extension \"jxsecure\" is missing");
+    return nullptr;
   }
+  if (std::memcmp(made->eye_catcher, JX_EYE_CATCHER, sizeof made->eye_catcher) != 0) {
+    // It is left alone: what is no instance cannot be ended through its table.
+    set_error("no module: its instance does not begin with \"%s\"", JX_EYE_CATCHER);
+    return nullptr;
+  }
+  Instance instance(made);
+  if (!is_new_enough(made)) instance.reset();
   return instance;
 }
 

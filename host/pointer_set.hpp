@@ -2,13 +2,15 @@
 // themselves, so that an address which is no live block is told apart without reading its memory.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 
 namespace jxhost {
 
-// Not thread-safe: its owner locks. Never more than two thirds full.
+// Not thread-safe: its owner locks. A slot is empty, an address, or the mark of one that was taken
+// out, over which searches go on and which an insertion uses again.
 class PointerSet {
  public:
   PointerSet() = default;
@@ -18,81 +20,83 @@ class PointerSet {
 
   size_t count() const { return count_; }
 
-  // Adds an address that is not in the set and not null. False when memory is out.
+  // Adds the address of a block that is not in the set. False when memory is out.
   bool insert(void *address) {
-    if ((count_ + 1) * 3 > capacity() * 2 && !grow()) return false;
-    place(address);
-    ++count_;
+    if ((used_count_ + 1) * 2 > capacity_ && !make_room()) return false;
+    place(reinterpret_cast<uintptr_t>(address));
     return true;
   }
 
   // Takes an address out. False when it is not in the set.
   bool erase(const void *address) {
-    if (count_ == 0 || !address) return false;
-    size_t hole = home_of(address);
-    while (slots_[hole] != address) {
-      if (!slots_[hole]) return false;
-      hole = (hole + 1) & mask_;
+    const auto wanted = reinterpret_cast<uintptr_t>(address);
+    if (count_ == 0 || wanted <= kTaken) return false;
+    size_t slot = home_of(wanted);
+    while (slots_[slot] != wanted) {
+      if (slots_[slot] == kEmpty) return false;
+      slot = after(slot);
     }
-    close_hole(hole);
     --count_;
+    // Nothing was placed beyond the last slot of a run: it can be empty again.
+    const bool ends_run = slots_[after(slot)] == kEmpty;
+    slots_[slot] = ends_run ? kEmpty : kTaken;
+    used_count_ -= ends_run;
     return true;
   }
 
   // Calls use(address) for every address.
   template <typename Use>
   void for_each(Use use) const {
-    for (size_t i = 0; i < capacity(); ++i) {
-      if (slots_[i]) use(slots_[i]);
+    for (size_t i = 0; i < capacity_; ++i) {
+      if (slots_[i] > kTaken) use(reinterpret_cast<void *>(slots_[i]));
     }
   }
 
  private:
+  static constexpr uintptr_t kEmpty = 0;
+  static constexpr uintptr_t kTaken = 1;  // no block has this address
   static constexpr size_t kFirstCapacity = 16;
 
-  size_t capacity() const { return slots_ ? mask_ + 1 : 0; }
+  size_t after(size_t slot) const { return (slot + 1) & (capacity_ - 1); }
 
-  // Blocks are 16 bytes apart at least; the multiplication spreads neighbours over the slots.
-  size_t home_of(const void *address) const {
-    const uint64_t number = reinterpret_cast<uintptr_t>(address) >> 4;
-    return static_cast<size_t>((number * 0x9E3779B97F4A7C15u) >> 32) & mask_;
+  // The multiplication by the golden ratio spreads neighbours; its highest bits are the slot.
+  size_t home_of(uintptr_t address) const {
+    constexpr auto kRatio =
+        static_cast<uintptr_t>(sizeof(uintptr_t) == 8 ? 0x9E3779B97F4A7C15u : 0x9E3779B1u);
+    return (address * kRatio) >> shift_;
   }
 
-  void place(void *address) {
+  void place(uintptr_t address) {
     size_t slot = home_of(address);
-    while (slots_[slot]) slot = (slot + 1) & mask_;
+    while (slots_[slot] > kTaken) slot = after(slot);
+    used_count_ += slots_[slot] == kEmpty;
     slots_[slot] = address;
+    ++count_;
   }
 
-  // Moves later addresses of the run forward, so that no search meets the hole too early.
-  void close_hole(size_t hole) {
-    for (size_t slot = (hole + 1) & mask_; slots_[slot]; slot = (slot + 1) & mask_) {
-      const size_t distance = (slot - home_of(slots_[slot])) & mask_;
-      if (distance < ((slot - hole) & mask_)) continue;
-      slots_[hole] = slots_[slot];
-      hole = slot;
-    }
-    slots_[hole] = nullptr;
-  }
-
-  bool grow() {
-    const size_t old_capacity = capacity();
-    const size_t new_capacity = old_capacity ? old_capacity * 2 : kFirstCapacity;
-    auto **fresh = static_cast<void **>(std::calloc(new_capacity, sizeof(void *)));
+  // Doubles the slots or, where marks take up the room, only sweeps them out.
+  bool make_room() {
+    const size_t new_capacity = capacity_ == 0           ? kFirstCapacity
+                                : count_ * 4 > capacity_ ? capacity_ * 2
+                                                         : capacity_;
+    auto *fresh = static_cast<uintptr_t *>(std::calloc(new_capacity, sizeof(uintptr_t)));
     if (!fresh) return false;
-    void **old = slots_;
+    PointerSet old;
+    old.slots_ = slots_;
+    old.capacity_ = capacity_;
     slots_ = fresh;
-    mask_ = new_capacity - 1;
-    for (size_t i = 0; i < old_capacity; ++i) {
-      if (old[i]) place(old[i]);
-    }
-    std::free(old);
+    capacity_ = new_capacity;
+    shift_ = static_cast<int>(sizeof(uintptr_t) * 8) - std::countr_zero(new_capacity);
+    count_ = used_count_ = 0;
+    old.for_each([this](void *address) { place(reinterpret_cast<uintptr_t>(address)); });
     return true;
   }
 
-  void **slots_ = nullptr;  // empty slots are null
-  size_t mask_ = 0;         // capacity - 1; the capacity is a power of two
-  size_t count_ = 0;        // addresses in the set
+  uintptr_t *slots_ = nullptr;
+  size_t capacity_ = 0;    // slots, a power of two; at most half of them are in use
+  size_t count_ = 0;       // addresses
+  size_t used_count_ = 0;  // addresses and marks
+  int shift_ = 0;          // leaves as many bits as a slot number has
 };
 
 }  // namespace jxhost

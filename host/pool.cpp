@@ -1,5 +1,4 @@
 // Pools: blocks of the C library's memory, known to their pool by address.
-#include <cstddef>
 #include <cstdlib>
 
 #include "host/host.hpp"
@@ -26,9 +25,8 @@ struct Pool final : JXPool, Live {
 JXStatus destroy_pool(JXPool *pool) { return end_live(static_cast<Pool *>(pool)); }
 
 void *pool_allocate(JXPool *pool, uint32_t bytes, uint32_t flags) {
-  // No object may be larger than half the address space; a 32-bit size can be.
+  if (!pool || !is_possible_size(bytes)) return nullptr;
   const size_t size = bytes ? bytes : 1;
-  if (!pool || size > static_cast<size_t>(PTRDIFF_MAX)) return nullptr;
   void *block = flags & JX_POOL_ZERO_FILL ? std::calloc(1, size) : std::malloc(size);
   if (!block) return nullptr;
   auto *self = static_cast<Pool *>(pool);

@@ -111,7 +111,7 @@ int32_t table_insert(JXTable *table, uint32_t, uint32_t, void *value, JXTableEnt
   if (entry_out) *entry_out = nullptr;
   auto *self = static_cast<Table *>(table);
   if (!self || self->count == UINT32_MAX || (!key && key_bytes > 0)) return 0;
-  if (key_bytes > SIZE_MAX / 2 - sizeof(Entry)) return 0;
+  if (!is_possible_size(sizeof(Entry) + uint64_t{key_bytes})) return 0;
   const uint32_t hash = hash_of(key, key_bytes);
   if (key_bytes > 0 && (self->find(key, key_bytes, hash) || !self->reserve())) return 0;
   void *memory = std::malloc(sizeof(Entry) + key_bytes);

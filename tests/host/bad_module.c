@@ -1,0 +1,30 @@
+/* A module that is none, in the way that its owner argument says: 0 has no instance, 1 an instance
+   without its eye-catcher, 2 one for a newer host. */
+#include <string.h>
+
+#include "jx/wem.h"
+
+static JXStatus get_required_version(JXInstance *instance, uint32_t *a, uint32_t *b, uint32_t *c) {
+  (void)instance;
+  *a = 3;
+  *b = 2;
+  *c = 2;
+  return JX_OK;
+}
+
+static JXStatus destroy(JXInstance *instance) {
+  (void)instance;
+  return JX_OK;
+}
+
+void jxextent(JXHost *host) { (void)host; }
+
+JXInstance *jxwem(JXHost *host, JXOwner owner) {
+  static JXInstance instance;
+  const char *eye_catcher = (uintptr_t)owner == 2 ? JX_EYE_CATCHER : "oven";
+  (void)host;
+  memcpy(instance.eye_catcher, eye_catcher, sizeof instance.eye_catcher);
+  instance.get_required_version = get_required_version;
+  instance.destroy = destroy;
+  return owner ? &instance : NULL;
+}

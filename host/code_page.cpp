@@ -46,8 +46,7 @@ bool CodePage::enter(uint8_t byte, JXChar c) {
     if (used_rows_ == kRows) return false;
     row = static_cast<uint8_t>(used_rows_++);
   }
-  // The first of several bytes with the same meaning is the one that is written.
-  if (characters_[rows_[row][c & 0xff]] != c) rows_[row][c & 0xff] = byte;
+  rows_[row][c & 0xff] = byte;
   return true;
 }
 

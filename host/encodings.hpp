@@ -14,7 +14,7 @@ enum class Form : uint8_t {
   kUtf16Le,   //
   kUtf32Be,   //
   kUtf32Le,   //
-  kPage,      // one byte a character, by a table made from the C library's
+  kPage,      // one byte a character, no two the same, by a table made from the C library's
   kIconv,     // by the C library; characters are independent of one another
   kJoining,   // by the C library, which may join a character with the one before it
   kShifting,  // by the C library; bytes mean what the last shift or escape sequence says

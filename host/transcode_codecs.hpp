@@ -53,11 +53,11 @@ struct ByteCodec : Bytes {
   static constexpr bool kHolds = false;
   explicit ByteCodec(const Step &) {}
 
-  static int decode(const uint8_t *in, size_t, JXChar &c) {
+  [[gnu::always_inline]] static int decode(const uint8_t *in, size_t, JXChar &c) {
     c = *in;
     return c < kEnd ? 1 : kFault;
   }
-  static int encode(JXChar c, uint8_t *out, size_t room_bytes) {
+  [[gnu::always_inline]] static int encode(JXChar c, uint8_t *out, size_t room_bytes) {
     if (c >= kEnd) return kFault;
     if (room_bytes == 0) return kNoRoom;
     *out = static_cast<uint8_t>(c);
@@ -70,7 +70,7 @@ struct Utf8Codec : Bytes {
   static constexpr bool kHolds = true;
   explicit Utf8Codec(const Step &) {}
 
-  static int decode(const uint8_t *in, size_t bytes, JXChar &c) {
+  [[gnu::always_inline]] static int decode(const uint8_t *in, size_t bytes, JXChar &c) {
     const uint32_t lead = in[0];
     if (lead < 0x80) {
       c = lead;
@@ -80,42 +80,59 @@ struct Utf8Codec : Bytes {
     return lead < 0xf0 ? decode_three(in, bytes, c) : decode_four(in, bytes, c);
   }
 
-  static int encode(JXChar c, uint8_t *out, size_t room_bytes) {
-    const size_t bytes = c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
-    if (room_bytes < bytes) return kNoRoom;
-    if (bytes == 1) {
-      *out = static_cast<uint8_t>(c);
+  [[gnu::always_inline]] static int encode(JXChar c, uint8_t *out, size_t room_bytes) {
+    if (c < 0x80) {
+      if (room_bytes < 1) return kNoRoom;
+      out[0] = static_cast<uint8_t>(c);
       return 1;
     }
-    for (size_t i = bytes - 1; i > 0; --i, c >>= 6)
-      out[i] = static_cast<uint8_t>(0x80 | (c & 0x3f));
-    out[0] = static_cast<uint8_t>((0xf00 >> bytes) | c);
-    return static_cast<int>(bytes);
+    const auto tail_of = [c](int shift) {
+      return static_cast<uint8_t>(0x80 | (c >> shift & 0x3f));
+    };
+    if (c < 0x800) {
+      if (room_bytes < 2) return kNoRoom;
+      out[0] = static_cast<uint8_t>(0xc0 | c >> 6);
+      out[1] = tail_of(0);
+      return 2;
+    }
+    if (c < 0x10000) {
+      if (room_bytes < 3) return kNoRoom;
+      out[0] = static_cast<uint8_t>(0xe0 | c >> 12);
+      out[1] = tail_of(6);
+      out[2] = tail_of(0);
+      return 3;
+    }
+    if (room_bytes < 4) return kNoRoom;
+    out[0] = static_cast<uint8_t>(0xf0 | c >> 18);
+    out[1] = tail_of(12);
+    out[2] = tail_of(6);
+    out[3] = tail_of(0);
+    return 4;
   }
 
  private:
   // Six bits of a continuation byte; above 0x3f when it is not one.
   static uint32_t tail(uint8_t byte) { return byte ^ 0x80u; }
 
-  static int decode_two(const uint8_t *in, size_t bytes, JXChar &c) {
+  [[gnu::always_inline]] static int decode_two(const uint8_t *in, size_t bytes, JXChar &c) {
     if (bytes < 2) return kCut;
     c = (in[0] & 0x1fu) << 6 | tail(in[1]);
     return tail(in[1]) > 0x3f ? kFault : 2;
   }
-  static int decode_three(const uint8_t *in, size_t bytes, JXChar &c) {
+  [[gnu::always_inline]] static int decode_three(const uint8_t *in, size_t bytes, JXChar &c) {
     if (bytes < 3) return is_prefix(in, bytes) ? kCut : kFault;
     c = (in[0] & 0xfu) << 12 | tail(in[1]) << 6 | tail(in[2]);
     const bool tails = (tail(in[1]) | tail(in[2])) <= 0x3f;
     return tails && c >= 0x800 && !is_surrogate(c) ? 3 : kFault;
   }
-  static int decode_four(const uint8_t *in, size_t bytes, JXChar &c) {
+  [[gnu::always_inline]] static int decode_four(const uint8_t *in, size_t bytes, JXChar &c) {
     if (bytes < 4) return is_prefix(in, bytes) ? kCut : kFault;
     c = (in[0] & 0xfu) << 18 | tail(in[1]) << 12 | tail(in[2]) << 6 | tail(in[3]);
     const bool tails = (tail(in[1]) | tail(in[2]) | tail(in[3])) <= 0x3f;
     return tails && c >= 0x10000 && c < 0x110000 ? 4 : kFault;
   }
   // Tells whether one to three bytes begin some character of three or four bytes.
-  static bool is_prefix(const uint8_t *in, size_t bytes) {
+  [[gnu::noinline]] static bool is_prefix(const uint8_t *in, size_t bytes) {
     if (in[0] > 0xf4) return false;
     if (bytes == 1) return true;
     const uint8_t low = in[0] == 0xe0 ? 0xa0 : in[0] == 0xf0 ? 0x90 : 0x80;
@@ -131,7 +148,7 @@ struct Utf16Codec : Units<uint16_t, kOrder> {
   static constexpr bool kHolds = true;
   explicit Utf16Codec(const Step &) {}
 
-  static int decode(const uint8_t *in, size_t bytes, JXChar &c) {
+  [[gnu::always_inline]] static int decode(const uint8_t *in, size_t bytes, JXChar &c) {
     if (bytes < 2) return kCut;
     c = Base::load(in);
     if (!is_surrogate(c)) return 2;
@@ -141,7 +158,7 @@ struct Utf16Codec : Units<uint16_t, kOrder> {
     c = 0x10000 + ((c - 0xd800) << 10) + (low - 0xdc00);
     return (low & 0xfc00) == 0xdc00 ? 4 : kFault;
   }
-  static int encode(JXChar c, uint8_t *out, size_t room_bytes) {
+  [[gnu::always_inline]] static int encode(JXChar c, uint8_t *out, size_t room_bytes) {
     const int bytes = c < 0x10000 ? 2 : 4;
     if (room_bytes < static_cast<size_t>(bytes)) return kNoRoom;
     if (bytes == 4) {
@@ -160,12 +177,12 @@ struct Utf32Codec : Units<uint32_t, kOrder> {
   static constexpr bool kHolds = true;
   explicit Utf32Codec(const Step &) {}
 
-  static int decode(const uint8_t *in, size_t bytes, JXChar &c) {
+  [[gnu::always_inline]] static int decode(const uint8_t *in, size_t bytes, JXChar &c) {
     if (bytes < 4) return kCut;
     c = Base::load(in);
     return is_character(c) ? 4 : kFault;
   }
-  static int encode(JXChar c, uint8_t *out, size_t room_bytes) {
+  [[gnu::always_inline]] static int encode(JXChar c, uint8_t *out, size_t room_bytes) {
     if (room_bytes < 4) return kNoRoom;
     Base::store(out, c);
     return 4;

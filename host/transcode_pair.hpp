@@ -7,32 +7,53 @@
 
 namespace jxhost {
 
-// A Convert.
+// Converts one character; there is input.
+template <typename Source, typename Target>
+[[gnu::always_inline]] inline JXStatus convert_one(const Source &source, const Target &target,
+                                                   Cursor &at, bool &is_cut) {
+  JXChar c = 0;
+  const int read = source.decode(at.in, at.in_bytes(), c);
+  if (read <= 0) {
+    is_cut = read == kCut;
+    return is_cut ? JX_OK : JXHOST_E_MALFORMED;
+  }
+  const int written = target.encode(c, at.out, at.out_bytes());
+  if (written <= 0) return written == kNoRoom ? JXHOST_E_NOROOM : JXHOST_E_UNMAPPABLE;
+  at.in += read;
+  at.out += written;
+  return JX_OK;
+}
+
+// How many characters of a run are taken one by one before the rest is looked at as a run again.
+template <typename Source, typename Target>
+constexpr size_t plain_max() {
+  if constexpr (kHasGroups<Source, Target>) return Lanes<Source>::kMixed ? 1 : 8;
+  return 8;
+}
+
+// A Convert: runs by blocks, what lies between them by single characters and groups.
 template <typename Source, typename Target>
 JXStatus convert_pair(const Step &step, Cursor &cursor) {
   const Source source(step);
   const Target target(step);
+  Cursor at = {cursor.in, cursor.in_end, cursor.out, cursor.out_end};
   JXStatus status = JX_OK;
-  Cursor at = cursor;
+  bool is_cut = false;
   while (at.in != at.in_end) {
-    if constexpr (Source::kRunLimit > 0 && Target::kRunLimit > 0) copy_run<Source, Target>(at);
-    if constexpr (Lanes<Source>::kBytes > 0 && Lanes<Target>::kBytes > 0) {
-      convert_groups<Source, Target>(at);
-    }
+    if constexpr (kRunLimit < Source, Target >> 0) copy_run<Source, Target>(at);
     if (at.in == at.in_end) break;
-    JXChar c = 0;
-    const int read = source.decode(at.in, at.in_bytes(), c);
-    if (read <= 0) {
-      status = read == kCut ? JX_OK : JXHOST_E_MALFORMED;
-      break;
+    for (size_t plain = 0; plain < plain_max<Source, Target>() && at.in != at.in_end;) {
+      const bool is_plain = starts_run<Source, Target>(at);
+      status = convert_one(source, target, at, is_cut);
+      if (status != JX_OK || is_cut) {
+        cursor = at;
+        return status;
+      }
+      plain = is_plain ? plain + 1 : 0;
+      if constexpr (kHasGroups<Source, Target>) {
+        if (!is_plain) convert_groups<Source, Target>(at);
+      }
     }
-    const int written = target.encode(c, at.out, at.out_bytes());
-    if (written <= 0) {
-      status = written == kNoRoom ? JXHOST_E_NOROOM : JXHOST_E_UNMAPPABLE;
-      break;
-    }
-    at.in += read;
-    at.out += written;
   }
   cursor = at;
   return status;

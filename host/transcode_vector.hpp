@@ -128,42 +128,84 @@ size_t copy_blocks(const uint8_t *in, uint8_t *out, size_t units) {
   return units;
 }
 
-// Copies the run of one-unit characters at the start of the input.
+// The highest character of a run; 0 when the pair has none.
+template <typename Source, typename Target>
+inline constexpr JXChar kRunLimit = std::min(Source::kRunLimit, Target::kRunLimit);
+
+// Tells whether the next unit is a character of a run.
+template <typename Source, typename Target>
+inline bool starts_run(const Cursor &at) {
+  if constexpr (kRunLimit<Source, Target> == 0) return false;
+  return at.in_bytes() >= Source::kUnitBytes && Source::load(at.in) <= kRunLimit<Source, Target>;
+}
+
+// Copies one-unit characters up to the first of another kind, at most units. Returns how many. Kept
+// out of line so that its vector constants do not crowd the loop over single characters.
+template <typename Source, typename Target>
+[[gnu::noinline]] size_t copy_units(const uint8_t *in, uint8_t *out, size_t units) {
+  constexpr JXChar kLimit = kRunLimit<Source, Target>;
+  if (units >= 16) return copy_blocks<Source, Target, kLimit, 16>(in, out, units);
+  if (units >= 8) return copy_blocks<Source, Target, kLimit, 8>(in, out, units);
+  size_t done = 0;
+  for (; done < units; ++done) {
+    const auto unit = Source::load(in + done * Source::kUnitBytes);
+    if (unit > kLimit) break;
+    using Unit = decltype(Target::load(in));
+    Target::store(out + done * Target::kUnitBytes, static_cast<Unit>(unit));
+  }
+  return done;
+}
+
+// Copies the run at the start of the input.
 template <typename Source, typename Target>
 inline void copy_run(Cursor &at) {
-  constexpr JXChar kLimit = std::min(Source::kRunLimit, Target::kRunLimit);
-  const size_t units =
-      std::min(at.in_bytes() / Source::kUnitBytes, at.out_bytes() / Target::kUnitBytes);
-  if (units == 0 || Source::load(at.in) > kLimit) return;
-  size_t done = 0;
-  if (units >= 16) {
-    done = copy_blocks<Source, Target, kLimit, 16>(at.in, at.out, units);
-  } else if (units >= 8) {
-    done = copy_blocks<Source, Target, kLimit, 8>(at.in, at.out, units);
-  } else {
-    for (; done < units; ++done) {
-      const auto unit = Source::load(at.in + done * Source::kUnitBytes);
-      if (unit > kLimit) break;
-      using Unit = decltype(Target::load(at.in));
-      Target::store(at.out + done * Target::kUnitBytes, static_cast<Unit>(unit));
-    }
-  }
-  at.in += done * Source::kUnitBytes;
-  at.out += done * Target::kUnitBytes;
+  const size_t units = copy_units<Source, Target>(
+      at.in, at.out,
+      std::min(at.in_bytes() / Source::kUnitBytes, at.out_bytes() / Target::kUnitBytes));
+  at.in += units * Source::kUnitBytes;
+  at.out += units * Target::kUnitBytes;
 }
 
 // ---- Groups of four --------------------------------------------------------------------------
 
 // Reading four characters into lanes and writing them. kBytes is what must be there; both return
-// the bytes that the four take, 0 when they are not alike or not of the basic plane.
+// the bytes that the four take, 0 when they are not alike or not of the basic plane. begins_group
+// tells cheaply whether a try is worth while.
 template <typename Codec>
 struct Lanes {
   static constexpr size_t kBytes = 0;
 };
 
+template <>
+struct Lanes<Latin1> {
+  static constexpr size_t kBytes = 4;
+  static constexpr bool kMixed = true;
+
+  static bool begins_group(const Cursor &at) { return at.in_bytes() >= kBytes; }
+  static size_t read(const uint8_t *in, __m128i &chars) {
+    const __m128i zero = _mm_setzero_si128();
+    const auto word = static_cast<int>(Units<uint32_t, std::endian::little>::load(in));
+    chars = _mm_unpacklo_epi16(_mm_unpacklo_epi8(_mm_cvtsi32_si128(word), zero), zero);
+    return 4;
+  }
+  static size_t write(uint8_t *out, __m128i chars) {
+    if (!all_equal(and_32(chars, 0xffffff00u), _mm_setzero_si128())) return 0;
+    const __m128i units = _mm_packs_epi32(chars, chars);
+    const __m128i bytes = _mm_packus_epi16(units, units);
+    Units<uint32_t, std::endian::little>::store(out,
+                                                static_cast<uint32_t>(_mm_cvtsi128_si32(bytes)));
+    return 4;
+  }
+};
+
 template <std::endian kOrder>
 struct Lanes<Utf32Codec<kOrder>> {
   static constexpr size_t kBytes = 16;
+  static constexpr bool kMixed = true;
+
+  static bool begins_group(const Cursor &at) {
+    return at.in_bytes() >= kBytes && Utf32Codec<kOrder>::load(at.in) < 0x10000;
+  }
 
   static size_t read(const uint8_t *in, __m128i &chars) {
     chars = Utf32Codec<kOrder>::kSwaps ? swap_32(load_vector(in)) : load_vector(in);
@@ -179,6 +221,11 @@ struct Lanes<Utf32Codec<kOrder>> {
 template <std::endian kOrder>
 struct Lanes<Utf16Codec<kOrder>> {
   static constexpr size_t kBytes = 8;
+  static constexpr bool kMixed = true;
+
+  static bool begins_group(const Cursor &at) {
+    return at.in_bytes() >= kBytes && !is_surrogate(Utf16Codec<kOrder>::load(at.in));
+  }
 
   static size_t read(const uint8_t *in, __m128i &chars) {
     const __m128i units = Utf16Codec<kOrder>::kSwaps ? swap_16(load_half(in)) : load_half(in);
@@ -195,6 +242,12 @@ struct Lanes<Utf16Codec<kOrder>> {
 template <>
 struct Lanes<Utf8Codec> {
   static constexpr size_t kBytes = 13;  // four times three, and one that is read along
+  static constexpr bool kMixed = false;
+
+  static bool begins_group(const Cursor &at) {
+    if (at.in_bytes() < kBytes || at.in[0] < 0xc2 || at.in[0] >= 0xf0) return false;
+    return at.in[0] < 0xe0 ? at.in[2] >= 0x80 : at.in[3] >= 0x80;
+  }
 
   static size_t read(const uint8_t *in, __m128i &chars) {
     return in[0] < 0xe0 ? read_twos(in, chars) : read_threes(in, chars);
@@ -202,9 +255,10 @@ struct Lanes<Utf8Codec> {
   static size_t write(uint8_t *out, __m128i chars) {
     const __m128i zero = _mm_setzero_si128();
     if (!any_equal(and_32(chars, 0xf800), zero)) return write_threes(out, chars);
-    const bool twos =
-        all_equal(and_32(chars, 0xf800), zero) && !any_equal(and_32(chars, 0x780), zero);
-    return twos ? write_twos(out, chars) : 0;
+    if (!all_equal(and_32(chars, 0xffffff80u), zero)) return write_mixed(out, chars);
+    const __m128i units = _mm_packs_epi32(chars, chars);
+    store_word(out, _mm_packus_epi16(units, units));
+    return 4;
   }
 
  private:
@@ -229,41 +283,87 @@ struct Lanes<Utf8Codec> {
     const __m128i range = and_32(chars, 0xf800);
     return any_equal(range, _mm_setzero_si128()) || any_equal(range, all_32(0xd800)) ? 0 : 12;
   }
-  static size_t write_twos(uint8_t *out, __m128i chars) {
-    const __m128i tails = _mm_slli_epi32(and_32(chars, 0x3f), 8);
-    const __m128i heads = _mm_or_si128(_mm_srli_epi32(chars, 6), all_32(0x80c0));
-    store_half(out, narrow_32(_mm_or_si128(heads, tails)));
-    return 8;
+  // Without a branch on the lengths, which are as good as random in most languages' texts.
+  [[gnu::noinline]] static size_t write_mixed(uint8_t *out, __m128i chars) {
+    const __m128i above_one = _mm_cmpgt_epi32(chars, all_32(0x7f));
+    const __m128i above_two = _mm_cmpgt_epi32(chars, all_32(0x7ff));
+    const __m128i twos =
+        _mm_or_si128(_mm_or_si128(_mm_srli_epi32(chars, 6), _mm_slli_epi32(and_32(chars, 0x3f), 8)),
+                     all_32(0x80c0));
+    __m128i words =
+        _mm_or_si128(_mm_andnot_si128(above_one, chars), _mm_and_si128(above_one, twos));
+    words = _mm_or_si128(_mm_andnot_si128(above_two, words),
+                         _mm_and_si128(above_two, words_of_three(chars)));
+    // The end of each character: the sum of the lengths up to it.
+    __m128i ends = _mm_sub_epi32(_mm_sub_epi32(all_32(1), above_one), above_two);
+    ends = _mm_add_epi32(ends, _mm_slli_si128(ends, 4));
+    ends = _mm_add_epi32(ends, _mm_slli_si128(ends, 8));
+    size_t offset = 0;
+    for (int i = 0; i < 4; ++i) {
+      store_word(out + offset, words);
+      offset = static_cast<uint32_t>(_mm_cvtsi128_si32(ends));
+      words = _mm_srli_si128(words, 4);
+      ends = _mm_srli_si128(ends, 4);
+    }
+    return offset;
   }
-  static size_t write_threes(uint8_t *out, __m128i chars) {
+  static __m128i words_of_three(__m128i chars) {
     const __m128i tails = _mm_or_si128(and_32(_mm_slli_epi32(chars, 2), 0x3f00),
                                        and_32(_mm_slli_epi32(chars, 16), 0x3f0000));
-    __m128i words = _mm_or_si128(_mm_srli_epi32(chars, 12), all_32(0x8080e0));
-    words = _mm_or_si128(words, tails);
+    return _mm_or_si128(_mm_or_si128(_mm_srli_epi32(chars, 12), all_32(0x8080e0)), tails);
+  }
+  // Stores the first lane.
+  static void store_word(uint8_t *out, __m128i words) {
+    Units<uint32_t, std::endian::little>::store(out,
+                                                static_cast<uint32_t>(_mm_cvtsi128_si32(words)));
+  }
+  static size_t write_threes(uint8_t *out, __m128i chars) {
+    __m128i words = words_of_three(chars);
     // Each store of four bytes is overwritten from its fourth byte by the next.
     for (size_t offset = 0; offset < 12; offset += 3) {
-      const auto word = static_cast<uint32_t>(_mm_cvtsi128_si32(words));
-      Units<uint32_t, std::endian::little>::store(out + offset, word);
+      store_word(out + offset, words);
       words = _mm_srli_si128(words, 4);
     }
     return 12;
   }
 };
 
-// Converts groups of four as long as they come.
+// Tells whether groups are worth a try between two encodings.
 template <typename Source, typename Target>
-inline void convert_groups(Cursor &at) {
+inline constexpr bool kHasGroups = Lanes<Source>::kBytes > 0 && Lanes<Target>::kBytes > 0;
+
+// Converts groups of four as long as they come. Returns the bytes read, and written in the upper
+// half: one value, because both ABIs return that in registers.
+template <typename Source, typename Target>
+[[gnu::noinline]] uint64_t convert_groups(const uint8_t *in, const uint8_t *in_end, uint8_t *out,
+                                          const uint8_t *out_end) {
   using Reader = Lanes<Source>;
   using Writer = Lanes<Target>;
-  while (at.in_bytes() >= Reader::kBytes && at.out_bytes() >= Writer::kBytes) {
+  const uint8_t *const in_begin = in;
+  const uint8_t *const out_begin = out;
+  // Plain groups in a row: two are probably the start of a run. Only variable lengths show them.
+  int plain = 0;
+  while (plain < 2 && static_cast<size_t>(in_end - in) >= Reader::kBytes &&
+         static_cast<size_t>(out_end - out) >= Writer::kBytes) {
     __m128i chars;
-    const size_t read = Reader::read(at.in, chars);
-    if (read == 0) return;
-    const size_t written = Writer::write(at.out, chars);
-    if (written == 0) return;
-    at.in += read;
-    at.out += written;
+    const size_t read = Reader::read(in, chars);
+    if (read == 0) break;
+    const size_t written = Writer::write(out, chars);
+    if (written == 0) break;
+    if constexpr (Target::kUnitBytes == 1) plain = written == 4 ? plain + 1 : 0;
+    in += read;
+    out += written;
   }
+  return static_cast<uint32_t>(in - in_begin) | static_cast<uint64_t>(out - out_begin) << 32;
+}
+
+// Converts the groups at the start of the input.
+template <typename Source, typename Target>
+inline void convert_groups(Cursor &at) {
+  if (!Lanes<Source>::begins_group(at)) return;
+  const uint64_t progress = convert_groups<Source, Target>(at.in, at.in_end, at.out, at.out_end);
+  at.in += static_cast<uint32_t>(progress);
+  at.out += progress >> 32;
 }
 
 }  // namespace jxhost

@@ -209,7 +209,8 @@ void put_directive(const JXChar *format, const Directive &directive, JXChar deci
     put_invalid(format, directive, sink);
     return;
   }
-  const Value value = arguments->value_of(directive);
+  Value value;
+  arguments->get_value(directive, &value);
   // Whether a counted string has its count is known only now: it may come from an argument.
   if (field.conversion->kind == FieldKind::kCountedString && field.precision == kNoPrecision) {
     put_invalid(format, directive, sink);

@@ -27,11 +27,13 @@ inline std::vector<JXChar> wide(std::string_view text) {
   return result;
 }
 
+inline char narrow_one(JXChar character) {
+  return character < 0x100 ? static_cast<char>(character) : '?';
+}
+
 inline std::string narrow(const JXChar *text, size_t chars) {
   std::string result;
-  for (size_t i = 0; i < chars; ++i) {
-    result.push_back(text[i] < 0x100 ? static_cast<char>(text[i]) : '?');
-  }
+  for (size_t i = 0; i < chars; ++i) result.push_back(narrow_one(text[i]));
   return result;
 }
 

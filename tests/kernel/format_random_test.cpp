@@ -13,6 +13,7 @@
 
 namespace {
 
+using jx_test::digits_in_base;
 using jx_test::GuardedBuffer;
 using jx_test::scaled;
 using Random = std::mt19937_64;
@@ -54,15 +55,17 @@ class List {
   }
   JXStatus call(const std::vector<JXChar> &format, JXChar *buffer, int32_t capacity,
                 uint32_t *length) {
-    va_list list;
-    void *memory = memory_;
 #ifdef __x86_64__
-    list->gp_offset = 48;
-    list->fp_offset = 304;
-    list->overflow_arg_area = memory;
+    const struct {
+      uint32_t used_integers = 48, used_floats = 304;  // bytes: every register is used up
+      const void *memory, *registers;
+    } state = {.memory = memory_, .registers = nullptr};
 #else
-    std::memcpy(&list, &memory, sizeof(list));
+    const void *state = memory_;
 #endif
+    va_list list;
+    static_assert(sizeof(list) == sizeof(state));
+    std::memcpy(&list, &state, sizeof(list));
     return jxzFormatBuffV(nullptr, format.data(), static_cast<int32_t>(format.size()), buffer,
                           capacity, length, list);
   }
@@ -108,14 +111,6 @@ struct Directive {
   int argument = -1;
   bool is_invalid = false;
 };
-
-std::string digits(uint64_t value, unsigned base, bool uppercase) {
-  std::string text;
-  for (; value != 0; value /= base) {
-    text.insert(0, 1, (uppercase ? "0123456789ABCDEF" : "0123456789abcdef")[value % base]);
-  }
-  return text.empty() ? "0" : text;
-}
 
 // One random format with its arguments.
 class Case {
@@ -383,7 +378,7 @@ class Case {
     if (has_prefix) model->append("0");
     if (has_prefix && base == 16) model->append(uppercase ? "X" : "x");
     const size_t start = model->length;
-    if (magnitude != 0 || precision != 0) model->append(digits(magnitude, base, uppercase));
+    if (magnitude != 0 || precision != 0) model->append(digits_in_base(magnitude, base, uppercase));
     const int64_t present =
         static_cast<int64_t>(model->length - start) + (has_prefix && base == 8 ? 1 : 0);
     if (precision > present) {

@@ -37,6 +37,16 @@ inline std::string narrow(const JXChar *text, size_t chars) {
   return result;
 }
 
+inline std::string digits_in_base(uint64_t value, uint32_t base, bool uppercase) {
+  const std::string_view table = uppercase ? "0123456789ABCDEF" : "0123456789abcdef";
+  std::string text;
+  do {
+    text.push_back(table[static_cast<size_t>(value % base)]);
+    value /= base;
+  } while (value != 0);
+  return {text.rbegin(), text.rend()};
+}
+
 // An output buffer whose unwritten characters can be told from written ones.
 class GuardedBuffer {
  public:

@@ -85,7 +85,7 @@ TEST(Order, Reversals) {
     std::string bytes = "abcdefgh-";
     std::vector<JXChar> units = jx_test::wide(bytes);
     std::string expected = bytes;
-    std::reverse(expected.begin(), expected.begin() + count);
+    std::reverse(expected.begin(), expected.begin() + static_cast<ptrdiff_t>(count));
     EXPECT_EQ(jxzbytrv(bytes.data(), count), 0);
     jxztchrv(units.data(), count);
     EXPECT_EQ(bytes, expected);

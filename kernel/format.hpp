@@ -116,12 +116,13 @@ class Arguments {
   void take_numbered();
   bool has_numbered() const { return has_numbered_; }
 
-  Value value_of(const Directive &directive);
+  // The value of a directive; an argument that nobody needed reads as zero.
+  void get_value(const Directive &directive, Value *value);
   int32_t amount_of(const Amount &amount);
 
  private:
   void note_type(int32_t argument, ArgumentType type);
-  Value take(ArgumentType type);
+  void take(ArgumentType type, Value *value);
 
   va_list list_;
   bool has_numbered_ = false;

@@ -44,34 +44,32 @@ const void *address_of(const Value &value) {
   return reinterpret_cast<const void *>(static_cast<intptr_t>(value.integer));
 }
 
-Value Arguments::take(ArgumentType type) {
-  Value value;
-  value.type = type;
+void Arguments::take(ArgumentType type, Value *value) {
+  value->type = type;
   switch (type) {
     case ArgumentType::kChar:
     case ArgumentType::kInt:
-      value.integer = va_arg(list_, int);
+      value->integer = va_arg(list_, int);
       break;
     case ArgumentType::kLong:
-      value.integer = va_arg(list_, long);
+      value->integer = va_arg(list_, long);
       break;
     case ArgumentType::kLongLong:
-      value.integer = va_arg(list_, long long);
+      value->integer = va_arg(list_, long long);
       break;
     case ArgumentType::kPointer:
-      value.integer = reinterpret_cast<intptr_t>(va_arg(list_, void *));
+      value->integer = reinterpret_cast<intptr_t>(va_arg(list_, void *));
       break;
     case ArgumentType::kDouble:
-      value.real = va_arg(list_, double);
+      value->real = va_arg(list_, double);
       break;
     case ArgumentType::kLongDouble:
-      value.extended = va_arg(list_, long double);
+      value->extended = va_arg(list_, long double);
       break;
     default:
-      value.integer = 0;
+      value->integer = 0;
       break;
   }
-  return value;
 }
 
 void Arguments::note_type(int32_t argument, ArgumentType type) {
@@ -96,13 +94,16 @@ void Arguments::take_numbered() {
   bool is_used = true;
   for (Value &value : numbered_) {
     is_used = is_used && value.type != ArgumentType::kNone;
-    value = take(is_used ? value.type : ArgumentType::kNone);
+    take(is_used ? value.type : ArgumentType::kNone, &value);
   }
 }
 
-Value Arguments::value_of(const Directive &directive) {
-  if (directive.argument >= 0) return numbered_[directive.argument];
-  return take(directive.type());
+void Arguments::get_value(const Directive &directive, Value *value) {
+  if (directive.argument >= 0) {
+    *value = numbered_[directive.argument];
+    return;
+  }
+  take(directive.type(), value);
 }
 
 int32_t Arguments::amount_of(const Amount &amount) {

@@ -1,6 +1,7 @@
 // Fields: what a directive puts out, with sign, prefix, precision and width.
 #include <algorithm>
 #include <cstring>
+#include <cwchar>
 
 #include "kernel/format.hpp"
 #include "kernel/scan.hpp"
@@ -123,16 +124,13 @@ uint32_t put_floating(const Field &field, const Value &value, Sink *sink) {
   return sign_chars;
 }
 
-// The length of a string that ends at a zero or, with a precision, after that many units.
+// The length of a string that ends at a zero or, with a precision, after that many units. Nothing
+// behind the zero is read, so a scan over the whole precision would not do.
 uint32_t string_chars(const void *text, bool is_bytes, int32_t precision) {
-  if (precision == kNoPrecision) {
-    return is_bytes ? skStrLen(static_cast<const char *>(text))
-                    : skStrTLen(static_cast<const JXChar *>(text));
-  }
-  const auto limit = static_cast<uint32_t>(precision);
-  const int32_t found = is_bytes ? skMemScan(text, limit, 0)
-                                 : jxzspos(static_cast<const JXChar *>(text), precision, 0);
-  return found < 0 ? limit : static_cast<uint32_t>(found);
+  const size_t most = precision == kNoPrecision ? SIZE_MAX : static_cast<size_t>(precision);
+  static_assert(sizeof(wchar_t) == sizeof(JXChar));
+  return static_cast<uint32_t>(is_bytes ? strnlen(static_cast<const char *>(text), most)
+                                        : wcsnlen(static_cast<const wchar_t *>(text), most));
 }
 
 void put_string(const Field &field, const Value &value, Sink *sink) {
@@ -209,7 +207,8 @@ void put_directive(const JXChar *format, const Directive &directive, JXChar deci
     put_invalid(format, directive, sink);
     return;
   }
-  const Value value = arguments->value_of(directive);
+  Value value;
+  arguments->get_value(directive, &value);
   // Whether a counted string has its count is known only now: it may come from an argument.
   if (field.conversion->kind == FieldKind::kCountedString && field.precision == kNoPrecision) {
     put_invalid(format, directive, sink);

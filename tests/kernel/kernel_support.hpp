@@ -27,12 +27,24 @@ inline std::vector<JXChar> wide(std::string_view text) {
   return result;
 }
 
+inline char narrow_one(JXChar character) {
+  return character < 0x100 ? static_cast<char>(character) : '?';
+}
+
 inline std::string narrow(const JXChar *text, size_t chars) {
   std::string result;
-  for (size_t i = 0; i < chars; ++i) {
-    result.push_back(text[i] < 0x100 ? static_cast<char>(text[i]) : '?');
-  }
+  for (size_t i = 0; i < chars; ++i) result.push_back(narrow_one(text[i]));
   return result;
+}
+
+inline std::string digits_in_base(uint64_t value, uint32_t base, bool uppercase) {
+  const std::string_view table = uppercase ? "0123456789ABCDEF" : "0123456789abcdef";
+  std::string text;
+  do {
+    text.push_back(table[static_cast<size_t>(value % base)]);
+    value /= base;
+  } while (value != 0);
+  return {text.rbegin(), text.rend()};
 }
 
 // An output buffer whose unwritten characters can be told from written ones.

@@ -1,0 +1,96 @@
+// The clock with a time of the test's choice, and the reversals.
+#include <gtest/gtest.h>
+#include <sys/time.h>
+#include <time.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "jx/wem.h"
+#include "tests/kernel/kernel_support.hpp"
+
+namespace {
+bool has_fixed_time = false;
+timeval fixed_time;
+}  // namespace
+
+// Stands before the C library's; the module asks it.
+extern "C" int gettimeofday(timeval *time, void *) noexcept {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  *time = {now.tv_sec, static_cast<suseconds_t>(now.tv_nsec / 1000)};
+  if (has_fixed_time) *time = fixed_time;
+  return 0;
+}
+
+namespace {
+
+TEST(Time, Clocks) {
+  JXHost host = {};
+  host.time_zone = -3600;
+  jxextent(&host);
+  const auto now = static_cast<double>(time(nullptr));
+  EXPECT_NEAR(bkztod(), now, 2.0);
+
+  has_fixed_time = true;
+  double offset = 0;
+  const struct {
+    timeval time;
+    int32_t zone;
+    double since_1970;
+    double offset;
+  } rows[] = {
+      {{0, 500000}, -3600, 0.5, 3600.0},
+      {{0, 0}, 0, 0.0, 0.0},
+      {{1700000000, 1}, 18000, 1700000000.000001, -18000.0},
+      {{4294967296, 250000}, INT32_MIN, 4294967296.25, 2147483648.0},
+  };
+  for (const auto &row : rows) {
+    fixed_time = row.time;
+    host.time_zone = row.zone;
+    EXPECT_EQ(bkztod(), row.since_1970);
+    EXPECT_EQ(jxzdtgmt(nullptr), row.since_1970 + 315619200.0);
+    EXPECT_EQ(jxzdtgmt(&offset), row.since_1970 + 315619200.0);
+    EXPECT_EQ(offset, row.offset);
+  }
+  has_fixed_time = false;
+  jxextent(nullptr);
+}
+
+TEST(Time, LocalTimeOfDay) {
+  const char *saved = std::getenv("TZ");
+  const std::string zone = saved ? saved : "";
+  setenv("TZ", "TEST-05:45", 1);
+  tzset();
+  has_fixed_time = true;
+  fixed_time = {86400 * 365 + 3600 * 20 + 60 * 14 + 59, 750000};
+  uint32_t hour = 99;
+  uint32_t minute = 99;
+  double seconds = 99;
+  EXPECT_EQ(jxztime(&hour, &minute, &seconds), 0);
+  has_fixed_time = false;
+  if (saved) {
+    setenv("TZ", zone.c_str(), 1);
+  } else {
+    unsetenv("TZ");
+  }
+  tzset();
+  EXPECT_EQ(hour, 1u);
+  EXPECT_EQ(minute, 59u);
+  EXPECT_EQ(seconds, 59.75);
+}
+
+TEST(Order, Reversals) {
+  for (uint32_t count = 0; count < 9; ++count) {
+    std::string bytes = "abcdefgh-";
+    std::vector<JXChar> units = jx_test::wide(bytes);
+    std::string expected = bytes;
+    std::reverse(expected.begin(), expected.begin() + static_cast<ptrdiff_t>(count));
+    EXPECT_EQ(jxzbytrv(bytes.data(), count), 0);
+    jxztchrv(units.data(), count);
+    EXPECT_EQ(bytes, expected);
+    EXPECT_EQ(jx_test::narrow(units.data(), units.size()), expected);
+  }
+}
+
+}  // namespace

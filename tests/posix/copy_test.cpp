@@ -136,12 +136,11 @@ TEST_F(Copy, ALinkBackIntoTheTreeEnds) {
   fs::remove(dir.file("tree/" + link));
   make_link("tree/l", ".");
   EXPECT_EQ(copy_names("tree", "copy2"), JXWEM_E_SYSTEM);  // the system follows 40 links
-  expect_journal({ELOOP, ELOOP});
+  expect_journal({ELOOP});
 }
 
 TEST_F(Copy, MembersUpTo1024Characters) {
   const std::string folder = make_long_folder(1000);
-  const std::string short_link = dir.file("s");
   struct Row {
     size_t name_chars;
     JXStatus status;

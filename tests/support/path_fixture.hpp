@@ -165,9 +165,11 @@ class WorkingDirectory {
 // Runs with the rights of a user who owns nothing.
 inline void run_unprivileged(const std::function<void()> &body) {
   const uid_t user = geteuid();
-  if (user == 0) ASSERT_EQ(seteuid(65534), 0);
+  if (user == 0) {
+    ASSERT_EQ(seteuid(65534), 0);
+  }
   body();
-  if (user == 0) ASSERT_EQ(seteuid(0), 0);
+  ASSERT_EQ(seteuid(user), 0);
 }
 
 // Runs on a thread with 128 KiB of stack.

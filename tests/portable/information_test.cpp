@@ -1,0 +1,168 @@
+// Information tables of files and of file systems.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+
+#include "support/path_fixture.hpp"
+
+namespace jx::test {
+namespace {
+
+class Information : public PathTest {
+ protected:
+  void SetUp() override {
+    PathTest::SetUp();
+    pool = host.host()->create_pool(host.host(), 0, 0, 0, nullptr, "caller");
+    host.host()->time_zone = 0;
+  }
+  void TearDown() override {
+    EXPECT_EQ(pool->destroy_pool(pool), JX_OK);
+    PathTest::TearDown();
+  }
+
+  JXTable *info(const JXString &path, JXStatus *status) {
+    return instance->info(instance, pool, path.data(), chars(path), status);
+  }
+  JXStatus info_status(const JXString &path) {
+    JXStatus status = 0;
+    JXTable *table = info(path, &status);
+    EXPECT_EQ(table != nullptr, status == JX_OK);
+    if (table) table->destroy_table(table);
+    return status;
+  }
+
+  JXPool *pool = nullptr;
+};
+
+struct FileRow {
+  const char *name;
+  uint64_t size;
+  int64_t modified;  // seconds since 1970
+  int32_t time_zone;
+  double expected;
+};
+
+TEST_F(Information, SizeTimeAndKind) {
+  const FileRow rows[] = {
+      {"epoch", 0, 0, 0, 315619200.0},
+      {"1969", 1, -86400, 0, 315532800.0},
+      {"2038", 2, 2147483647, 0, 2463102847.0},
+      {"2200", 3, 7258118400, 0, 7573737600.0},
+      {"west", 4, 0, 18000, 315601200.0},
+      {"east", 5, 7258118400, -3600, 7573741200.0},
+      {"5 GiB", uint64_t{5} << 30, 1, 0, 315619201.0},
+      {"blanks  ", uint64_t{0xFFFFFFFF}, 1, 0, 315619201.0},
+  };
+  for (const FileRow &row : rows) {
+    const std::string path = dir.file(row.name);
+    make_file(row.name);
+    ASSERT_EQ(truncate64(path.c_str(), static_cast<off64_t>(row.size)), 0);
+    const timespec times[2] = {{static_cast<time_t>(row.modified), 999'999'999},
+                               {static_cast<time_t>(row.modified), 999'999'999}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+    host.host()->time_zone = row.time_zone;
+    JXStatus status = 0;
+    JXTable *table = info(at(row.name), &status);
+    ASSERT_TRUE(table) << row.name << std::hex << status;
+    struct Item {
+      const char *name;
+      uint32_t type, format;
+    };
+    const Item items[] = {{"FILESIZE", 3, 1}, {"MODTIME", 9, 2}, {"ISDIR", 13, 3}};
+    const auto values = FaultHost::values(table);
+    ASSERT_EQ(values.size(), 3u);
+    for (size_t i = 0; i < 3; ++i) {
+      auto *item = static_cast<JXInfoItem *>(values[i]);
+      EXPECT_EQ(FaultHost::find(table, items[i].name), item) << "the key";
+      EXPECT_EQ(narrow(item->name, item->name_chars), items[i].name);
+      EXPECT_EQ(item->type, items[i].type);
+      EXPECT_EQ(item->format, items[i].format);
+      EXPECT_EQ(item->second_block, nullptr);
+      EXPECT_EQ(item->reserved, 0u);
+      EXPECT_EQ(item->pool, pool);
+    }
+    EXPECT_EQ(static_cast<JXInfoItem *>(values[0])->value.bytes, row.size) << row.name;
+    EXPECT_EQ(static_cast<JXInfoItem *>(values[1])->value.time, row.expected) << row.name;
+    EXPECT_EQ(static_cast<JXInfoItem *>(values[2])->value.bytes, 0u) << row.name;
+    EXPECT_EQ(table->destroy_table(table), JX_OK);
+  }
+}
+
+TEST_F(Information, Directory) {
+  make_folder("folder");
+  make_link("link", "folder");
+  struct stat64 expected;
+  ASSERT_EQ(stat64(dir.file("folder").c_str(), &expected), 0);
+  for (const char *name : {"folder", "link"}) {
+    JXStatus status = 0;
+    JXTable *table = info(at(name), &status);
+    ASSERT_TRUE(table);
+    EXPECT_EQ(static_cast<JXInfoItem *>(FaultHost::find(table, "ISDIR"))->value.bytes, 1u);
+    EXPECT_EQ(static_cast<JXInfoItem *>(FaultHost::find(table, "FILESIZE"))->value.bytes,
+              static_cast<uint64_t>(expected.st_size));
+    table->destroy_table(table);
+  }
+}
+
+TEST_F(Information, Failures) {
+  make_link("to_nothing", "nothing");
+  EXPECT_EQ(info_status(at("nothing")), JXWEM_E_NOTFOUND);
+  EXPECT_EQ(info_status(at("to_nothing")), JXWEM_E_NOTFOUND);
+  const JXString path = at("nothing");
+  JXStatus status = 0;
+  EXPECT_EQ(jxweminfo(instance, nullptr, path.data(), 1, &status), nullptr);
+  EXPECT_EQ(status, JXWEM_E_FAILED);
+  EXPECT_EQ(jxweminfo(instance, pool, nullptr, 1, &status), nullptr);
+  EXPECT_EQ(status, JXWEM_E_FAILED);
+  EXPECT_EQ(jxweminfo(nullptr, pool, path.data(), 1, &status), nullptr);
+  EXPECT_EQ(status, JXWEM_E_NOHANDLE);
+  EXPECT_EQ(jxwemfsinfo(instance, nullptr, 1, &status), nullptr);
+  EXPECT_EQ(status, JXWEM_E_FAILED);
+  EXPECT_EQ(jxwemfsinfo(nullptr, path.data(), 1, &status), nullptr);
+  EXPECT_EQ(status, JXWEM_E_NOHANDLE);
+  jxextent(nullptr);
+  make_file("file");
+  EXPECT_EQ(info_status(at("file")), JXWEM_E_NOHANDLE);
+  jxextent(host.host());
+}
+
+TEST_F(Information, FileSystem) {
+  struct statvfs64 expected;
+  ASSERT_EQ(statvfs64(dir.path().c_str(), &expected), 0);
+  struct Row {
+    uint32_t fragment_bytes, block_bytes;
+    uint64_t blocks, space;
+  };
+  constexpr Row kRows[] = {{4096, 512, 3, 12288},
+                           {0, 512, 3, 1536},
+                           {4096, 1, uint64_t{1} << 31, uint64_t{1} << 43},
+                           {0x80000000u, 1, 0xFFFFFFFFu, uint64_t{0x80000000u} * 0xFFFFFFFFu}};
+  const JXString path = jx(dir.path());
+  for (const Row &row : kRows) {
+    report_space(row.fragment_bytes, row.block_bytes, row.blocks);
+    JXStatus status = 0;
+    JXTable *table = instance->file_system_info(instance, path.data(), chars(path), &status);
+    disarm_path_calls();
+    ASSERT_TRUE(table);
+    const auto values = FaultHost::values(table);
+    ASSERT_EQ(values.size(), 2u);
+    auto *space = static_cast<JXInfoItem *>(FaultHost::find(table, "FREESPACE"));
+    auto *id = static_cast<JXInfoItem *>(FaultHost::find(table, "FILESYSID"));
+    EXPECT_EQ(values, (std::vector<void *>{space, id}));
+    EXPECT_EQ(space->type, 4u);
+    EXPECT_EQ(space->format, 0u);
+    EXPECT_EQ(space->value.bytes, row.space);
+    EXPECT_EQ(id->type, 6u);
+    EXPECT_EQ(id->value.bytes, static_cast<uint32_t>(expected.f_fsid));
+    EXPECT_EQ(id->pool, instance->pool);
+    table->destroy_table(table);
+  }
+  const JXString missing = at("nothing/below");
+  JXStatus status = 0;
+  EXPECT_EQ(instance->file_system_info(instance, missing.data(), chars(missing), &status), nullptr);
+  EXPECT_EQ(status, JXWEM_E_NOTFOUND);
+}
+
+}  // namespace
+}  // namespace jx::test

@@ -2,6 +2,7 @@
 #include "cli/arguments.hpp"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <iostream>
 #include <system_error>
@@ -12,6 +13,8 @@
 
 namespace cli {
 namespace {
+
+constexpr size_t kHelpColumns = 80;
 
 // The long name of an option: "--recursive" of "-r,--recursive".
 std::string key_of(const Option &option) {
@@ -30,26 +33,41 @@ void add_option(CLI::App &app, const Option &option) {
 
 void add_operand(CLI::App &app, const Operand &operand) {
   const std::string help = operand.help;
-  auto *added = app.add_option(operand.name, help)->type_name("");
-  const int maximum = operand.maximum == kAnyNumber ? CLI::detail::expected_max_vector_size
-                                                    : static_cast<int>(operand.maximum);
-  added->expected(static_cast<int>(operand.minimum), maximum);
+  CLI::Option *added = app.add_option(operand.name, help)->type_name("");
   if (operand.minimum > 0) added->required();
+  if (operand.maximum != kAnyNumber) return;
+  added->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args();
+}
+
+// Breaks text into lines of at most kHelpColumns.
+std::string wrap(std::string_view text) {
+  std::string wrapped;
+  size_t column = 0;
+  while (!text.empty()) {
+    const size_t length = std::min(text.find(' '), text.size());
+    const bool is_first = column == 0;
+    if (!is_first && column + 1 + length > kHelpColumns) {
+      wrapped += '\n';
+      column = 0;
+    } else if (!is_first) {
+      wrapped += ' ';
+      ++column;
+    }
+    wrapped += text.substr(0, length);
+    column += length;
+    text.remove_prefix(std::min(length + 1, text.size()));
+  }
+  return wrapped;
 }
 
 void add_command(CLI::App &app, const Command &command) {
   CLI::App *added = app.add_subcommand(command.name, command.summary);
-  added->description(command.description);
+  added->description(wrap(command.description));
   added->footer(std::string("Example:\n  ") + command.example);
   if (command.is_hidden) added->group("");
   for (const Option &option : command.options) add_option(*added, option);
   for (const Option &option : common_options()) add_option(*added, option);
   if (command.takes_anything) {
-    std::string usage = std::string("Usage: jxfile ") + command.name + " [OPTIONS]";
-    for (const Operand &operand : command.operands) {
-      usage += std::string(" ") + operand.name + (operand.maximum == kAnyNumber ? "..." : "");
-    }
-    added->usage(usage);
     added->prefix_command();
     return;
   }
@@ -79,17 +97,33 @@ std::vector<std::string> collect_operands(const CLI::App &app, const Command &co
   return operands;
 }
 
-// The list of commands with their summaries; the descriptions are for each command's own help.
-class CommandList : public CLI::Formatter {
+const Command *find_command(std::string_view name) {
+  const auto all = commands();
+  const auto found = std::find_if(all.begin(), all.end(),
+                                  [name](const Command &command) { return name == command.name; });
+  return found == all.end() ? nullptr : &*found;
+}
+
+// Help from the table: the list of commands with their summaries instead of the descriptions, which
+// are for each command's own help, and the operands of commands that parse none.
+class TableFormatter : public CLI::Formatter {
  public:
   std::string make_subcommand(const CLI::App *app) const override {
-    for (const Command &command : commands()) {
-      if (app->get_name() != command.name) continue;
-      std::stringstream line;
-      CLI::detail::format_help(line, app->get_name(), command.summary, get_column_width());
-      return line.str();
+    const Command *command = find_command(app->get_name());
+    if (!command) return {};
+    std::stringstream line;
+    CLI::detail::format_help(line, command->name, command->summary, get_column_width());
+    return line.str();
+  }
+
+  std::string make_usage(const CLI::App *app, std::string name) const override {
+    const Command *command = find_command(app->get_name());
+    if (!command || !command->takes_anything) return CLI::Formatter::make_usage(app, name);
+    std::string usage = "Usage: " + name + " [OPTIONS]";
+    for (const Operand &operand : command->operands) {
+      usage += std::string(" ") + operand.name + (operand.maximum == kAnyNumber ? "..." : "");
     }
-    return {};
+    return usage + "\n";
   }
 };
 
@@ -105,13 +139,22 @@ uint64_t suffix_factor(std::string_view suffix) {
 
 Invocation parse_command_line(int argc, char **argv) {
   CLI::App app("Files and directories through the file-access module.", "jxfile");
-  app.formatter(std::make_shared<CommandList>());
+  const auto formatter = std::make_shared<TableFormatter>();
+  formatter->label("SUBCOMMAND", "COMMAND");
+  formatter->label("Subcommands", "Commands");
+  formatter->label("Positionals", "Operands");
+  formatter->label("REQUIRED", "");
+  app.formatter(formatter);
   app.require_subcommand(1);
   app.footer(
       "jxfile COMMAND --help explains a command with an example.\n"
       "Exit codes: 0 done, 1 an operation failed, 2 the command line is wrong.");
   for (const Option &option : common_options()) add_option(app, option);
   for (const Command &command : commands()) add_command(app, command);
+  if (argc < 2) throw UsageError("a command is required");
+  if (argv[1][0] != '-' && !find_command(argv[1])) {
+    throw UsageError(std::string("'") + argv[1] + "' is not a command");
+  }
   Invocation invocation;
   try {
     app.parse(argc, argv);
@@ -123,14 +166,12 @@ Invocation parse_command_line(int argc, char **argv) {
     throw UsageError(error.what());
   }
   const CLI::App &chosen = *app.get_subcommands().front();
-  for (const Command &command : commands()) {
-    if (chosen.get_name() != command.name) continue;
-    invocation.command = &command;
-    collect_options(app, common_options(), invocation.arguments);
-    collect_options(chosen, command.options, invocation.arguments);
-    collect_options(chosen, common_options(), invocation.arguments);
-    invocation.arguments.set_operands(collect_operands(chosen, command));
-  }
+  const Command *command = find_command(chosen.get_name());
+  invocation.command = command;
+  collect_options(app, common_options(), invocation.arguments);
+  collect_options(chosen, command->options, invocation.arguments);
+  collect_options(chosen, common_options(), invocation.arguments);
+  invocation.arguments.set_operands(collect_operands(chosen, *command));
   return invocation;
 }
 

@@ -83,7 +83,7 @@ void convert_stream(Session &session, const Conversion &conversion, Input &input
 }
 
 // Line by line: every line ends in one line feed afterwards.
-void convert_text(Session &session, const Conversion &conversion, Input &input, Target &target) {
+void convert_text(const Conversion &conversion, Input &input, Target &target) {
   const uint32_t from = input.encoding(conversion.from);
   const bool has_mark = input.has_byte_order_mark(from);
   wem::File source = input.open(wem::OpenOptions::input()
@@ -129,7 +129,7 @@ int run_convert(Session &session, const Arguments &arguments) {
                 conversion.is_append ? Target::Mode::kAppend : Target::Mode::kReplace);
   target.refuse_same(input.file_status());
   if (is_text) {
-    convert_text(session, conversion, input, target);
+    convert_text(conversion, input, target);
   } else {
     convert_stream(session, conversion, input, target);
   }

@@ -47,7 +47,8 @@ wem::Status StreamWriter::write(std::string_view chunk, const std::string &sourc
   }
   const Fault &fault = *finder_->fault();
   if (fault.record_offset > offset_) {
-    require(write_bytes(*file_, chunk.substr(0, fault.record_offset - offset_)), target_.shown());
+    const auto good_bytes = static_cast<size_t>(fault.record_offset - offset_);
+    require(write_bytes(*file_, chunk.substr(0, good_bytes)), target_.shown());
   }
   throw to_failure(source, fault);
 }

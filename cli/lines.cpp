@@ -112,6 +112,7 @@ void print_file(Session &session, const Arguments &arguments, const std::string 
   const wem::Status status = print_records(file, line_ends ? &*line_ends : nullptr, printer);
   require(file.close(), input.shown());
   if (status != JXWEM_E_EOF) {
+    printer.finish(true);
     if (const auto fault = input.find_fault(encoding, JX_ENCODING_UTF32LE)) {
       throw to_failure(input.shown(), *fault);
     }

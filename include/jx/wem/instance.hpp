@@ -183,7 +183,7 @@ class Instance {
   }
   template <typename Value>
   static Result<Table<Value>> to_table(JXTable *table, JXStatus status) {
-    if (!table) return Status(status);
+    if (!table) return Status(status == JX_OK ? JXWEM_E_FAILED : status);
     return Table<Value>(table);
   }
   // Whether an open adds to text that is there already. A literal name cannot be asked for its

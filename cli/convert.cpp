@@ -75,7 +75,8 @@ void convert_stream(Session &session, const Conversion &conversion, Input &input
     if (reader.is_at_end()) break;
     progress.show(done);
   }
-  writer.finish(input.shown());
+  const wem::Status status = writer.finish(input.shown());
+  if (!status.ok()) fail(status);
   if (is_checked) return;
   if (const auto fault = input.find_cut_end(from, conversion.to)) {
     throw to_failure(input.shown(), *fault);

@@ -36,8 +36,8 @@ class ByteReader {
 // a chunk cuts off, so chunks may end anywhere.
 class StreamWriter {
  public:
-  // check_offset: check the bytes, of which the first has this offset in its source, before they
-  // are written; what comes before a line with a fault is then written, and nothing after.
+  // check_offset: check the bytes, of which the first has this offset in its source, line by line
+  // before they are written; what comes before a line with a fault is then written, nothing after.
   StreamWriter(Session &session, Target &target, uint32_t from, uint32_t to,
                std::optional<uint64_t> check_offset);
 
@@ -47,16 +47,20 @@ class StreamWriter {
   // Writes a chunk. The status of the module; a Failure under source's name for a fault that the
   // check found.
   wem::Status write(std::string_view chunk, const std::string &source);
-  // Checks that the last character was whole.
-  void finish(const std::string &source);
+  // Takes note of the end: what was still held back is checked and written.
+  wem::Status finish(const std::string &source);
 
  private:
+  wem::Status write_held(size_t count);
+
   Target &target_;
   uint32_t from_;
   uint32_t to_;
   wem::File *file_ = nullptr;
   std::optional<FaultFinder> finder_;
-  uint64_t offset_;  // of the next chunk
+  std::string held_;      // lines not checked to their end
+  uint64_t held_offset_;  // in the source
+  uint32_t chunk_bytes_ = 0;
 };
 
 }  // namespace cli

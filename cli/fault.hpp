@@ -32,6 +32,8 @@ class FaultFinder {
   // Takes note of the end. False when there is a fault.
   bool finish();
   const std::optional<Fault> &fault() const { return fault_; }
+  // How many of the bytes taken are those of a line whose end has not come: not checked yet.
+  size_t unchecked_bytes() const { return pending_.size(); }
 
  private:
   bool check_lines(std::string_view lines);

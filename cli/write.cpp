@@ -31,8 +31,7 @@ void move_to_start(wem::File &file, const Writing &writing, const std::string &s
   if (writing.at) require(file.point(*writing.at), shown);
 }
 
-// Calls write with each chunk of standard input; with an empty one when there is nothing at all,
-// which places a byte-order mark.
+// Calls write with each chunk of standard input.
 template <typename Write>
 void for_each_chunk(size_t chunk_bytes, Write write) {
   std::string chunk;
@@ -57,7 +56,7 @@ void write_stream(Session &session, const Writing &writing, Target &target) {
   for_each_chunk(kChunkBytes, [&](std::string_view chunk) {
     require(writer.write(chunk, kSource), target.shown());
   });
-  writer.finish(kSource);
+  require(writer.finish(kSource), target.shown());
 }
 
 // Splits standard input into lines and writes each as a record.

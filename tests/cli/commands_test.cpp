@@ -28,7 +28,7 @@ class Commands : public ProgramTest {
     ProgramTest::SetUp();
     put("text", "one\ntwo\n");
     put("crlf", "a\r\nb");
-    put("dots", "\xff\x00zz");
+    put("dots", {"\xff\x00zz", 4});
     std::filesystem::create_directories(at("dir/sub"));
     put("dir/.hidden", "");
     put("dir/plain", "12345");
@@ -101,7 +101,7 @@ TEST_F(Commands, BytesAndWriting) {
       {{"truncate", "new", "3"}, 0, "", ""},
       {{"bytes", "--raw", "new"}, 0, "u\nq", ""},
       {{"truncate", "missing", "3"}, 1, "", "missing: file or directory not found"},
-      {{"truncate", "new", "-3"}, 2, "", ""},
+      {{"truncate", "new", "-3"}, 2, "", "LENGTH: '-3' is not a number"},
       {{"write", "--append", "--at", "1", "new"}, 2, "", "--append"},
       {{"write", "--record-length", "2", "new"}, 1, "", "record 2", "ab\nabc\n"},
   });

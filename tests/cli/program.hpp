@@ -3,15 +3,16 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -72,7 +73,6 @@ class ProgramTest : public testing::Test {
   Outcome run(const std::vector<std::string> &arguments, std::string_view input = {},
               bool as_nobody = false, const char *stdout_path = nullptr) const {
     const std::string io = folder_ + ".io";
-    write_all(io + "_in", input);
     std::array<int, 2> feed;
     EXPECT_EQ(::pipe2(feed.data(), O_CLOEXEC), 0);
     const pid_t child = ::fork();
@@ -89,7 +89,7 @@ class ProgramTest : public testing::Test {
     ::waitpid(child, &status, 0);
     const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     Outcome outcome{code, read_all(io + "_out"), read_all(io + "_err")};
-    for (const char *end : {"_in", "_out", "_err"}) ::unlink((io + end).c_str());
+    for (const char *end : {"_out", "_err"}) ::unlink((io + end).c_str());
     return outcome;
   }
 

@@ -40,16 +40,15 @@ TEST_F(Text, ThereAndBackGivesTheSameBytes) {
       lines + "\xe6\xbc\xa2",
   };
   for (size_t i = 0; i < texts.size(); ++i) {
+    const std::string chunk = texts[i].size() > 1000 ? "4096" : "7";
     for (const char *encoding : {"utf-16le", "utf-16be", "utf-32le", "utf-32be", "utf-8"}) {
-      for (const char *chunk : {"7", "4096"}) {
-        put("in", texts[i]);
-        const Outcome there = jxfile({"convert", "in", "there", "--from", "utf-8", "--to", encoding,
-                                      "--record-length", chunk});
-        const Outcome back = jxfile({"convert", "there", "back", "--from", encoding, "--to",
-                                     "utf-8", "--record-length", chunk});
-        EXPECT_EQ(there.code + back.code, 0) << there.err << back.err;
-        EXPECT_EQ(get("back"), texts[i]) << "text " << i << " through " << encoding;
-      }
+      put("in", texts[i]);
+      const Outcome there = jxfile({"convert", "in", "there", "--from", "utf-8", "--to", encoding,
+                                    "--record-length", chunk});
+      const Outcome back = jxfile({"convert", "there", "back", "--from", encoding, "--to", "utf-8",
+                                   "--record-length", chunk});
+      EXPECT_EQ(there.code + back.code, 0) << there.err << back.err;
+      EXPECT_EQ(get("back"), texts[i]) << "text " << i << " through " << encoding;
     }
   }
 }

@@ -121,9 +121,9 @@ class Instance {
   // The information table of a file, and what it says.
   Result<Table<JXInfoItem>> info_table(std::u32string_view path) const {
     JXStatus status = JX_OK;
-    return to_table<JXInfoItem>(
-        instance_->info(instance_, instance_->pool, as_chars(path), char_count(path), &status),
-        status);
+    JXTable *table =
+        instance_->info(instance_, instance_->pool, as_chars(path), char_count(path), &status);
+    return to_table<JXInfoItem>(table, status);
   }
   Result<FileInfo> info(std::u32string_view path) const {
     const auto table = info_table(path);
@@ -132,8 +132,9 @@ class Instance {
   // The same for the file system that holds the path.
   Result<Table<JXInfoItem>> file_system_info_table(std::u32string_view path) const {
     JXStatus status = JX_OK;
-    return to_table<JXInfoItem>(
-        instance_->file_system_info(instance_, as_chars(path), char_count(path), &status), status);
+    JXTable *table =
+        instance_->file_system_info(instance_, as_chars(path), char_count(path), &status);
+    return to_table<JXInfoItem>(table, status);
   }
   Result<FileSystemInfo> file_system_info(std::u32string_view path) const {
     const auto table = file_system_info_table(path);
@@ -183,7 +184,7 @@ class Instance {
   }
   template <typename Value>
   static Result<Table<Value>> to_table(JXTable *table, JXStatus status) {
-    if (!table) return Status(status);
+    if (!table) return Status(status == JX_OK ? JXWEM_E_FAILED : status);
     return Table<Value>(table);
   }
   // Whether an open adds to text that is there already. A literal name cannot be asked for its

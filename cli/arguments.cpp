@@ -1,0 +1,212 @@
+// The parser: the table of commands handed to CLI11. The only file that knows CLI11.
+#include "cli/arguments.hpp"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <iostream>
+#include <system_error>
+
+#include "cli/commands.hpp"
+#include "cli/failure.hpp"
+#include "jx/jxhost.h"
+
+namespace cli {
+namespace {
+
+constexpr size_t kHelpColumns = 80;
+
+// The long name of an option: "--recursive" of "-r,--recursive".
+std::string key_of(const Option &option) {
+  const std::string names = option.name;
+  return names.substr(names.rfind(',') + 1);
+}
+
+void add_option(CLI::App &app, const Option &option) {
+  const std::string help = option.help;
+  if (option.value) {
+    app.add_option(option.name, help)->type_name(option.value);
+  } else {
+    app.add_flag(option.name, help);
+  }
+}
+
+void add_operand(CLI::App &app, const Operand &operand) {
+  const std::string help = operand.help;
+  CLI::Option *added = app.add_option(operand.name, help)->type_name("");
+  if (operand.minimum > 0) added->required();
+  if (operand.maximum != kAnyNumber) return;
+  added->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args();
+}
+
+// Breaks text into lines of at most kHelpColumns.
+std::string wrap(std::string_view text) {
+  std::string wrapped;
+  size_t column = 0;
+  while (!text.empty()) {
+    const size_t length = std::min(text.find(' '), text.size());
+    const bool is_first = column == 0;
+    if (!is_first && column + 1 + length > kHelpColumns) {
+      wrapped += '\n';
+      column = 0;
+    } else if (!is_first) {
+      wrapped += ' ';
+      ++column;
+    }
+    wrapped += text.substr(0, length);
+    column += length;
+    text.remove_prefix(std::min(length + 1, text.size()));
+  }
+  return wrapped;
+}
+
+void add_command(CLI::App &app, const Command &command) {
+  CLI::App *added = app.add_subcommand(command.name, command.summary);
+  added->description(wrap(command.description));
+  added->footer(std::string("Example:\n  ") + command.example);
+  if (command.is_hidden) added->group("");
+  for (const Option &option : command.options) add_option(*added, option);
+  for (const Option &option : common_options()) add_option(*added, option);
+  if (command.takes_anything) {
+    added->prefix_command();
+    return;
+  }
+  for (const Operand &operand : command.operands) add_operand(*added, operand);
+}
+
+void collect_options(const CLI::App &app, std::span<const Option> options, Arguments &arguments) {
+  for (const Option &option : options) {
+    const std::string key = key_of(option);
+    const CLI::Option *given = app.get_option(key);
+    if (given->count() == 0) continue;
+    arguments.set_option(key, option.value ? given->results().back() : std::string());
+  }
+}
+
+std::vector<std::string> collect_operands(const CLI::App &app, const Command &command) {
+  if (command.takes_anything) {
+    std::vector<std::string> all = app.remaining();
+    if (all.empty()) throw UsageError(std::string(command.operands[0].name) + " is required");
+    return all;
+  }
+  std::vector<std::string> operands;
+  for (const Operand &operand : command.operands) {
+    const auto given = app.get_option(operand.name)->results();
+    operands.insert(operands.end(), given.begin(), given.end());
+  }
+  return operands;
+}
+
+const Command *find_command(std::string_view name) {
+  const auto all = commands();
+  const auto found = std::find_if(all.begin(), all.end(),
+                                  [name](const Command &command) { return name == command.name; });
+  return found == all.end() ? nullptr : &*found;
+}
+
+// Help from the table: the list of commands with their summaries instead of the descriptions, which
+// are for each command's own help, and the operands of commands that parse none.
+class TableFormatter : public CLI::Formatter {
+ public:
+  std::string make_subcommand(const CLI::App *app) const override {
+    const Command *command = find_command(app->get_name());
+    if (!command) return {};
+    std::stringstream line;
+    CLI::detail::format_help(line, command->name, command->summary, get_column_width());
+    return line.str();
+  }
+
+  std::string make_usage(const CLI::App *app, std::string name) const override {
+    const Command *command = find_command(app->get_name());
+    if (!command || !command->takes_anything) return CLI::Formatter::make_usage(app, name);
+    std::string usage = "Usage: " + name + " [OPTIONS]";
+    for (const Operand &operand : command->operands) {
+      usage += std::string(" ") + operand.name + (operand.maximum == kAnyNumber ? "..." : "");
+    }
+    return usage + "\n";
+  }
+};
+
+uint64_t suffix_factor(std::string_view suffix) {
+  if (suffix.empty()) return 1;
+  if (suffix == "k" || suffix == "K") return 1024;
+  if (suffix == "M") return 1024 * 1024;
+  if (suffix == "G") return 1024 * 1024 * 1024;
+  return 0;
+}
+
+}  // namespace
+
+Invocation parse_command_line(int argc, char **argv) {
+  CLI::App app("Files and directories through the file-access module.", "jxfile");
+  const auto formatter = std::make_shared<TableFormatter>();
+  formatter->label("SUBCOMMAND", "COMMAND");
+  formatter->label("Subcommands", "Commands");
+  formatter->label("Positionals", "Operands");
+  formatter->label("REQUIRED", "");
+  app.formatter(formatter);
+  app.require_subcommand(1);
+  app.footer(
+      "jxfile COMMAND --help explains a command with an example.\n"
+      "Exit codes: 0 done, 1 an operation failed, 2 the command line is wrong.");
+  for (const Option &option : common_options()) add_option(app, option);
+  for (const Command &command : commands()) add_command(app, command);
+  if (argc < 2) throw UsageError("a command is required");
+  if (argv[1][0] != '-' && !find_command(argv[1])) {
+    throw UsageError(std::string("'") + argv[1] + "' is not a command");
+  }
+  Invocation invocation;
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp &) {
+    std::cout << app.help() << std::flush;
+    if (!std::cout) throw Failure("standard output", JXWEM_E_SYSTEM);
+    return invocation;
+  } catch (const CLI::ParseError &error) {
+    throw UsageError(error.what());
+  }
+  const CLI::App &chosen = *app.get_subcommands().front();
+  const Command *command = find_command(chosen.get_name());
+  invocation.command = command;
+  collect_options(app, common_options(), invocation.arguments);
+  collect_options(chosen, command->options, invocation.arguments);
+  collect_options(chosen, common_options(), invocation.arguments);
+  invocation.arguments.set_operands(collect_operands(chosen, *command));
+  return invocation;
+}
+
+uint64_t parse_number(const std::string &what, const std::string &text, uint64_t minimum,
+                      uint64_t maximum) {
+  const bool is_hex = text.starts_with("0x") || text.starts_with("0X");
+  const char *begin = text.data() + (is_hex ? 2 : 0);
+  const char *end = text.data() + text.size();
+  uint64_t value = 0;
+  const auto [stop, error] = std::from_chars(begin, end, value, is_hex ? 16 : 10);
+  const uint64_t factor = suffix_factor({stop, static_cast<size_t>(end - stop)});
+  const bool fits = error == std::errc() && factor != 0 && value <= UINT64_MAX / factor;
+  if (!fits || value * factor < minimum || value * factor > maximum) {
+    throw UsageError(what + ": '" + text + "' is not a number from " + std::to_string(minimum) +
+                     " to " + std::to_string(maximum));
+  }
+  return value * factor;
+}
+
+std::string Arguments::text(const std::string &option, const std::string &fallback) const {
+  const auto found = options_.find(option);
+  return found == options_.end() ? fallback : found->second;
+}
+
+uint64_t Arguments::number(const std::string &option, uint64_t fallback, uint64_t minimum,
+                           uint64_t maximum) const {
+  return has(option) ? parse_number(option, text(option), minimum, maximum) : fallback;
+}
+
+uint32_t Arguments::encoding(const std::string &option) const {
+  if (!has(option)) return 0;
+  const std::string name = text(option);
+  const uint32_t number = jxhost_encoding_by_name(name.c_str());
+  if (number == 0) throw UsageError(option + ": the encoding '" + name + "' is not known");
+  return number;
+}
+
+}  // namespace cli

@@ -1,0 +1,59 @@
+// The command line after parsing.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cli {
+
+struct Command;
+
+// The options and operands of one command.
+class Arguments {
+ public:
+  // Whether an option or a flag was given; names are as in the table, "--from".
+  bool has(const std::string &option) const { return options_.count(option) != 0; }
+  // The value of an option, or fallback when it was not given.
+  std::string text(const std::string &option, const std::string &fallback = {}) const;
+  // The same as a number from minimum to maximum, with an optional suffix k, M or G (powers of
+  // 1024); a UsageError otherwise.
+  uint64_t number(const std::string &option, uint64_t fallback, uint64_t minimum,
+                  uint64_t maximum) const;
+  // The number of an encoding given by name or number, 0 when the option was not given; a
+  // UsageError for one that is not known.
+  uint32_t encoding(const std::string &option) const;
+
+  // What is not an option, in order. The table says how many there are at least and at most.
+  const std::vector<std::string> &operands() const { return operands_; }
+  // An operand, or empty when there are fewer.
+  std::string operand(size_t index) const {
+    return index < operands_.size() ? operands_[index] : std::string();
+  }
+
+  void set_option(const std::string &name, const std::string &value) { options_[name] = value; }
+  void set_operands(std::vector<std::string> operands) { operands_ = std::move(operands); }
+
+ private:
+  std::map<std::string, std::string> options_;
+  std::vector<std::string> operands_;
+};
+
+// A command to run with its arguments.
+struct Invocation {
+  const Command *command = nullptr;  // null: help was asked for and printed
+  Arguments arguments;
+};
+
+// Parses the command line by the table of commands. Prints help to standard output when asked for
+// it; a UsageError for anything that is wrong.
+Invocation parse_command_line(int argc, char **argv);
+
+// A number in full, decimal or hexadecimal after "0x", with an optional suffix k, M or G; a
+// UsageError that names what for anything else.
+uint64_t parse_number(const std::string &what, const std::string &text, uint64_t minimum,
+                      uint64_t maximum);
+
+}  // namespace cli

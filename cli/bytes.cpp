@@ -1,0 +1,97 @@
+// The commands "bytes" and "truncate": files as bytes.
+#include <algorithm>
+#include <cstdio>
+#include <limits>
+
+#include "cli/commands.hpp"
+#include "cli/input.hpp"
+
+namespace cli {
+namespace {
+
+constexpr uint64_t kLongestRecord = 1 << 26;
+constexpr uint64_t kFurthest = std::numeric_limits<int64_t>::max();
+constexpr size_t kBytesPerRow = 16;
+
+std::string dump_row(uint64_t offset, std::string_view bytes) {
+  char head[24];
+  std::snprintf(head, sizeof head, "%08llx ", static_cast<unsigned long long>(offset));
+  std::string row = head;
+  for (size_t i = 0; i < kBytesPerRow; ++i) {
+    if (i == kBytesPerRow / 2) row += ' ';
+    row += i < bytes.size() ? " " + to_hex(bytes.substr(i, 1), "") : "   ";
+  }
+  row += "  |";
+  for (const char byte : bytes) row += byte >= ' ' && byte <= '~' ? byte : '.';
+  return row + "|\n";
+}
+
+class BytePrinter {
+ public:
+  BytePrinter(Session &session, const Arguments &arguments)
+      : output_(session.output()),
+        is_raw_(arguments.has("--raw")),
+        is_json_(arguments.has("--json")) {}
+
+  void print(uint64_t offset, std::string_view record) {
+    if (is_raw_) {
+      output_ << record;
+    } else if (is_json_) {
+      Row row;
+      row.add("offset", offset).add("length", uint64_t{record.size()});
+      output_ << row.add("hex", to_hex(record, ""));
+    } else {
+      dump(offset, record);
+    }
+  }
+
+ private:
+  void dump(uint64_t offset, std::string_view record) {
+    for (size_t at = 0; at < record.size(); at += kBytesPerRow) {
+      output_ << dump_row(offset + at, record.substr(at, kBytesPerRow));
+    }
+  }
+
+  Output &output_;
+  bool is_raw_;
+  bool is_json_;
+};
+
+}  // namespace
+
+int run_bytes(Session &session, const Arguments &arguments) {
+  if (arguments.has("--raw") && arguments.has("--json")) {
+    throw UsageError("--raw and --json cannot be given together");
+  }
+  const auto length = static_cast<uint32_t>(
+      arguments.number("--record-length", JX_RECORD_BLOCK_BYTES, 1, kLongestRecord));
+  uint64_t offset = arguments.number("--offset", 0, 0, kFurthest);
+  uint64_t left = arguments.number("--count", kFurthest, 0, kFurthest);
+  Input input(session, arguments.operand(0), Input::Pipe::kDirect);
+  wem::File file = input.open(wem::OpenOptions::input().binary(length).direct());
+  if (offset > 0) require(file.point(static_cast<int64_t>(offset)), input.shown());
+  BytePrinter printer(session, arguments);
+  while (left > 0) {
+    const auto record = file.read(static_cast<uint32_t>(std::min<uint64_t>(length, left)));
+    if (record.status() == JXWEM_E_EOF) break;
+    if (!record) throw Failure(input.shown(), record.status());
+    const size_t bytes = record->bytes.size();
+    printer.print(offset, {reinterpret_cast<const char *>(record->bytes.data()), bytes});
+    offset += bytes;
+    left -= bytes;
+  }
+  return 0;
+}
+
+int run_truncate(Session &session, const Arguments &arguments) {
+  const std::string &name = arguments.operand(0);
+  const uint64_t length = parse_number("LENGTH", arguments.operand(1), 0, kFurthest);
+  // An update would make a missing file.
+  require(session.instance().exist(widen(name)), name);
+  wem::File file = session.open(name, wem::OpenOptions::update().binary(1));
+  require(file.truncate(static_cast<int64_t>(length)), name);
+  require(file.close(), name);
+  return 0;
+}
+
+}  // namespace cli

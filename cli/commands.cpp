@@ -1,0 +1,229 @@
+// The table of commands.
+#include "cli/commands.hpp"
+
+#include <array>
+
+namespace cli {
+namespace {
+
+constexpr Option kJson = {"--json", nullptr, "one JSON object a line instead of text"};
+constexpr Option kFrom = {"--from", "ENC",
+                          "encoding of the input (default: its byte-order mark, else utf-8)"};
+constexpr Option kTo = {"--to", "ENC", "encoding of the output (default: utf-8)"};
+constexpr Option kAppend = {"--append", nullptr, "add to the end of the file, in place"};
+constexpr Option kBom = {"--bom", nullptr, "begin the output with a byte-order mark"};
+constexpr Option kRecordLength = {"--record-length", "N",
+                                  "longest record in characters or bytes (default: 65536)"};
+
+constexpr auto kCommonOptions = std::to_array<Option>({
+    {"--module", "FILE", "load this module"},
+});
+
+constexpr auto kLinesOperands =
+    std::to_array<Operand>({{"FILE", 1, kAnyNumber, "text files; - is standard input"}});
+constexpr auto kLinesOptions = std::to_array<Option>({
+    kFrom,
+    kRecordLength,
+    {"--direct", nullptr, "read without the record buffer, one transfer a record"},
+    {"-n,--number", nullptr, "number the lines"},
+    {"--mark", nullptr, "show each record's length and line end; longer lines come in parts"},
+    kJson,
+});
+
+constexpr auto kConvertOperands = std::to_array<Operand>(
+    {{"IN", 1, 1, "file to read; - is standard input"}, {"OUT", 1, 1, "file to write"}});
+constexpr auto kConvertOptions = std::to_array<Option>({
+    kFrom,
+    kTo,
+    kBom,
+    {"--no-bom", nullptr, "write no byte-order mark (default: as the input has it)"},
+    kAppend,
+    kRecordLength,
+    {"--records", "KIND",
+     "stream: everything as it is (default); text: every line ends in a line feed"},
+});
+
+constexpr auto kWriteOperands = std::to_array<Operand>({{"FILE", 1, 1, "file to write"}});
+constexpr auto kWriteOptions = std::to_array<Option>({
+    {"--records", "KIND", "text: lines (default), binary: bytes, stream: text without line ends"},
+    kTo,
+    kBom,
+    kAppend,
+    {"--update", nullptr, "overwrite from the start, in place"},
+    {"--at", "OFFSET", "overwrite from this byte on, in place"},
+    kRecordLength,
+});
+
+constexpr auto kBytesOperands = std::to_array<Operand>({{"FILE", 1, 1, "file to read"}});
+constexpr auto kBytesOptions = std::to_array<Option>({
+    {"--raw", nullptr, "the bytes themselves"},
+    {"--record-length", "N", "bytes a record (default: 8192)"},
+    {"--offset", "N", "start at this byte"},
+    {"--count", "N", "stop after that many bytes"},
+    kJson,
+});
+
+constexpr auto kTruncateOperands =
+    std::to_array<Operand>({{"FILE", 1, 1, "file to change"}, {"LENGTH", 1, 1, "in bytes"}});
+
+constexpr auto kJsonOnly = std::to_array<Option>({kJson});
+constexpr auto kInfoOperands =
+    std::to_array<Operand>({{"PATH", 1, kAnyNumber, "files and directories"}});
+constexpr auto kFsinfoOperands = std::to_array<Operand>({{"PATH", 1, 1, "any file in it"}});
+
+constexpr auto kLsOperands =
+    std::to_array<Operand>({{"DIR", 0, 1, "directory (default: the current one)"}});
+constexpr auto kLsOptions = std::to_array<Option>({
+    {"-a,--all", nullptr, "names that begin with a dot too"},
+    {"-l,--long", nullptr, "kind, size and modification time"},
+    {"--full", nullptr, "full paths"},
+    {"--parent", nullptr, "the directory that holds DIR"},
+    {"--root", nullptr, "the root directory"},
+    {"--home", nullptr, "the home directory"},
+    kJson,
+});
+
+constexpr auto kPathsOperands = std::to_array<Operand>({{"PATH", 1, kAnyNumber, "what to act on"}});
+constexpr auto kRmOptions =
+    std::to_array<Option>({{"-r,--recursive", nullptr, "directories with everything in them"}});
+constexpr auto kPairOperands =
+    std::to_array<Operand>({{"OLD", 1, 1, "existing path"}, {"NEW", 1, 1, "new path"}});
+
+constexpr auto kNewnameOperands =
+    std::to_array<Operand>({{"DIR", 0, 1, "directory (default: the current one)"}});
+constexpr auto kNewnameOptions = std::to_array<Option>({
+    {"--prefix", "TEXT", "what the name begins with (default: tmp)"},
+    {"--extension", "TEXT", "extension, without its dot"},
+    {"--host", nullptr, "a name with the machine's name in it"},
+    {"--count", "N", "how many names (default: 1)"},
+    kJson,
+});
+
+constexpr auto kSplitOperands = std::to_array<Operand>({{"PATH", 1, 1, "path to take apart"}});
+constexpr auto kBuildOptions = std::to_array<Option>({
+    {"--directory", "DIR", "directory (default: the current one)"},
+    {"--member", "NAME", "name in it"},
+    {"--extension", "TEXT", "extension, without its dot"},
+    kJson,
+});
+constexpr auto kExpandOperands = std::to_array<Operand>({{"PATH", 1, 1, "path to expand"}});
+
+constexpr auto kFormatOperands =
+    std::to_array<Operand>({{"FORMAT", 1, 1, "text with directives that begin with %"},
+                            {"ARG", 0, kAnyNumber, "one for each directive that takes one"}});
+constexpr auto kFormatOptions = std::to_array<Option>(
+    {{"--capacity", "N", "room for N characters only (default: enough)"}, kJson});
+
+constexpr auto kStatusOperands =
+    std::to_array<Operand>({{"CODE", 0, 1, "number or name (default: every status)"}});
+constexpr auto kGenerateOperands = std::to_array<Operand>({{"KIND", 1, 1, "man or completion"}});
+
+constexpr auto kCommands = std::to_array<Command>({
+    {"lines", "print the lines of text files",
+     "Prints text records in UTF-8. A line longer than the record length is printed whole, "
+     "although "
+     "it arrives in parts; a missing last line end stays missing. --mark shows what arrives.",
+     "jxfile lines --from latin1 --number notes.txt", kLinesOperands, kLinesOptions, run_lines},
+    {"convert", "copy a text file into another encoding",
+     "Copies IN to OUT and changes the encoding only: line ends, a missing last line end and a "
+     "byte-order mark stay as they are, so that converting there and back gives the same bytes. "
+     "OUT is replaced when everything is written; a failure leaves it as it was. --append adds to "
+     "it in place.",
+     "jxfile convert --from utf-8 --to utf-16le --bom in.txt out.txt", kConvertOperands,
+     kConvertOptions, run_convert},
+    {"write", "write records from standard input",
+     "Writes standard input, which is UTF-8 unless --records is binary. A new content replaces the "
+     "file when all of it is written; --append, --update and --at change the file in place.",
+     "printf 'one\\ntwo\\n' | jxfile write --to utf-16le --bom out.txt", kWriteOperands,
+     kWriteOptions, run_write},
+    {"bytes", "print the bytes of a file", "Reads binary records and prints them as a hex dump.",
+     "jxfile bytes --offset 16 --count 32 jxwem.so", kBytesOperands, kBytesOptions, run_bytes},
+    {"truncate",
+     "set the length of a file",
+     "Cuts a file off or fills it up with zeros. The file must exist.",
+     "jxfile truncate out.txt 0",
+     kTruncateOperands,
+     {},
+     run_truncate},
+    {"info", "show size, time and kind of files",
+     "Prints the information table of each path, with the modification time as a local date.",
+     "jxfile info README.md docs", kInfoOperands, kJsonOnly, run_info},
+    {"fsinfo", "show the file system that holds a file",
+     "Prints the free space and the identifier of the file system.", "jxfile fsinfo .",
+     kFsinfoOperands, kJsonOnly, run_fsinfo},
+    {"ls", "list a directory",
+     "Prints the names in a directory, sorted by their bytes. Names go out as the bytes they are.",
+     "jxfile ls --long --full docs", kLsOperands, kLsOptions, run_ls},
+    {"exists", "test whether files exist", "Ends with 1 when one of the paths names nothing.",
+     "jxfile exists ~/.profile", kPathsOperands, kJsonOnly, run_exists},
+    {"mkdir",
+     "make directories",
+     "Makes each directory; one that exists already is fine.",
+     "jxfile mkdir work",
+     kPathsOperands,
+     {},
+     run_mkdir},
+    {"rm", "remove files and directories",
+     "Removes files, links and empty directories. Links inside a tree are removed, never followed.",
+     "jxfile rm -r work", kPathsOperands, kRmOptions, run_rm},
+    {"mv",
+     "rename a file or directory",
+     "Renames within one file system; a file NEW is replaced.",
+     "jxfile mv draft.txt final.txt",
+     kPairOperands,
+     {},
+     run_mv},
+    {"cp",
+     "copy a file or a tree",
+     "Copies to a name that does not exist yet.",
+     "jxfile cp docs docs.bak",
+     kPairOperands,
+     {},
+     run_cp},
+    {"newname", "make unique names",
+     "Prints names that no one else was given recently. No file is made.",
+     "jxfile newname --prefix job --extension tmp /tmp", kNewnameOperands, kNewnameOptions,
+     run_newname},
+    {"split", "take a path apart", "Prints directory, member, base name and extension.",
+     "jxfile split /usr/lib/libx.so", kSplitOperands, kJsonOnly, run_split},
+    {"build",
+     "put a path together",
+     "Joins the parts and expands the result.",
+     "jxfile build --directory ~ --member notes --extension txt",
+     {},
+     kBuildOptions,
+     run_build},
+    {"expand", "expand a path",
+     "Replaces $NAME, a leading ~ and leading dots, and makes the path absolute.",
+     "jxfile expand '~/$USER.txt'", kExpandOperands, kJsonOnly, run_expand},
+    {"format", "format text",
+     "Formats the arguments by the directives of FORMAT: d i u o x X c s S p e f g and %, with "
+     "flags, width, precision, h, l, ll, L and argument numbers. Options come before FORMAT.",
+     "jxfile format '%05d|%-8s|%.3e' 42 left 1234.5", kFormatOperands, kFormatOptions, run_format,
+     true},
+    {"status", "explain a status code", "Prints name and meaning of one status, or of every one.",
+     "jxfile status 0x80bfe801", kStatusOperands, kJsonOnly, run_status},
+    {"version",
+     "show the module that is used",
+     "Prints the module's versions, the file it was loaded from and its binary interface.",
+     "jxfile version",
+     {},
+     kJsonOnly,
+     run_version},
+    {"generate",
+     "print the man page or the completion",
+     "For the build of this program.",
+     "jxfile generate man",
+     kGenerateOperands,
+     {},
+     run_generate,
+     false,
+     true},
+});
+
+}  // namespace
+
+std::span<const Command> commands() { return kCommands; }
+std::span<const Option> common_options() { return kCommonOptions; }
+
+}  // namespace cli

@@ -1,0 +1,68 @@
+// The table of commands: the parser, the help, the man page and the completion are made from it.
+#pragma once
+
+#include <span>
+
+#include "cli/arguments.hpp"
+
+namespace cli {
+
+class Session;
+
+inline constexpr unsigned kAnyNumber = 0;  // of operands
+
+struct Option {
+  const char *name;   // "--from", or "-r,--recursive": the long name is the key
+  const char *value;  // what it takes, "ENC"; null for a flag
+  const char *help;   // one line
+};
+
+struct Operand {
+  const char *name;  // "FILE"
+  unsigned minimum;  // how many there must be
+  unsigned maximum;  // how many there may be; kAnyNumber for no limit
+  const char *help;  // one line
+};
+
+struct Command {
+  const char *name;
+  const char *summary;      // one line, for the list of commands
+  const char *description;  // what a reader of the man page wants to know
+  const char *example;      // one command line
+  std::span<const Operand> operands;
+  std::span<const Option> options;
+  int (*run)(Session &session, const Arguments &arguments);  // the exit code
+  // Everything from the first operand on is an operand, whatever it looks like.
+  bool takes_anything = false;
+  bool is_hidden = false;  // not in help, man page and completion
+};
+
+// Every command, in the order of the help.
+std::span<const Command> commands();
+// Options that every command takes.
+std::span<const Option> common_options();
+
+// The commands, by family. Each returns the exit code and throws Failure or UsageError.
+int run_lines(Session &session, const Arguments &arguments);
+int run_convert(Session &session, const Arguments &arguments);
+int run_write(Session &session, const Arguments &arguments);
+int run_bytes(Session &session, const Arguments &arguments);
+int run_truncate(Session &session, const Arguments &arguments);
+int run_info(Session &session, const Arguments &arguments);
+int run_fsinfo(Session &session, const Arguments &arguments);
+int run_ls(Session &session, const Arguments &arguments);
+int run_exists(Session &session, const Arguments &arguments);
+int run_mkdir(Session &session, const Arguments &arguments);
+int run_rm(Session &session, const Arguments &arguments);
+int run_mv(Session &session, const Arguments &arguments);
+int run_cp(Session &session, const Arguments &arguments);
+int run_newname(Session &session, const Arguments &arguments);
+int run_split(Session &session, const Arguments &arguments);
+int run_build(Session &session, const Arguments &arguments);
+int run_expand(Session &session, const Arguments &arguments);
+int run_format(Session &session, const Arguments &arguments);
+int run_status(Session &session, const Arguments &arguments);
+int run_version(Session &session, const Arguments &arguments);
+int run_generate(Session &session, const Arguments &arguments);
+
+}  // namespace cli

@@ -1,0 +1,76 @@
+// Byte streams in, converted text out.
+#include "cli/copying.hpp"
+
+#include <span>
+
+namespace cli {
+namespace {
+
+constexpr size_t kFirstBytes = 4;  // the longest byte-order mark
+constexpr uint32_t kSlackChars = 16;
+
+wem::Status write_bytes(wem::File &file, std::string_view bytes) {
+  return file.write(std::as_bytes(std::span(bytes)));
+}
+
+}  // namespace
+
+std::string_view ByteReader::next() {
+  const size_t wanted = is_first_ ? kFirstBytes : 1;
+  is_first_ = false;
+  size_t used = 0;
+  while (used < wanted && !is_at_end_) {
+    const auto record = file_.read_into(std::span(buffer_).subspan(used));
+    if (record) used += record->bytes.size();
+    is_at_end_ = record.status() == JXWEM_E_EOF;
+    if (!record && !is_at_end_) throw Failure(shown_, record.status());
+  }
+  return {reinterpret_cast<const char *>(buffer_.data()), used};
+}
+
+StreamWriter::StreamWriter(Session &session, Target &target, uint32_t from, uint32_t to,
+                           std::optional<uint64_t> check_offset)
+    : target_(target), from_(from), to_(to), held_offset_(check_offset.value_or(0)) {
+  if (check_offset) finder_.emplace(session, from, to, held_offset_);
+}
+
+wem::File &StreamWriter::open(const wem::OpenOptions &options, uint32_t chunk_bytes) {
+  const uint32_t room = chunk_bytes + kSlackChars;
+  chunk_bytes_ = chunk_bytes;
+  file_ = &target_.open(options.stream(room).direct().encodings(to_, from_));
+  return *file_;
+}
+
+wem::Status StreamWriter::write(std::string_view chunk, const std::string &source) {
+  if (!finder_) return write_bytes(*file_, chunk);
+  held_ += chunk;
+  const bool is_good = finder_->feed(chunk);
+  const size_t checked = is_good
+                             ? held_.size() - finder_->unchecked_bytes()
+                             : static_cast<size_t>(finder_->fault()->record_offset - held_offset_);
+  const wem::Status status = write_held(checked);
+  if (!is_good) throw to_failure(source, *finder_->fault());
+  return status;
+}
+
+wem::Status StreamWriter::write_held(size_t count) {
+  wem::Status status;
+  std::string_view left = std::string_view(held_).substr(0, count);
+  while (status.ok() && !left.empty()) {
+    const std::string_view part = left.substr(0, chunk_bytes_);
+    status = write_bytes(*file_, part);
+    left.remove_prefix(part.size());
+  }
+  held_.erase(0, count);
+  held_offset_ += count;
+  return status;
+}
+
+wem::Status StreamWriter::finish(const std::string &source) {
+  if (finder_ && !finder_->finish()) throw to_failure(source, *finder_->fault());
+  const wem::Status status = write_held(held_.size());
+  // Nothing at all places a byte-order mark.
+  return status.ok() ? write_bytes(*file_, {}) : status;
+}
+
+}  // namespace cli

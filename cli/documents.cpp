@@ -1,0 +1,137 @@
+// The hidden command "generate": man page and completion from the table of commands.
+#include <cctype>
+#include <string>
+
+#include "cli/commands.hpp"
+#include "cli/session.hpp"
+
+namespace cli {
+namespace {
+
+// Text for the man page's formatter: a backslash, a hyphen and a leading dot mean something there.
+std::string to_roff(std::string_view text) {
+  std::string escaped;
+  for (const char c : text) {
+    if (c == '\\') {
+      escaped += "\\e";
+    } else if (c == '-') {
+      escaped += "\\-";
+    } else if (c == '\'') {
+      escaped += "\\(aq";
+    } else if (c == '~') {
+      escaped += "\\(ti";
+    } else {
+      escaped += c;
+    }
+  }
+  return escaped.starts_with('.') ? "\\&" + escaped : escaped;
+}
+
+std::string synopsis(const Command &command) {
+  std::string line = std::string("\\fBjxfile ") + to_roff(command.name) + "\\fR";
+  if (!command.options.empty()) line += " [\\fIOPTIONS\\fR]";
+  for (const Operand &operand : command.operands) {
+    const std::string name = std::string("\\fI") + operand.name + "\\fR";
+    const char *more = operand.maximum == kAnyNumber ? "..." : "";
+    line += operand.minimum == 0 ? " [" + name + more + "]" : " " + name + more;
+  }
+  return line;
+}
+
+void add_item(std::string &page, const std::string &term, const char *text) {
+  page += ".TP\n" + term + "\n" + to_roff(text) + "\n";
+}
+
+void add_options(std::string &page, std::span<const Option> options) {
+  for (const Option &option : options) {
+    std::string names = option.name;
+    const size_t comma = names.find(',');
+    if (comma != names.npos) names.replace(comma, 1, ", ");
+    const std::string value = option.value ? std::string(" \\fI") + option.value + "\\fR" : "";
+    add_item(page, "\\fB" + to_roff(names) + "\\fR" + value, option.help);
+  }
+}
+
+std::string man_page() {
+  std::string page =
+      ".TH JXFILE 1\n.SH NAME\njxfile \\- files and directories through the file\\-access module\n"
+      ".SH SYNOPSIS\n\\fBjxfile\\fR \\fICOMMAND\\fR [\\fIOPTIONS\\fR] [\\fIOPERANDS\\fR]\n"
+      ".SH DESCRIPTION\nEvery command goes through the operation table of the module jxwem, so "
+      "that "
+      "what it does is what any host gets. Results go to standard output, messages to standard "
+      "error. Names are handed on as the bytes they are; in JSON a name that is not UTF\\-8 "
+      "appears "
+      "in base64 under its key with \"_base64\" added.\n.SH COMMANDS\n";
+  for (const Command &command : commands()) {
+    if (command.is_hidden) continue;
+    page += ".SS " + synopsis(command) + "\n" + to_roff(command.description) + "\n";
+    for (const Operand &operand : command.operands) {
+      add_item(page, std::string("\\fI") + operand.name + "\\fR", operand.help);
+    }
+    add_options(page, command.options);
+    page += ".PP\nExample:\n.PP\n.RS\n.nf\n" + to_roff(command.example) + "\n.fi\n.RE\n";
+  }
+  page += ".SH COMMON OPTIONS\n";
+  add_options(page, common_options());
+  page +=
+      ".SH EXIT STATUS\n0 when everything was done, 1 when an operation failed, 2 when the command "
+      "line is wrong.\n"
+      ".SH ENVIRONMENT\n.TP\n\\fBJXWEM_MODULE\\fR\nThe module to load, unless \\fB\\-\\-module\\fR "
+      "names one. Otherwise jxwem.so is looked for beside the program and in the install folder.\n"
+      ".TP\n\\fBNO_COLOR\\fR\nMessages are printed without colour.\n";
+  return page;
+}
+
+// The words of a span of options, long and short: "-r --recursive".
+std::string option_words(std::span<const Option> options) {
+  std::string words;
+  for (const Option &option : options) {
+    std::string names = option.name;
+    const size_t comma = names.find(',');
+    if (comma != names.npos) names[comma] = ' ';
+    words += names + " ";
+  }
+  return words;
+}
+
+std::string completion() {
+  std::string names;
+  std::string cases;
+  for (const Command &command : commands()) {
+    if (command.is_hidden) continue;
+    names += std::string(names.empty() ? "" : " ") + command.name;
+    cases += std::string("    ") + command.name + ") options='" + option_words(command.options) +
+             option_words(common_options()) + "--help' ;;\n";
+  }
+  return "# bash completion for jxfile\n"
+         "_jxfile() {\n"
+         "  local word=${COMP_WORDS[COMP_CWORD]} options=''\n"
+         "  if ((COMP_CWORD == 1)); then\n"
+         "    COMPREPLY=($(compgen -W '" +
+         names +
+         " --help' -- \"$word\"))\n"
+         "    return\n"
+         "  fi\n"
+         "  case ${COMP_WORDS[1]} in\n" +
+         cases +
+         "  esac\n"
+         "  if [[ $word == -* ]]; then\n"
+         "    COMPREPLY=($(compgen -W \"$options\" -- \"$word\"))\n"
+         "  else\n"
+         "    compopt -o filenames 2>/dev/null\n"
+         "    mapfile -t COMPREPLY < <(compgen -f -- \"$word\")\n"
+         "  fi\n"
+         "}\n"
+         "complete -F _jxfile jxfile\n";
+}
+
+}  // namespace
+
+int run_generate(Session &session, const Arguments &arguments) {
+  const std::string kind = arguments.operand(0);
+  if (kind != "man" && kind != "completion") throw UsageError("KIND is man or completion");
+  session.output() << (kind == "man" ? man_page() : completion());
+  return 0;
+}
+
+}  // namespace cli

@@ -1,0 +1,45 @@
+// How a command ends early: the exceptions that main turns into messages and exit codes.
+#pragma once
+
+#include <exception>
+#include <string>
+#include <utility>
+
+#include "jx/wem/status.hpp"
+
+namespace cli {
+
+// An operation failed. Printed as "jxfile: COMMAND: path: meaning: detail (NAME code)"; exit 1.
+struct Failure : std::exception {
+  Failure(std::string failed_path, wem::Status failed_status, std::string more = {})
+      : path(std::move(failed_path)), status(failed_status), detail(std::move(more)) {}
+
+  std::string path;     // as the user gave it, in bytes; may be empty
+  wem::Status status;   // why
+  std::string detail;   // what to add to the meaning; may be empty
+  std::string meaning;  // used instead of the status's own text when not empty
+  std::string hint;     // what to do about it; empty: the status decides
+};
+
+// The command line is wrong; exit 2.
+struct UsageError : std::exception {
+  explicit UsageError(std::string text) : message(std::move(text)) {}
+  std::string message;
+};
+
+// Whoever read standard output has gone away: the command ends without a message.
+struct OutputClosed : std::exception {};
+
+// Throws a Failure unless the status is 0.
+inline void require(wem::Status status, const std::string &path) {
+  if (!status.ok()) throw Failure(path, status);
+}
+
+// The value of a result, or a Failure.
+template <typename T>
+T require(wem::Result<T> result, const std::string &path) {
+  if (!result) throw Failure(path, result.status());
+  return std::move(*result);
+}
+
+}  // namespace cli

@@ -1,0 +1,63 @@
+// Where text stops being valid in its encoding.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "cli/session.hpp"
+
+namespace cli {
+
+// The first character that cannot be converted.
+struct Fault {
+  wem::Status status;          // malformed, or not in the target encoding
+  uint64_t record = 0;         // number of its line, from 1
+  uint64_t record_offset = 0;  // byte offset of the line
+  uint64_t offset = 0;         // byte offset of the character
+  std::string bytes;           // the bytes of the character up to the one that is wrong
+  bool is_cut_off = false;     // the input ends inside the character
+};
+
+// Follows a byte stream and finds its first fault. Lines are checked as a whole; only in a line
+// with a fault single bytes are looked at.
+class FaultFinder {
+ public:
+  // Checks a conversion between two encodings of a stream whose first byte is at offset.
+  FaultFinder(Session &session, uint32_t from, uint32_t to, uint64_t offset = 0);
+
+  // Takes the next bytes. False when a fault was found in them or before.
+  bool feed(std::string_view bytes);
+  // Takes note of the end. False when there is a fault.
+  bool finish();
+  const std::optional<Fault> &fault() const { return fault_; }
+  // How many of the bytes taken are those of a line whose end has not come: not checked yet.
+  size_t unchecked_bytes() const { return pending_.size(); }
+
+ private:
+  bool check_lines(std::string_view lines);
+  bool converts(std::string_view text);
+  void locate(std::string_view line, wem::Status status);
+
+  Session &session_;
+  uint32_t from_;
+  uint32_t to_;
+  std::string line_end_;  // in the encoding of the stream
+  std::string pending_;   // the line whose end has not come yet
+  std::string room_;      // where conversions go
+  std::optional<Transcoder> transcoder_;
+  wem::Status status_;
+  uint64_t offset_;       // of pending_
+  uint64_t records_ = 0;  // complete lines before pending_
+  std::optional<Fault> fault_;
+};
+
+// Offset just behind the last line end in bytes that begin at a multiple of the line end's size;
+// 0 when there is none.
+size_t behind_last_line_end(std::string_view bytes, std::string_view line_end);
+
+// A failure that names record, byte offset and bytes.
+Failure to_failure(const std::string &path, const Fault &fault);
+
+}  // namespace cli

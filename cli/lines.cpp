@@ -1,0 +1,148 @@
+// The command "lines": text records, printed.
+#include <cstdio>
+
+#include "cli/commands.hpp"
+#include "cli/input.hpp"
+#include "cli/line_ends.hpp"
+#include "cli/session.hpp"
+
+namespace cli {
+namespace {
+
+// How the records of one file are printed.
+class LinePrinter {
+ public:
+  LinePrinter(Session &session, const Arguments &arguments, std::string shown)
+      : session_(session),
+        shown_(std::move(shown)),
+        is_json_(arguments.has("--json")),
+        is_marked_(arguments.has("--mark")),
+        is_numbered_(arguments.has("--number")) {}
+
+  // end is what ended the record, when that is known: "lf", "crlf", "part" or "none".
+  void print(const wem::Record &record, const char *end) {
+    if (is_json_) return print_json(record, end);
+    if (is_marked_) return print_marked(record, end);
+    if (needs_line_end_) session_.output() << "\n";
+    if (is_numbered_ && !is_inside_line_) print_number(line_);
+    session_.print(record.text());
+    needs_line_end_ = !record.partial;
+    advance(record);
+  }
+
+  // has_line_end tells whether the last record had one in the file.
+  void finish(bool has_line_end) {
+    if (needs_line_end_ && has_line_end) session_.output() << "\n";
+  }
+
+  // The number of the line that comes next, or that the last record was a part of.
+  uint64_t line() const { return line_; }
+
+ private:
+  void advance(const wem::Record &record) {
+    is_inside_line_ = record.partial;
+    if (!record.partial) ++line_;
+  }
+
+  void print_number(uint64_t number) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%6llu  ", static_cast<unsigned long long>(number));
+    session_.output() << text;
+  }
+
+  void print_marked(const wem::Record &record, const char *end) {
+    if (is_numbered_) print_number(line_);
+    const size_t chars = record.text().size();
+    session_.output() << "[" + std::to_string(chars) + " " + end + "] ";
+    session_.print(record.text());
+    session_.output() << "\n";
+    advance(record);
+  }
+
+  void print_json(const wem::Record &record, const char *end) {
+    Row row;
+    row.add_name("file", shown_).add("line", line_).add("text", session_.to_utf8(record.text()));
+    row.add("length", uint64_t{record.text().size()}).add("partial", record.partial);
+    if (is_marked_) row.add("end", std::string(end));
+    session_.output() << row;
+    advance(record);
+  }
+
+  Session &session_;
+  std::string shown_;
+  bool is_json_;
+  bool is_marked_;
+  bool is_numbered_;
+  bool is_inside_line_ = false;
+  bool needs_line_end_ = false;
+  uint64_t line_ = 1;
+};
+
+// A record that does not fit is split at a number of bytes: whole units of the encoding.
+uint32_t record_length(const Arguments &arguments, uint32_t encoding) {
+  constexpr uint64_t kDefault = 65536, kMaximum = 1 << 26;
+  const auto asked =
+      static_cast<uint32_t>(arguments.number("--record-length", kDefault, 1, kMaximum));
+  const bool is_wide = encoding >= JX_ENCODING_UTF16BE && encoding <= JX_ENCODING_UTF32LE;
+  return is_wide ? (asked + 3) / 4 * 4 : asked;
+}
+
+// Prints every record; the status that ended the reading.
+wem::Status print_records(wem::File &file, LineEnds *line_ends, LinePrinter &printer) {
+  wem::RecordRange records = file.records();
+  for (const wem::Record &record : records) {
+    printer.print(record, line_ends ? line_ends->next(record.partial) : "");
+  }
+  return records.status();
+}
+
+void print_file(Session &session, const Arguments &arguments, const std::string &name) {
+  const bool is_marked = arguments.has("--mark");
+  const bool is_direct = arguments.has("--direct");
+  Input input(session, name,
+              is_marked || is_direct ? Input::Pipe::kSpooled : Input::Pipe::kRelayed);
+  const uint32_t encoding = input.encoding(arguments.encoding("--from"));
+  auto options = wem::OpenOptions::input().text(record_length(arguments, encoding));
+  if (is_direct) options = options.direct();
+  std::optional<LineEnds> line_ends;
+  if (is_marked) line_ends.emplace(session, input, options, encoding);
+  LinePrinter printer(session, arguments, input.shown());
+
+  wem::File file = input.open(options.encodings(encoding, JX_ENCODING_UTF32LE), encoding);
+  const wem::Status status = print_records(file, line_ends ? &*line_ends : nullptr, printer);
+  require(file.close(), input.shown());
+  if (status != JXWEM_E_EOF) {
+    printer.finish(true);
+    if (const auto fault = input.find_fault(encoding, JX_ENCODING_UTF32LE)) {
+      throw to_failure(input.shown(), *fault);
+    }
+    throw Failure(input.shown(), status, "record " + std::to_string(printer.line()));
+  }
+  input.require_complete();
+  const bool has_line_end = input.ends_with(session.encode(U"\n", encoding));
+  printer.finish(has_line_end);
+  // The module holds back a character that the end of the file cuts off.
+  if (has_line_end) return;
+  if (const auto fault = input.find_cut_end(encoding, JX_ENCODING_UTF32LE)) {
+    throw to_failure(input.shown(), *fault);
+  }
+}
+
+}  // namespace
+
+int run_lines(Session &session, const Arguments &arguments) {
+  int code = 0;
+  for (const std::string &name : arguments.operands()) {
+    try {
+      print_file(session, arguments, name);
+    } catch (const Failure &failure) {
+      if (failure.path == "standard output") throw;
+      session.output().flush();
+      session.report(failure);
+      code = 1;
+    }
+  }
+  return code;
+}
+
+}  // namespace cli

@@ -1,0 +1,57 @@
+// The command-line host: parses, runs one command and turns what it throws into an exit code.
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include "cli/commands.hpp"
+#include "cli/failure.hpp"
+#include "cli/output.hpp"
+#include "cli/session.hpp"
+
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kWrongUsage = 2;
+
+int run(const cli::Invocation &invocation) {
+  cli::Session session(invocation.arguments.text("--module"), invocation.command->name);
+  try {
+    const int code = invocation.command->run(session, invocation.arguments);
+    session.output().flush();
+    return code;
+  } catch (const cli::Failure &failure) {
+    // What was printed before the failure is worth having; its own trouble is not news any more.
+    try {
+      session.output().flush();
+    } catch (const std::exception &) {
+    }
+    session.report(failure);
+    return kFailed;
+  }
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  // A reader that went away shows up as an error of the write.
+  std::signal(SIGPIPE, SIG_IGN);
+  std::string command = "jxfile";
+  try {
+    const cli::Invocation invocation = cli::parse_command_line(argc, argv);
+    if (!invocation.command) return 0;
+    command = std::string("jxfile: ") + invocation.command->name;
+    return run(invocation);
+  } catch (const cli::OutputClosed &) {
+    return 0;
+  } catch (const cli::UsageError &error) {
+    std::fprintf(stderr, "%s: %s\nhint: jxfile --help\n", command.c_str(), error.message.c_str());
+    return kWrongUsage;
+  } catch (const cli::Failure &failure) {
+    cli::print_failure("help", failure);
+    return kFailed;
+  } catch (const std::exception &error) {
+    std::fprintf(stderr, "%s: %s\n", command.c_str(), error.what());
+    return kFailed;
+  }
+}

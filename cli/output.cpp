@@ -1,0 +1,120 @@
+// Standard output and error messages.
+#include "cli/output.hpp"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "jx/jxhost.h"
+
+namespace cli {
+namespace {
+
+constexpr size_t kBlockBytes = 65536;
+// Refusals of a path by split and build carry this bare value.
+constexpr JXStatus kPathRefused = 1;
+
+struct Hint {
+  JXStatus status;
+  const char *text;
+};
+
+constexpr auto kHints = std::to_array<Hint>({
+    {JXWEM_E_INUSE, "another process holds a lock on it; try again when that has closed it"},
+    {JXWEM_E_OPENREFUSED, "a directory is not read as a file; list it with: jxfile ls"},
+    {JXWEM_E_NOTEMPTY, "remove a directory with everything in it with: jxfile rm -r"},
+    {JXWEM_E_EXISTS, "nothing is ever replaced here; remove the target first"},
+    {JXWEM_E_NOPATH, "make the missing directory first with: jxfile mkdir"},
+    {JXWEM_E_TOOLONG, "allow longer records with --record-length"},
+    {JXHOST_E_MALFORMED, "name the encoding of the input with --from"},
+    {JXHOST_E_UNMAPPABLE, "choose an encoding that has the character, such as --to utf-8"},
+});
+
+std::string hint_for(const Failure &failure) {
+  if (!failure.hint.empty()) return failure.hint;
+  for (const Hint &hint : kHints) {
+    if (failure.status == hint.status) return hint.text;
+  }
+  return {};
+}
+
+bool wants_colour() { return isatty(STDERR_FILENO) == 1 && !std::getenv("NO_COLOR"); }
+
+}  // namespace
+
+std::string code_text(wem::Status status) {
+  std::array<char, 16> text;
+  std::snprintf(text.data(), text.size(), "0x%08x", static_cast<unsigned>(status.code()));
+  return text.data();
+}
+
+std::string to_hex(std::string_view bytes, std::string_view separator) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string text;
+  for (const char byte : bytes) {
+    const auto value = static_cast<unsigned char>(byte);
+    if (!text.empty()) text += separator;
+    text += kDigits[value >> 4];
+    text += kDigits[value & 15];
+  }
+  return text;
+}
+
+std::string describe(wem::Status status, const std::string &meaning, const std::string &detail) {
+  const char *name = jxhost_status_name(status.code());
+  const char *text = jxhost_status_text(status.code());
+  if (status == kPathRefused) text = "the path is missing, too long or not convertible";
+  std::string line = !meaning.empty() ? meaning : text ? text : "unknown status";
+  if (!detail.empty()) line += ": " + detail;
+  line += " (";
+  if (name) line += std::string(name) + " ";
+  return line + code_text(status) + ")";
+}
+
+void print_failure(std::string_view command, const Failure &failure) {
+  std::string line = wants_colour() ? "\033[1;31mjxfile:\033[0m " : "jxfile: ";
+  line += std::string(command) + ": ";
+  if (!failure.path.empty()) line += failure.path + ": ";
+  line += describe(failure.status, failure.meaning, failure.detail) + "\n";
+  const std::string hint = hint_for(failure);
+  if (!hint.empty()) line += "hint: " + hint + "\n";
+  std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+Output &Output::operator<<(std::string_view bytes) {
+  const std::span<char> room = reserve(bytes.size());
+  std::copy(bytes.begin(), bytes.end(), room.begin());
+  commit(bytes.size());
+  return *this;
+}
+
+std::span<char> Output::reserve(size_t bytes) {
+  if (buffer_.size() - used_ < bytes) flush();
+  if (buffer_.size() < bytes) buffer_.resize(std::max(bytes, kBlockBytes));
+  return std::span(buffer_).subspan(used_);
+}
+
+void Output::flush() {
+  size_t written = 0;
+  while (written < used_) {
+    const ssize_t count = ::write(STDOUT_FILENO, buffer_.data() + written, used_ - written);
+    if (count >= 0) {
+      written += static_cast<size_t>(count);
+      continue;
+    }
+    const int error = errno;
+    if (error == EINTR) continue;
+    used_ = 0;
+    if (error == EPIPE) throw OutputClosed();
+    if (error == ENOSPC) throw Failure("standard output", JXWEM_E_DISKFULL);
+    throw Failure("standard output", JXWEM_E_SYSTEM, std::strerror(error));
+  }
+  used_ = 0;
+}
+
+}  // namespace cli

@@ -1,0 +1,62 @@
+// What a command prints: results on standard output, messages on standard error.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "cli/failure.hpp"
+
+namespace cli {
+
+// One object of machine-readable output: keys and values in the order they are added.
+class Row {
+ public:
+  // Null is printed for an optional value that is not there.
+  using Value = std::variant<std::nullptr_t, bool, int64_t, uint64_t, std::string>;
+
+  // UTF-8 text, a number or a truth value.
+  Row &add(std::string key, Value value);
+  // A name in bytes: under key when it is UTF-8, otherwise in base64 under key + "_base64".
+  Row &add_name(const std::string &key, std::string_view bytes);
+  // The object as JSON on one line, without a line end.
+  std::string to_json() const;
+
+ private:
+  std::vector<std::pair<std::string, Value>> fields_;
+};
+
+// Standard output, gathered in blocks. A full device or another error throws a Failure, a reader
+// that went away OutputClosed.
+class Output {
+ public:
+  Output &operator<<(std::string_view bytes);
+  // One JSON object on a line of its own.
+  Output &operator<<(const Row &row) { return *this << row.to_json() << "\n"; }
+  // Room for that many bytes, to be filled and then committed as far as it was used.
+  std::span<char> reserve(size_t bytes);
+  void commit(size_t bytes) { used_ += bytes; }
+  // Writes what was gathered.
+  void flush();
+
+ private:
+  std::vector<char> buffer_;
+  size_t used_ = 0;
+};
+
+// Prints a failure of a command in one line, with a hint on a second where one helps.
+void print_failure(std::string_view command, const Failure &failure);
+
+// "meaning (NAME 0x80bfe801)" for any status of the module or of the host.
+std::string describe(wem::Status status, const std::string &meaning = {},
+                     const std::string &detail = {});
+// The eight hexadecimal digits of a status after "0x".
+std::string code_text(wem::Status status);
+// Bytes as pairs of hexadecimal digits with a separator between them.
+std::string to_hex(std::string_view bytes, std::string_view separator);
+
+}  // namespace cli

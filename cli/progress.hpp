@@ -1,0 +1,26 @@
+// A progress bar on standard error.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+
+namespace cli {
+
+// Shown on a terminal only, and only for work that takes a moment. Erased at the end.
+class Progress {
+ public:
+  // total is 0 when it is not known: nothing is shown then.
+  explicit Progress(uint64_t total);
+  Progress(const Progress &) = delete;
+  Progress &operator=(const Progress &) = delete;
+  ~Progress();
+  void show(uint64_t done);
+
+ private:
+  uint64_t total_;
+  bool is_on_;
+  bool is_visible_ = false;
+  std::chrono::steady_clock::time_point next_;
+};
+
+}  // namespace cli

@@ -1,0 +1,157 @@
+// Finding and loading the module, names and text.
+#include "cli/session.hpp"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstdlib>
+
+namespace cli {
+namespace {
+
+constexpr size_t kMaxBytesPerChar = 8;  // of any encoding the host knows
+constexpr size_t kPrintChars = 16384;   // encoded at a time
+
+// The folder of the running program, with a slash at its end.
+std::string program_folder() {
+  std::array<char, PATH_MAX> path;
+  const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size());
+  const std::string program(path.data(), length > 0 ? static_cast<size_t>(length) : 0);
+  return program.substr(0, program.rfind('/') + 1);
+}
+
+std::string_view as_bytes(std::u32string_view text) {
+  return {reinterpret_cast<const char *>(text.data()), text.size() * sizeof(char32_t)};
+}
+
+}  // namespace
+
+std::u32string widen(std::string_view bytes) {
+  std::u32string name(bytes.size(), U'\0');
+  std::transform(bytes.begin(), bytes.end(), name.begin(),
+                 [](char byte) { return static_cast<char32_t>(static_cast<unsigned char>(byte)); });
+  return name;
+}
+
+std::string narrow(std::u32string_view name) {
+  std::string bytes(name.size(), '\0');
+  std::transform(name.begin(), name.end(), bytes.begin(),
+                 [](char32_t character) { return static_cast<char>(character); });
+  return bytes;
+}
+
+Transcoder::Transcoder(JXNls *nls, uint32_t from, uint32_t to)
+    : transcoder_(nls->create_transcoder(nls, from, to, 0, nullptr), End{nls}) {
+  if (!transcoder_) throw Failure("", JXHOST_E_BADENCODING);
+}
+
+wem::Status Transcoder::operator()(std::string_view bytes, std::span<char> room,
+                                   size_t *produced_bytes) {
+  uint32_t produced = 0;
+  const wem::Status status =
+      transcoder_->transcode(transcoder_.get(), bytes.data(), static_cast<uint32_t>(bytes.size()),
+                             room.data(), static_cast<uint32_t>(room.size()), &produced, 0);
+  *produced_bytes = produced;
+  return status;
+}
+
+Session::Session(std::string module_option, std::string command)
+    : module_option_(std::move(module_option)), command_(std::move(command)) {}
+
+std::string Session::find_module() const {
+  if (!module_option_.empty()) return module_option_;
+  if (const char *variable = std::getenv("JXWEM_MODULE"); variable && *variable) return variable;
+  const std::string folder = program_folder();
+  for (const char *place : {"jxwem.so", "../lib/jxwem/jxwem.so", "../lib/jxwem.so"}) {
+    if (::access((folder + place).c_str(), R_OK) == 0) return folder + place;
+  }
+  Failure failure("jxwem.so", JXWEM_E_NOTFOUND,
+                  "the module is neither beside jxfile nor installed");
+  failure.hint = "name it with --module or in JXWEM_MODULE";
+  throw failure;
+}
+
+const wem::Module &Session::module() {
+  if (module_) return module_;
+  module_path_ = find_module();
+  JXHostConfig config = JXHOST_CONFIG_INIT;
+  config.journal_context = &journal_text_;
+  config.journal_sink = [](void *context, uint32_t, JXStatus, const char *text8) {
+    *static_cast<std::string *>(context) = text8;
+  };
+  std::string error;
+  module_ = wem::Module::load(module_path_.c_str(), &config, &error);
+  if (!module_) {
+    Failure failure(module_path_, JXWEM_E_FAILED, error);
+    failure.meaning = "the module cannot be loaded";
+    throw failure;
+  }
+  module_.instance().raw()->journal = jxhost_journal(module_.host());
+  return module_;
+}
+
+wem::File Session::open(const std::string &name, const wem::OpenOptions &options) {
+  JXJournal *journal = instance().raw()->journal;
+  return require(instance().open(widen(name), options.journal(journal), "jxfile"), name);
+}
+
+std::string Session::expand(const std::string &name) {
+  JXInstance *raw = instance().raw();
+  const auto expand_path = module_.symbol<decltype(&bkwemexpand_path)>("bkwemexpand_path");
+  const auto free_path = module_.symbol<decltype(&bkwemexpand_path_free)>("bkwemexpand_path_free");
+  if (!expand_path || !free_path) throw Failure(module_path_, JX_E_UNSUPPORTED);
+  const std::u32string wide = widen(name);
+  JXChar *path = nullptr;
+  uint32_t chars = 0;
+  const wem::Status status =
+      expand_path(raw, wem::as_chars(wide), wem::char_count(wide), &path, &chars);
+  std::string expanded = narrow(wem::as_view(path, chars));
+  if (path) free_path(raw->pool, path);
+  require(status, name);
+  return expanded;
+}
+
+std::string Session::encode(std::u32string_view text, uint32_t encoding) {
+  Transcoder encoder(nls(), JX_ENCODING_UTF32LE, encoding);
+  std::string bytes(text.size() * kMaxBytesPerChar, '\0');
+  size_t produced = 0;
+  require(encoder(as_bytes(text), bytes, &produced), "");
+  bytes.resize(produced);
+  return bytes;
+}
+
+std::string Session::to_utf8(std::u32string_view text) { return encode(text, JX_ENCODING_UTF8); }
+
+std::optional<std::u32string> Session::from_utf8(std::string_view bytes) {
+  Transcoder decoder(nls(), JX_ENCODING_UTF8, JX_ENCODING_UTF32LE);
+  std::u32string text(bytes.size(), U'\0');
+  const std::span<char> room(reinterpret_cast<char *>(text.data()), text.size() * sizeof(char32_t));
+  size_t produced = 0;
+  if (!decoder(bytes, room, &produced).ok()) return std::nullopt;
+  text.resize(produced / sizeof(char32_t));
+  // A character cut off at the end is held back; encoding again tells.
+  if (to_utf8(text).size() != bytes.size()) return std::nullopt;
+  return text;
+}
+
+void Session::print(std::u32string_view text) {
+  if (!encoder_) encoder_.emplace(nls(), JX_ENCODING_UTF32LE, JX_ENCODING_UTF8);
+  while (!text.empty()) {
+    const std::u32string_view part = text.substr(0, kPrintChars);
+    size_t produced = 0;
+    require((*encoder_)(as_bytes(part), output_.reserve(part.size() * 4), &produced), "");
+    output_.commit(produced);
+    text.remove_prefix(part.size());
+  }
+}
+
+void Session::report(Failure failure) {
+  const bool is_system = failure.status == JXWEM_E_SYSTEM || failure.status == JXWEM_E_FAILED;
+  if (is_system && failure.detail.empty()) failure.detail = journal_text_;
+  journal_text_.clear();
+  print_failure(command_, failure);
+}
+
+}  // namespace cli

@@ -1,0 +1,79 @@
+// What a command works with: the loaded module, standard output, names and text.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "cli/output.hpp"
+#include "jx/wem.hpp"
+
+namespace cli {
+
+// Names travel as bytes: byte n of a name is the character n, which the module's native encoding
+// turns back into the byte n.
+std::u32string widen(std::string_view bytes);
+std::string narrow(std::u32string_view name);
+
+// A transcoder of the host's character-set service. Holds the start of a character that a call cut
+// off and completes it in the next.
+class Transcoder {
+ public:
+  // A Failure when the service does not know one of the encodings.
+  Transcoder(JXNls *nls, uint32_t from, uint32_t to);
+  // Converts bytes into room and stores how many bytes were produced. A status of the host.
+  wem::Status operator()(std::string_view bytes, std::span<char> room, size_t *produced_bytes);
+
+ private:
+  struct End {
+    JXNls *nls;
+    void operator()(JXTranscoder *transcoder) const { nls->destroy_transcoder(nls, transcoder); }
+  };
+  std::unique_ptr<JXTranscoder, End> transcoder_;
+};
+
+class Session {
+ public:
+  // module_option is the value of --module, or empty.
+  Session(std::string module_option, std::string command);
+
+  Output &output() { return output_; }
+  // The module; loaded at the first use, from --module, JXWEM_MODULE, beside the program or the
+  // install folder. A Failure when there is none.
+  const wem::Module &module();
+  const wem::Instance &instance() { return module().instance(); }
+  // Where the module was loaded from.
+  const std::string &module_path() const { return module_path_; }
+  JXNls *nls() { return module().host()->nls; }
+
+  // Opens a file that the user named. A Failure when that fails.
+  wem::File open(const std::string &name, const wem::OpenOptions &options);
+  // The path that a name stands for, in bytes, as the module expands it.
+  std::string expand(const std::string &name);
+
+  // Text in UTF-8; and the way back, empty when the bytes are not UTF-8.
+  std::string to_utf8(std::u32string_view text);
+  std::optional<std::u32string> from_utf8(std::string_view bytes);
+  // Text in any encoding, such as a line end.
+  std::string encode(std::u32string_view text, uint32_t encoding);
+  // Prints text in UTF-8.
+  void print(std::u32string_view text);
+
+  // Prints a failure with what the journal knows about it. The command goes on.
+  void report(Failure failure);
+
+ private:
+  std::string find_module() const;
+
+  std::string module_option_;
+  std::string command_;
+  std::string module_path_;
+  std::string journal_text_;  // the system's text of the last error, from the journal
+  Output output_;
+  wem::Module module_;
+  std::optional<Transcoder> encoder_;
+};
+
+}  // namespace cli

@@ -1,0 +1,159 @@
+// The command "write": records from standard input.
+#include <unistd.h>
+
+#include <limits>
+#include <span>
+
+#include "cli/commands.hpp"
+#include "cli/copying.hpp"
+#include "cli/descriptor.hpp"
+#include "cli/target.hpp"
+
+namespace cli {
+namespace {
+
+constexpr uint64_t kLongestRecord = 1 << 26;
+constexpr size_t kChunkBytes = 65536;
+const std::string kSource = "standard input";
+
+struct Writing {
+  uint32_t to;
+  uint32_t record_length;
+  std::optional<int64_t> at;
+  bool wants_mark;
+};
+
+wem::OpenOptions with_mark(const wem::OpenOptions &options, const Writing &writing) {
+  return writing.wants_mark ? options : options.no_byte_order_mark();
+}
+
+void move_to_start(wem::File &file, const Writing &writing, const std::string &shown) {
+  if (writing.at) require(file.point(*writing.at), shown);
+}
+
+// Calls write with each chunk of standard input.
+template <typename Write>
+void for_each_chunk(size_t chunk_bytes, Write write) {
+  std::string chunk;
+  do {
+    chunk = read_fully(STDIN_FILENO, chunk_bytes, kSource);
+    write(chunk);
+  } while (chunk.size() == chunk_bytes);
+}
+
+void write_binary(const Writing &writing, Target &target) {
+  wem::File &file = target.open(target.options().binary(writing.record_length).direct());
+  move_to_start(file, writing, target.shown());
+  for_each_chunk(writing.record_length, [&](std::string_view chunk) {
+    require(file.write(std::as_bytes(std::span(chunk))), target.shown());
+  });
+}
+
+void write_stream(Session &session, const Writing &writing, Target &target) {
+  StreamWriter writer(session, target, JX_ENCODING_UTF8, writing.to, 0);
+  wem::File &file = writer.open(with_mark(target.options(), writing), kChunkBytes);
+  move_to_start(file, writing, target.shown());
+  for_each_chunk(kChunkBytes, [&](std::string_view chunk) {
+    require(writer.write(chunk, kSource), target.shown());
+  });
+  require(writer.finish(kSource), target.shown());
+}
+
+// Splits standard input into lines and writes each as a record.
+class LineWriter {
+ public:
+  LineWriter(Session &session, const Writing &writing, wem::File &file, std::string shown)
+      : session_(session),
+        writing_(writing),
+        file_(file),
+        shown_(std::move(shown)),
+        finder_(session, JX_ENCODING_UTF8, writing.to) {}
+
+  // The lines before one with a fault are written.
+  void feed(std::string_view chunk) {
+    const bool is_good = finder_.feed(chunk);
+    size_t end = chunk.size();
+    if (!is_good)
+      end = static_cast<size_t>(std::max(finder_.fault()->record_offset, offset_) - offset_);
+    offset_ += chunk.size();
+    chunk = chunk.substr(0, end);
+    for (size_t at = chunk.find('\n'); at != chunk.npos; at = chunk.find('\n')) {
+      line_ += chunk.substr(0, at);
+      write_line();
+      chunk.remove_prefix(at + 1);
+    }
+    if (!is_good) throw to_failure(kSource, *finder_.fault());
+    line_ += chunk;
+  }
+
+  void finish() {
+    if (!finder_.finish()) throw to_failure(kSource, *finder_.fault());
+    if (!line_.empty()) write_line();
+  }
+
+ private:
+  void write_line() {
+    ++record_;
+    const auto text = session_.from_utf8(line_);
+    line_.clear();
+    const std::string record = "record " + std::to_string(record_);
+    if (!text) throw Failure(kSource, JXHOST_E_MALFORMED, record);
+    if (text->size() > writing_.record_length) throw Failure(kSource, JXWEM_E_TOOLONG, record);
+    const wem::Status status = file_.write(*text);
+    if (!status.ok()) throw Failure(shown_, status, record);
+  }
+
+  Session &session_;
+  const Writing &writing_;
+  wem::File &file_;
+  std::string shown_;
+  FaultFinder finder_;
+  std::string line_;     // what came of the next line
+  uint64_t offset_ = 0;  // of the next chunk
+  uint64_t record_ = 0;
+};
+
+void write_text(Session &session, const Writing &writing, Target &target) {
+  wem::File &file = target.open(with_mark(target.options(), writing)
+                                    .text(writing.record_length)
+                                    .encodings(writing.to, JX_ENCODING_UTF32LE));
+  move_to_start(file, writing, target.shown());
+  LineWriter writer(session, writing, file, target.shown());
+  for_each_chunk(kChunkBytes, [&writer](std::string_view chunk) { writer.feed(chunk); });
+  writer.finish();
+}
+
+Target::Mode mode_of(const Arguments &arguments) {
+  const bool is_update = arguments.has("--update") || arguments.has("--at");
+  if (arguments.has("--append") && is_update) {
+    throw UsageError("--append cannot be given with --update or --at");
+  }
+  if (is_update) return Target::Mode::kUpdate;
+  return arguments.has("--append") ? Target::Mode::kAppend : Target::Mode::kReplace;
+}
+
+}  // namespace
+
+int run_write(Session &session, const Arguments &arguments) {
+  Writing writing = {};
+  writing.to = arguments.has("--to") ? arguments.encoding("--to") : JX_ENCODING_UTF8;
+  writing.record_length =
+      static_cast<uint32_t>(arguments.number("--record-length", 65536, 1, kLongestRecord));
+  writing.wants_mark = arguments.has("--bom");
+  const uint64_t furthest = std::numeric_limits<int64_t>::max();
+  if (arguments.has("--at")) {
+    writing.at = static_cast<int64_t>(arguments.number("--at", 0, 0, furthest));
+  }
+  const std::string kind = arguments.text("--records", "text");
+  if (kind != "text" && kind != "binary" && kind != "stream") {
+    throw UsageError("--records is text, binary or stream");
+  }
+  Target target(session, arguments.operand(0), mode_of(arguments));
+  if (kind == "binary") write_binary(writing, target);
+  if (kind == "stream") write_stream(session, writing, target);
+  if (kind == "text") write_text(session, writing, target);
+  target.commit();
+  return 0;
+}
+
+}  // namespace cli

@@ -1,0 +1,115 @@
+// Runs the built jxfile as a child process in a folder of the test's own.
+#pragma once
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace jx_test {
+
+struct Outcome {
+  int code = -1;  // exit code; 128 + the signal that ended the program; 126 not executable
+  std::string out;
+  std::string err;
+};
+
+inline void write_all(const std::string &path, std::string_view bytes) {
+  std::ofstream(path, std::ios::binary)
+      .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+inline std::string read_all(const std::string &path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// A folder that is removed at the end of the test, and the programs run in it. Output goes through
+// files, so that nothing can block.
+class ProgramTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (std::filesystem::temp_directory_path() / "jxfile_XXXXXX").string();
+    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+    folder_ = pattern;
+    ASSERT_EQ(::chmod(folder_.c_str(), 0777), 0);
+  }
+  void TearDown() override { std::filesystem::remove_all(folder_); }
+
+  std::string at(const std::string &name) const { return folder_ + "/" + name; }
+  void put(const std::string &name, std::string_view bytes) const { write_all(at(name), bytes); }
+  std::string get(const std::string &name) const { return read_all(at(name)); }
+  // Names in the folder, in order, with a blank after each.
+  std::string names() const {
+    std::vector<std::string> found;
+    for (const auto &entry : std::filesystem::directory_iterator(folder_)) {
+      found.push_back(entry.path().filename().string());
+    }
+    std::sort(found.begin(), found.end());
+    std::string text;
+    for (const std::string &name : found) text += name + " ";
+    return text;
+  }
+
+  // Runs jxfile with arguments; as_nobody without the rights of the superuser; stdout_path sends
+  // its standard output there.
+  Outcome jxfile(std::vector<std::string> arguments, std::string_view input = {},
+                 bool as_nobody = false, const char *stdout_path = nullptr) const {
+    arguments.insert(arguments.begin(), JX_BINARY_DIR "/jxfile");
+    return run(arguments, input, as_nobody, stdout_path);
+  }
+
+  Outcome run(const std::vector<std::string> &arguments, std::string_view input = {},
+              bool as_nobody = false, const char *stdout_path = nullptr) const {
+    const std::string io = folder_ + ".io";
+    std::array<int, 2> feed;
+    EXPECT_EQ(::pipe2(feed.data(), O_CLOEXEC), 0);
+    const pid_t child = ::fork();
+    if (child == 0) execute(arguments, feed[0], io, as_nobody, stdout_path);
+    ::close(feed[0]);
+    std::signal(SIGPIPE, SIG_IGN);
+    for (size_t sent = 0; sent < input.size();) {
+      const ssize_t count = ::write(feed[1], input.data() + sent, input.size() - sent);
+      if (count <= 0) break;
+      sent += static_cast<size_t>(count);
+    }
+    ::close(feed[1]);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    Outcome outcome{code, read_all(io + "_out"), read_all(io + "_err")};
+    for (const char *end : {"_out", "_err"}) ::unlink((io + end).c_str());
+    return outcome;
+  }
+
+ private:
+  [[noreturn]] void execute(const std::vector<std::string> &arguments, int input_fd,
+                            const std::string &io, bool as_nobody, const char *stdout_path) const {
+    const int flags = O_WRONLY | O_CREAT | O_TRUNC;
+    ::dup2(input_fd, STDIN_FILENO);
+    ::dup2(::open(stdout_path ? stdout_path : (io + "_out").c_str(), flags, 0600), STDOUT_FILENO);
+    ::dup2(::open((io + "_err").c_str(), flags, 0600), STDERR_FILENO);
+    constexpr uid_t kNobody = 65534;
+    const bool is_ready = ::chdir(folder_.c_str()) == 0 && (!as_nobody || ::setuid(kNobody) == 0);
+    std::vector<char *> words;
+    for (const std::string &word : arguments) words.push_back(const_cast<char *>(word.c_str()));
+    words.push_back(nullptr);
+    if (is_ready) ::execv(words[0], words.data());
+    ::_exit(126);
+  }
+
+  std::string folder_;
+};
+
+}  // namespace jx_test

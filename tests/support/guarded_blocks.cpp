@@ -12,11 +12,7 @@ namespace {
 
 constexpr size_t kGuardBytes = 32;  // keeps the alignment of malloc
 constexpr unsigned char kGuardByte = 0xFD;
-constexpr size_t kHeldBackLimit = 16u << 20;  // a 32-bit process has little room
-
-bool holds_only(const unsigned char *bytes, size_t count, unsigned char value) {
-  return std::all_of(bytes, bytes + count, [value](unsigned char byte) { return byte == value; });
-}
+constexpr size_t kHeldBackLimit = 4u << 20;  // checked again and again
 
 // Lets the address sanitizer catch accesses as they happen; does nothing in other builds.
 void close_guards(unsigned char *memory, uint32_t bytes) {
@@ -73,7 +69,7 @@ std::string GuardedBlocks::free_all(const JXPool *pool) {
   return misuse;
 }
 
-std::string GuardedBlocks::check() const {
+std::string GuardedBlocks::check() {
   std::string misuse;
   for (const auto &[user, block] : blocks_) misuse += check_block(block);
   return misuse;
@@ -92,16 +88,23 @@ std::string GuardedBlocks::describe(const Block &block) {
          " bytes\n";
 }
 
+// What is damaged is mended, so that it is reported once.
 std::string GuardedBlocks::check_block(const Block &block) {
   open_all(block.memory, block.bytes);
-  const unsigned char *user = block.memory + kGuardBytes;
+  unsigned char *user = block.memory + kGuardBytes;
+  const auto damaged = [](unsigned char *bytes, size_t count, unsigned char value) {
+    if (std::all_of(bytes, bytes + count, [=](unsigned char byte) { return byte == value; })) {
+      return false;
+    }
+    std::memset(bytes, value, count);
+    return true;
+  };
   std::string misuse;
-  if (!holds_only(block.memory, kGuardBytes, kGuardByte))
-    misuse += "write before " + describe(block);
-  if (!holds_only(user + block.bytes, kGuardBytes, kGuardByte)) {
+  if (damaged(block.memory, kGuardBytes, kGuardByte)) misuse += "write before " + describe(block);
+  if (damaged(user + block.bytes, kGuardBytes, kGuardByte)) {
     misuse += "write behind " + describe(block);
   }
-  if (block.freed && !holds_only(user, block.bytes, kFreedByte)) {
+  if (block.freed && damaged(user, block.bytes, kFreedByte)) {
     misuse += "write after free to " + describe(block);
   }
   close_guards(block.memory, block.bytes);

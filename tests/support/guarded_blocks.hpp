@@ -30,7 +30,7 @@ class GuardedBlocks {
   // Frees every block that the pool still holds.
   std::string free_all(const JXPool *pool);
   // Checks the guards of live blocks and the poison of freed ones.
-  std::string check() const;
+  std::string check();
   // Live blocks, and a line for each of them.
   uint64_t live() const { return live_; }
   std::string list_live() const;

@@ -1,0 +1,262 @@
+// Faults on the way of records: every call of the host and every system call of a file's life fails
+// in turn, in every format; and transfers that the system shortens.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <map>
+#include <set>
+
+#include "support/instance.hpp"
+#include "support/journal.hpp"
+#include "support/open.hpp"
+#include "support/sweep.hpp"
+
+namespace jx::test {
+namespace {
+
+// One way to read and write a file.
+struct Way {
+  const char *name;
+  uint32_t format, buffered, flags, file_encoding, record_encoding;
+};
+
+// Most names are literal: the expansion has sweeps of its own.
+constexpr uint32_t kLiteral = JX_OPEN_LITERAL_NAME;
+constexpr Way kWays[] = {
+    {"text buffered", 0, 1, 0, 0, 0},
+    {"text buffered, UTF-8", 0, 1, kLiteral, 20, 27},
+    {"text buffered, no transcoder", 3, 1, kLiteral, 27, 27},
+    {"text direct, UTF-16", 0, 0, kLiteral, 25, 27},
+    {"text direct, no transcoder", 0, 0, kLiteral, 27, 27},
+    {"binary buffered", 1, 1, kLiteral, 0, 0},
+    {"binary direct", 1, 0, kLiteral, 0, 0},
+    {"binary direct transfer", 1, 1, kLiteral | JX_OPEN_DIRECT_TRANSFER, 0, 0},
+    {"stream buffered", 4, 1, kLiteral, 20, 27},
+    {"stream direct", 4, 0, kLiteral, 24, 27},
+    {"stream direct transfer", 4, 1, kLiteral | JX_OPEN_DIRECT_TRANSFER, 20, 27},
+};
+
+constexpr uint32_t kRecords = 3;
+constexpr uint32_t kRecordChars = 4000;  // three fill more than a block of the buffer
+
+// A file's life in one of the ways. Keeps the first failure and goes on only as far as a careful
+// caller would: whatever happens, every file is closed.
+class Life {
+ public:
+  Life(JXInstance *instance, const Way &way, std::string path)
+      : instance_(instance), way_(way), path_(std::move(path)) {}
+
+  JXStatus run(bool with_update = true) {
+    std::string whole;
+    for (uint32_t i = 0; i < kRecords; ++i) whole += record(i);
+    write();
+    if (first_ != JX_OK) return first_;
+    const std::string content = read();
+    EXPECT_TRUE(first_ != JX_OK || content == whole) << content.size() << " characters";
+    if (first_ == JX_OK && with_update) update();
+    return first_;
+  }
+
+ private:
+  bool has_chars() const { return way_.record_encoding == 27 || way_.format == 0; }
+
+  // A record of a file as bytes, one a character.
+  std::string record(uint32_t index) const {
+    return std::string(kRecordChars, static_cast<char>('a' + index));
+  }
+
+  JXOpenOptions options(uint32_t access_mode) {
+    JXOpenOptions options = open_options(access_mode, way_.buffered, way_.format);
+    options.record_length = 5 * kRecordChars;  // room for a byte-order mark beside a record
+    options.open_flags = way_.flags;
+    options.file_encoding = way_.file_encoding;
+    options.record_encoding = way_.record_encoding;
+    options.journal = journal_.journal();
+    return options;
+  }
+
+  // True while nothing failed.
+  bool keep(JXStatus status) {
+    if (first_ == JX_OK) first_ = status;
+    return first_ == JX_OK;
+  }
+
+  bool put(JXFile *file, const std::string &bytes) {
+    if (!has_chars()) {
+      return keep(file->write(file, bytes.data(), static_cast<uint32_t>(bytes.size()), 0, nullptr));
+    }
+    const JXString text = jx(bytes);
+    return keep(file->write(file, text.data(), chars(text) * 4, 0, nullptr));
+  }
+
+  // The next record; empty at the end of the file.
+  std::string get(JXFile *file) {
+    void *data = buffer_.data();
+    uint32_t length = kRecordChars;
+    if (way_.flags & JX_OPEN_DIRECT_TRANSFER) length = static_cast<uint32_t>(buffer_.size());
+    const JXStatus status = file->read(file, &data, &length, 0, nullptr);
+    if (status == JXWEM_E_EOF || !keep(status)) return "";
+    if (!has_chars()) return std::string(static_cast<const char *>(data), length);
+    return narrow(static_cast<const JXChar *>(data), length / 4);
+  }
+
+  void write() {
+    File file(instance_, path_, options(JX_ACCESS_OUTPUT));
+    if (!keep(file.status)) return;
+    keep(file->attach_journal(file, journal_.journal()));
+    for (uint32_t i = 0; i < kRecords && first_ == JX_OK; ++i) put(file, record(i));
+    if (first_ == JX_OK) keep(file->flush(file));
+    keep(file.close());
+  }
+
+  std::string read() {
+    File file(instance_, path_, options(JX_ACCESS_INPUT));
+    std::string whole;
+    if (!keep(file.status)) return whole;
+    for (std::string next = get(file); !next.empty(); next = get(file)) whole += next;
+    keep(file.close());
+    return first_ == JX_OK ? whole : "";
+  }
+
+  void update() {
+    File file(instance_, path_, options(JX_ACCESS_UPDATE));
+    if (!keep(file.status)) return;
+    int64_t offset = 0;
+    if (keep(file->point(file, &offset, JX_POINT_START)) && !get(file).empty() &&
+        put(file, record(1)) && keep(file->note(file, &offset))) {
+      keep(file->truncate(file, &offset));
+    }
+    keep(file.close());
+  }
+
+  JXInstance *instance_;
+  const Way &way_;
+  std::string path_;
+  std::string buffer_ = std::string(16 * kRecordChars, '\0');
+  RecordingJournal journal_;
+  JXStatus first_ = JX_OK;
+};
+
+using Answers = std::map<std::string, std::set<JXStatus>>;
+
+class Fault : public InstanceTest, public testing::WithParamInterface<Way> {
+ protected:
+  JXStatus live_once(bool with_update = true) {
+    return Life(instance, GetParam(), dir.file("file")).run(with_update);
+  }
+
+  // Checks each run's status against the answers that its failed call may have.
+  static void check(const std::vector<SweepRun> &runs, const Answers &answers) {
+    EXPECT_FALSE(runs.empty());
+    for (const SweepRun &run : runs) {
+      const auto allowed = answers.find(run.failed);
+      EXPECT_TRUE(allowed != answers.end() && allowed->second.contains(run.status))
+          << run.failed << " failing as call " << run.n << ": " << std::hex << run.status;
+    }
+  }
+};
+
+std::string name_of(const testing::TestParamInfo<Way> &way) {
+  std::string name = way.param.name;
+  std::erase_if(name, [](char letter) { return letter == ',' || letter == '-'; });
+  std::replace(name.begin(), name.end(), ' ', '_');
+  return name;
+}
+INSTANTIATE_TEST_SUITE_P(Ways, Fault, testing::ValuesIn(kWays), name_of);
+
+TEST_P(Fault, HostCalls) {
+  Answers answers = {
+      {"create_pool", {JX_E_NOMEM}},
+      {"pool_allocate", {JX_E_NOMEM}},
+      {"create_lock", {JXWEM_E_FAILED}},
+      {"create_transcoder", {JXWEM_E_FAILED}},
+      {"measure_conversion", {kFaultStatus}},
+      {"encoding_info", {kFaultStatus}},
+      {"transcode", {kFaultStatus}},
+      // While the control strings are made, or at close, where it is too late to matter.
+      {"destroy_transcoder", {kFaultStatus, JX_OK}},
+      {"lock_acquire", {kFaultStatus}},
+      {"lock_release", {kFaultStatus}},
+      {"open_file", {JXWEM_E_SYSTEM}},
+      {"close_file", {JX_OK}},
+  };
+  if (!(GetParam().flags & kLiteral)) answers["transcode"].insert(JXWEM_E_FAILED);
+  check(sweep(host, kAllFailing, [this] { return live_once(); }), answers);
+}
+
+TEST_P(Fault, SystemCalls) {
+  Answers answers = {{"read", {JXWEM_E_SYSTEM}},
+                     {"write", {JXWEM_E_SYSTEM}},
+                     {"fsync", {JXWEM_E_SYSTEM}},
+                     {"lseek64", {JXWEM_E_FAILED}},
+                     {"ftruncate64", {JXWEM_E_SYSTEM}}};
+  // The bytes that take a byte-order mark's place are read again by the next call when their read
+  // fails and the chunk before them is transcoded.
+  if (GetParam().format == JX_FORMAT_STREAM) answers["read"].insert(JX_OK);
+  check(sweep_syscalls(host, kAllSyscalls, EIO, [this] { return live_once(); }), answers);
+  const Syscalls writes = syscalls(Syscall::write, Syscall::sync);
+  check(sweep_syscalls(host, writes, ENOSPC, [this] { return live_once(); }),
+        {{"write", {JXWEM_E_DISKFULL}}, {"fsync", {JXWEM_E_DISKFULL}}});
+}
+
+// Shortened transfers change nothing but the number of calls.
+TEST_P(Fault, ShortTransfers) {
+  const Syscalls transfers = syscalls(Syscall::read, Syscall::write);
+  const bool is_buffered =
+      GetParam().buffered != 0 && !(GetParam().flags & JX_OPEN_DIRECT_TRANSFER);
+  for (const uint32_t most_bytes : {1u, 5u, 4096u}) {
+    // A direct read is one transfer, as long as the system makes it.
+    arm_syscalls(is_buffered ? transfers : syscalls(Syscall::write),
+                 {.most_bytes = most_bytes, .to_the_end = true});
+    EXPECT_EQ(live_once(!is_buffered), JX_OK) << most_bytes;
+    EXPECT_TRUE(disarm_syscalls());
+  }
+}
+
+// Errors of a flush by number, and whether the journal hears of them.
+TEST_F(InstanceTest, FlushErrors) {
+  struct Row {
+    int error;
+    JXStatus status;
+    size_t journal_lines;
+  };
+  const Row rows[] = {{EBADF, JXWEM_E_NOHANDLE, 0},
+                      {EIO, JXWEM_E_SYSTEM, 0},
+                      {ENOSPC, JXWEM_E_DISKFULL, 0},
+                      {EROFS, JXWEM_E_FAILED, 1},
+                      {EDQUOT, JXWEM_E_FAILED, 1}};
+  for (const Row &row : rows) {
+    RecordingJournal journal;
+    JXOpenOptions options = open_options(JX_ACCESS_OUTPUT, 0);
+    options.journal = journal.journal();
+    File file(instance, dir.file("file"), options);
+    ASSERT_TRUE(file);
+    arm_syscalls(syscalls(Syscall::sync), {.error = row.error});
+    EXPECT_EQ(file->flush(file), row.status) << row.error;
+    EXPECT_EQ(journal.take_lines().size(), row.journal_lines) << row.error;
+    EXPECT_EQ(file->flush(file), JX_OK);
+    // The flush of a close fails: the file is closed all the same.
+    arm_syscalls(syscalls(Syscall::sync), {.error = row.error});
+    EXPECT_EQ(file.close(), row.status) << row.error;
+    EXPECT_EQ(journal.take_lines().size(), row.journal_lines) << row.error;
+    EXPECT_TRUE(disarm_syscalls());
+  }
+}
+
+// A block that could not be written is lost; what comes after it is written.
+TEST_F(InstanceTest, LostBlock) {
+  const std::string path = dir.file("file");
+  File file(instance, path, open_options(JX_ACCESS_OUTPUT, 1, JX_FORMAT_BINARY));
+  ASSERT_TRUE(file);
+  const std::string first(10'000, 'a'), second(100, 'b');
+  arm_syscalls(syscalls(Syscall::write), {.error = EDQUOT});
+  EXPECT_EQ(file->write(file, first.data(), 10'000, 0, nullptr), JXWEM_E_DISKFULL);
+  EXPECT_EQ(disarm_syscalls(), Syscall::write);
+  EXPECT_EQ(file->write(file, second.data(), 100, 0, nullptr), JX_OK);
+  EXPECT_EQ(file.close(), JX_OK);
+  EXPECT_EQ(read_file(path), second);
+}
+
+}  // namespace
+}  // namespace jx::test

@@ -80,10 +80,9 @@ Decoded decode(uint32_t encoding, std::string_view text) {
 }
 
 std::string units(uint32_t encoding, char32_t unit) {
-  std::string text;
-  for (uint32_t i = 0; i < unit_bytes_of(encoding); ++i, unit >>= 8) {
-    const auto byte = static_cast<char>(unit & 0xFF);
-    text.insert(is_big_endian(encoding) ? text.begin() : text.end(), byte);
+  std::string text(unit_bytes_of(encoding), 0);
+  for (size_t i = 0; i < text.size(); ++i, unit >>= 8) {
+    text[is_big_endian(encoding) ? text.size() - 1 - i : i] = static_cast<char>(unit & 0xFF);
   }
   return text;
 }

@@ -1,0 +1,224 @@
+// Binary records and what is under all records: devices, pipes, offsets beyond 32 bits, the number
+// and size of transfers.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <vector>
+
+#include "jx/jxhost.h"
+#include "support/instance.hpp"
+#include "support/open.hpp"
+#include "support/records.hpp"
+#include "support/syscalls.hpp"
+
+namespace {
+
+using namespace jx::test;
+
+// The ways of transfer.
+struct Mode {
+  uint32_t buffered;
+  uint32_t flags;
+};
+constexpr Mode kModes[] = {{0, 0}, {1, 0}, {1, JX_OPEN_DIRECT_TRANSFER}};
+
+class Bytes : public InstanceTest {
+ protected:
+  static JXOpenOptions options(uint32_t access, uint32_t buffered, uint32_t flags = 0,
+                               uint32_t format = JX_FORMAT_BINARY) {
+    JXOpenOptions options = open_options(access, buffered, format);
+    options.open_flags = flags;
+    options.lock_mode = JX_LOCK_NONE;
+    return options;
+  }
+
+  const std::string path = dir.file("bytes");
+};
+
+TEST_F(Bytes, NoHandle) {
+  void *data = nullptr;
+  uint32_t length = 1;
+  for (const JXReadSlot read : {skwem_read_var, skwem_read_rvar, skwem_read_bin, skwem_read_rbin,
+                                skwem_read_stream, skwem_read_rstream}) {
+    EXPECT_EQ(read(nullptr, &data, &length, 0, nullptr), JXWEM_E_NOHANDLE);
+  }
+  for (const JXWriteSlot write : {skwem_write_var, skwem_write_rvar, skwem_write_bin,
+                                  skwem_write_rbin, skwem_write_stream, skwem_write_rstream}) {
+    EXPECT_EQ(write(nullptr, "x", 1, 0, nullptr), JXWEM_E_NOHANDLE);
+  }
+}
+
+TEST_F(Bytes, ChunksAndRefusals) {
+  const std::string content = "0123456789abcdefghijklmno";
+  write_file(path, content);
+  for (const uint32_t buffered : {0u, 1u}) {
+    File file(instance, path, options(JX_ACCESS_INPUT, buffered));
+    EXPECT_EQ(read_record(file, 81).status, JXWEM_E_TOOLONG);
+    EXPECT_EQ(read_records(file, 10), "0123456789|abcdefghij|klmno|");
+    EXPECT_EQ(read_record(file, 0).status, buffered ? JXWEM_E_EOF : JX_OK);
+  }
+  File direct(instance, path, options(JX_ACCESS_INPUT, 0));
+  int64_t offset = 20;
+  EXPECT_EQ(read_record(direct, 10, &offset).data, "klmno");
+  EXPECT_EQ(read_record(direct, 10).data, "0123456789") << "the descriptor has not moved";
+  offset = 25;
+  EXPECT_EQ(read_record(direct, 10, &offset).status, JXWEM_E_EOF);
+
+  File transfer(instance, path, options(JX_ACCESS_INPUT, 1, JX_OPEN_DIRECT_TRANSFER));
+  EXPECT_EQ(read_record(transfer, 10).status, JXWEM_E_FAILED) << "nowhere to read to";
+  std::string memory(100, '\0');
+  const Record record = read_record(transfer, 100, nullptr, memory.data());
+  EXPECT_EQ(record.data, content);
+  EXPECT_EQ(record.pointer, memory.data());
+}
+
+// A block is written when it is full, neither later nor twice.
+TEST_F(Bytes, Transfers) {
+  struct Row {
+    uint32_t buffered;
+    uint32_t flags;
+    std::vector<uint32_t> pieces;
+    uint64_t writes;        // before the flush
+    uint64_t flush_writes;  // by it
+  };
+  const Row rows[] = {
+      {1, 0, {8192}, 1, 0},   {1, 0, {8191}, 0, 1},         {1, 0, {8191, 1}, 1, 0},
+      {1, 0, {10'000}, 1, 1}, {1, 0, {1, 8192, 1}, 1, 1},   {1, 0, {3 * 8192 + 1, 8191}, 4, 0},
+      {1, 0, {0}, 0, 0},      {0, 0, {10'000, 1, 0}, 3, 0}, {1, 1, {10'000, 1}, 2, 0},
+  };
+  for (const Row &row : rows) {
+    File file(instance, path, options(JX_ACCESS_OUTPUT, row.buffered, row.flags));
+    uint64_t writes = syscall_count(Syscall::write);
+    std::string content;
+    for (const uint32_t bytes : row.pieces) {
+      const std::string piece(bytes, static_cast<char>('a' + content.size() % 26));
+      EXPECT_EQ(write_record(file, piece), JX_OK);
+      content += piece;
+    }
+    const ptrdiff_t index = &row - rows;
+    EXPECT_EQ(syscall_count(Syscall::write) - writes, row.writes) << "row " << index;
+    writes = syscall_count(Syscall::write);
+    EXPECT_EQ(file->flush(file), JX_OK);
+    EXPECT_EQ(syscall_count(Syscall::write) - writes, row.flush_writes) << "row " << index;
+    EXPECT_EQ(read_file(path), content) << "row " << index;
+  }
+  write_file(path, std::string(2 * 8192 + 10, 'x'));
+  for (const auto [buffered, flags] : kModes) {
+    File file(instance, path, options(JX_ACCESS_INPUT, buffered, flags));
+    const uint64_t before = syscall_count(Syscall::read);
+    char memory[20];
+    while (read_record(file, 20, nullptr, memory).status == JX_OK) {
+    }
+    const bool by_blocks = buffered != 0 && flags == 0;
+    EXPECT_EQ(syscall_count(Syscall::read) - before, by_blocks ? 4u : 821u) << buffered << flags;
+  }
+}
+
+TEST_F(Bytes, ShortTransfers) {
+  const std::string content = "0123456789abcdefghijklmnopqrstuvwxyz";
+  for (const auto [buffered, flags] : kModes) {
+    File out(instance, path, options(JX_ACCESS_OUTPUT, buffered, flags));
+    arm_syscalls(syscalls(Syscall::write, Syscall::pwrite), {.most_bytes = 5, .to_the_end = true});
+    EXPECT_EQ(write_record(out, content), JX_OK);
+    int64_t offset = 36;
+    EXPECT_EQ(write_record(out, content, &offset), JX_OK);
+    EXPECT_EQ(out.close(), JX_OK);
+    disarm_syscalls();
+    EXPECT_EQ(read_file(path), content + content) << buffered << flags;
+  }
+  File file(instance, path, options(JX_ACCESS_INPUT, 1));
+  arm_syscalls(syscalls(Syscall::read), {.most_bytes = 7, .to_the_end = true});
+  EXPECT_EQ(read_record(file, 36).data, content) << "a short read is not the end";
+  EXPECT_EQ(read_record(file, 80).data, content);
+  disarm_syscalls();
+}
+
+TEST_F(Bytes, Devices) {
+  for (const uint32_t format : {JX_FORMAT_VARIABLE, JX_FORMAT_BINARY, JX_FORMAT_STREAM}) {
+    for (const uint32_t buffered : {0u, 1u}) {
+      SCOPED_TRACE("format " + std::to_string(format) + " buffered " + std::to_string(buffered));
+      File empty(instance, "/dev/null", options(JX_ACCESS_INPUT, buffered, 0, format));
+      EXPECT_EQ(read_record(empty, 10).status, JXWEM_E_EOF);
+      File zero(instance, "/dev/zero", options(JX_ACCESS_INPUT, buffered, 0, format));
+      const Record zeros = read_record(zero, 10);
+      const bool is_text = format == JX_FORMAT_VARIABLE;
+      EXPECT_EQ(zeros.status, is_text ? JXWEM_E_PARTIAL : JX_OK);
+      EXPECT_EQ(zeros.data.find_first_not_of('\0'), std::string::npos);
+      EXPECT_GE(zeros.data.size(), 10u);
+
+      File full(instance, "/dev/full", options(JX_ACCESS_OUTPUT, buffered, 0, format));
+      const std::string record(40, '\0');
+      EXPECT_EQ(write_record(full, record), buffered ? JX_OK : JXWEM_E_DISKFULL);
+      if (buffered) {
+        EXPECT_EQ(write_record(full, std::string(20'000, '\0')),
+                  is_text ? JXHOST_E_NOROOM : JXWEM_E_DISKFULL);
+        EXPECT_EQ(write_record(full, "\1\0\0\0"), JX_OK) << "the block is lost, the next is empty";
+        EXPECT_EQ(full.close(), JXWEM_E_DISKFULL);
+      }
+    }
+  }
+}
+
+// A pipe has no positions; asking for one harms nothing.
+TEST_F(Bytes, Fifo) {
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  const int fd = ::open(path.c_str(), O_RDWR);
+  ASSERT_GE(fd, 0);
+  File in(instance, path, options(JX_ACCESS_INPUT, 0));
+  File buffered(instance, path, options(JX_ACCESS_INPUT, 1, 0, JX_FORMAT_STREAM));
+  File out(instance, path, options(JX_ACCESS_OUTPUT, 1, JX_OPEN_DIRECT_TRANSFER));
+  EXPECT_EQ(write_record(out, "hello"), JX_OK);
+  int64_t offset = 3;
+  EXPECT_EQ(in->point(in, &offset, 0), JXWEM_E_FAILED);
+  EXPECT_EQ(offset, -1);
+  EXPECT_EQ(in->note(in, &offset), JXWEM_E_FAILED);
+  offset = 0;
+  EXPECT_EQ(read_record(in, 3, &offset).status, JXWEM_E_SYSTEM);
+  EXPECT_EQ(write_record(out, "x", &offset), JXWEM_E_SYSTEM);
+  EXPECT_EQ(read_record(in, 3).data, "hel");
+  EXPECT_EQ(read_record(in, 80).data, "lo") << "a short read is not the end";
+  EXPECT_EQ(write_record(out, "all"), JX_OK);
+  EXPECT_EQ(read_record(buffered, 3).data, "all");
+  EXPECT_EQ(write_record(out, "end"), JX_OK);
+  EXPECT_EQ(out->flush(out), JXWEM_E_FAILED) << "a pipe cannot be made durable";
+  EXPECT_EQ(out.close(), JXWEM_E_FAILED);
+  ::close(fd);
+  EXPECT_EQ(read_records(buffered, 80), "end|");
+}
+
+TEST_F(Bytes, BeyondFourGigabytes) {
+  constexpr int64_t kFar = (int64_t{1} << 32) + 8191;
+  for (const uint32_t format : {JX_FORMAT_VARIABLE, JX_FORMAT_BINARY, JX_FORMAT_STREAM}) {
+    JXOpenOptions update = options(JX_ACCESS_UPDATE, 0, 0, format);
+    update.record_encoding = JX_ENCODING_NATIVE;
+    File file(instance, path, update);
+    EXPECT_EQ(file->truncate(file, &kFar), JX_OK);
+    int64_t offset = 0;
+    EXPECT_EQ(file->point(file, &offset, JX_POINT_END), JX_OK);
+    EXPECT_EQ(offset, kFar);
+    EXPECT_EQ(write_record(file, "far"), JX_OK);
+    EXPECT_EQ(file->note(file, &offset), JX_OK);
+    const bool is_text = format == JX_FORMAT_VARIABLE;
+    EXPECT_EQ(offset, kFar + 3 + is_text);
+    offset = kFar;
+    EXPECT_EQ(file->point(file, &offset, 0), JX_OK);
+    EXPECT_EQ(read_record(file, 3).data, "far");
+    offset = kFar + 1;
+    if (!is_text) {
+      EXPECT_EQ(write_record(file, "arther", &offset), JX_OK);
+      EXPECT_EQ(read_record(file, 3, &offset).data, "art");
+    }
+    EXPECT_EQ(file.close(), JX_OK);
+    File append(instance, path, options(JX_ACCESS_APPEND, 1));
+    EXPECT_EQ(write_record(append, std::string(8193, '.')), JX_OK);
+    EXPECT_EQ(append.close(), JX_OK);
+    struct stat64 status = {};
+    EXPECT_EQ(stat64(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_size, kFar + (is_text ? 4 : 7) + 8193);
+    ASSERT_EQ(unlink(path.c_str()), 0);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,186 @@
+// Text lines: what ends a record, line ends at the edge of a block, and the transfers they cost.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "jx/jxhost.h"
+#include "support/instance.hpp"
+#include "support/open.hpp"
+#include "support/records.hpp"
+#include "support/syscalls.hpp"
+#include "support/text_model.hpp"
+
+namespace {
+
+using namespace jx::test;
+
+class Lines : public InstanceTest {
+ protected:
+  // Options for lines of one encoding, file and records alike.
+  static JXOpenOptions options(uint32_t access, uint32_t buffered, uint32_t encoding,
+                               uint32_t length) {
+    JXOpenOptions options = open_options(access, buffered);
+    options.record_length = length;
+    options.lock_mode = JX_LOCK_NONE;
+    options.file_encoding = options.record_encoding = encoding;
+    return options;
+  }
+
+  const std::string path = dir.file("lines");
+};
+
+TEST_F(Lines, Records) {
+  struct Row {
+    const char *content;
+    const char *buffered;
+    const char *direct;
+  };
+  constexpr Row kRows[] = {
+      {"", "", ""},
+      {"abc\nde\n", "abc|de|", "abc|de|"},
+      {"abc\r\n", "abc|", "abc|"},
+      {"a\rb\r\r\n\f\n", "a\rb\r|\f|", "a\rb\r|\f|"},
+      {"\n\r\na\n", "null|null|a|", "||a|"},
+      {"xyz", "xyz|", "xyz~|"},
+      {"xyz\r", "xyz\r|", "xyz\r~|"},
+      {"0123456789\nx\n", "0123456789|x|", "0123456789|x|"},
+      {"0123456789\r\nx\n", "0123456789|x|", "0123456789\r~|null|x|"},
+      {"0123456789\r", "0123456789~|\r|", "0123456789\r~|"},
+      {"0123456789", "0123456789|", "0123456789~|"},
+      {"0123456789abc\n", "0123456789~|abc|", "0123456789a~|bc|"},
+      {"\xEF\xBB\xBF", "null|", "~|"},
+      {"\xEF\xBB\xBF"
+       "a\n\xEF\xBB\xBF"
+       "b\nc\xEF\xBB\xBF\n",
+       "a|b|c\xEF\xBB\xBF|", "a|b|c\xEF\xBB\xBF|"},
+  };
+  for (const Row &row : kRows) {
+    write_file(path, row.content);
+    for (const uint32_t buffered : {0u, 1u}) {
+      File file(instance, path, options(JX_ACCESS_INPUT, buffered, JX_ENCODING_UTF8, 10));
+      ASSERT_TRUE(file);
+      std::string expected = buffered ? row.buffered : row.direct;
+      // The direct reader has a pointer for an empty record too.
+      if (!buffered) {
+        for (size_t at; (at = expected.find("null")) != std::string::npos;) expected.erase(at, 4);
+      }
+      EXPECT_EQ(read_records(file), expected) << row.content << " buffered " << buffered;
+    }
+  }
+}
+
+// A line of exactly the record length, with and without a mark before it, begins at every place
+// from which it, its line end or its mark reaches over the end of a block.
+TEST_F(Lines, FullLineAtTheEndOfABlock) {
+  constexpr uint32_t kChars = 8;
+  for (const uint32_t encoding : {20u, 24u, 25u, 26u, 27u}) {
+    const auto text = [=](std::u32string_view t) { return encode(encoding, t); };
+    const uint32_t unit = unit_bytes_of(encoding);
+    const std::string full = text(U"12345678");
+    for (uint32_t places = 0; places < (kChars + 6) * 3; ++places) {
+      const uint32_t before_edge = places / 3 * unit;
+      const std::string end = text(places % 3 == 0 ? U"\n" : U"\r\n");
+      const std::string mark = places % 3 == 2 ? bom_of(encoding) : "";
+      std::string content;
+      uint32_t lines = 0;
+      for (const uint32_t bytes = 8192 - before_edge; content.size() < bytes; ++lines) {
+        const size_t units = std::min<size_t>(kChars, (bytes - content.size()) / unit);
+        content += text(std::u32string(units - 1, U'x') + U"\n");
+      }
+      write_file(path, content + mark + full + end + text(U"z\n"));
+      File file(instance, path, options(JX_ACCESS_INPUT, 1, encoding, kChars * unit));
+      for (; lines > 0; --lines) ASSERT_EQ(read_record(file).status, JX_OK);
+      EXPECT_EQ(read_records(file), full + "|" + text(U"z") + "|")
+          << "encoding " << encoding << ", " << before_edge << " bytes before the edge, "
+          << places % 3;
+    }
+  }
+}
+
+TEST_F(Lines, Transfers) {
+  std::string content;
+  while (content.size() < 3 * 8192) content += "0123456789abcde\n";
+  write_file(path, content);
+  // One read a block and one that finds the end, whatever the record length.
+  for (const uint32_t length : {15u, 80u, 8192u, 1u << 20}) {
+    File file(instance, path, options(JX_ACCESS_INPUT, 1, JX_ENCODING_UTF8, length));
+    const uint64_t reads = syscall_count(Syscall::read);
+    EXPECT_EQ(read_records(file).size(), content.size());
+    EXPECT_EQ(syscall_count(Syscall::read) - reads, 4u) << length;
+    write_file(path, content + "more\n");
+    EXPECT_EQ(read_record(file).status, JXWEM_E_EOF) << "the end stays where it was seen";
+    EXPECT_EQ(syscall_count(Syscall::read) - reads, 4u) << length;
+    write_file(path, content);
+  }
+  // Directly: a read and a step back for each record; a write for each, and one for the mark.
+  File file(instance, path, options(JX_ACCESS_UPDATE, 0, JX_ENCODING_UTF8, 80));
+  uint64_t calls = syscall_count(Syscall::read) + syscall_count(Syscall::seek);
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(read_record(file).data, "0123456789abcde");
+  EXPECT_EQ(syscall_count(Syscall::read) + syscall_count(Syscall::seek) - calls, 20u);
+  int64_t start = 0;
+  EXPECT_EQ(file->point(file, &start, JX_POINT_START), JX_OK);
+  calls = syscall_count(Syscall::write);
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(write_record(file, "abc"), JX_OK);
+  EXPECT_EQ(syscall_count(Syscall::write) - calls, 11u);
+}
+
+// Readers through the buffer take short reads for what they are; writers go on after short writes.
+TEST_F(Lines, ShortTransfers) {
+  const std::string content =
+      "\xEF\xBB\xBF"
+      "abc\n0123456789\r\n0123456789x\nend";
+  for (const uint32_t most_bytes : {1u, 2u, 3u, 7u}) {
+    write_file(path, content);
+    File file(instance, path, options(JX_ACCESS_INPUT, 1, JX_ENCODING_UTF8, 10));
+    arm_syscalls(syscalls(Syscall::read), {.most_bytes = most_bytes, .to_the_end = true});
+    EXPECT_EQ(read_records(file), "abc|0123456789|0123456789~|x|end|") << most_bytes;
+    disarm_syscalls();
+    for (const uint32_t buffered : {0u, 1u}) {
+      File out(instance, path, options(JX_ACCESS_OUTPUT, buffered, JX_ENCODING_UTF8, 10));
+      arm_syscalls(syscalls(Syscall::write), {.most_bytes = most_bytes, .to_the_end = true});
+      EXPECT_EQ(write_record(out, "0123456789"), JX_OK);
+      EXPECT_EQ(write_record(out, ""), JX_OK);
+      EXPECT_EQ(out.close(), JX_OK);
+      disarm_syscalls();
+      EXPECT_EQ(read_file(path),
+                "\xEF\xBB\xBF"
+                "0123456789\n\n")
+          << most_bytes << buffered;
+    }
+  }
+}
+
+// Records arrive as soon as they are there; the far end decides when the file ends.
+TEST_F(Lines, Fifo) {
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  const int fd = ::open(path.c_str(), O_RDWR);
+  const auto send = [fd](std::string_view text) {
+    EXPECT_EQ(::write(fd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+  };
+  File file(instance, path, options(JX_ACCESS_INPUT, 1, JX_ENCODING_UTF8, 10));
+  ASSERT_TRUE(file);
+  send("abc\nde");
+  EXPECT_EQ(read_record(file).data, "abc");
+  send("f\n0123456789\r");
+  EXPECT_EQ(read_record(file).data, "def");
+  send("\nlast");
+  EXPECT_EQ(read_record(file).data, "0123456789");
+  ::close(fd);
+  EXPECT_EQ(read_records(file), "last|");
+}
+
+// In an encoding whose characters cannot be counted cheaply the room alone refuses a long record.
+TEST_F(Lines, LongRecordOfAnotherEncoding) {
+  JXOpenOptions update = options(JX_ACCESS_UPDATE, 0, JX_ENCODING_UTF32LE, 2);
+  update.record_encoding = jxhost_encoding_by_name("shift_jis");
+  ASSERT_NE(update.record_encoding, 0u);
+  update.open_flags = JX_OPEN_NO_BOM;
+  File file(instance, path, update);
+  for (uint32_t length = 1; length < 40; ++length) {
+    const JXStatus status = write_record(file, std::string(length, 'x'));
+    EXPECT_TRUE(status == (length <= 13 ? JX_OK : JXHOST_E_NOROOM)) << length << " " << status;
+  }
+}
+
+}  // namespace

@@ -7,14 +7,14 @@ namespace jxhost {
 
 // How an encoding is converted.
 enum class Form : uint8_t {
-  kByte,      // byte n is character n
-  kAscii,     // byte n is character n, below 128
-  kUtf8,      //
-  kUtf16Be,   //
-  kUtf16Le,   //
-  kUtf32Be,   //
-  kUtf32Le,   //
-  kPage,      // one byte a character, no two the same, by a table made from the C library's
+  kByte,   // byte n is character n
+  kAscii,  // byte n is character n, below 128
+  kUtf8,
+  kUtf16Be,
+  kUtf16Le,
+  kUtf32Be,
+  kUtf32Le,   // JXChar
+  kPage,      // one byte a character, no two the same, by the C library's table
   kIconv,     // by the C library; characters are independent of one another
   kJoining,   // by the C library, which may join a character with the one before it
   kShifting,  // by the C library; bytes mean what the last shift or escape sequence says

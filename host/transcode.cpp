@@ -110,8 +110,6 @@ bool set_up_chain(Transcoder &transcoder, const Encoding &from, const Encoding &
 }  // namespace
 
 Step::Step() = default;
-Step::Step(Step &&) noexcept = default;
-Step &Step::operator=(Step &&) noexcept = default;
 Step::~Step() = default;
 
 JXStatus resume(Transcoder &transcoder, Cursor &cursor) {
@@ -158,7 +156,8 @@ JXStatus finish(const Step &step, Cursor &cursor) {
 }
 
 bool set_up(Transcoder &transcoder, const Encoding &from, const Encoding &to) {
-  // Text that stays in its encoding is checked where that costs nothing and copied where it does.
+  // Text that stays in an encoding of the C library is copied, as it is where no transcoder is
+  // asked for: the way to JXChar and back does not lead to the same bytes in all of them.
   const bool is_copy = from.number == to.number && from.form >= Form::kPage;
   const Pair pair =
       is_copy ? direct_pair(Form::kByte, Form::kByte) : direct_pair(from.form, to.form);

@@ -39,8 +39,8 @@ using TranscodeSlot = decltype(JXTranscoder::transcode);
 class IconvHandle {
  public:
   IconvHandle() = default;
-  IconvHandle(IconvHandle &&other) noexcept;
-  IconvHandle &operator=(IconvHandle &&other) noexcept;
+  IconvHandle(const IconvHandle &) = delete;
+  IconvHandle &operator=(const IconvHandle &) = delete;
   ~IconvHandle();
 
   // Opens the conversion; false when the C library has none or memory is out.
@@ -62,8 +62,6 @@ struct Step {
   std::unique_ptr<const Chain> chain;    // the two steps this one consists of
 
   Step();
-  Step(Step &&) noexcept;
-  Step &operator=(Step &&) noexcept;
   ~Step();
 };
 

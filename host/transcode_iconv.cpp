@@ -3,7 +3,6 @@
 #include <iconv.h>
 
 #include <cerrno>
-#include <utility>
 
 #include "host/transcode.hpp"
 #include "jx/jxhost.h"
@@ -70,14 +69,6 @@ bool find_maps_tags(const Step &step) {
 iconv_t no_descriptor() { return reinterpret_cast<iconv_t>(-1); }
 
 }  // namespace
-
-IconvHandle::IconvHandle(IconvHandle &&other) noexcept
-    : descriptor_(std::exchange(other.descriptor_, nullptr)) {}
-
-IconvHandle &IconvHandle::operator=(IconvHandle &&other) noexcept {
-  std::swap(descriptor_, other.descriptor_);
-  return *this;
-}
 
 IconvHandle::~IconvHandle() {
   if (descriptor_) iconv_close(descriptor_);

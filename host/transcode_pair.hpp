@@ -1,8 +1,8 @@
 // The direct conversion between two encodings: one function a pair.
 #pragma once
 
-#include "host/transcode_codecs.hpp"
-#include "host/transcode_vector.hpp"
+#include "host/transcode_groups.hpp"
+#include "host/transcode_runs.hpp"
 #include "jx/jxhost.h"
 
 namespace jxhost {
@@ -40,7 +40,7 @@ JXStatus convert_pair(const Step &step, Cursor &cursor) {
   JXStatus status = JX_OK;
   bool is_cut = false;
   while (at.in != at.in_end) {
-    if constexpr (kRunLimit < Source, Target >> 0) copy_run<Source, Target>(at);
+    if constexpr (kHasRuns<Source, Target>) copy_run<Source, Target>(at);
     if (at.in == at.in_end) break;
     for (size_t plain = 0; plain < plain_max<Source, Target>() && at.in != at.in_end;) {
       const bool is_plain = starts_run<Source, Target>(at);

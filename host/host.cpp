@@ -116,7 +116,10 @@ uint32_t jxhost_destroy(JXHost *host) {
   jxhost::unload_all(owner.get());
   const uint32_t leaked_count = jxhost_live_objects(host);
   // The newest first: an object may need those made before it.
-  while (owner->newest) jxhost::free_leaked(owner->newest);
+  for (Live *object = owner->newest, *older; object; object = older) {
+    older = object->previous;
+    jxhost::free_leaked(object);
+  }
   return leaked_count;
 }
 

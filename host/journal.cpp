@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <cstdarg>
 #include <cstring>
@@ -76,8 +77,8 @@ class Output {
 // A line in the caller's buffer.
 struct Buffer {
   Buffer(uintptr_t buffer, uintptr_t capacity_chars, uintptr_t chars_out)
-      : line(reinterpret_cast<JXChar *>(buffer), static_cast<uint32_t>(capacity_chars)),
-        length_out(reinterpret_cast<uint32_t *>(chars_out)),
+      : line(std::bit_cast<JXChar *>(buffer), static_cast<uint32_t>(capacity_chars)),
+        length_out(std::bit_cast<uint32_t *>(chars_out)),
         is_valid(buffer != 0 || capacity_chars == 0) {}
 
   JXStatus finish() {

@@ -48,7 +48,7 @@ class PointerSet {
   template <typename Use>
   void for_each(Use use) const {
     for (size_t i = 0; i < capacity_; ++i) {
-      if (slots_[i] > kTaken) use(reinterpret_cast<void *>(slots_[i]));
+      if (slots_[i] > kTaken) use(std::bit_cast<void *>(slots_[i]));
     }
   }
 

@@ -65,7 +65,7 @@ Entry *Table::find(const void *key, uint32_t key_bytes, uint32_t hash) const {
 bool Table::reserve() {
   if (keyed_count < bucket_count) return true;
   const size_t new_count = bucket_count ? bucket_count * 2 : 16;
-  Block<Entry *> fresh(static_cast<Entry **>(std::calloc(new_count, sizeof(Entry *))));
+  Block<Entry *> fresh(static_cast<Entry **>(std::calloc(new_count, sizeof(void *))));
   // A full set of buckets still works, only slower.
   if (!fresh) return bucket_count != 0;
   for (Entry *entry = first; entry; entry = after(entry)) {

@@ -1,10 +1,9 @@
-// The handle and its smaller objects: locks, options, small extensions, the loader, leaks.
+// The handle and its smaller objects: locks, options, "jxitcp", the loader, leaks.
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <array>
+#include <cstdlib>
 #include <ctime>
-#include <set>
 #include <thread>
 
 #include "host/test_host.hpp"
@@ -17,7 +16,6 @@ namespace {
 TEST(Lock, ExcludesAndAnswersMisuse) {
   TestHost host;
   JXLock *lock = host.lock();
-  EXPECT_EQ(lock->lock_release(lock), JXHOST_E_LOCKSTATE);
   int counter = 0;
   const auto count_up = [&] {
     for (int i = 0; i < 20000; ++i) {
@@ -31,6 +29,7 @@ TEST(Lock, ExcludesAndAnswersMisuse) {
   other.join();
   EXPECT_EQ(counter, 40000);
 
+  EXPECT_EQ(lock->lock_release(lock), JXHOST_E_LOCKSTATE);
   EXPECT_EQ(lock->lock_acquire(lock, 1, 1), JX_OK);
   EXPECT_EQ(lock->lock_acquire(lock, 1, 1), JXHOST_E_LOCKSTATE);
   std::thread([&] { EXPECT_EQ(lock->lock_release(lock), JXHOST_E_LOCKSTATE); }).join();
@@ -43,36 +42,27 @@ TEST(Option, AnswersByNameTypeAndRoom) {
   TestHost host;
   ASSERT_EQ(jxhost_set_option(host.get(), "test.answer", 41), JX_OK);
   ASSERT_EQ(jxhost_set_option(host.get(), "test.answer", 42), JX_OK);
-  EXPECT_EQ(jxhost_set_option(host.get(), "", 1), JX_E_BADARG);
   EXPECT_EQ(jxhost_set_option(host.get(), "\xC3\xA9", 1), JX_E_BADARG);
-  const int32_t pid = getpid();
   struct Row {
     const char *name;
     uint32_t type, size_bytes;
     JXStatus status;
     int32_t value;
   };
-  constexpr Row kRows[] = {
-      {"test.answer", 3, 4, JX_OK, 42},
-      {"test.answer", 3, 8, JX_OK, 42},
-      {"test.answer", 2, 4, JXHOST_E_NOOPTION, -1},
-      {"test.answer", 3, 3, JXHOST_E_NOROOM, -1},
-      {"test.answe", 3, 4, JXHOST_E_NOOPTION, -1},
-      {"test.answer2", 3, 4, JXHOST_E_NOOPTION, -1},
-      {"", 3, 4, JXHOST_E_NOOPTION, -1},
-      {"host.process_id", 3, 4, JX_OK, 0},
+  const Row rows[] = {
+      {"test.answer", 3, 8, JX_OK, 42},           {"test.answer", 2, 4, JXHOST_E_NOOPTION, -1},
+      {"test.answer", 3, 3, JXHOST_E_NOROOM, -1}, {"test.answe", 3, 4, JXHOST_E_NOOPTION, -1},
+      {"host.process_id", 3, 4, JX_OK, getpid()},
   };
-  for (const Row &row : kRows) {
-    SCOPED_TRACE(std::string(row.name) + " type " + std::to_string(row.type));
+  for (const Row &row : rows) {
     const JXString name = jx(std::string_view(row.name));
     int32_t value = -1;
     uint32_t size_bytes = row.size_bytes;
     EXPECT_EQ(host->get_option(host.get(), name.data(), chars(name), row.type, &value, &size_bytes),
-              row.status);
-    EXPECT_EQ(value, row.value == 0 ? pid : row.value);
-    if (row.status == JX_OK || row.status == JXHOST_E_NOROOM) {
-      EXPECT_EQ(size_bytes, 4u);
-    }
+              row.status)
+        << row.name;
+    EXPECT_EQ(value, row.value) << row.name;
+    EXPECT_EQ(size_bytes, row.status == JXHOST_E_NOOPTION ? row.size_bytes : 4) << row.name;
   }
 }
 
@@ -81,49 +71,27 @@ TEST(Host, TakesItsConfiguration) {
   config.extensions = JXHOST_ITCP;
   config.time_zone_set = 1;
   config.time_zone = -19800;
-  config.process_id = 7;
   config.host_name8 = "caf\xE9.example";
   TestHost host(config);
   EXPECT_EQ(host->time_zone, -19800);
-  EXPECT_EQ(host->locale->decimal_point, JXChar{'.'});
-  EXPECT_EQ(host.extension("jxelm"), nullptr);
-  EXPECT_EQ(host.extension("jxsecure"), nullptr);
-  EXPECT_EQ(host.extension("jxitc"), nullptr);
-  const JXString name = jx("host.process_id");
-  int32_t pid = 0;
-  uint32_t size_bytes = sizeof pid;
-  EXPECT_EQ(host->get_option(host.get(), name.data(), chars(name), 3, &pid, &size_bytes), JX_OK);
-  EXPECT_EQ(pid, 7);
-
-  auto *itcp = reinterpret_cast<JXItcp *>(host.extension("jxitcp"));
-  struct Row {
-    uint32_t room, form;
-    JXStatus status;
-    const char *name;
-  };
-  for (const Row &row : {Row{30, 2, JX_OK, "caf\xE9.example"}, Row{12, 2, JX_OK, "caf\xE9.example"},
-                         Row{4, 2, JX_E_TRUNCATED, "caf\xE9"}, Row{0, 2, JX_E_TRUNCATED, ""}}) {
-    JXChar buffer[30];
-    uint32_t length = row.room;
-    EXPECT_EQ(itcp->get_host_name(itcp, buffer, &length, row.form), row.status) << row.room;
-    EXPECT_EQ(narrow(buffer, length), row.name) << row.room;
+  for (const char *name : {"jxelm", "jxsecure", "jxitc"}) {
+    EXPECT_EQ(host.extension(name), nullptr) << name;
   }
-  uint32_t length = 0;
-  EXPECT_EQ(itcp->get_host_name(itcp, nullptr, &length, 1), JX_E_UNSUPPORTED);
+  auto *itcp = reinterpret_cast<JXItcp *>(host.extension("jxitcp"));
+  for (const auto &[room, status] : {std::pair{30u, JX_OK}, {12u, JX_OK}, {4u, JX_E_TRUNCATED}}) {
+    JXChar buffer[30];
+    uint32_t length = room;
+    EXPECT_EQ(itcp->get_host_name(itcp, buffer, &length, 2), status) << room;
+    EXPECT_EQ(narrow(buffer, length), std::string(config.host_name8).substr(0, room));
+  }
   auto *extension = reinterpret_cast<JXExtension *>(itcp);
   EXPECT_EQ(extension->release_extension(extension), JX_OK);
 }
 
 TEST(Host, TimeZoneOfTheProcess) {
-  const char *before = std::getenv("TZ");
-  const std::string saved = before ? before : "";
-  for (const auto &[zone, west] :
-       {std::pair{"UTC0", 0}, {"XXX3:30", 12600}, {"YYY-5:45", -20700}}) {
-    setenv("TZ", zone, 1);
-    TestHost host;
-    EXPECT_EQ(host->time_zone, west) << zone;
-  }
-  before ? setenv("TZ", saved.c_str(), 1) : unsetenv("TZ");
+  setenv("TZ", "XXX3:30", 1);
+  EXPECT_EQ(TestHost()->time_zone, 12600);
+  unsetenv("TZ");
   tzset();
 }
 
@@ -134,12 +102,10 @@ TEST(Host, FreesAndCountsWhatLeaked) {
   ASSERT_NE(pool->pool_allocate(pool, 100, 0), nullptr);
   ASSERT_NE(host.lock(), nullptr);
   JXTable *table = host.table();
-  int value = 0;
-  ASSERT_NE(table->table_insert(table, 0, 0, &value, nullptr, "key", 3, 0), 0);
-  // Its code may be gone by then, so the host must not call it.
-  ASSERT_EQ(
-      table->table_set_entry_destructor(table, 0, [](JXTableEntry *) -> JXStatus { abort(); }),
-      JX_OK);
+  ASSERT_NE(table->table_insert(table, 0, 0, pool, nullptr, "key", 3, 0), 0);
+  // The code of a destructor may be gone by then, so the host must not call it.
+  const JXEntryDestructor fail = [](JXTableEntry *) -> JXStatus { std::abort(); };
+  ASSERT_EQ(table->table_set_entry_destructor(table, 0, fail), JX_OK);
   auto *elm = reinterpret_cast<JXElm *>(host.extension("jxelm"));
   const JXString path = jx("/dev/null");
   const JXOpenRequest request = {path.data(), chars(path), 0, O_RDONLY, {}};
@@ -157,42 +123,35 @@ TEST(Host, FreesAndCountsWhatLeaked) {
 
 TEST(Loader, SaysWhyItRefuses) {
   TestHost host;
-  TempDir dir;
-  write_file(dir.file("text"), "no module");
   struct Row {
-    std::string path;
+    const char *path;
     uintptr_t owner;
     const char *error;
   };
-  const Row rows[] = {
+  constexpr Row kRows[] = {
       {"", 0, "are needed"},
-      {dir.file("missing"), 0, "No such file"},
-      {dir.file("text"), 0, "cannot load the module"},
+      {"/no/module.so", 0, "No such file"},
       {"libm.so.6", 0, "no routine \"jxextent\""},
       {JX_BAD_MODULE, 0, "entry failed"},
       {JX_BAD_MODULE, 1, "does not begin with \"nevo\""},
       {JX_BAD_MODULE, 2, "needs host version 3.2.2; this host is version 3.2.1"},
   };
-  for (const Row &row : rows) {
+  for (const Row &row : kRows) {
     JXHostModule *module = reinterpret_cast<JXHostModule *>(&host);
     const char *error = nullptr;
     const auto owner = reinterpret_cast<JXOwner>(row.owner);
-    EXPECT_EQ(jxhost_load(host.get(), row.path.c_str(), owner, &module, &error), nullptr);
+    EXPECT_EQ(jxhost_load(host.get(), row.path, owner, &module, &error), nullptr);
     EXPECT_EQ(module, nullptr);
     EXPECT_NE(std::string(error).find(row.error), std::string::npos) << error;
   }
 }
 
 TEST(Loader, LoadsForOneHostAtATime) {
-  TestHost host;
-  TestHost other;
-  JXHostModule *first = nullptr;
-  JXHostModule *second = nullptr;
+  TestHost host, other;
+  JXHostModule *first = nullptr, *second = nullptr;
   const char *error = nullptr;
   JXInstance *instance = jxhost_load(host.get(), JXWEM_PATH, nullptr, &first, &error);
   ASSERT_NE(instance, nullptr) << error;
-  EXPECT_EQ(*static_cast<JXHost **>(jxhost_symbol(first, "Exported_JXHandle")), host.get());
-  EXPECT_EQ(jxhost_symbol(first, "no such name"), nullptr);
   EXPECT_EQ(jxhost_load(other.get(), JXWEM_PATH, nullptr, &second, &error), nullptr);
   EXPECT_NE(std::string(error).find("another host"), std::string::npos);
   EXPECT_NE(jxhost_load(host.get(), JXWEM_PATH, nullptr, &second, &error), instance);
@@ -200,22 +159,6 @@ TEST(Loader, LoadsForOneHostAtATime) {
   EXPECT_EQ(host.end(), 0u) << "the host unloads the second by itself";
   ASSERT_NE(jxhost_load(other.get(), JXWEM_PATH, nullptr, &first, &error), nullptr) << error;
   jxhost_unload(first);
-}
-
-TEST(Catalogue, NamesEveryStatusOnce) {
-  std::set<std::string> names;
-  uint32_t count = 0;
-  while (const JXStatus status = jxhost_status_at(count)) {
-    names.insert(jxhost_status_name(status));
-    EXPECT_NE(jxhost_status_text(status), nullptr) << count;
-    ++count;
-  }
-  EXPECT_EQ(names.size(), count);
-  for (const char *name : {"JXWEM_E_NOMEMBER", "JXHOST_E_LEAKED", "JXELM_E_BUSY5"}) {
-    EXPECT_TRUE(names.contains(name)) << name;
-  }
-  EXPECT_EQ(jxhost_status_name(0x12345678), nullptr);
-  EXPECT_STREQ(jxhost_status_name(JX_OK), "JX_OK");
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// A host for one test: its journal is kept, and what it leaks is counted.
+// A host for one test: its journal is kept, where the configuration names no other place for it,
+// and what it leaks is counted.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -14,11 +15,7 @@ namespace jx::test {
 class TestHost {
  public:
   explicit TestHost(JXHostConfig config = JXHOST_CONFIG_INIT) {
-    config.journal_sink = [](void *context, uint32_t level, JXStatus status, const char *text8) {
-      const char *name = jxhost_status_name(status);
-      static_cast<TestHost *>(context)->lines_.push_back(
-          std::to_string(level) + " " + (name ? name : std::to_string(status)) + " " + text8);
-    };
+    if (config.journal_fd < 0) config.journal_sink = keep_line;
     config.journal_context = this;
     host_ = jxhost_create(&config);
   }
@@ -45,6 +42,12 @@ class TestHost {
   }
 
  private:
+  static void keep_line(void *context, uint32_t level, JXStatus status, const char *text8) {
+    const char *name = jxhost_status_name(status);
+    static_cast<TestHost *>(context)->lines_.push_back(
+        std::to_string(level) + " " + (name ? name : std::to_string(status)) + " " + text8);
+  }
+
   JXHost *host_;
   std::vector<std::string> lines_;
 };

@@ -60,29 +60,31 @@ struct Plain {
 
 constexpr uint32_t kMostPlain = 999;  // width and precision beyond it are left to the full parser
 
-uint32_t read_plain_number(const JXChar *&at, const JXChar *end) {
+uint32_t read_plain_number(const JXChar **at, const JXChar *end) {
   uint32_t number = 0;
-  for (; at < end && *at - '0' < 10 && number <= kMostPlain; ++at) number = number * 10 + *at - '0';
+  for (; *at < end && **at - '0' < 10 && number <= kMostPlain; ++*at) {
+    number = number * 10 + (**at - '0');
+  }
   return number;
 }
 
-Plain read_plain(const Format &format, int32_t start) {
+void read_plain(const Format &format, int32_t start, Plain *plain) {
   const JXChar *at = format.text + start + 1;
   const JXChar *const end = format.text + format.chars;
-  Plain plain = {nullptr, 0, 0, kNone, 0, *at == '0', *at == '*'};
-  if (plain.has_star) {
-    ++at;
-  } else {
-    plain.width = read_plain_number(at, end);
-  }
+  plain->with_zeros = *at == '0';
+  plain->has_star = *at == '*';
+  if (plain->has_star) ++at;
+  plain->width = plain->has_star ? 0 : read_plain_number(&at, end);
+  plain->precision = kNone;
   if (at < end && *at == '.') {
-    plain.precision = static_cast<int32_t>(read_plain_number(++at, end));
+    ++at;
+    plain->precision = static_cast<int32_t>(read_plain_number(&at, end));
   }
-  for (; at < end && *at == 'l' && plain.long_count < 2; ++at) ++plain.long_count;
-  const bool is_small = plain.width <= kMostPlain && plain.precision <= int32_t{kMostPlain};
-  if (at < end && is_small) plain.letter = *at;
-  plain.end = at + 1;
-  return plain;
+  plain->long_count = 0;
+  for (; at < end && *at == 'l' && plain->long_count < 2; ++at) ++plain->long_count;
+  const bool is_small = plain->width <= kMostPlain && plain->precision <= int32_t{kMostPlain};
+  plain->letter = at < end && is_small ? *at : 0;
+  plain->end = at + 1;
 }
 
 // The next integer of the list, by the number of letters l.
@@ -149,7 +151,9 @@ void put_plain_string(const Plain &plain, Arguments *arguments, Sink *sink) {
 int32_t put_plain(const Format &format, int32_t written, int32_t start, JXChar decimal_point,
                   Arguments *arguments, Sink *sink) {
   constexpr int32_t kLongestInteger = 21;
-  const Plain plain = read_plain(format, start);
+  // Left without a first value, it can stay in registers.
+  Plain plain __attribute__((uninitialized));
+  read_plain(format, start, &plain);
   switch (plain.letter) {
     case 'd':
     case 'i':

@@ -86,4 +86,44 @@ inline void write_decimal(JXChar *end, uint64_t value) {
   write_decimal(end, static_cast<uint32_t>(value));
 }
 
+inline constexpr uint32_t kHighestBase = 16;
+
+// The number of digits of value in a base from 2 to 16; 1 for 0.
+template <typename Word>
+uint32_t count_digits(Word value, uint32_t base) {
+  if (base == 10) return decimal_count(value);
+  const auto bits = static_cast<uint32_t>(std::bit_width(value | 1u));
+  switch (base) {
+    case 16:
+      return (bits + 3) / 4;
+    case 8:
+      return (bits + 2) / 3;
+    case 4:
+      return (bits + 1) / 2;
+    case 2:
+      return bits;
+    default:
+      break;
+  }
+  uint32_t count = 1;
+  for (; value >= base; value /= base) ++count;
+  return count;
+}
+
+// Stores the `count` digits of value so that the last one is just before end.
+template <typename Word>
+void write_digits(Word value, uint32_t base, bool uppercase, JXChar *end, uint32_t count) {
+  if (base == 10) {
+    write_decimal(end, value);
+    return;
+  }
+  const JXChar *table = uppercase ? kUpTable : kLowTable;
+  if ((base & (base - 1)) == 0) {
+    const int bits_per_digit = std::countr_zero(base);
+    for (; count > 0; --count, value >>= bits_per_digit) *--end = table[value & (base - 1)];
+    return;
+  }
+  for (; count > 0; --count, value /= base) *--end = table[value % base];
+}
+
 }  // namespace jx

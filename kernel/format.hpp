@@ -2,10 +2,14 @@
 // its field is rendered, and everything goes out through one sink.
 #pragma once
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdint>
+#include <utility>
 
+#include "kernel/digits.hpp"
 #include "kernel/kernel.hpp"
+#include "kernel/scan.hpp"
 
 namespace jx {
 
@@ -51,28 +55,30 @@ struct Conversion {
 // A width or a precision.
 struct Amount {
   enum class Origin : uint8_t { kAbsent, kText, kNextArgument, kNumberedArgument };
-  Origin origin = Origin::kAbsent;
   int32_t value = 0;  // kText: the amount; kNumberedArgument: the argument's index
+  Origin origin = Origin::kAbsent;
 };
+
+// Flags of a directive.
+inline constexpr uint8_t kLeft = 1;
+inline constexpr uint8_t kPlus = 2;
+inline constexpr uint8_t kSpace = 4;
+inline constexpr uint8_t kAlternate = 8;
+inline constexpr uint8_t kZero = 16;
 
 // A directive as it stands in the format.
 struct Directive {
-  int32_t start;          // of its "%"
-  int32_t end;            // just after its conversion character, or the end of the format
+  int32_t start = 0;      // of its "%"
+  int32_t end = 0;        // just after its conversion character, or the end of the format
   int32_t argument = -1;  // index of the numbered argument; -1: the next one of the list
   Amount width;
   Amount precision;
-  bool left = false;  // flags, after "-" has cancelled "0" and "+" has cancelled " "
-  bool plus = false;
-  bool space = false;
-  bool alternate = false;
-  bool zero = false;
+  uint8_t flags = 0;  // after "-" has cancelled "0" and "+" has cancelled " "
   LengthModifier length = LengthModifier::kNone;
-  const Conversion *conversion = nullptr;  // null: the directive is not valid
+  ArgumentType type = ArgumentType::kNone;  // of the value
+  const Conversion *conversion = nullptr;   // null: the directive is not valid
 
-  ArgumentType type() const {
-    return conversion ? conversion->types[static_cast<uint8_t>(length)] : ArgumentType::kNone;
-  }
+  bool has(uint8_t flag) const { return (flags & flag) != 0; }
   bool names_arguments() const {
     return argument >= 0 || width.origin == Amount::Origin::kNumberedArgument ||
            precision.origin == Amount::Origin::kNumberedArgument;
@@ -94,21 +100,28 @@ struct Value {
   };
 };
 
-// Conversions between what was taken and what is needed. Floating values are truncated toward zero;
-// one that is out of range becomes the lowest integer.
-int64_t integer64_of(const Value &value);
-int32_t integer32_of(const Value &value);
+// Floating values truncated toward zero; one that is out of range becomes the lowest integer.
+int64_t truncated64_of(const Value &value);
+int32_t truncated32_of(const Value &value);
+
+// Conversions between what was taken and what is needed.
+inline bool is_floating(ArgumentType type) { return type >= ArgumentType::kDouble; }
+inline int64_t integer64_of(const Value &value) {
+  return is_floating(value.type) ? truncated64_of(value) : value.integer;
+}
+inline int32_t integer32_of(const Value &value) {
+  return is_floating(value.type) ? truncated32_of(value) : static_cast<int32_t>(value.integer);
+}
 double real_of(const Value &value);
 // The address of a string; null when the argument was taken as something else.
 const void *address_of(const Value &value);
 
-// The argument list of one call.
+// The argument list of one call. Whoever makes it starts and ends the list.
 class Arguments {
  public:
-  explicit Arguments(va_list list) { va_copy(list_, list); }
+  Arguments() = default;
   Arguments(const Arguments &) = delete;
   Arguments &operator=(const Arguments &) = delete;
-  ~Arguments() { va_end(list_); }
 
   // Notes what a directive needs of the numbered arguments.
   void note(const Directive &directive);
@@ -117,14 +130,27 @@ class Arguments {
   bool has_numbered() const { return has_numbered_; }
 
   // The value of a directive; an argument that nobody needed reads as zero.
-  void get_value(const Directive &directive, Value *value);
-  int32_t amount_of(const Amount &amount);
+  void get_value(const Directive &directive, Value *value) {
+    if (directive.argument < 0 && directive.type == ArgumentType::kInt) {
+      value->type = ArgumentType::kInt;
+      value->integer = va_arg(list, int);
+      return;
+    }
+    fetch_value(directive, value);
+  }
+  // A width or a precision; 0 when there is none.
+  int32_t amount_of(const Amount &amount) {
+    return amount.origin <= Amount::Origin::kText ? amount.value : fetch_amount(amount);
+  }
+
+  va_list list;
 
  private:
+  void fetch_value(const Directive &directive, Value *value);
+  int32_t fetch_amount(const Amount &amount);
   void note_type(int32_t argument, ArgumentType type);
   void take(ArgumentType type, Value *value);
 
-  va_list list_;
   bool has_numbered_ = false;
   Value numbered_[kArgumentCount];  // valid when has_numbered_ is set
 };
@@ -134,26 +160,39 @@ class Arguments {
 class Sink {
  public:
   Sink(JXChar *buffer, int32_t capacity_chars)
-      : buffer_(buffer), capacity_chars_(capacity_chars > 0 ? capacity_chars : 0) {}
+      : buffer_(buffer ? buffer : &nowhere_),
+        place_(buffer_),
+        room_chars_(static_cast<uint32_t>(std::max(capacity_chars, 0))) {}
 
   uint64_t chars() const { return chars_; }
   bool is_truncated() const { return is_truncated_; }
-  // Room for a routine that writes a piece by itself, and where; it tells the outcome to add_piece.
-  int32_t room() const {
-    return is_truncated_ ? 0 : capacity_chars_ - static_cast<int32_t>(chars_);
+
+  // Room for a piece that the caller writes itself. Null, and the piece is refused, without room.
+  JXChar *add(uint64_t chars) {
+    JXChar *place = add_if_fits(chars);
+    if (!place) refuse(chars);
+    return place;
   }
-  JXChar *place() const { return is_truncated_ ? buffer_ : buffer_ + chars_; }
-  void add_piece(JXStatus status, uint64_t chars) {
-    if (status != JX_OK) is_truncated_ = true;
+  // The same for a whole field, whose pieces can be tried one by one when it does not fit.
+  JXChar *add_if_fits(uint64_t chars) {
+    if (chars > room_chars_) return nullptr;
+    room_chars_ -= static_cast<uint32_t>(chars);
     chars_ += chars;
+    return std::exchange(place_, place_ + chars);
+  }
+
+  // For a routine that writes a piece by itself: where, how much fits, and then what came of it.
+  JXChar *place() const { return place_; }
+  int32_t room_chars() const { return static_cast<int32_t>(room_chars_); }
+  void note_piece(JXStatus status, uint32_t chars) {
+    if (status != JX_OK || !add_if_fits(chars)) refuse(chars);
   }
 
   void put_text(const JXChar *text, uint32_t chars) {
-    add_piece(skzfJXString(text, chars, place(), room(), nullptr), chars);
+    if (JXChar *place = add(chars)) copy_chars(text, chars, place);
   }
   void put_character(JXChar character) {
-    if (reserve(1)) buffer_[chars_] = character;
-    ++chars_;
+    if (JXChar *place = add(1)) *place = character;
   }
   // Appends `chars` times a character, as one piece.
   void put_fill(JXChar character, uint64_t chars) { insert_fill(chars_, character, chars); }
@@ -161,13 +200,17 @@ class Sink {
   void insert_fill(uint64_t position, JXChar character, uint64_t chars);
 
  private:
-  bool reserve(uint64_t chars) {
-    if (chars > static_cast<uint64_t>(room())) is_truncated_ = true;
-    return !is_truncated_;
+  // A piece that does not fit is counted and leaves no room for any other.
+  void refuse(uint64_t chars) {
+    chars_ += chars;
+    room_chars_ = 0;
+    is_truncated_ = true;
   }
 
+  JXChar nowhere_;  // what a null buffer points to, so that a piece of no characters has a place
   JXChar *buffer_;
-  int32_t capacity_chars_;
+  JXChar *place_;        // of the next piece
+  uint32_t room_chars_;  // from there on
   bool is_truncated_ = false;
   uint64_t chars_ = 0;  // of all pieces, written or not
 };

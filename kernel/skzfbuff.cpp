@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "kernel/format.hpp"
+#include "kernel/scan.hpp"
 
 namespace {
 
@@ -20,9 +21,11 @@ constexpr int32_t kNone = -1;
 
 // The next "%" from `position` on that opens a directive: not the last character of the format.
 int32_t find_directive(const Format &format, int32_t position) {
-  const int32_t index = jxzspos(format.text + position, format.chars - position, '%');
-  if (index < 0 || position + index == format.chars - 1) return kNone;
-  return position + index;
+  if (position >= format.chars - 1) return kNone;
+  if (format.text[position] == '%') return position;
+  const auto rest = static_cast<size_t>(format.chars - position);
+  const size_t index = jx::scan_units<JXChar>(format.text + position, rest, '%');
+  return index + 1 >= rest ? kNone : position + static_cast<int32_t>(index);
 }
 
 // Reads every directive from `position` on, notes the numbered arguments and takes them.
@@ -39,28 +42,201 @@ JXStatus take_numbered(const Format &format, int32_t position, Arguments *argume
 }
 
 void put_run(const Format &format, int32_t start, int32_t end, Sink *sink) {
+  if (start == end) return;
   sink->put_text(format.text + start, static_cast<uint32_t>(end - start));
 }
 
+// A directive of the form % [0] [width or *] [.precision] [l] [l] letter, which most are: it needs
+// no record, only what fits into registers.
+struct Plain {
+  const JXChar *end;    // just after the letter
+  JXChar letter;        // 0: the directive is of another form
+  uint32_t width;       // 0: none
+  int32_t precision;    // kNone: none
+  uint32_t long_count;  // letters l
+  bool with_zeros;
+  bool has_star;  // the width is the next argument
+};
+
+constexpr uint32_t kMostPlain = 999;  // width and precision beyond it are left to the full parser
+
+uint32_t read_plain_number(const JXChar **at, const JXChar *end) {
+  uint32_t number = 0;
+  for (; *at < end && **at - '0' < 10 && number <= kMostPlain; ++*at) {
+    number = number * 10 + (**at - '0');
+  }
+  return number;
+}
+
+void read_plain(const Format &format, int32_t start, Plain *plain) {
+  const JXChar *at = format.text + start + 1;
+  const JXChar *const end = format.text + format.chars;
+  plain->with_zeros = *at == '0';
+  plain->has_star = *at == '*';
+  if (plain->has_star) ++at;
+  plain->width = plain->has_star ? 0 : read_plain_number(&at, end);
+  plain->precision = kNone;
+  if (at < end && *at == '.') {
+    ++at;
+    plain->precision = static_cast<int32_t>(read_plain_number(&at, end));
+  }
+  plain->long_count = 0;
+  for (; at < end && *at == 'l' && plain->long_count < 2; ++at) ++plain->long_count;
+  const bool is_small = plain->width <= kMostPlain && plain->precision <= int32_t{kMostPlain};
+  plain->letter = at < end && is_small ? *at : 0;
+  plain->end = at + 1;
+}
+
+// The next integer of the list, by the number of letters l.
+int64_t next_integer(uint32_t long_count, bool is_signed, Arguments *arguments) {
+  if (long_count == 2) return va_arg(arguments->list, long long);
+  if (long_count == 1 && is_signed) return va_arg(arguments->list, long);
+  if (long_count == 1) return static_cast<int64_t>(va_arg(arguments->list, unsigned long));
+  const int number = va_arg(arguments->list, int);
+  return is_signed ? number : static_cast<int64_t>(static_cast<uint32_t>(number));
+}
+
+// Writes an integer field that fits.
+void put_plain_integer(const Plain &plain, Arguments *arguments, Sink *sink) {
+  const uint32_t base = (plain.letter | 0x20) == 'x' ? 16 : 10;
+  const bool is_signed = plain.letter == 'd' || plain.letter == 'i';
+  const int64_t number = next_integer(plain.long_count, is_signed, arguments);
+  const bool is_negative = is_signed && number < 0;
+  const uint64_t magnitude =
+      is_negative ? 0 - static_cast<uint64_t>(number) : static_cast<uint64_t>(number);
+  const bool is_short = magnitude <= UINT32_MAX;
+  const auto low = static_cast<uint32_t>(magnitude);
+  uint32_t digits = is_short ? jx::count_digits(low, base) : jx::count_digits(magnitude, base);
+  // Zeros in front of hexadecimal digits are digits themselves: no run whose length varies.
+  if (base == 16 && plain.with_zeros) digits = std::max(digits, plain.width);
+  const uint32_t chars = digits + (is_negative ? 1 : 0);
+  const uint32_t padding = plain.width > chars ? plain.width - chars : 0;
+  JXChar *at = sink->add(chars + padding);
+  JXChar *const end = at + chars + padding;
+  if (is_negative && plain.with_zeros) *at++ = '-';
+  for (uint32_t i = 0; i < padding; ++i) *at++ = plain.with_zeros ? '0' : ' ';
+  if (is_negative && !plain.with_zeros) *at = '-';
+  if (is_short) {
+    jx::write_digits(low, base, plain.letter == 'X', end, digits);
+  } else {
+    jx::write_digits(magnitude, base, plain.letter == 'X', end, digits);
+  }
+}
+
+void put_plain_double(const Plain &plain, JXChar decimal_point, Arguments *arguments, Sink *sink) {
+  const double number = va_arg(arguments->list, double);
+  if (number < 0) sink->put_character('-');
+  uint32_t count = 0;
+  const JXStatus status = skzfDouble(number, plain.letter, decimal_point, 0, plain.precision, 0,
+                                     sink->place(), sink->room_chars(), &count);
+  sink->note_piece(status, count);
+}
+
+void put_plain_string(const Plain &plain, Arguments *arguments, Sink *sink) {
+  const int64_t width = plain.has_star ? va_arg(arguments->list, int) : int64_t{plain.width};
+  const auto *text = va_arg(arguments->list, const JXChar *);
+  const uint64_t start = sink->chars();
+  const uint32_t chars = skStrTLen(text);
+  sink->put_text(text, chars);
+  if (width > int64_t{chars}) {
+    sink->insert_fill(start, ' ', static_cast<uint64_t>(width - chars));
+  } else if (-width > int64_t{chars}) {
+    sink->put_fill(' ', static_cast<uint64_t>(-width - chars));
+  }
+}
+
+// Writes a plain directive with the run of text in front of it and returns the position after it.
+// kNone, and nothing is taken or written, when the directive is not plain or its integer might not
+// fit: then its pieces must be tried one by one.
+int32_t put_plain(const Format &format, int32_t written, int32_t start, JXChar decimal_point,
+                  Arguments *arguments, Sink *sink) {
+  constexpr int32_t kLongestInteger = 21;
+  // Left without a first value, it can stay in registers.
+  Plain plain __attribute__((uninitialized));
+  read_plain(format, start, &plain);
+  switch (plain.letter) {
+    case 'd':
+    case 'i':
+    case 'u':
+    case 'x':
+    case 'X':
+      if (plain.has_star || plain.precision != kNone ||
+          sink->room_chars() - (start - written) - kLongestInteger <
+              static_cast<int32_t>(plain.width)) {
+        return kNone;
+      }
+      put_run(format, written, start, sink);
+      put_plain_integer(plain, arguments, sink);
+      break;
+    case 'e':
+    case 'f':
+    case 'g':
+      if (plain.has_star || plain.with_zeros || plain.width != 0 || plain.long_count != 0) {
+        return kNone;
+      }
+      put_run(format, written, start, sink);
+      put_plain_double(plain, decimal_point, arguments, sink);
+      break;
+    case 's':
+      if (plain.precision != kNone || plain.long_count != 0) return kNone;
+      put_run(format, written, start, sink);
+      put_plain_string(plain, arguments, sink);
+      break;
+    default:
+      return kNone;
+  }
+  return static_cast<int32_t>(plain.end - format.text);
+}
+
+// Any directive. `written` is where the run of text before it starts, and then where the next does.
+JXStatus put_any(const Format &format, int32_t start, JXChar decimal_point, Arguments *arguments,
+                 int32_t *written, Sink *sink) {
+  Directive directive;
+  JXStatus status = jx::parse_directive(format.text, format.chars, start, &directive);
+  if (status == JX_OK && directive.names_arguments() && !arguments->has_numbered()) {
+    status = take_numbered(format, start, arguments);
+  }
+  if (status != JX_OK) return status;
+  put_run(format, *written, start, sink);
+  jx::put_directive(format.text, directive, decimal_point, arguments, sink);
+  *written = directive.end;
+  return JX_OK;
+}
+
 JXStatus put_format(const Format &format, JXChar decimal_point, Arguments *arguments, Sink *sink) {
-  int32_t start = find_directive(format, 0);
-  int32_t written = start == kNone ? format.chars : start;
-  // The text in front stands even when the first directive ends the call.
-  put_run(format, 0, written, sink);
-  while (start != kNone) {
-    Directive directive;
-    JXStatus status = jx::parse_directive(format.text, format.chars, start, &directive);
-    if (status == JX_OK && directive.names_arguments() && !arguments->has_numbered()) {
-      status = take_numbered(format, start, arguments);
+  int32_t written = 0;
+  for (int32_t start = find_directive(format, 0); start != kNone;
+       start = find_directive(format, written)) {
+    // The text in front of the first directive stands even when that one ends the call.
+    if (written == 0) {
+      put_run(format, written, start, sink);
+      written = start;
     }
+    const int32_t end = put_plain(format, written, start, decimal_point, arguments, sink);
+    if (end != kNone) {
+      written = end;
+      continue;
+    }
+    const JXStatus status = put_any(format, start, decimal_point, arguments, &written, sink);
     if (status != JX_OK) return status;
-    put_run(format, written, start, sink);
-    jx::put_directive(format.text, directive, decimal_point, arguments, sink);
-    written = directive.end;
-    start = find_directive(format, written);
   }
   put_run(format, written, format.chars, sink);
   return sink->is_truncated() ? JX_E_TRUNCATED : JX_OK;
+}
+
+// Both entries: they differ in where the argument list comes from.
+JXStatus format_text(const JXLocale *locale, Format format, JXChar *buffer, int32_t capacity_chars,
+                     uint32_t *length_out, Arguments *arguments) {
+  if (length_out) *length_out = 0;
+  if (format.chars < 0) return JX_E_BADARG;
+  if (format.chars == 0) format.chars = static_cast<int32_t>(skStrTLen(format.text));
+  Sink sink(buffer, capacity_chars);
+  const JXStatus status =
+      put_format(format, locale ? locale->decimal_point : JXChar{'.'}, arguments, &sink);
+  if (length_out && status != JX_E_BADFORMAT) {
+    *length_out = static_cast<uint32_t>(std::min<uint64_t>(sink.chars(), UINT32_MAX));
+  }
+  return status;
 }
 
 }  // namespace
@@ -70,26 +246,22 @@ extern "C" {
 JXStatus jxzFormatBuffV(const JXLocale *locale, const JXChar *format, int32_t format_chars,
                         JXChar *buffer, int32_t capacity_chars, uint32_t *length_out,
                         va_list args) {
-  if (length_out) *length_out = 0;
-  if (format_chars < 0) return JX_E_BADARG;
-  if (format_chars == 0) format_chars = static_cast<int32_t>(skStrTLen(format));
-  const JXChar decimal_point = locale ? locale->decimal_point : JXChar{'.'};
-  Arguments arguments __attribute__((uninitialized)) (args);
-  Sink sink(buffer, capacity_chars);
-  const JXStatus status = put_format({format, format_chars}, decimal_point, &arguments, &sink);
-  if (length_out && status != JX_E_BADFORMAT) {
-    *length_out = static_cast<uint32_t>(std::min<uint64_t>(sink.chars(), UINT32_MAX));
-  }
+  Arguments arguments __attribute__((uninitialized));
+  va_copy(arguments.list, args);
+  const JXStatus status =
+      format_text(locale, {format, format_chars}, buffer, capacity_chars, length_out, &arguments);
+  va_end(arguments.list);
   return status;
 }
 
+// Starts the list where it is used: a copy of what va_start has just stored would wait for it.
 JXStatus jxzFormatBuff(const JXLocale *locale, const JXChar *format, int32_t format_chars,
                        JXChar *buffer, int32_t capacity_chars, uint32_t *length_out, ...) {
-  va_list args;
-  va_start(args, length_out);
+  Arguments arguments __attribute__((uninitialized));
+  va_start(arguments.list, length_out);
   const JXStatus status =
-      jxzFormatBuffV(locale, format, format_chars, buffer, capacity_chars, length_out, args);
-  va_end(args);
+      format_text(locale, {format, format_chars}, buffer, capacity_chars, length_out, &arguments);
+  va_end(arguments.list);
   return status;
 }
 

@@ -7,10 +7,6 @@ namespace jx {
 
 namespace {
 
-bool is_floating(ArgumentType type) {
-  return type == ArgumentType::kDouble || type == ArgumentType::kLongDouble;
-}
-
 // A floating value truncated toward zero; the lowest integer when it is not in range.
 template <typename Integer>
 Integer truncate(const Value &value) {
@@ -25,13 +21,8 @@ Integer truncate(const Value &value) {
 
 }  // namespace
 
-int64_t integer64_of(const Value &value) {
-  return is_floating(value.type) ? truncate<int64_t>(value) : value.integer;
-}
-
-int32_t integer32_of(const Value &value) {
-  return is_floating(value.type) ? truncate<int32_t>(value) : static_cast<int32_t>(value.integer);
-}
+int64_t truncated64_of(const Value &value) { return truncate<int64_t>(value); }
+int32_t truncated32_of(const Value &value) { return truncate<int32_t>(value); }
 
 double real_of(const Value &value) {
   if (value.type == ArgumentType::kDouble) return value.real;
@@ -49,22 +40,22 @@ void Arguments::take(ArgumentType type, Value *value) {
   switch (type) {
     case ArgumentType::kChar:
     case ArgumentType::kInt:
-      value->integer = va_arg(list_, int);
+      value->integer = va_arg(list, int);
       break;
     case ArgumentType::kLong:
-      value->integer = va_arg(list_, long);
+      value->integer = va_arg(list, long);
       break;
     case ArgumentType::kLongLong:
-      value->integer = va_arg(list_, long long);
+      value->integer = va_arg(list, long long);
       break;
     case ArgumentType::kPointer:
-      value->integer = reinterpret_cast<intptr_t>(va_arg(list_, void *));
+      value->integer = reinterpret_cast<intptr_t>(va_arg(list, void *));
       break;
     case ArgumentType::kDouble:
-      value->real = va_arg(list_, double);
+      value->real = va_arg(list, double);
       break;
     case ArgumentType::kLongDouble:
-      value->extended = va_arg(list_, long double);
+      value->extended = va_arg(list, long double);
       break;
     default:
       value->integer = 0;
@@ -87,7 +78,7 @@ void Arguments::note(const Directive &directive) {
       note_type(amount->value, ArgumentType::kLong);
     }
   }
-  if (directive.argument >= 0) note_type(directive.argument, directive.type());
+  if (directive.argument >= 0) note_type(directive.argument, directive.type);
 }
 
 void Arguments::take_numbered() {
@@ -98,23 +89,17 @@ void Arguments::take_numbered() {
   }
 }
 
-void Arguments::get_value(const Directive &directive, Value *value) {
+void Arguments::fetch_value(const Directive &directive, Value *value) {
   if (directive.argument >= 0) {
     *value = numbered_[directive.argument];
     return;
   }
-  take(directive.type(), value);
+  take(directive.type, value);
 }
 
-int32_t Arguments::amount_of(const Amount &amount) {
-  switch (amount.origin) {
-    case Amount::Origin::kNextArgument:
-      return va_arg(list_, int);
-    case Amount::Origin::kNumberedArgument:
-      return integer32_of(numbered_[amount.value]);
-    default:
-      return amount.value;
-  }
+int32_t Arguments::fetch_amount(const Amount &amount) {
+  if (amount.origin == Amount::Origin::kNextArgument) return va_arg(list, int);
+  return integer32_of(numbered_[amount.value]);
 }
 
 }  // namespace jx

@@ -11,7 +11,6 @@ namespace jx {
 namespace {
 
 constexpr int32_t kNoPrecision = -1;
-constexpr int32_t kDefaultIntegerPrecision = 1;
 constexpr int32_t kDefaultFloatingPrecision = 6;
 constexpr JXChar kOpenInvalid[2] = {'<', '<'};
 constexpr JXChar kCloseInvalid[2] = {'>', '>'};
@@ -20,24 +19,21 @@ constexpr JXChar kCloseInvalid[2] = {'>', '>'};
 struct Field {
   const Directive *directive;
   const Conversion *conversion;
-  JXChar decimal_point;
-  int64_t width;      // 0: none
+  uint64_t width;     // 0: none
   bool left;          // padding follows
   int32_t precision;  // kNoPrecision: none
 };
 
-Field resolve(const Directive &directive, JXChar decimal_point, Arguments *arguments) {
-  Field field{&directive, directive.conversion, decimal_point, 0, directive.left, kNoPrecision};
-  // The order matters: each "*" takes its argument from the list.
-  field.width = arguments->amount_of(directive.width);
-  if (field.width < 0) {
-    field.left = true;
-    field.width = -field.width;
-  }
-  if (directive.precision.origin != Amount::Origin::kAbsent) {
-    field.precision = std::max(arguments->amount_of(directive.precision), kNoPrecision);
-  }
-  return field;
+// The order matters: each "*" takes its argument from the list.
+void resolve(const Directive &directive, Arguments *arguments, Field *field) {
+  field->directive = &directive;
+  field->conversion = directive.conversion;
+  const int64_t width = arguments->amount_of(directive.width);
+  field->width = static_cast<uint64_t>(width < 0 ? -width : width);
+  field->left = width < 0 || directive.has(kLeft);
+  field->precision = directive.precision.origin == Amount::Origin::kAbsent
+                         ? kNoPrecision
+                         : std::max(arguments->amount_of(directive.precision), kNoPrecision);
 }
 
 void put_invalid(const JXChar *format, const Directive &directive, Sink *sink) {
@@ -46,82 +42,150 @@ void put_invalid(const JXChar *format, const Directive &directive, Sink *sink) {
   sink->put_text(kCloseInvalid, 2);
 }
 
-// Writes the sign character, if any, and returns how many characters that was.
-uint32_t put_sign(const Directive &directive, bool is_negative, Sink *sink) {
-  if (!is_negative && !directive.plus && !directive.space) return 0;
-  sink->put_character(is_negative ? '-' : directive.plus ? '+' : ' ');
-  return 1;
+// Pads a field that was written without its width. A sign stays in front of zeros.
+void pad(const Field &field, uint64_t start, uint32_t sign_chars, bool with_zeros, Sink *sink) {
+  const uint64_t chars = sink->chars() - start;
+  if (chars >= field.width) return;
+  const uint64_t padding = field.width - chars;
+  if (field.left) {
+    sink->put_fill(' ', padding);
+  } else if (with_zeros) {
+    sink->insert_fill(start + sign_chars, '0', padding);
+  } else {
+    sink->insert_fill(start, ' ', padding);
+  }
 }
 
-// Bits of the type that an integer directive works in.
-uint32_t type_bits(const Directive &directive) {
-  switch (directive.type()) {
-    case ArgumentType::kLongLong:
-      return 64;
+// The sign character of a number; 0: none.
+JXChar sign_of(const Directive &directive, bool is_negative) {
+  if (is_negative) return '-';
+  if (directive.has(kPlus)) return '+';
+  return directive.has(kSpace) ? ' ' : 0;
+}
+
+// Tells whether an integer directive works in 64 bits.
+bool is_wide(ArgumentType type) {
+  switch (type) {
     case ArgumentType::kLong:
-      return 8 * sizeof(long);
+      return sizeof(long) == 8;
     case ArgumentType::kPointer:
-      return 8 * sizeof(void *);
+      return sizeof(void *) == 8;
     default:
-      return 32;
+      return type == ArgumentType::kLongLong;
   }
 }
 
-// Digits, with zeros in front up to the precision; `leading` digits were written before.
-void put_digits(const Field &field, uint64_t magnitude, uint32_t leading, Sink *sink) {
-  const int32_t precision =
-      field.precision == kNoPrecision ? kDefaultIntegerPrecision : field.precision;
-  if (magnitude == 0 && precision == 0) return;
-  const Conversion &conversion = *field.conversion;
+// An integer field in parts: sign, prefix, zeros up to the precision, digits.
+struct Integer {
+  uint64_t magnitude;
+  JXChar sign;            // 0: none
+  uint32_t prefix_chars;  // "0" or "0x"
+  uint32_t zeros;
+  uint32_t digits;
+};
+
+void measure_integer(const Field &field, const Value &value, Integer *integer) {
+  const Directive &directive = *field.directive;
+  const uint32_t base = field.conversion->base;
+  const bool wide = is_wide(directive.type);
+  integer->sign = 0;
+  if (field.conversion->kind == FieldKind::kSigned) {
+    const int64_t number = wide ? integer64_of(value) : integer32_of(value);
+    integer->sign = sign_of(directive, number < 0);
+    integer->magnitude =
+        number < 0 ? 0 - static_cast<uint64_t>(number) : static_cast<uint64_t>(number);
+  } else {
+    const auto number = static_cast<uint64_t>(integer64_of(value));
+    integer->magnitude = wide ? number : static_cast<uint32_t>(number);
+  }
+  const bool has_prefix =
+      directive.has(kAlternate) && field.conversion->has_prefix && integer->magnitude != 0;
+  integer->prefix_chars = !has_prefix ? 0 : base == 8 ? 1 : 2;
+  integer->digits = integer->magnitude <= UINT32_MAX
+                        ? count_digits(static_cast<uint32_t>(integer->magnitude), base)
+                        : count_digits(integer->magnitude, base);
+  if (integer->magnitude == 0 && field.precision == 0) integer->digits = 0;
+  // The "0" of an octal number is one of its digits.
+  const uint32_t present = integer->digits + (base == 8 ? integer->prefix_chars : 0);
+  const int32_t zeros = field.precision - static_cast<int32_t>(present);
+  integer->zeros = static_cast<uint32_t>(std::max(zeros, 0));
+}
+
+void write_integer(const Conversion &conversion, const Integer &integer, JXChar *at) {
+  if (integer.digits == 0) return;
+  JXChar *end = at + integer.digits;
+  if (integer.magnitude <= UINT32_MAX) {
+    write_digits(static_cast<uint32_t>(integer.magnitude), conversion.base, conversion.uppercase,
+                 end, integer.digits);
+  } else {
+    write_digits(integer.magnitude, conversion.base, conversion.uppercase, end, integer.digits);
+  }
+}
+
+JXChar *put_prefix(const Conversion &conversion, uint32_t chars, JXChar *at) {
+  if (chars > 0) *at++ = '0';
+  if (chars > 1) *at++ = conversion.uppercase ? 'X' : 'x';
+  return at;
+}
+
+JXChar *put_run(JXChar character, uint64_t chars, JXChar *at) {
+  for (; chars > 0; --chars) *at++ = character;
+  return at;
+}
+
+// A field that fits, from left to right.
+void write_whole_integer(const Field &field, const Integer &integer, uint64_t padding, JXChar *at) {
+  const bool with_zeros = field.directive->has(kZero);
+  if (!field.left && !with_zeros) at = put_run(' ', padding, at);
+  if (integer.sign) *at++ = integer.sign;
+  if (!field.left && with_zeros) at = put_run('0', padding, at);
+  at = put_prefix(*field.conversion, integer.prefix_chars, at);
+  at = put_run('0', integer.zeros, at);
+  write_integer(*field.conversion, integer, at);
+  if (field.left) put_run(' ', padding, at + integer.digits);
+}
+
+// The same piece by piece, up to the first that does not fit. Zeros and padding are the last to be
+// tried although they stand in front.
+void put_integer_pieces(const Field &field, const Integer &integer, Sink *sink) {
   const uint64_t start = sink->chars();
-  uint32_t count = 0;
-  const JXStatus status =
-      magnitude > UINT32_MAX ? skzfIMax(magnitude, conversion.base, conversion.uppercase,
-                                        sink->place(), sink->room(), &count)
-                             : skzfIFast(static_cast<uint32_t>(magnitude), conversion.base,
-                                         conversion.uppercase, sink->place(), sink->room(), &count);
-  sink->add_piece(status, count);
-  const int64_t zeros = int64_t{precision} - count - leading;
-  if (zeros > 0) sink->insert_fill(start, '0', static_cast<uint64_t>(zeros));
+  if (integer.sign) sink->put_character(integer.sign);
+  JXChar prefix[2];
+  put_prefix(*field.conversion, integer.prefix_chars, prefix);
+  for (uint32_t i = 0; i < integer.prefix_chars; ++i) sink->put_character(prefix[i]);
+  const uint64_t digits_start = sink->chars();
+  if (JXChar *at = sink->add(integer.digits)) write_integer(*field.conversion, integer, at);
+  if (integer.zeros > 0) sink->insert_fill(digits_start, '0', integer.zeros);
+  pad(field, start, integer.sign ? 1 : 0, field.directive->has(kZero), sink);
 }
 
-uint32_t put_signed(const Field &field, const Value &value, Sink *sink) {
-  const bool is_wide = type_bits(*field.directive) == 64;
-  const int64_t number = is_wide ? integer64_of(value) : integer32_of(value);
-  const auto bits = static_cast<uint64_t>(number);
-  const uint32_t sign_chars = put_sign(*field.directive, number < 0, sink);
-  put_digits(field, number < 0 ? 0 - bits : bits, 0, sink);
-  return sign_chars;
-}
-
-void put_unsigned(const Field &field, const Value &value, Sink *sink) {
-  auto magnitude = static_cast<uint64_t>(integer64_of(value));
-  if (type_bits(*field.directive) == 32) magnitude = static_cast<uint32_t>(magnitude);
-  uint32_t leading = 0;
-  if (field.directive->alternate && field.conversion->has_prefix && magnitude != 0) {
-    sink->put_character('0');
-    if (field.conversion->base == 8) {
-      leading = 1;
-    } else {
-      sink->put_character(field.conversion->uppercase ? 'X' : 'x');
-    }
+void put_integer(const Field &field, const Value &value, Sink *sink) {
+  Integer integer __attribute__((uninitialized));
+  measure_integer(field, value, &integer);
+  const uint64_t chars =
+      uint64_t{integer.sign ? 1u : 0u} + integer.prefix_chars + integer.zeros + integer.digits;
+  const uint64_t padding = field.width > chars ? field.width - chars : 0;
+  if (JXChar *at = sink->add_if_fits(chars + padding)) {
+    write_whole_integer(field, integer, padding, at);
+  } else {
+    put_integer_pieces(field, integer, sink);
   }
-  put_digits(field, magnitude, leading, sink);
 }
 
-uint32_t put_floating(const Field &field, const Value &value, Sink *sink) {
+void put_floating(const Field &field, const Value &value, JXChar decimal_point, Sink *sink) {
+  const uint64_t start = sink->chars();
   const double number = real_of(value);
   // Missing values and other NaNs compare as not less than zero and so get no "-".
-  const bool is_negative = number < 0;
-  const uint32_t sign_chars = put_sign(*field.directive, is_negative, sink);
+  const JXChar sign = sign_of(*field.directive, number < 0);
+  if (sign) sink->put_character(sign);
   const int32_t precision =
       field.precision == kNoPrecision ? kDefaultFloatingPrecision : field.precision;
   uint32_t count = 0;
-  const JXStatus status =
-      skzfDouble(number, field.conversion->form, field.decimal_point, field.conversion->uppercase,
-                 precision, field.directive->alternate, sink->place(), sink->room(), &count);
-  sink->add_piece(status, count);
-  return sign_chars;
+  const JXStatus status = skzfDouble(
+      number, field.conversion->form, decimal_point, field.conversion->uppercase, precision,
+      field.directive->has(kAlternate), sink->place(), sink->room_chars(), &count);
+  sink->note_piece(status, count);
+  pad(field, start, sign ? 1 : 0, field.directive->has(kZero), sink);
 }
 
 // The length of a string that ends at a zero or, with a precision, after that many units. Nothing
@@ -134,89 +198,76 @@ uint32_t string_chars(const void *text, bool is_bytes, int32_t precision) {
 }
 
 void put_string(const Field &field, const Value &value, Sink *sink) {
+  const uint64_t start = sink->chars();
   const void *text = address_of(value);
-  if (!text) return;
-  const bool is_bytes = field.directive->length == LengthModifier::kShort;
-  const uint32_t chars = field.conversion->kind == FieldKind::kCountedString
-                             ? static_cast<uint32_t>(field.precision)
-                             : string_chars(text, is_bytes, field.precision);
-  if (!is_bytes) {
-    sink->put_text(static_cast<const JXChar *>(text), chars);
-    return;
+  if (text) {
+    const bool is_bytes = field.directive->length == LengthModifier::kShort;
+    const uint32_t chars = field.conversion->kind == FieldKind::kCountedString
+                               ? static_cast<uint32_t>(field.precision)
+                               : string_chars(text, is_bytes, field.precision);
+    if (is_bytes) {
+      const JXStatus status = skzfString(static_cast<const char *>(text), chars, sink->place(),
+                                         static_cast<uint32_t>(sink->room_chars()), nullptr);
+      sink->note_piece(status, chars);
+    } else {
+      sink->put_text(static_cast<const JXChar *>(text), chars);
+    }
   }
-  // Without room, and with an empty string, nothing is decoded.
-  sink->add_piece(skzfString(static_cast<const char *>(text), chars, sink->place(),
-                             static_cast<uint32_t>(sink->room()), nullptr),
-                  chars);
+  pad(field, start, 0, false, sink);
 }
 
-// Writes the field without its padding and returns the characters of its sign.
-uint32_t put_content(const Field &field, const Value &value, Sink *sink) {
-  switch (field.conversion->kind) {
-    case FieldKind::kSigned:
-      return put_signed(field, value, sink);
-    case FieldKind::kFloating:
-      return put_floating(field, value, sink);
-    case FieldKind::kUnsigned:
-      put_unsigned(field, value, sink);
-      return 0;
-    case FieldKind::kCharacter:
-      sink->put_character(static_cast<JXChar>(integer32_of(value)));
-      return 0;
-    case FieldKind::kPercent:
-      sink->put_character('%');
-      return 0;
-    default:
-      put_string(field, value, sink);
-      return 0;
-  }
-}
-
-void pad(const Field &field, uint64_t start, uint32_t sign_chars, Sink *sink) {
-  const int64_t padding = field.width - static_cast<int64_t>(sink->chars() - start);
-  if (padding <= 0) return;
-  const auto chars = static_cast<uint64_t>(padding);
-  const FieldKind kind = field.conversion->kind;
-  const bool is_number =
-      kind == FieldKind::kSigned || kind == FieldKind::kUnsigned || kind == FieldKind::kFloating;
-  if (field.left) {
-    sink->put_fill(' ', chars);
-  } else if (field.directive->zero && is_number) {
-    sink->insert_fill(start + sign_chars, '0', chars);
-  } else {
-    sink->insert_fill(start, ' ', chars);
-  }
+void put_character(const Field &field, JXChar character, Sink *sink) {
+  const uint64_t start = sink->chars();
+  sink->put_character(character);
+  pad(field, start, 0, false, sink);
 }
 
 }  // namespace
 
 void Sink::insert_fill(uint64_t position, JXChar character, uint64_t chars) {
-  if (reserve(chars)) {
-    JXChar *at = buffer_ + position;
-    const auto moved = static_cast<size_t>(chars_ - position);
-    if (moved != 0) std::memmove(at + chars, at, moved * sizeof(JXChar));
-    fill_units(at, character, static_cast<size_t>(chars));
-  }
-  chars_ += chars;
+  const uint64_t moved = chars_ - position;
+  if (!add(chars)) return;
+  JXChar *at = buffer_ + position;
+  if (moved != 0) std::memmove(at + chars, at, static_cast<size_t>(moved) * sizeof(JXChar));
+  fill_units(at, character, static_cast<size_t>(chars));
 }
 
 void put_directive(const JXChar *format, const Directive &directive, JXChar decimal_point,
                    Arguments *arguments, Sink *sink) {
-  const Field field = resolve(directive, decimal_point, arguments);
+  Field field __attribute__((uninitialized));
+  resolve(directive, arguments, &field);
   if (!field.conversion) {
     put_invalid(format, directive, sink);
     return;
   }
-  Value value;
+  Value value __attribute__((uninitialized));
   arguments->get_value(directive, &value);
-  // Whether a counted string has its count is known only now: it may come from an argument.
-  if (field.conversion->kind == FieldKind::kCountedString && field.precision == kNoPrecision) {
-    put_invalid(format, directive, sink);
-    return;
+  switch (field.conversion->kind) {
+    case FieldKind::kSigned:
+    case FieldKind::kUnsigned:
+      put_integer(field, value, sink);
+      break;
+    case FieldKind::kFloating:
+      put_floating(field, value, decimal_point, sink);
+      break;
+    case FieldKind::kCharacter:
+      put_character(field, static_cast<JXChar>(integer32_of(value)), sink);
+      break;
+    case FieldKind::kPercent:
+      sink->put_character('%');
+      break;
+    case FieldKind::kCountedString:
+      // Whether it has its count is known only now: that may come from an argument.
+      if (field.precision == kNoPrecision) {
+        put_invalid(format, directive, sink);
+      } else {
+        put_string(field, value, sink);
+      }
+      break;
+    default:
+      put_string(field, value, sink);
+      break;
   }
-  const uint64_t start = sink->chars();
-  const uint32_t sign_chars = put_content(field, value, sink);
-  pad(field, start, sign_chars, sink);
 }
 
 }  // namespace jx

@@ -1,4 +1,5 @@
 // The directive grammar: % [N$] [flags] [width] [.precision] [length] conversion.
+#include <algorithm>
 #include <array>
 #include <limits>
 
@@ -99,17 +100,21 @@ constexpr std::array<uint8_t, 128> kRows = [] {
 constexpr bool is_digit(JXChar character) { return character - '0' < 10; }
 constexpr bool is_first_digit(JXChar character) { return character - '1' < 9; }
 
+const Conversion *conversion_of(JXChar letter) {
+  if (letter >= kRows.size() || kRows[letter] == kNoRow) return nullptr;
+  return &kConversions[kRows[letter]];
+}
+
 // Walks over the format. Beyond its end it reads the character 0.
 class Cursor {
  public:
-  Cursor(const JXChar *format, int32_t format_chars, int32_t position)
-      : format_(format), format_chars_(format_chars), position_(position) {}
+  Cursor(const JXChar *place, const JXChar *end) : place_(place), end_(end) {}
 
-  int32_t position() const { return position_; }
-  JXChar peek() const { return position_ < format_chars_ ? format_[position_] : 0; }
+  const JXChar *place() const { return place_; }
+  JXChar peek() const { return place_ < end_ ? *place_ : 0; }
   JXChar next() {
     const JXChar character = peek();
-    if (position_ < format_chars_) ++position_;
+    if (place_ < end_) ++place_;
     return character;
   }
   bool skip(JXChar character) {
@@ -120,59 +125,59 @@ class Cursor {
   // The decimal digits that follow as a number; 0 when there are none, the highest number when they
   // are beyond it.
   int32_t number() {
-    constexpr int32_t kHighest = std::numeric_limits<int32_t>::max();
-    int64_t value = 0;
-    while (is_digit(peek())) {
-      value = value * 10 + static_cast<int64_t>(next() - '0');
-      if (value > kHighest) value = kHighest;
+    constexpr uint64_t kHighest = std::numeric_limits<int32_t>::max();
+    uint64_t value = 0;
+    for (; place_ < end_ && is_digit(*place_); ++place_) {
+      value = std::min(value * 10 + (*place_ - '0'), kHighest);
     }
     return static_cast<int32_t>(value);
   }
 
  private:
-  const JXChar *format_;
-  int32_t format_chars_;
-  int32_t position_;
+  const JXChar *place_;
+  const JXChar *end_;
 };
 
-void read_flags(Cursor *cursor, Directive *directive) {
-  for (;;) {
-    switch (cursor->peek()) {
-      case '-':
-        directive->left = true;
-        break;
-      case '+':
-        directive->plus = true;
-        break;
-      case ' ':
-        directive->space = true;
-        break;
-      case '#':
-        directive->alternate = true;
-        break;
-      case '0':
-        directive->zero = true;
-        break;
-      default:
-        return;
-    }
-    cursor->next();
+uint8_t flag_of(JXChar character) {
+  switch (character) {
+    case '-':
+      return kLeft;
+    case '+':
+      return kPlus;
+    case ' ':
+      return kSpace;
+    case '#':
+      return kAlternate;
+    case '0':
+      return kZero;
+    default:
+      return 0;
   }
 }
 
-// A width or a precision: "*", "*N$" or digits.
-JXStatus read_amount(Cursor *cursor, Amount *amount) {
-  if (!cursor->skip('*')) {
-    *amount = {Amount::Origin::kText, cursor->number()};
-    return JX_OK;
+uint8_t read_flags(Cursor *cursor) {
+  uint8_t flags = 0;
+  while (const uint8_t flag = flag_of(cursor->peek())) {
+    flags |= flag;
+    cursor->next();
   }
+  return flags;
+}
+
+void set_amount(int32_t value, Amount::Origin origin, Amount *amount) {
+  amount->value = value;
+  amount->origin = origin;
+}
+
+// What follows a "*": nothing, or "N$".
+JXStatus read_star(Cursor *cursor, Amount *amount) {
   if (!is_first_digit(cursor->peek())) {
-    *amount = {Amount::Origin::kNextArgument, 0};
+    set_amount(0, Amount::Origin::kNextArgument, amount);
     return JX_OK;
   }
   const int32_t number = cursor->number();
   if (!cursor->skip('$') || number > kArgumentCount) return JX_E_BADFORMAT;
-  *amount = {Amount::Origin::kNumberedArgument, number - 1};
+  set_amount(number - 1, Amount::Origin::kNumberedArgument, amount);
   return JX_OK;
 }
 
@@ -181,56 +186,71 @@ JXStatus read_front(Cursor *cursor, Directive *directive) {
   if (is_first_digit(cursor->peek())) {
     const int32_t number = cursor->number();
     if (!cursor->skip('$')) {
-      directive->width = {Amount::Origin::kText, number};
+      set_amount(number, Amount::Origin::kText, &directive->width);
       return JX_OK;
     }
     if (number > kArgumentCount) return JX_E_BADFORMAT;
     directive->argument = number - 1;
   }
-  read_flags(cursor, directive);
-  if (cursor->peek() != '*' && !is_digit(cursor->peek())) return JX_OK;
-  return read_amount(cursor, &directive->width);
+  directive->flags = read_flags(cursor);
+  if (is_digit(cursor->peek())) {
+    set_amount(cursor->number(), Amount::Origin::kText, &directive->width);
+    return JX_OK;
+  }
+  return cursor->skip('*') ? read_star(cursor, &directive->width) : JX_OK;
+}
+
+JXStatus read_precision(Cursor *cursor, Amount *precision) {
+  if (!cursor->skip('.')) return JX_OK;
+  if (cursor->skip('*')) return read_star(cursor, precision);
+  set_amount(cursor->number(), Amount::Origin::kText, precision);
+  return JX_OK;
 }
 
 LengthModifier read_length(Cursor *cursor) {
+  if (cursor->skip('l')) {
+    return cursor->skip('l') ? LengthModifier::kLongLong : LengthModifier::kLong;
+  }
   if (cursor->skip('h')) return LengthModifier::kShort;
-  if (cursor->skip('L')) return LengthModifier::kLongDouble;
-  if (!cursor->skip('l')) return LengthModifier::kNone;
-  return cursor->skip('l') ? LengthModifier::kLongLong : LengthModifier::kLong;
+  return cursor->skip('L') ? LengthModifier::kLongDouble : LengthModifier::kNone;
 }
 
 bool is_bare(const Directive &directive) {
-  return directive.width.origin == Amount::Origin::kAbsent &&
-         directive.precision.origin == Amount::Origin::kAbsent && !directive.left &&
-         !directive.plus && !directive.space && !directive.alternate && !directive.zero;
+  return directive.flags == 0 && directive.width.origin == Amount::Origin::kAbsent &&
+         directive.precision.origin == Amount::Origin::kAbsent;
 }
 
-// The conversion of a directive that is complete up to it; null when they do not go together.
-const Conversion *find_conversion(JXChar letter, const Directive &directive) {
-  if (letter >= kRows.size() || kRows[letter] == kNoRow) return nullptr;
-  const Conversion *conversion = &kConversions[kRows[letter]];
-  if (conversion->types[static_cast<uint8_t>(directive.length)] == kRefused) return nullptr;
-  if (conversion->kind == FieldKind::kPercent && !is_bare(directive)) return nullptr;
-  return conversion;
+// Completes a directive by its conversion character, if the two go together.
+void set_conversion(const Conversion *conversion, Directive *directive) {
+  if (!conversion) return;
+  const ArgumentType type = conversion->types[static_cast<uint8_t>(directive->length)];
+  if (type == kRefused) return;
+  if (conversion->kind == FieldKind::kPercent && !is_bare(*directive)) return;
+  directive->conversion = conversion;
+  directive->type = type;
+  if (directive->has(kLeft)) directive->flags &= static_cast<uint8_t>(~kZero);
+  if (directive->has(kPlus)) directive->flags &= static_cast<uint8_t>(~kSpace);
 }
 
 }  // namespace
 
 JXStatus parse_directive(const JXChar *format, int32_t format_chars, int32_t start,
                          Directive *directive) {
-  Cursor cursor(format, format_chars, start + 1);
+  Cursor cursor(format + start + 1, format + format_chars);
   directive->start = start;
-  JXStatus status = read_front(&cursor, directive);
-  if (status != JX_OK) return status;
-  if (cursor.skip('.')) {
-    status = read_amount(&cursor, &directive->precision);
+  const Conversion *conversion = conversion_of(cursor.peek());
+  if (conversion) {
+    // The conversion right after the "%": most directives, and nothing else to read.
+    directive->end = start + 2;
+  } else {
+    JXStatus status = read_front(&cursor, directive);
+    if (status == JX_OK) status = read_precision(&cursor, &directive->precision);
     if (status != JX_OK) return status;
+    directive->length = read_length(&cursor);
+    conversion = conversion_of(cursor.next());
+    directive->end = static_cast<int32_t>(cursor.place() - format);
   }
-  directive->length = read_length(&cursor);
-  directive->conversion = find_conversion(cursor.next(), *directive);
-  directive->end = cursor.position();
-  if (directive->left) directive->zero = false;
-  if (directive->plus) directive->space = false;
+  set_conversion(conversion, directive);
   return JX_OK;
 }
 

@@ -60,16 +60,9 @@ void drop_fraction_zeros(const Decimal &number, Layout *layout) {
       std::clamp<int64_t>(int64_t{count} - before_point, 0, layout->fraction_digits);
 }
 
-// Short runs, which most are, are stored without a call.
 JXChar *put_zeros(JXChar *at, int64_t count) {
   jx::fill_units(at, '0', static_cast<size_t>(count));
   return at + count;
-}
-
-JXChar *put_run(JXChar *at, const JXChar *digits, int64_t count) {
-  for (; count >= 4; count -= 4, at += 4, digits += 4) std::memcpy(at, digits, 4 * sizeof(JXChar));
-  for (; count > 0; --count) *at++ = *digits++;
-  return at;
 }
 
 // Stores the digits of places first to last - 1 of a number, counted from its first digit. Places
@@ -78,8 +71,9 @@ JXChar *put_places(JXChar *at, const Decimal &number, int64_t first, int64_t las
   const int64_t digits_first = std::clamp<int64_t>(0, first, last);
   const int64_t digits_last = std::clamp<int64_t>(number.count, digits_first, last);
   at = put_zeros(at, digits_first - first);
-  at = put_run(at, number.digits + digits_first, digits_last - digits_first);
-  return put_zeros(at, last - digits_last);
+  const auto digits = static_cast<size_t>(digits_last - digits_first);
+  jx::copy_chars(number.digits + digits_first, digits, at);
+  return put_zeros(at + digits, last - digits_last);
 }
 
 JXChar *put_exponent(JXChar *at, int32_t exponent, bool uppercase) {

@@ -106,7 +106,7 @@ JXStatus bkwembuildpath(JXInstance *instance, const JXChar *directory, uint32_t 
   *path_out = nullptr;
   *path_chars_out = 0;
   if (!instance) return JXWEM_E_NOHANDLE;
-  WorkText work;
+  __attribute__((uninitialized)) WorkText work;  // written before it is read; 4 KiB
   JXStatus status =
       assemble(instance, component(directory, directory_chars), component(member, member_chars),
                component(extension, extension_chars), &work);

@@ -171,7 +171,7 @@ JXStatus bkwemexpand_path(JXInstance *instance, const JXChar *path, uint32_t pat
   jx::PoolBlock<char> form;
   JXStatus status = make_form(instance, {path, path_chars}, &form);
   if (status != JX_OK) return status;
-  Expansion expansion;
+  __attribute__((uninitialized)) Expansion expansion;  // its areas are written before they are read
   status = expansion.run(form.get());
   if (status != JX_OK) return status;
   const uint32_t bytes = expansion.bytes();

@@ -68,6 +68,6 @@ build() {
     quiet=()
   fi
   cmake --build "$folder" ${2:+--target "${@:2}"} -- "${quiet[@]}" </dev/null 2>&1 |
-    sed '/^ninja: no work to do\.$/d' >&2
+    sed -u '/^ninja: no work to do\.$/d' >&2
   ((PIPESTATUS[0] == 0)) && touch "$folder/.built"
 }

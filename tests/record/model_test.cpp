@@ -11,6 +11,7 @@
 #include "support/instance.hpp"
 #include "support/record_model.hpp"
 #include "support/record_script.hpp"
+#include "support/scale.hpp"
 
 namespace {
 
@@ -21,13 +22,7 @@ uint32_t script_count() {
   if (const char *count = std::getenv("JX_RECORD_SCRIPTS")) {
     return static_cast<uint32_t>(std::atoi(count));
   }
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  constexpr double kScripts = 2'000;
-#else
-  constexpr double kScripts = 20'000;
-#endif
-  const char *scale = std::getenv("JX_TEST_SCALE");
-  return static_cast<uint32_t>(kScripts * (scale ? std::atof(scale) : 1));
+  return static_cast<uint32_t>(scaled(20'000));
 }
 
 // Runs one script on both sides and keeps the first difference.

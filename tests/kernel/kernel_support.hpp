@@ -8,18 +8,11 @@
 #include <vector>
 
 #include "jx/runtime.h"
+#include "support/scale.hpp"
 
 namespace jx_test {
 
-// Repetitions of a random test: `count` in a plain build, a twentieth of it under a sanitizer, both
-// times the environment variable JX_TEST_SCALE.
-inline int64_t scaled(int64_t count) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  count /= 20;
-#endif
-  const char *scale = std::getenv("JX_TEST_SCALE");
-  return scale ? static_cast<int64_t>(static_cast<double>(count) * std::atof(scale)) : count;
-}
+using jx::test::scaled;
 
 inline std::vector<JXChar> wide(std::string_view text) {
   std::vector<JXChar> result;

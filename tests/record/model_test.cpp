@@ -11,6 +11,7 @@
 #include "support/instance.hpp"
 #include "support/record_model.hpp"
 #include "support/record_script.hpp"
+#include "support/scale.hpp"
 
 namespace {
 
@@ -21,13 +22,7 @@ uint32_t script_count() {
   if (const char *count = std::getenv("JX_RECORD_SCRIPTS")) {
     return static_cast<uint32_t>(std::atoi(count));
   }
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  constexpr double kScripts = 2'000;
-#else
-  constexpr double kScripts = 20'000;
-#endif
-  const char *scale = std::getenv("JX_TEST_SCALE");
-  return static_cast<uint32_t>(kScripts * (scale ? std::atof(scale) : 1));
+  return static_cast<uint32_t>(scaled(20'000));
 }
 
 // Runs one script on both sides and keeps the first difference.
@@ -43,7 +38,7 @@ class Comparison {
   std::string run(const Script &script) {
     std::filesystem::remove(path_);
     if (script.content) write_file(path_, *script.content);
-    model_.file = script.content;
+    content_ = script.content;
     for (size_t i = 0; i < script.steps.size() && difference_.str().empty(); ++i) {
       const Step &step = script.steps[i];
       if (step.act == Act::open) {
@@ -69,19 +64,20 @@ class Comparison {
     difference_ << std::dec;
   }
   void compare_files() {
-    const std::string actual = model_.file ? read_file(path_) : "";
-    if (actual == model_.file.value_or("")) return;
-    compare("file", hex(actual), hex(*model_.file));
+    const std::string actual = content_ ? read_file(path_) : "";
+    if (actual == content_.value_or("")) return;
+    compare("file", hex(actual), hex(*content_));
     const auto [at, same] =
-        std::mismatch(actual.begin(), actual.end(), model_.file->begin(), model_.file->end());
+        std::mismatch(actual.begin(), actual.end(), content_->begin(), content_->end());
     difference_ << ", first differs at " << at - actual.begin();
   }
 
   void open(const JXOpenOptions &options) {
+    model_ = std::make_unique<RecordModel>(content_);
     JXStatus status = 0;
     file_ = instance_->open(instance_, name_.data(), chars(name_), &options, 0, nullptr, nullptr,
                             &status);
-    compare_status(status, model_.open(options));
+    compare_status(status, model_->open(options));
     compare("handle", file_ != nullptr, status == JX_OK);
     last_ = nullptr;
   }
@@ -112,15 +108,15 @@ class Comparison {
     void *data = before;
     uint32_t length = step.count;
     const JXStatus status = file_->read(file_, &data, &length, 0, offset_of(step));
-    const ModelRead expected = model_.read(step.count, step.offset ? &offset : nullptr);
+    const ModelRead expected = model_->read(step.count, step.offset ? &offset : nullptr);
     compare_status(status, expected.status);
     compare("length", length, expected.length);
     compare("offset", offset_, offset);
     if (expected.pointer == ModelRead::null) compare<void *>("pointer", data, nullptr);
     if (expected.pointer == ModelRead::stays) compare<void *>("pointer", data, before);
     if (!difference_.str().empty() || expected.pointer != ModelRead::leads) return false;
-    if (model_.transfers()) compare<void *>("pointer", data, before);
-    if (!data && (length != 0 || model_.is_text())) difference_ << ", a null pointer";
+    if (model_->transfers()) compare<void *>("pointer", data, before);
+    if (!data && (length != 0 || model_->is_text())) difference_ << ", a null pointer";
     last_ = length != 0 ? data : nullptr;
     last_record_.assign(static_cast<const char *>(data), data ? length : 0);
     compare("record", hex(last_record_), hex(expected.record));
@@ -132,7 +128,7 @@ class Comparison {
     offset_ = offset.value_or(0);
     // The model first: data may lie in the handle's own buffers.
     int64_t expected_offset = offset_;
-    const JXStatus expected = model_.write(bytes, offset ? &expected_offset : nullptr);
+    const JXStatus expected = model_->write(bytes, offset ? &expected_offset : nullptr);
     const JXStatus status = file_->write(file_, data, static_cast<uint32_t>(bytes.size()), 0,
                                          offset ? &offset_ : nullptr);
     compare_status(status, expected);
@@ -150,22 +146,22 @@ class Comparison {
     offset_ = expected;
     switch (step.act) {
       case Act::note:
-        compare_status(file_->note(file_, &offset_), model_.note(&expected));
+        compare_status(file_->note(file_, &offset_), model_->note(&expected));
         break;
       case Act::point:
         compare_status(file_->point(file_, &offset_, step.count),
-                       model_.point(&expected, step.count));
+                       model_->point(&expected, step.count));
         break;
       case Act::truncate:
-        compare_status(file_->truncate(file_, &offset_), model_.truncate(expected));
+        compare_status(file_->truncate(file_, &offset_), model_->truncate(expected));
         break;
       case Act::flush:
-        compare_status(file_->flush(file_), model_.flush());
+        compare_status(file_->flush(file_), model_->flush());
         compare_files();
         break;
       default:
         JXFile *file = std::exchange(file_, nullptr);
-        compare_status(file->close(file), model_.close());
+        compare_status(file->close(file), model_->close());
         compare_files();
     }
     compare("offset", offset_, expected);
@@ -174,7 +170,8 @@ class Comparison {
   JXInstance *instance_;
   std::string path_;
   JXString name_;
-  RecordModel model_;
+  std::optional<std::string> content_;  // of the model's file
+  std::unique_ptr<RecordModel> model_;
   JXFile *file_ = nullptr;
   std::unique_ptr<char[]> memory_;  // of the caller, exactly as much as it asks for
   int64_t offset_ = 0;

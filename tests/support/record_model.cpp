@@ -1,7 +1,6 @@
 #include "support/record_model.hpp"
 
 #include <algorithm>
-#include <utility>
 
 namespace jx::test {
 
@@ -16,15 +15,12 @@ bool RecordModel::reads() const {
 }
 
 JXStatus RecordModel::open(const JXOpenOptions &options) {
-  RecordModel fresh;
-  fresh.file = std::move(file);
-  *this = std::move(fresh);
   options_ = options;
   if (options.access_mode == JX_ACCESS_UPDATE) options_.buffered = 0;
   if (is_text() && transfers()) return JXWEM_E_BADOPTIONS;
-  if (options.access_mode == JX_ACCESS_INPUT && !file) return JXWEM_E_NOTFOUND;
-  if (!file || options.access_mode == JX_ACCESS_OUTPUT) file = "";
-  if (options.access_mode == JX_ACCESS_APPEND) offset_ = static_cast<int64_t>(file->size());
+  if (options.access_mode == JX_ACCESS_INPUT && !file_) return JXWEM_E_NOTFOUND;
+  if (!file_ || options.access_mode == JX_ACCESS_OUTPUT) file_ = "";
+  if (options.access_mode == JX_ACCESS_APPEND) offset_ = static_cast<int64_t>(file_->size());
   if (!is_binary()) set_up_text();
   return JX_OK;
 }
@@ -53,8 +49,8 @@ void RecordModel::set_up_text() {
 }
 
 std::string_view RecordModel::rest(int64_t offset) const {
-  const auto size = static_cast<int64_t>(file->size());
-  return std::string_view(*file).substr(static_cast<size_t>(std::min(offset, size)));
+  const auto size = static_cast<int64_t>(file_->size());
+  return std::string_view(*file_).substr(static_cast<size_t>(std::min(offset, size)));
 }
 
 bool RecordModel::begins_with_bom(std::string_view bytes) const {
@@ -201,7 +197,7 @@ JXStatus RecordModel::write(std::string_view data, int64_t *offset) {
     bom_pending_ = false;
     if (!offset) return put(bom_);
     *offset = static_cast<int64_t>(bom_.size());
-    file->replace(0, bom_.size(), bom_);
+    file_->replace(0, bom_.size(), bom_);
   };
   // A line's mark is there before its text is looked at.
   if (is_text()) put_bom();
@@ -247,8 +243,8 @@ JXStatus RecordModel::store(std::string_view bytes, int64_t offset) {
   if (offset < 0) return JXWEM_E_SYSTEM;
   const auto place = static_cast<size_t>(offset);
   if (bytes.empty()) return JX_OK;
-  file->resize(std::max(file->size(), place + bytes.size()));
-  file->replace(place, bytes.size(), bytes);
+  file_->resize(std::max(file_->size(), place + bytes.size()));
+  file_->replace(place, bytes.size(), bytes);
   return JX_OK;
 }
 
@@ -275,7 +271,7 @@ JXStatus RecordModel::point(int64_t *offset, uint32_t mode) {
   if ((mode & JX_POINT_START) != 0) {
     target = 0;
   } else if ((mode & JX_POINT_END) != 0) {
-    target = static_cast<int64_t>(file->size());
+    target = static_cast<int64_t>(file_->size());
   } else if ((mode & JX_POINT_RELATIVE) != 0) {
     target += offset_;
   }
@@ -289,7 +285,7 @@ JXStatus RecordModel::point(int64_t *offset, uint32_t mode) {
 JXStatus RecordModel::truncate(int64_t length) {
   if (!writes()) return JXWEM_E_READONLY;
   if (length < 0) return JXWEM_E_SYSTEM;
-  file->resize(static_cast<size_t>(length));
+  file_->resize(static_cast<size_t>(length));
   return JX_OK;
 }
 

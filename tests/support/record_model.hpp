@@ -21,10 +21,10 @@ struct ModelRead {
   std::string record = {};
 };
 
+// One handle. Opened once; the file outlives it, null while it does not exist.
 class RecordModel {
  public:
-  // The file; null while it does not exist.
-  std::optional<std::string> file;
+  explicit RecordModel(std::optional<std::string> &file) : file_(file) {}
 
   JXStatus open(const JXOpenOptions &options);
   JXStatus close();
@@ -69,6 +69,7 @@ class RecordModel {
   void put(std::string_view bytes);
   JXStatus store(std::string_view bytes, int64_t offset);
 
+  std::optional<std::string> &file_;
   JXOpenOptions options_{};
   uint32_t file_encoding_ = 0, record_encoding_ = 0;
   std::string bom_, line_feed_, carriage_return_;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr uint32_t kEncodings[] = {62, 20, 24, 25, 26, 27};
 constexpr uint32_t kSmallLengths[] = {0, 1, 2, 3, 4, 5, 7, 8, 10, 12, 16, 33, 80};
-constexpr uint32_t kLargeLengths[] = {255, 1000, 8180, 8191, 8192, 8193, 8200, 16'384, 40'000};
+constexpr uint32_t kLargeLengths[] = {255, 1000, 8180, 8191, 8192, 8193, 8200, 16'384, 24'600};
 
 class Maker {
  public:
@@ -44,7 +44,7 @@ class Maker {
   // What the sessions of a script share, so that they understand each other's files.
   void choose_frame() {
     format_ = any_of({0, 0, 0, 3, 1, 4, 4});
-    length_ = one_in(4) ? any_of(kLargeLengths) : any_of(kSmallLengths);
+    length_ = one_in(5) ? any_of(kLargeLengths) : any_of(kSmallLengths);
     file_encoding_ = any_of(kEncodings);
     record_encoding_ = one_in(4) ? file_encoding_ : any_of(kEncodings);
     unit_bytes_ = unit_bytes_of(file_encoding_);

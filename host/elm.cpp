@@ -4,9 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 #include "host/host.hpp"
@@ -130,15 +132,14 @@ Outcome take_possession(const OpenFile &file, uint32_t flags, uint32_t lock_word
   return flags & O_TRUNC ? empty_file(file.fd) : Outcome{};
 }
 
-// Statuses that say all there is to say; for the others the journal gets the system's text.
-bool speaks_for_itself(JXStatus status) {
-  return status == JX_OK || status == JXELM_E_NOMEM || status == JXELM_E_NOTFOUND ||
-         status == JXELM_E_NOPATH || status == JXELM_E_ACCESS ||
-         (status >= JXELM_E_REFUSED && status <= JXELM_E_BUSY5 && status != JXELM_E_NOLOCKS);
-}
+// Statuses that are all one system error to the module's caller: the journal gets the text.
+constexpr JXStatus kReported[] = {JXELM_E_SYSTEM, JXELM_E_BADARG, JXELM_E_TOOLONG,  JXELM_E_NOSPACE,
+                                  JXELM_E_LIMIT,  JXELM_E_LOOP,   JXELM_E_NODEVICE, JXELM_E_TOOBIG,
+                                  JXELM_E_EXISTS, JXELM_E_NOLOCKS};
 
 void report_outcome(JXJournal *journal, const Outcome &outcome) {
-  if (outcome.error == 0 || speaks_for_itself(outcome.status)) return;
+  const bool is_reported = std::ranges::find(kReported, outcome.status) != std::end(kReported);
+  if (outcome.error == 0 || !is_reported) return;
   const char *text = ::strerrordesc_np(outcome.error);
   report(journal, JX_JOURNAL_ERROR, outcome.status, text ? text : "unknown system error");
 }

@@ -1,11 +1,11 @@
 // Stream records: byte-order marks, in front of chunks and on their way to the file.
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "support/instance.hpp"
 #include "support/open.hpp"
 #include "support/records.hpp"
-#include "support/syscalls.hpp"
-#include "support/text_model.hpp"
 
 namespace {
 
@@ -128,27 +128,6 @@ TEST_F(Stream, MarkAtAnOffset) {
   EXPECT_EQ(last.status, JXWEM_E_EOF);
   EXPECT_EQ(last.data, "abcdef");
   EXPECT_EQ(read_record(file, 2).data, "xy") << "the descriptor has not moved";
-}
-
-// Characters cut at the end of a chunk come with the next one, also where blocks meet.
-TEST_F(Stream, CutCharacters) {
-  std::string content;
-  while (content.size() < 2 * 8192) content += "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80";
-  write_file(path, content);
-  for (const uint32_t buffered : {0u, 1u}) {
-    for (const uint32_t wanted : {1u, 2u, 3u, 7u, 80u}) {
-      JXOpenOptions to_utf16 = options(JX_ACCESS_INPUT, buffered, JX_ENCODING_UTF8);
-      to_utf16.record_encoding = JX_ENCODING_UTF16LE;
-      File file(instance, path, to_utf16);
-      std::string all;
-      Record record = read_record(file, wanted);
-      for (; record.status == JX_OK; record = read_record(file, wanted)) all += record.data;
-      EXPECT_EQ(record.status, JXWEM_E_EOF);
-      std::string expected;
-      ASSERT_EQ(TextModel(20, 25).convert(content, SIZE_MAX, &expected), JX_OK);
-      EXPECT_TRUE(all == expected) << buffered << " " << wanted;
-    }
-  }
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <thread>
+#include <vector>
 
 #include "support/fault_host.hpp"
 
@@ -83,6 +85,33 @@ TEST(FaultHost, FailsTheCallThatIsArmed) {
   EXPECT_TRUE(pool->pool_allocate(pool, 1, 0));
   EXPECT_EQ(host.disarm(), std::nullopt);
   EXPECT_EQ(pool->destroy_pool(pool), JX_OK);
+}
+
+TEST(FaultHost, ServesThreads) {
+  constexpr uint32_t kThreads = 4, kRounds = 200;
+  FaultHost host;
+  std::vector<std::thread> threads;
+  host.arm(calls(Call::create_lock), 5);
+  for (uint32_t i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&host] {
+      JXNls *nls = host.host()->nls;
+      for (uint32_t round = 0; round < kRounds; ++round) {
+        JXPool *pool = make_pool(host);
+        pool->pool_free(pool, pool->pool_allocate(pool, round, 0));
+        nls->destroy_transcoder(nls, nls->create_decoder(nls, JX_ENCODING_NATIVE, 0, 0));
+        JXLock *lock = host.host()->create_lock(host.host(), 0, 0, 0, "lock");
+        if (lock) lock->destroy_lock(lock);
+        pool->destroy_pool(pool);
+      }
+    });
+  }
+  for (std::thread &thread : threads) thread.join();
+  for (const Call call : {Call::create_pool, Call::pool_allocate, Call::create_lock}) {
+    EXPECT_EQ(host.count(call), kThreads * kRounds) << call_name(call);
+  }
+  EXPECT_EQ(host.count(Call::destroy_lock), kThreads * kRounds - 1);
+  EXPECT_EQ(host.disarm(), Call::create_lock);
+  EXPECT_EQ(host.live(), LiveCounts{});
 }
 
 }  // namespace

@@ -12,7 +12,8 @@ namespace {
 
 constexpr size_t kGuardBytes = 32;  // keeps the alignment of malloc
 constexpr unsigned char kGuardByte = 0xFD;
-constexpr size_t kHeldBackLimit = 4u << 20;  // checked again and again
+constexpr size_t kHeldBackLimit = 4u << 20;  // bytes; checked again and again
+constexpr size_t kMostHeldBack = 2000;
 
 // Lets the address sanitizer catch accesses as they happen; does nothing in other builds.
 void close_guards(unsigned char *memory, uint32_t bytes) {
@@ -42,6 +43,7 @@ void *GuardedBlocks::allocate(const JXPool *pool, uint32_t bytes, bool zero_fill
   std::memset(memory + kGuardBytes + bytes, kGuardByte, kGuardBytes);
   close_guards(memory, bytes);
   blocks_[memory + kGuardBytes] = Block{memory, bytes, ++allocations_, pool, false};
+  live_of_[pool].insert(memory + kGuardBytes);
   ++live_;
   return memory + kGuardBytes;
 }
@@ -53,19 +55,21 @@ std::string GuardedBlocks::free(const JXPool *pool, void *user) {
   if (block.freed) return "second free of " + describe(block);
   if (block.pool != pool) return "free to another pool of " + describe(block);
   std::string misuse = check_block(block);
+  live_of_[pool].erase(user);
   retire(block);
-  while (held_back_bytes_ > kHeldBackLimit) release_oldest();
+  trim();
   return misuse;
 }
 
 std::string GuardedBlocks::free_all(const JXPool *pool) {
   std::string misuse;
-  for (auto &[user, block] : blocks_) {
-    if (block.pool != pool || block.freed) continue;
+  for (const void *user : live_of_[pool]) {
+    Block &block = blocks_[user];
     misuse += check_block(block);
     retire(block);
   }
-  while (held_back_bytes_ > kHeldBackLimit) release_oldest();
+  live_of_.erase(pool);
+  trim();
   return misuse;
 }
 
@@ -129,6 +133,10 @@ void GuardedBlocks::release_oldest() {
   open_all(found->second.memory, found->second.bytes);
   std::free(found->second.memory);
   blocks_.erase(found);
+}
+
+void GuardedBlocks::trim() {
+  while (held_back_bytes_ > kHeldBackLimit || held_back_.size() > kMostHeldBack) release_oldest();
 }
 
 }  // namespace jx::test

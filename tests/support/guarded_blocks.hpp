@@ -7,6 +7,7 @@
 #include <deque>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "jx/host.h"
 
@@ -48,8 +49,10 @@ class GuardedBlocks {
   static std::string check_block(const Block &block);
   void retire(Block &block);
   void release_oldest();
+  void trim();
 
   std::unordered_map<const void *, Block> blocks_;
+  std::unordered_map<const JXPool *, std::unordered_set<const void *>> live_of_;
   std::deque<const void *> held_back_;  // freed blocks, oldest first
   size_t held_back_bytes_ = 0;
   uint64_t allocations_ = 0;

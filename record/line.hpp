@@ -43,4 +43,4 @@ struct DirectRead {
 // Finds the record in what one direct read brought; no other bytes decide it. 0 or JXWEM_E_PARTIAL.
 JXStatus find_direct_line(const FileHandle *handle, DirectRead *read);
 
-}  // namespace gnu::visibility("hidden")]]jx
+}  // namespace jx

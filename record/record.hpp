@@ -118,4 +118,4 @@ inline JXStatus place(FileHandle *handle, const void *source, uint32_t bytes) {
 // Places the byte-order mark when it is due. 0 or a write failure.
 JXStatus place_bom(FileHandle *handle);
 
-}  // namespace gnu::visibility("hidden")]]jx
+}  // namespace jx

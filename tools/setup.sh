@@ -63,11 +63,12 @@ configure() {
 # build PRESET [TARGET...]: shows progress for a first build, only what goes wrong for later ones.
 build() {
   local folder="$root/build/$1" quiet=(--quiet)
-  if [[ ! -f $folder/.built ]]; then
+  local stamp="$folder/.built${2:+.$2}"
+  if [[ ! -f $stamp ]]; then
     say "building in build/$1"
     quiet=()
   fi
   cmake --build "$folder" ${2:+--target "${@:2}"} -- "${quiet[@]}" </dev/null 2>&1 |
     sed -u '/^ninja: no work to do\.$/d' >&2
-  ((PIPESTATUS[0] == 0)) && touch "$folder/.built"
+  ((PIPESTATUS[0] == 0)) && touch "$stamp"
 }

@@ -26,8 +26,10 @@ constexpr auto wide(const char (&text)[kSize]) {
   return result;
 }
 
-// What is converted: integers of every length, doubles of everyday size and of every exponent.
+// What is converted: the counter of unique names, integers of every length, doubles of everyday
+// size and of every exponent.
 struct Inputs {
+  std::array<uint32_t, kValues> counters;
   std::array<int32_t, kValues> integers;
   std::array<uint64_t, kValues> longs;
   std::array<double, kValues> everyday;
@@ -35,6 +37,7 @@ struct Inputs {
   Inputs() {
     std::mt19937_64 random(1);
     for (size_t i = 0; i < kValues; ++i) {
+      counters[i] = static_cast<uint32_t>(i + 1);
       integers[i] = static_cast<int32_t>(random()) >> (random() % 31);
       longs[i] = random() >> (random() % 63);
       everyday[i] =
@@ -130,14 +133,12 @@ uint32_t jx_integer(uint64_t value) {
 constexpr auto kName = wide("ZOR_util%04X%08X_%*s");
 constexpr char kNode[] = "node7.example";
 constexpr wchar_t kWideNode[] = L"node7.example";
-JX_ROW(name_format, jx, integers, jx_format(kName, value & 0xFFFF, value, 13, kWideNode));
-JX_ROW(name_format, snprintf, integers,
-       c_format("ZOR_util%04X%08X_%*s", value & 0xFFFF, value, 13, kNode));
-JX_ROW(name_format, swprintf, integers,
-       wide_format(L"ZOR_util%04X%08X_%*ls", value & 0xFFFF, value, 13, kWideNode));
-JX_ROW(name_format, fmt, integers,
-       fmt_format("ZOR_util{:04X}{:08X}_{:>{}}", value & 0xFFFF, static_cast<uint32_t>(value),
-                  kNode, 13));
+JX_ROW(name_format, jx, counters, jx_format(kName, value, 4711, 13, kWideNode));
+JX_ROW(name_format, snprintf, counters, c_format("ZOR_util%04X%08X_%*s", value, 4711, 13, kNode));
+JX_ROW(name_format, swprintf, counters,
+       wide_format(L"ZOR_util%04X%08X_%*ls", value, 4711, 13, kWideNode));
+JX_ROW(name_format, fmt, counters,
+       fmt_format("ZOR_util{:04X}{:08X}_{:>{}}", value, 4711, kNode, 13));
 
 constexpr auto kD = wide("%d");
 JX_ROW(d_format, jx, integers, jx_format(kD, value));

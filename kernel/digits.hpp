@@ -2,6 +2,8 @@
 // last digit to the first, two digits a store.
 #pragma once
 
+#include <emmintrin.h>
+
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -110,11 +112,35 @@ uint32_t count_digits(Word value, uint32_t base) {
   return count;
 }
 
+// Stores the last 4 or 8 hexadecimal digits of value, four a vector.
+inline void write_hexadecimal(JXChar *destination, uint32_t value, uint32_t count, bool uppercase) {
+  const __m128i nibble_mask = _mm_set1_epi8(0x0F);
+  const __m128i bytes = _mm_cvtsi32_si128(static_cast<int>(__builtin_bswap32(value)));
+  const __m128i high = _mm_and_si128(_mm_srli_epi16(bytes, 4), nibble_mask);
+  const __m128i nibbles = _mm_unpacklo_epi8(high, _mm_and_si128(bytes, nibble_mask));
+  const __m128i letters = _mm_cmpgt_epi8(nibbles, _mm_set1_epi8(9));
+  const __m128i to_letter = _mm_set1_epi8(static_cast<char>((uppercase ? 'A' : 'a') - '0' - 10));
+  const __m128i text =
+      _mm_add_epi8(_mm_add_epi8(nibbles, _mm_set1_epi8('0')), _mm_and_si128(letters, to_letter));
+  const __m128i halves = _mm_unpacklo_epi8(text, _mm_setzero_si128());
+  if (count == 8) {
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(destination),
+                     _mm_unpacklo_epi16(halves, _mm_setzero_si128()));
+    destination += 4;
+  }
+  _mm_storeu_si128(reinterpret_cast<__m128i *>(destination),
+                   _mm_unpackhi_epi16(halves, _mm_setzero_si128()));
+}
+
 // Stores the `count` digits of value so that the last one is just before end.
 template <typename Word>
 void write_digits(Word value, uint32_t base, bool uppercase, JXChar *end, uint32_t count) {
   if (base == 10) {
     write_decimal(end, value);
+    return;
+  }
+  if (base == 16 && (count == 4 || count == 8)) {
+    write_hexadecimal(end - count, static_cast<uint32_t>(value), count, uppercase);
     return;
   }
   const JXChar *table = uppercase ? kUpTable : kLowTable;

@@ -12,38 +12,42 @@ using jx::Arguments;
 using jx::Directive;
 using jx::Sink;
 
+// A format, or what is left of it.
 struct Format {
   const JXChar *text;
-  int32_t chars;
+  const JXChar *end;
 };
 
-constexpr int32_t kNone = -1;
-
-// The next "%" from `position` on that opens a directive: not the last character of the format.
-int32_t find_directive(const Format &format, int32_t position) {
-  if (position >= format.chars - 1) return kNone;
-  if (format.text[position] == '%') return position;
-  const auto rest = static_cast<size_t>(format.chars - position);
-  const size_t index = jx::scan_units<JXChar>(format.text + position, rest, '%');
-  return index + 1 >= rest ? kNone : position + static_cast<int32_t>(index);
+// The next "%" from `place` on that opens a directive: not the last character of the format. Null
+// when there is none.
+inline const JXChar *find_directive(const JXChar *place, const JXChar *end) {
+  if (end - place < 2) return nullptr;
+  if (*place == '%') return place;
+  const auto rest = static_cast<size_t>(end - place);
+  const size_t index = jx::scan_units<JXChar>(place, rest, '%');
+  return index + 1 >= rest ? nullptr : place + index;
 }
 
-// Reads every directive from `position` on, notes the numbered arguments and takes them.
-JXStatus take_numbered(const Format &format, int32_t position, Arguments *arguments) {
-  while (position != kNone) {
+JXStatus parse(const Format &format, const JXChar *start, Directive *directive) {
+  return jx::parse_directive(format.text, static_cast<int32_t>(format.end - format.text),
+                             static_cast<int32_t>(start - format.text), directive);
+}
+
+// Reads every directive from `start` on, notes the numbered arguments and takes them.
+JXStatus take_numbered(const Format &format, const JXChar *start, Arguments *arguments) {
+  while (start) {
     Directive directive;
-    const JXStatus status = jx::parse_directive(format.text, format.chars, position, &directive);
+    const JXStatus status = parse(format, start, &directive);
     if (status != JX_OK) return status;
     arguments->note(directive);
-    position = find_directive(format, directive.end);
+    start = find_directive(format.text + directive.end, format.end);
   }
   arguments->take_numbered();
   return JX_OK;
 }
 
-void put_run(const Format &format, int32_t start, int32_t end, Sink *sink) {
-  if (start == end) return;
-  sink->put_text(format.text + start, static_cast<uint32_t>(end - start));
+inline void put_run(const JXChar *start, const JXChar *end, Sink *sink) {
+  if (start != end) sink->put_text(start, static_cast<uint32_t>(end - start));
 }
 
 // A directive of the form % [0] [width or *] [.precision] [l] [l] letter, which most are: it needs
@@ -58,9 +62,10 @@ struct Plain {
   bool has_star;  // the width is the next argument
 };
 
+constexpr int32_t kNone = -1;
 constexpr uint32_t kMostPlain = 999;  // width and precision beyond it are left to the full parser
 
-uint32_t read_plain_number(const JXChar **at, const JXChar *end) {
+inline uint32_t read_plain_number(const JXChar **at, const JXChar *end) {
   uint32_t number = 0;
   for (; *at < end && **at - '0' < 10 && number <= kMostPlain; ++*at) {
     number = number * 10 + (**at - '0');
@@ -68,9 +73,8 @@ uint32_t read_plain_number(const JXChar **at, const JXChar *end) {
   return number;
 }
 
-void read_plain(const Format &format, int32_t start, Plain *plain) {
-  const JXChar *at = format.text + start + 1;
-  const JXChar *const end = format.text + format.chars;
+// Reads what follows a "%", of which there is at least one character.
+inline void read_plain(const JXChar *at, const JXChar *end, Plain *plain) {
   plain->with_zeros = *at == '0';
   plain->has_star = *at == '*';
   if (plain->has_star) ++at;
@@ -85,6 +89,36 @@ void read_plain(const Format &format, int32_t start, Plain *plain) {
   const bool is_small = plain->width <= kMostPlain && plain->precision <= int32_t{kMostPlain};
   plain->letter = at < end && is_small ? *at : 0;
   plain->end = at + 1;
+}
+
+enum class PlainKind { kOther, kInteger, kDouble, kString };
+
+// Tells how a directive can be written at once. An integer must fit, because otherwise its pieces
+// have to be tried one by one.
+inline PlainKind kind_of(const Plain &plain, int64_t room_chars) {
+  constexpr int64_t kLongestInteger = 21;
+  switch (plain.letter) {
+    case 'd':
+    case 'i':
+    case 'u':
+    case 'x':
+    case 'X':
+      return plain.has_star || plain.precision != kNone ||
+                     room_chars < kLongestInteger + plain.width
+                 ? PlainKind::kOther
+                 : PlainKind::kInteger;
+    case 'e':
+    case 'f':
+    case 'g':
+      return plain.has_star || plain.with_zeros || plain.width != 0 || plain.long_count != 0
+                 ? PlainKind::kOther
+                 : PlainKind::kDouble;
+    case 's':
+      return plain.precision != kNone || plain.long_count != 0 ? PlainKind::kOther
+                                                               : PlainKind::kString;
+    default:
+      return PlainKind::kOther;
+  }
 }
 
 // The next integer of the list, by the number of letters l.
@@ -145,94 +179,59 @@ void put_plain_string(const Plain &plain, Arguments *arguments, Sink *sink) {
   }
 }
 
-// Writes a plain directive with the run of text in front of it and returns the position after it.
-// kNone, and nothing is taken or written, when the directive is not plain or its integer might not
-// fit: then its pieces must be tried one by one.
-int32_t put_plain(const Format &format, int32_t written, int32_t start, JXChar decimal_point,
-                  Arguments *arguments, Sink *sink) {
-  constexpr int32_t kLongestInteger = 21;
-  // Left without a first value, it can stay in registers.
-  Plain plain __attribute__((uninitialized));
-  read_plain(format, start, &plain);
-  switch (plain.letter) {
-    case 'd':
-    case 'i':
-    case 'u':
-    case 'x':
-    case 'X':
-      if (plain.has_star || plain.precision != kNone ||
-          sink->room_chars() - (start - written) - kLongestInteger <
-              static_cast<int32_t>(plain.width)) {
-        return kNone;
-      }
-      put_run(format, written, start, sink);
-      put_plain_integer(plain, arguments, sink);
-      break;
-    case 'e':
-    case 'f':
-    case 'g':
-      if (plain.has_star || plain.with_zeros || plain.width != 0 || plain.long_count != 0) {
-        return kNone;
-      }
-      put_run(format, written, start, sink);
-      put_plain_double(plain, decimal_point, arguments, sink);
-      break;
-    case 's':
-      if (plain.precision != kNone || plain.long_count != 0) return kNone;
-      put_run(format, written, start, sink);
-      put_plain_string(plain, arguments, sink);
-      break;
-    default:
-      return kNone;
-  }
-  return static_cast<int32_t>(plain.end - format.text);
-}
-
-// Any directive. `written` is where the run of text before it starts, and then where the next does.
-JXStatus put_any(const Format &format, int32_t start, JXChar decimal_point, Arguments *arguments,
-                 int32_t *written, Sink *sink) {
+// Any other directive, with the run of text from *written on in front of it; *written moves behind
+// it. The text in front of the first directive stands even when that one ends the call.
+JXStatus put_other(const Format &format, const JXChar *start, JXChar decimal_point,
+                   Arguments *arguments, const JXChar **written, Sink *sink) {
   Directive directive;
-  JXStatus status = jx::parse_directive(format.text, format.chars, start, &directive);
+  JXStatus status = parse(format, start, &directive);
   if (status == JX_OK && directive.names_arguments() && !arguments->has_numbered()) {
     status = take_numbered(format, start, arguments);
   }
+  if (status == JX_OK || *written == format.text) put_run(*written, start, sink);
   if (status != JX_OK) return status;
-  put_run(format, *written, start, sink);
   jx::put_directive(format.text, directive, decimal_point, arguments, sink);
-  *written = directive.end;
+  *written = format.text + directive.end;
   return JX_OK;
 }
 
 JXStatus put_format(const Format &format, JXChar decimal_point, Arguments *arguments, Sink *sink) {
-  int32_t written = 0;
-  for (int32_t start = find_directive(format, 0); start != kNone;
-       start = find_directive(format, written)) {
-    // The text in front of the first directive stands even when that one ends the call.
-    if (written == 0) {
-      put_run(format, written, start, sink);
-      written = start;
-    }
-    const int32_t end = put_plain(format, written, start, decimal_point, arguments, sink);
-    if (end != kNone) {
-      written = end;
+  const JXChar *written = format.text;
+  while (const JXChar *start = find_directive(written, format.end)) {
+    // Left without a first value, it can stay in registers.
+    Plain plain __attribute__((uninitialized));
+    read_plain(start + 1, format.end, &plain);
+    const PlainKind kind = kind_of(plain, sink->room_chars() - (start - written));
+    if (kind == PlainKind::kOther) {
+      const JXStatus status = put_other(format, start, decimal_point, arguments, &written, sink);
+      if (status != JX_OK) return status;
       continue;
     }
-    const JXStatus status = put_any(format, start, decimal_point, arguments, &written, sink);
-    if (status != JX_OK) return status;
+    put_run(written, start, sink);
+    written = plain.end;
+    if (kind == PlainKind::kInteger) {
+      put_plain_integer(plain, arguments, sink);
+    } else if (kind == PlainKind::kDouble) {
+      put_plain_double(plain, decimal_point, arguments, sink);
+    } else {
+      put_plain_string(plain, arguments, sink);
+    }
   }
-  put_run(format, written, format.chars, sink);
+  put_run(written, format.end, sink);
   return sink->is_truncated() ? JX_E_TRUNCATED : JX_OK;
 }
 
 // Both entries: they differ in where the argument list comes from.
-JXStatus format_text(const JXLocale *locale, Format format, JXChar *buffer, int32_t capacity_chars,
-                     uint32_t *length_out, Arguments *arguments) {
+JXStatus format_text(const JXLocale *locale, const JXChar *format, int32_t format_chars,
+                     JXChar *buffer, int32_t capacity_chars, uint32_t *length_out,
+                     Arguments *arguments) {
   if (length_out) *length_out = 0;
-  if (format.chars < 0) return JX_E_BADARG;
-  if (format.chars == 0) format.chars = static_cast<int32_t>(skStrTLen(format.text));
+  if (format_chars < 0) return JX_E_BADARG;
+  if (format_chars == 0) format_chars = static_cast<int32_t>(skStrTLen(format));
   Sink sink(buffer, capacity_chars);
+  const JXChar decimal_point = locale ? locale->decimal_point : JXChar{'.'};
   const JXStatus status =
-      put_format(format, locale ? locale->decimal_point : JXChar{'.'}, arguments, &sink);
+      put_format({format, format + format_chars}, decimal_point, arguments, &sink);
   if (length_out && status != JX_E_BADFORMAT) {
     *length_out = static_cast<uint32_t>(std::min<uint64_t>(sink.chars(), UINT32_MAX));
   }
@@ -249,7 +248,7 @@ JXStatus jxzFormatBuffV(const JXLocale *locale, const JXChar *format, int32_t fo
   Arguments arguments __attribute__((uninitialized));
   va_copy(arguments.list, args);
   const JXStatus status =
-      format_text(locale, {format, format_chars}, buffer, capacity_chars, length_out, &arguments);
+      format_text(locale, format, format_chars, buffer, capacity_chars, length_out, &arguments);
   va_end(arguments.list);
   return status;
 }
@@ -260,7 +259,7 @@ JXStatus jxzFormatBuff(const JXLocale *locale, const JXChar *format, int32_t for
   Arguments arguments __attribute__((uninitialized));
   va_start(arguments.list, length_out);
   const JXStatus status =
-      format_text(locale, {format, format_chars}, buffer, capacity_chars, length_out, &arguments);
+      format_text(locale, format, format_chars, buffer, capacity_chars, length_out, &arguments);
   va_end(arguments.list);
   return status;
 }

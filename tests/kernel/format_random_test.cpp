@@ -53,7 +53,7 @@ class List {
         break;
     }
   }
-  JXStatus call(const std::vector<JXChar> &format, JXChar *buffer, int32_t capacity,
+  JXStatus call(const jx::test::JXString &format, JXChar *buffer, int32_t capacity,
                 uint32_t *length) {
 #ifdef __x86_64__
     const struct {
@@ -137,7 +137,7 @@ class Case {
       List list = arguments();
       const std::string format = format_text();
       const JXStatus status =
-          list.call(jx_test::wide(format), buffer.data(), static_cast<int32_t>(capacity), &length);
+          list.call(jx::test::jx(format), buffer.data(), static_cast<int32_t>(capacity), &length);
       bool is_clean = false;
       ASSERT_EQ(buffer.text(&is_clean), model.text) << format << " in " << capacity;
       ASSERT_TRUE(is_clean) << format << " in " << capacity;
@@ -298,7 +298,7 @@ class Case {
     const Value &value = values_[index];
     if (value.is_null) return nullptr;
     if (is_shown_as_number(index)) return reinterpret_cast<const void *>(value.integer & 0xF0);
-    strings_.push_back(jx_test::wide(value.string));
+    strings_.push_back(jx::test::jx(value.string));
     strings_.back().push_back(0);
     bytes_.push_back(value.string);
     const bool is_bytes = std::any_of(directives_.begin(), directives_.end(), [&](const auto &d) {
@@ -357,7 +357,7 @@ class Case {
                                        precision < 0 ? 6 : static_cast<int32_t>(precision),
                                        d.alternate, text, 400, &count);
     EXPECT_EQ(status, JX_OK);
-    return jx_test::narrow(text, count);
+    return jx::test::narrow(text, count);
   }
 
   void put_integer(const Directive &d, int64_t precision, size_t *sign, Model *model) {
@@ -449,7 +449,7 @@ class Case {
       put_integer(d, precision < 0 ? 1 : precision, &sign, model);
     } else if (d.type == kChar) {
       model->append(
-          std::string(1, jx_test::narrow_one(static_cast<JXChar>(integer_of(d.argument, false)))));
+          std::string(1, jx_test::as_byte(static_cast<JXChar>(integer_of(d.argument, false)))));
     } else {
       model->append(d.letter == '%' ? "%" : string_text(d, precision));
     }
@@ -483,15 +483,15 @@ class Case {
   std::string tail_;
   std::vector<Value> values_;
   std::vector<Type> types_;
-  std::deque<std::vector<JXChar>> strings_;
+  std::deque<jx::test::JXString> strings_;
   std::deque<std::string> bytes_;
 };
 
 JXStatus decode_bytes(JXTranscoder *, const void *source, uint32_t bytes, void *destination,
                       uint32_t capacity_bytes, uint32_t *, uint32_t) {
   EXPECT_EQ(capacity_bytes, bytes * 4);
-  const std::vector<JXChar> text =
-      jx_test::wide({static_cast<const char *>(source), static_cast<size_t>(bytes)});
+  const jx::test::JXString text =
+      jx::test::jx(std::string_view(static_cast<const char *>(source), bytes));
   std::memcpy(destination, text.data(), text.size() * sizeof(JXChar));
   return JX_OK;
 }

@@ -24,7 +24,7 @@ template <typename... Args>
 Outcome run_in(int32_t capacity, std::string_view format, Args... args) {
   GuardedBuffer buffer(kAmple);
   Outcome outcome{};
-  const std::vector<JXChar> wide = jx_test::wide(format);
+  const jx::test::JXString wide = jx::test::jx(format);
   outcome.status = jxzFormatBuff(nullptr, wide.data(), static_cast<int32_t>(wide.size()),
                                  buffer.data(), capacity, &outcome.length, args...);
   bool is_clean = false;
@@ -175,11 +175,11 @@ TEST(Format, FormatLengthAndDecimalPoint) {
   JXChar buffer[16];
   uint32_t length = 9;
   const JXLocale comma = {nullptr, ','};
-  const std::vector<JXChar> format = jx_test::wide(std::string_view("%.1f\0%d", 7));
+  const jx::test::JXString format = jx::test::jx(std::string_view("%.1f\0%d", 7));
   EXPECT_EQ(jxzFormatBuff(&comma, format.data(), 0, buffer, 16, &length, 1.5), JX_OK);
-  EXPECT_EQ(jx_test::narrow(buffer, length), "1,5");
+  EXPECT_EQ(jx::test::narrow(buffer, length), "1,5");
   EXPECT_EQ(jxzFormatBuff(&comma, format.data(), 7, buffer, 16, nullptr, 1.5, 4), JX_OK);
-  EXPECT_EQ(jx_test::narrow(buffer, 5), std::string_view("1,5\0004", 5));
+  EXPECT_EQ(jx::test::narrow(buffer, 5), std::string_view("1,5\0004", 5));
   EXPECT_EQ(jxzFormatBuff(nullptr, format.data(), -1, buffer, 16, &length), JX_E_BADARG);
   EXPECT_EQ(length, 0u);
   EXPECT_EQ(jxzFormatBuff(nullptr, nullptr, 0, nullptr, 0, &length), JX_OK);
@@ -189,8 +189,8 @@ TEST(Format, FormatLengthAndDecimalPoint) {
 
 extern "C" void *__libc_malloc(size_t bytes);
 thread_local int64_t allocations = 0;
-const std::vector<JXChar> hardest_format =
-    jx_test::wide(std::string_view("%2$.1100f|%1$.767g|%2$.800e|%3$*3$.5lld\0", 41));
+const jx::test::JXString hardest_format =
+    jx::test::jx(std::string_view("%2$.1100f|%1$.767g|%2$.800e|%3$*3$.5lld\0", 41));
 
 void *format_hardest_texts(void *outcome) {
   static JXChar buffer[4000];

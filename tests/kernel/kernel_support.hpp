@@ -1,4 +1,4 @@
-// What the kernel tests share: test sizes, guarded output buffers and texts as std::string.
+// What the kernel tests share: test sizes, guarded output buffers and digits.
 #pragma once
 
 #include <cstdint>
@@ -9,25 +9,15 @@
 
 #include "jx/runtime.h"
 #include "support/scale.hpp"
+#include "tests/support/text.hpp"
 
 namespace jx_test {
 
 using jx::test::scaled;
 
-inline std::vector<JXChar> wide(std::string_view text) {
-  std::vector<JXChar> result;
-  for (const char c : text) result.push_back(static_cast<unsigned char>(c));
-  return result;
-}
-
-inline char narrow_one(JXChar character) {
+// One byte for every character, so that lengths stay what they are.
+inline char as_byte(JXChar character) {
   return character < 0x100 ? static_cast<char>(character) : '?';
-}
-
-inline std::string narrow(const JXChar *text, size_t chars) {
-  std::string result;
-  for (size_t i = 0; i < chars; ++i) result.push_back(narrow_one(text[i]));
-  return result;
 }
 
 inline std::string digits_in_base(uint64_t value, uint32_t base, bool uppercase) {
@@ -52,7 +42,9 @@ class GuardedBuffer {
     while (chars < cells_.size() && cells_[chars] != kUntouched) ++chars;
     *is_clean = true;
     for (size_t i = chars; i < cells_.size(); ++i) *is_clean &= cells_[i] == kUntouched;
-    return narrow(cells_.data(), chars);
+    std::string text;
+    for (size_t i = 0; i < chars; ++i) text.push_back(as_byte(cells_[i]));
+    return text;
   }
 
  private:

@@ -129,7 +129,7 @@ std::string text_of(double value, char conversion, int precision, bool alternate
   const JXStatus status =
       skzfDouble(value, static_cast<uint32_t>(conversion), '.', uppercase, precision, alternate,
                  buffer, static_cast<int32_t>(std::size(buffer)), &count);
-  return status == JX_OK ? jx_test::narrow(buffer, count) : "status";
+  return status == JX_OK ? jx::test::narrow(buffer, count) : "status";
 }
 
 double from_bits(uint64_t bits) { return std::bit_cast<double>(bits); }
@@ -271,9 +271,9 @@ TEST(Doubles, IntegerAndFractionParts) {
     uint32_t count = 9;
     uint32_t zeros = 9;
     ASSERT_EQ(skzfIDblToBuff(-value, buffer, 400, &count, nullptr), JX_OK);
-    ASSERT_EQ(jx_test::narrow(buffer, count), whole);
+    ASSERT_EQ(jx::test::narrow(buffer, count), whole);
     ASSERT_EQ(skzfIDblToBuff(value, buffer, 400, &count, &zeros), JX_OK);
-    ASSERT_EQ(jx_test::narrow(buffer, count) + std::string(zeros, '0'), whole);
+    ASSERT_EQ(jx::test::narrow(buffer, count) + std::string(zeros, '0'), whole);
     ASSERT_TRUE(count == 0 || buffer[count - 1] != '0');
     if (count > 1) {
       ASSERT_EQ(skzfIDblToBuff(value, buffer, count - 1, &count, &zeros), JX_E_TRUNCATED);
@@ -283,13 +283,13 @@ TEST(Doubles, IntegerAndFractionParts) {
     const bool has_bits = value != 0 && std::bit_cast<uint64_t>(value) >> 52 < 0x3FF + 52;
     ASSERT_EQ(skzfFDblToBuff(value, buffer, wanted, &count, nullptr), JX_OK);
     const std::string expected = (fraction + std::string(100, '0')).substr(0, wanted);
-    ASSERT_EQ(jx_test::narrow(buffer, count), has_bits ? expected : "");
+    ASSERT_EQ(jx::test::narrow(buffer, count), has_bits ? expected : "");
     ASSERT_EQ(skzfFDblToBuff(value, buffer, wanted, &count, &zeros), JX_OK);
     const size_t first = fraction.find_first_not_of('0');
     const bool has_digits = has_bits && first != std::string::npos;
     ASSERT_EQ(zeros, has_digits ? first : 0);
     const std::string significant = has_digits ? fraction.substr(first) : "";
-    ASSERT_EQ(jx_test::narrow(buffer, count),
+    ASSERT_EQ(jx::test::narrow(buffer, count),
               has_digits ? (significant + std::string(1100, '0')).substr(0, wanted) : "");
   }
   uint32_t count = 0;
@@ -297,7 +297,7 @@ TEST(Doubles, IntegerAndFractionParts) {
   EXPECT_EQ(skzfIDblToBuff(std::numeric_limits<double>::infinity(), buffer, 320, &count, nullptr),
             JX_OK);
   EXPECT_EQ(count, 309u);
-  EXPECT_EQ(jx_test::narrow(buffer, 9), "179769313");
+  EXPECT_EQ(jx::test::narrow(buffer, 9), "179769313");
 }
 
 TEST(Doubles, AllOrNothingAndCounted) {

@@ -83,13 +83,13 @@ TEST(Time, LocalTimeOfDay) {
 TEST(Order, Reversals) {
   for (uint32_t count = 0; count < 9; ++count) {
     std::string bytes = "abcdefgh-";
-    std::vector<JXChar> units = jx_test::wide(bytes);
+    jx::test::JXString units = jx::test::jx(bytes);
     std::string expected = bytes;
     std::reverse(expected.begin(), expected.begin() + static_cast<ptrdiff_t>(count));
     EXPECT_EQ(jxzbytrv(bytes.data(), count), 0);
     jxztchrv(units.data(), count);
     EXPECT_EQ(bytes, expected);
-    EXPECT_EQ(jx_test::narrow(units.data(), units.size()), expected);
+    EXPECT_EQ(jx::test::narrow(units.data(), units.size()), expected);
   }
 }
 

@@ -144,52 +144,6 @@ TEST_F(Open, HandleAndAttributes) {
   EXPECT_EQ(untagged->caller_tag, nullptr);
 }
 
-TEST_F(Open, RoutinesByFormatAndBuffering) {
-  struct Row {
-    uint32_t format, buffered, flags;
-    JXReadSlot read;
-    JXWriteSlot write;
-    JXStatus (*flush)(JXFile *);
-  };
-  const Row rows[] = {
-      {0, 0, 0, skwem_read_rvar, skwem_write_rvar, bkwem_flush},
-      {3, 0, 0, skwem_read_rvar, skwem_write_rvar, bkwem_flush},
-      {0, 1, 0, skwem_read_var, skwem_write_var, skwem_flush},
-      {3, 1, 0, skwem_read_var, skwem_write_var, skwem_flush},
-      {1, 0, 0, skwem_read_rbin, skwem_write_rbin, bkwem_flush},
-      {1, 0, 1, skwem_read_rbin, skwem_write_rbin, bkwem_flush},
-      {1, 1, 0, skwem_read_bin, skwem_write_bin, skwem_flush},
-      {1, 1, 1, skwem_read_rbin, skwem_write_rbin, skwem_flush},
-      {4, 0, 0, skwem_read_rstream, skwem_write_rstream, bkwem_flush},
-      {4, 0, 1, skwem_read_rstream, skwem_write_rstream, bkwem_flush},
-      {4, 1, 0, skwem_read_stream, skwem_write_stream, skwem_flush},
-      {4, 1, 1, skwem_read_rstream, skwem_write_rstream, skwem_flush},
-  };
-  for (const Row &row : rows) {
-    SCOPED_TRACE(testing::Message() << row.format << " " << row.buffered << " " << row.flags);
-    JXOpenOptions options = open_options(JX_ACCESS_OUTPUT, row.buffered, row.format);
-    options.open_flags = row.flags;
-    const File file(instance, path, options);
-    ASSERT_TRUE(file);
-    const MethodVector &methods = handle_of(file)->methods;
-    EXPECT_TRUE(file->read == row.read && methods.record_read == row.read);
-    EXPECT_TRUE(file->write == row.write && methods.record_write == row.write);
-    EXPECT_TRUE(file->flush == row.flush && methods.record_flush == row.flush);
-    EXPECT_TRUE(methods.record_open == skwem_open && methods.record_close == skwem_close);
-    EXPECT_TRUE(methods.host_open == bkwem_open && methods.host_close == bkwem_close);
-    EXPECT_TRUE(methods.host_read == bkwem_read && methods.host_write == bkwem_write);
-    EXPECT_TRUE(methods.host_point == bkwem_point && methods.host_note == bkwem_note);
-    EXPECT_TRUE(methods.host_flush == bkwem_flush);
-    EXPECT_TRUE(file->close == jxwemclose && file->attach_journal == jxwemattachjnl);
-    EXPECT_TRUE(file->note == bkwem_note && file->point == bkwem_point);
-    EXPECT_TRUE(file->position_to_byte == bkwemposition2byte);
-    EXPECT_TRUE(file->byte_to_position == bkwembyte2position);
-    EXPECT_TRUE(file->truncate == bkwemtruncate);
-    EXPECT_EQ(file->position_to_record(file), JXWEM_E_NOTSUPPORTED);
-    EXPECT_EQ(file->record_to_position(file), JXWEM_E_NOTSUPPORTED);
-  }
-}
-
 TEST_F(Open, ByteOrderMarks) {
   const uint32_t latin1 = jxhost_encoding_by_name("latin1");
   struct Row {

@@ -9,13 +9,13 @@
 
 namespace jx::test {
 
-#define JX_TEST_PATH_CALLS(X)                                                                  \
-  X(stat)                                                                                      \
-  X(fstatat)                                                                                   \
-  X(fstat)                                                                                     \
-  X(statvfs)                                                                                   \
-  X(unlinkat) X(rmdir) X(rename) X(mkdir) X(opendir) X(fdopendir) X(open) X(openat) X(readdir) \
-      X(close)
+#define JX_TEST_PATH_CALLS(X) \
+  X(stat)                     \
+  X(fstatat)                  \
+  X(fstat)                    \
+  X(statvfs)                  \
+  X(unlinkat)                 \
+  X(rmdir) X(rename) X(mkdir) X(opendir) X(fdopendir) X(open) X(openat) X(readdir) X(close)
 
 #define JX_TEST_NAME(name) name,
 enum class PathCall : uint32_t { JX_TEST_PATH_CALLS(JX_TEST_NAME) };

@@ -51,21 +51,12 @@ class PathSweep : public PathTest {
       pool->destroy_pool(pool);
       return status;
     };
-    const auto info = [this] {
-      JXPool *pool = host.host()->create_pool(host.host(), 0, 0, 0, nullptr, "caller");
-      if (!pool) return JX_E_NOMEM;
+    const auto information = [this](bool of_file_system) {
       JXStatus status = 0;
-      JXTable *table =
-          instance->info(instance, pool, at("tree").data(), chars(at("tree")), &status);
-      EXPECT_EQ(table != nullptr, status == JX_OK);
-      if (table) table->destroy_table(table);
-      pool->destroy_pool(pool);
-      return status;
-    };
-    const auto file_system_info = [this] {
-      JXStatus status = 0;
-      JXTable *table =
-          instance->file_system_info(instance, at("tree").data(), chars(at("tree")), &status);
+      const JXString path = at("tree");
+      JXTable *table = of_file_system ? call(instance->file_system_info, path, &status)
+                                      : instance->info(instance, instance->pool, path.data(),
+                                                       chars(path), &status);
       EXPECT_EQ(table != nullptr, status == JX_OK);
       if (table) table->destroy_table(table);
       return status;
@@ -99,8 +90,8 @@ class PathSweep : public PathTest {
          }},
         {"exist", [this] { return exist(at("tree")); }},
         {"isdir", [this] { return is_dir(at("tree")); }},
-        {"info", info},
-        {"fsinfo", file_system_info},
+        {"info", [=] { return information(false); }},
+        {"fsinfo", [=] { return information(true); }},
         {"make", [this] { return make(at("new")); }},
         {"rename", [this] { return rename(at("tree"), at("other")); }},
         {"remove",

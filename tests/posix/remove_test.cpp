@@ -124,19 +124,16 @@ TEST_F(Remove, WhatMayNotBeRemovedEndsTheRemoval) {
 
 TEST_F(Remove, AnEntrySwappedForALinkDoesNotLeadOutside) {
   make_outside();
-  struct Row {
-    PathCall call;
-    uint32_t n;
-  };
   // Before the first removal of the tree's root, before its opening, before the removal and the
   // opening of the folder in it, before that folder is removed at last.
-  const Row rows[] = {{PathCall::unlinkat, 0}, {PathCall::openat, 0},   {PathCall::unlinkat, 1},
-                      {PathCall::openat, 1},   {PathCall::unlinkat, 3}, {PathCall::rmdir, 0}};
+  const std::pair<PathCall, uint32_t> rows[] = {{PathCall::unlinkat, 0}, {PathCall::openat, 0},
+                                                {PathCall::unlinkat, 1}, {PathCall::openat, 1},
+                                                {PathCall::unlinkat, 3}, {PathCall::rmdir, 0}};
   for (const char *swapped : {"tree", "tree/sub"}) {
-    for (const Row &row : rows) {
+    for (const auto &[swap_call, n] : rows) {
       make_folder("tree/sub");
       make_file("tree/sub/keep");
-      precede_path_call(row.call, row.n, [&] {
+      precede_path_call(swap_call, n, [&] {
         if (!exists(swapped)) return;
         fs::rename(dir.file(swapped), dir.file("aside"));
         make_link(swapped, dir.file("outside"));
@@ -144,8 +141,8 @@ TEST_F(Remove, AnEntrySwappedForALinkDoesNotLeadOutside) {
       const JXStatus status = remove_tree("tree");
       disarm_path_calls();
       EXPECT_TRUE(status == JX_OK || status == JXWEM_E_NOTFOUND)
-          << swapped << " " << path_call_name(row.call) << row.n << std::hex << status;
-      EXPECT_TRUE(outside_is_whole()) << swapped << " " << path_call_name(row.call) << row.n;
+          << swapped << " " << path_call_name(swap_call) << n << std::hex << status;
+      EXPECT_TRUE(outside_is_whole()) << swapped << " " << path_call_name(swap_call) << n;
       fs::remove_all(dir.file("tree"));
       fs::remove_all(dir.file("aside"));
     }
@@ -155,11 +152,8 @@ TEST_F(Remove, AnEntrySwappedForALinkDoesNotLeadOutside) {
 TEST_F(Remove, AFolderMovedAwayIsNotFollowedUp) {
   make_outside();
   make_chain("tree", 40);
-  const std::string below = "tree" + [] {
-    std::string path;
-    for (int i = 0; i < 20; ++i) path += "/deeper";
-    return path;
-  }();
+  std::string below = "tree";
+  for (int i = 0; i < 20; ++i) below += "/deeper";
   // When the walk is at the bottom the upper levels are closed; the way back up leads elsewhere.
   precede_path_call(PathCall::readdir, 3 * 39 + 1,
                     [&] { fs::rename(dir.file(below), dir.file("outside/sub/moved")); });

@@ -32,7 +32,7 @@ struct State {
   PathCall call{};
   uint32_t calls_to_come = 0;
   int error = 0;
-  std::function<void()> before;
+  std::function<void()> before = nullptr;
   bool hit = false;
   bool reports_space = false;
   std::array<uint64_t, 3> space{};
@@ -58,15 +58,6 @@ Function *next(const char *name) {
   return reinterpret_cast<Function *>(address);
 }
 
-void arm(PathCall call, uint32_t n, int error, std::function<void()> before) {
-  state.call = call;
-  state.calls_to_come = n;
-  state.error = error;
-  state.before = std::move(before);
-  state.hit = false;
-  state.armed = true;
-}
-
 }  // namespace
 
 const char *path_call_name(PathCall call) {
@@ -76,22 +67,18 @@ const char *path_call_name(PathCall call) {
   return kNames[static_cast<uint32_t>(call)];
 }
 
-void fail_path_call(PathCall call, uint32_t n, int error) { arm(call, n, error, nullptr); }
+void fail_path_call(PathCall call, uint32_t n, int error) {
+  state = {.armed = true, .call = call, .calls_to_come = n, .error = error};
+}
 
 void precede_path_call(PathCall call, uint32_t n, std::function<void()> before) {
-  arm(call, n, 0, std::move(before));
+  state = {.armed = true, .call = call, .calls_to_come = n, .before = std::move(before)};
 }
 
-bool disarm_path_calls() {
-  state.armed = false;
-  state.before = nullptr;
-  state.reports_space = false;
-  return std::exchange(state.hit, false);
-}
+bool disarm_path_calls() { return std::exchange(state, {}).hit; }
 
 void report_space(uint32_t fragment_bytes, uint32_t block_bytes, uint64_t available_blocks) {
-  state.space = {fragment_bytes, block_bytes, available_blocks};
-  state.reports_space = true;
+  state = {.reports_space = true, .space = {fragment_bytes, block_bytes, available_blocks}};
 }
 
 }  // namespace jx::test
@@ -100,65 +87,44 @@ using jx::test::fails;
 using jx::test::next;
 using jx::test::PathCall;
 
+// A call that is passed on unless it is to fail.
+#define JX_TEST_CALL(result, name, symbol, call, failure, qualifier, parameters, arguments) \
+  result name parameters qualifier {                                                        \
+    static auto *const real = next<result parameters>(symbol);                              \
+    return fails(PathCall::call) ? failure : real arguments;                                \
+  }
+
 extern "C" {
 
-int stat64(const char *path, struct stat64 *info) noexcept {
-  static auto *const real = next<int(const char *, struct stat64 *)>(JX_TEST_TIME64(stat64));
-  return fails(PathCall::stat) ? -1 : real(path, info);
-}
-
-int fstatat64(int fd, const char *path, struct stat64 *info, int flags) noexcept {
-  static auto *const real =
-      next<int(int, const char *, struct stat64 *, int)>(JX_TEST_TIME64(fstatat64));
-  return fails(PathCall::fstatat) ? -1 : real(fd, path, info, flags);
-}
-
-int fstat64(int fd, struct stat64 *info) noexcept {
-  static auto *const real = next<int(int, struct stat64 *)>(JX_TEST_TIME64(fstat64));
-  return fails(PathCall::fstat) ? -1 : real(fd, info);
-}
+JX_TEST_CALL(int, stat64, JX_TEST_TIME64(stat64), stat, -1, noexcept,
+             (const char *path, struct stat64 *info), (path, info))
+JX_TEST_CALL(int, fstatat64, JX_TEST_TIME64(fstatat64), fstatat, -1, noexcept,
+             (int fd, const char *path, struct stat64 *info, int flags), (fd, path, info, flags))
+JX_TEST_CALL(int, fstat64, JX_TEST_TIME64(fstat64), fstat, -1, noexcept,
+             (int fd, struct stat64 *info), (fd, info))
+JX_TEST_CALL(int, unlinkat, "unlinkat", unlinkat, -1, noexcept,
+             (int fd, const char *path, int flags), (fd, path, flags))
+JX_TEST_CALL(int, rmdir, "rmdir", rmdir, -1, noexcept, (const char *path), (path))
+JX_TEST_CALL(int, rename, "rename", rename, -1, noexcept, (const char *from, const char *to),
+             (from, to))
+JX_TEST_CALL(int, mkdir, "mkdir", mkdir, -1, noexcept, (const char *path, mode_t mode),
+             (path, mode))
+JX_TEST_CALL(DIR *, opendir, "opendir", opendir, nullptr, , (const char *path), (path))
+JX_TEST_CALL(DIR *, fdopendir, "fdopendir", fdopendir, nullptr, , (int fd), (fd))
+JX_TEST_CALL(int, readdir64_r, "readdir64_r", readdir, errno, ,
+             (DIR * stream, struct dirent64 *entry, struct dirent64 **result),
+             (stream, entry, result))
 
 int statvfs64(const char *path, struct statvfs64 *info) noexcept {
   static auto *const real = next<int(const char *, struct statvfs64 *)>("statvfs64");
-  if (fails(PathCall::statvfs)) return -1;
-  const int result = real(path, info);
+  if (fails(PathCall::statvfs) || real(path, info) != 0) return -1;
   const auto &state = jx::test::state;
-  if (result == 0 && state.reports_space) {
+  if (state.reports_space) {
     info->f_frsize = static_cast<unsigned long>(state.space[0]);
     info->f_bsize = static_cast<unsigned long>(state.space[1]);
     info->f_bavail = state.space[2];
   }
-  return result;
-}
-
-int unlinkat(int fd, const char *path, int flags) noexcept {
-  static auto *const real = next<int(int, const char *, int)>("unlinkat");
-  return fails(PathCall::unlinkat) ? -1 : real(fd, path, flags);
-}
-
-int rmdir(const char *path) noexcept {
-  static auto *const real = next<int(const char *)>("rmdir");
-  return fails(PathCall::rmdir) ? -1 : real(path);
-}
-
-int rename(const char *from, const char *to) noexcept {
-  static auto *const real = next<int(const char *, const char *)>("rename");
-  return fails(PathCall::rename) ? -1 : real(from, to);
-}
-
-int mkdir(const char *path, mode_t mode) noexcept {
-  static auto *const real = next<int(const char *, mode_t)>("mkdir");
-  return fails(PathCall::mkdir) ? -1 : real(path, mode);
-}
-
-DIR *opendir(const char *path) {
-  static auto *const real = next<DIR *(const char *)>("opendir");
-  return fails(PathCall::opendir) ? nullptr : real(path);
-}
-
-DIR *fdopendir(int fd) {
-  static auto *const real = next<DIR *(int)>("fdopendir");
-  return fails(PathCall::fdopendir) ? nullptr : real(fd);
+  return 0;
 }
 
 int open64(const char *path, int flags, ...) {
@@ -172,12 +138,11 @@ int open64(const char *path, int flags, ...) {
 
 int openat64(int fd, const char *path, int flags, ...) {
   static auto *const real = next<int(int, const char *, int, ...)>("openat64");
-  return fails(PathCall::openat) ? -1 : real(fd, path, flags);
-}
-
-int readdir64_r(DIR *stream, struct dirent64 *entry, struct dirent64 **result) {
-  static auto *const real = next<int(DIR *, dirent64 *, dirent64 **)>("readdir64_r");
-  return fails(PathCall::readdir) ? errno : real(stream, entry, result);
+  va_list args;
+  va_start(args, flags);
+  const auto mode = (flags & O_CREAT) != 0 ? va_arg(args, mode_t) : 0;
+  va_end(args);
+  return fails(PathCall::openat) ? -1 : real(fd, path, flags, mode);
 }
 
 int close(int fd) {
@@ -185,9 +150,8 @@ int close(int fd) {
   const bool is_failing = fails(PathCall::close);
   const int error = errno;
   const int result = real(fd);
-  if (!is_failing) return result;
-  errno = error;
-  return -1;
+  if (is_failing) errno = error;
+  return is_failing ? -1 : result;
 }
 
 }  // extern "C"

@@ -93,25 +93,25 @@ class PathTest : public InstanceTest {
     EXPECT_EQ(found, expected);
   }
 
-  JXStatus exist(const JXString &path) {
-    return instance->exist(instance, path.data(), chars(path));
+  // Calls an operation that takes a path first.
+  template <typename Operation, typename... Rest>
+  auto call(Operation operation, const JXString &path, Rest... rest) {
+    return operation(instance, path.data(), chars(path), rest...);
   }
-  JXStatus is_dir(const JXString &path) { return bkwemisdir(instance, path.data(), chars(path)); }
+  JXStatus exist(const JXString &path) { return call(instance->exist, path); }
+  JXStatus is_dir(const JXString &path) { return call(bkwemisdir, path); }
+  JXStatus make(const JXString &path) { return call(instance->make_directory, path); }
   JXStatus remove(const JXString &path, uint32_t flags = 0) {
-    return instance->remove(instance, path.data(), chars(path), flags);
+    return call(instance->remove, path, flags);
   }
   JXStatus rename(const JXString &from, const JXString &to) {
-    return instance->rename(instance, from.data(), chars(from), to.data(), chars(to));
-  }
-  JXStatus make(const JXString &path) {
-    return instance->make_directory(instance, path.data(), chars(path));
+    return call(instance->rename, from, to.data(), chars(to));
   }
   JXStatus copy(const JXString &from, const JXString &to) {
-    return instance->copy(instance, from.data(), chars(from), to.data(), chars(to));
+    return call(instance->copy, from, to.data(), chars(to));
   }
   JXDirectory *open(const JXString &path, uint32_t options, JXStatus *status) {
-    return instance->directory_open(instance, path.data(), chars(path), options, 0, nullptr, "tag",
-                                    status);
+    return call(instance->directory_open, path, options, 0, nullptr, "tag", status);
   }
   // Opens and closes; the status of the open.
   JXStatus open_status(const JXString &path) {

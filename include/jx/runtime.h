@@ -24,9 +24,8 @@ JX_EXPORT JXStatus jxzFormatBuffV(const JXLocale *locale, const JXChar *format,
                                   int32_t format_chars, JXChar *buffer, int32_t capacity_chars,
                                   uint32_t *length_out, va_list args);
 /* The same with the arguments in the call. */
-JX_EXPORT JXStatus jxzFormatBuff(const JXLocale *locale, const JXChar *format,
-                                 int32_t format_chars, JXChar *buffer, int32_t capacity_chars,
-                                 uint32_t *length_out, ...);
+JX_EXPORT JXStatus jxzFormatBuff(const JXLocale *locale, const JXChar *format, int32_t format_chars,
+                                 JXChar *buffer, int32_t capacity_chars, uint32_t *length_out, ...);
 
 /* Copies length_chars JXChars when they fit; a null source is empty. *count_out (may be null)
    receives the length in both outcomes. 0 or JX_E_TRUNCATED (nothing is written). */
@@ -41,8 +40,8 @@ JX_EXPORT JXStatus skzfString(const char *source, uint32_t length_bytes, JXChar 
 
 /* Digits of an unsigned integer in base 2 to 16 (above 16: 16; 0 and 1: 10). *count_out (may be
    null) receives the number of characters needed. 0 or JX_E_TRUNCATED (nothing is written). */
-JX_EXPORT JXStatus skzfIFast(uint32_t value, uint32_t base, uint8_t uppercase,
-                             JXChar *destination, int32_t capacity_chars, uint32_t *count_out);
+JX_EXPORT JXStatus skzfIFast(uint32_t value, uint32_t base, uint8_t uppercase, JXChar *destination,
+                             int32_t capacity_chars, uint32_t *count_out);
 JX_EXPORT JXStatus skzfIMax(uint64_t value, uint32_t base, uint8_t uppercase, JXChar *destination,
                             int32_t capacity_chars, uint32_t *count_out);
 

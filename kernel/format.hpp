@@ -164,8 +164,9 @@ class Sink {
         place_(buffer_),
         room_chars_(static_cast<uint32_t>(std::max(capacity_chars, 0))) {}
 
-  uint64_t chars() const { return chars_; }
-  bool is_truncated() const { return is_truncated_; }
+  // Characters of all pieces, written or not.
+  uint64_t chars() const { return static_cast<uint64_t>(place_ - buffer_) + refused_chars_; }
+  bool is_truncated() const { return refused_chars_ != 0; }
 
   // Room for a piece that the caller writes itself. Null, and the piece is refused, without room.
   JXChar *add(uint64_t chars) {
@@ -177,7 +178,6 @@ class Sink {
   JXChar *add_if_fits(uint64_t chars) {
     if (chars > room_chars_) return nullptr;
     room_chars_ -= static_cast<uint32_t>(chars);
-    chars_ += chars;
     return std::exchange(place_, place_ + chars);
   }
 
@@ -195,24 +195,22 @@ class Sink {
     if (JXChar *place = add(1)) *place = character;
   }
   // Appends `chars` times a character, as one piece.
-  void put_fill(JXChar character, uint64_t chars) { insert_fill(chars_, character, chars); }
+  void put_fill(JXChar character, uint64_t chars) { insert_fill(this->chars(), character, chars); }
   // The same in front of everything from `position` on, which moves to make room.
   void insert_fill(uint64_t position, JXChar character, uint64_t chars);
 
  private:
   // A piece that does not fit is counted and leaves no room for any other.
   void refuse(uint64_t chars) {
-    chars_ += chars;
+    refused_chars_ += chars;
     room_chars_ = 0;
-    is_truncated_ = true;
   }
 
   JXChar nowhere_;  // what a null buffer points to, so that a piece of no characters has a place
   JXChar *buffer_;
-  JXChar *place_;        // of the next piece
-  uint32_t room_chars_;  // from there on
-  bool is_truncated_ = false;
-  uint64_t chars_ = 0;  // of all pieces, written or not
+  JXChar *place_;               // of the next piece
+  uint32_t room_chars_;         // from there on
+  uint64_t refused_chars_ = 0;  // of the pieces that did not fit; a piece without room has some
 };
 
 // Writes the output of one directive; its text is what an invalid directive shows.

@@ -2,15 +2,9 @@
 #include "jx/wem.h"
 #include "kernel/kernel.hpp"
 
-namespace {
-
-constexpr double kEpochShift = 315619200.0;  // seconds from 1 January 1960 to 1 January 1970
-
-}  // namespace
-
 double jxzdtgmt(double *gmt_offset_out) {
   const JXHost *host = Exported_JXHandle;
   // The zone counts seconds west of UTC; as a double it can be negated whatever its value.
   if (gmt_offset_out) *gmt_offset_out = host ? -static_cast<double>(host->time_zone) : 0.0;
-  return bkztod() + kEpochShift;
+  return bkztod() + jx::kEpochShift;
 }

@@ -13,6 +13,7 @@
 namespace jx {
 
 inline constexpr uint32_t kJXCharBytes = sizeof(JXChar);
+inline constexpr double kEpochShift = 315619200.0;  // seconds from 1 January 1960 to 1970
 
 // Text lent by its owner: JXChars with a length, not terminated.
 struct Text {

@@ -91,22 +91,23 @@ inline void read_plain(const JXChar *at, const JXChar *end, Plain *plain) {
   plain->end = at + 1;
 }
 
-enum class PlainKind { kOther, kInteger, kDouble, kString };
+enum class PlainKind { kOther, kSigned, kUnsigned, kHexadecimal, kDouble, kString };
 
 // Tells how a directive can be written at once. An integer must fit, because otherwise its pieces
 // have to be tried one by one.
 inline PlainKind kind_of(const Plain &plain, int64_t room_chars) {
   constexpr int64_t kLongestInteger = 21;
+  const bool is_bare_width = !plain.has_star && plain.precision == kNone;
+  const bool fits = is_bare_width && room_chars >= kLongestInteger + plain.width;
   switch (plain.letter) {
     case 'd':
     case 'i':
+      return fits ? PlainKind::kSigned : PlainKind::kOther;
     case 'u':
+      return fits ? PlainKind::kUnsigned : PlainKind::kOther;
     case 'x':
     case 'X':
-      return plain.has_star || plain.precision != kNone ||
-                     room_chars < kLongestInteger + plain.width
-                 ? PlainKind::kOther
-                 : PlainKind::kInteger;
+      return fits ? PlainKind::kHexadecimal : PlainKind::kOther;
     case 'e':
     case 'f':
     case 'g':
@@ -122,27 +123,23 @@ inline PlainKind kind_of(const Plain &plain, int64_t room_chars) {
 }
 
 // The next integer of the list, by the number of letters l.
-int64_t next_integer(uint32_t long_count, bool is_signed, Arguments *arguments) {
-  if (long_count == 2) return va_arg(arguments->list, long long);
-  if (long_count == 1 && is_signed) return va_arg(arguments->list, long);
-  if (long_count == 1) return static_cast<int64_t>(va_arg(arguments->list, unsigned long));
-  const int number = va_arg(arguments->list, int);
-  return is_signed ? number : static_cast<int64_t>(static_cast<uint32_t>(number));
+inline int64_t next_signed(uint32_t long_count, Arguments *arguments) {
+  if (long_count == 0) return va_arg(arguments->list, int);
+  return long_count == 1 ? va_arg(arguments->list, long) : va_arg(arguments->list, long long);
 }
 
-// Writes an integer field that fits.
-void put_plain_integer(const Plain &plain, Arguments *arguments, Sink *sink) {
-  const uint32_t base = (plain.letter | 0x20) == 'x' ? 16 : 10;
-  const bool is_signed = plain.letter == 'd' || plain.letter == 'i';
-  const int64_t number = next_integer(plain.long_count, is_signed, arguments);
-  const bool is_negative = is_signed && number < 0;
-  const uint64_t magnitude =
-      is_negative ? 0 - static_cast<uint64_t>(number) : static_cast<uint64_t>(number);
-  const bool is_short = magnitude <= UINT32_MAX;
-  const auto low = static_cast<uint32_t>(magnitude);
-  uint32_t digits = is_short ? jx::count_digits(low, base) : jx::count_digits(magnitude, base);
-  // Zeros in front of hexadecimal digits are digits themselves: no run whose length varies.
-  if (base == 16 && plain.with_zeros) digits = std::max(digits, plain.width);
+inline uint64_t next_unsigned(uint32_t long_count, Arguments *arguments) {
+  if (long_count == 0) return va_arg(arguments->list, unsigned);
+  return long_count == 1 ? va_arg(arguments->list, unsigned long)
+                         : va_arg(arguments->list, unsigned long long);
+}
+
+// Writes an integer field that fits. Zeros in front of hexadecimal digits are digits themselves, so
+// that no run has a length that varies from call to call.
+template <uint32_t kBase, typename Word>
+inline void put_plain_digits(const Plain &plain, Word magnitude, bool is_negative, Sink *sink) {
+  uint32_t digits = jx::count_digits(magnitude, kBase);
+  if (kBase == 16 && plain.with_zeros) digits = std::max(digits, plain.width);
   const uint32_t chars = digits + (is_negative ? 1 : 0);
   const uint32_t padding = plain.width > chars ? plain.width - chars : 0;
   JXChar *at = sink->add(chars + padding);
@@ -150,11 +147,23 @@ void put_plain_integer(const Plain &plain, Arguments *arguments, Sink *sink) {
   if (is_negative && plain.with_zeros) *at++ = '-';
   for (uint32_t i = 0; i < padding; ++i) *at++ = plain.with_zeros ? '0' : ' ';
   if (is_negative && !plain.with_zeros) *at = '-';
-  if (is_short) {
-    jx::write_digits(low, base, plain.letter == 'X', end, digits);
+  jx::write_digits(magnitude, kBase, plain.letter == 'X', end, digits);
+}
+
+template <uint32_t kBase>
+inline void put_plain_integer(const Plain &plain, uint64_t magnitude, bool is_negative,
+                              Sink *sink) {
+  if (magnitude <= UINT32_MAX) {
+    put_plain_digits<kBase>(plain, static_cast<uint32_t>(magnitude), is_negative, sink);
   } else {
-    jx::write_digits(magnitude, base, plain.letter == 'X', end, digits);
+    put_plain_digits<kBase>(plain, magnitude, is_negative, sink);
   }
+}
+
+void put_plain_signed(const Plain &plain, Arguments *arguments, Sink *sink) {
+  const int64_t number = next_signed(plain.long_count, arguments);
+  const auto bits = static_cast<uint64_t>(number);
+  put_plain_integer<10>(plain, number < 0 ? 0 - bits : bits, number < 0, sink);
 }
 
 void put_plain_double(const Plain &plain, JXChar decimal_point, Arguments *arguments, Sink *sink) {
@@ -176,6 +185,22 @@ void put_plain_string(const Plain &plain, Arguments *arguments, Sink *sink) {
     sink->insert_fill(start, ' ', static_cast<uint64_t>(width - chars));
   } else if (-width > int64_t{chars}) {
     sink->put_fill(' ', static_cast<uint64_t>(-width - chars));
+  }
+}
+
+inline void put_plain(PlainKind kind, const Plain &plain, JXChar decimal_point,
+                      Arguments *arguments, Sink *sink) {
+  switch (kind) {
+    case PlainKind::kSigned:
+      return put_plain_signed(plain, arguments, sink);
+    case PlainKind::kUnsigned:
+      return put_plain_integer<10>(plain, next_unsigned(plain.long_count, arguments), false, sink);
+    case PlainKind::kHexadecimal:
+      return put_plain_integer<16>(plain, next_unsigned(plain.long_count, arguments), false, sink);
+    case PlainKind::kDouble:
+      return put_plain_double(plain, decimal_point, arguments, sink);
+    default:
+      return put_plain_string(plain, arguments, sink);
   }
 }
 
@@ -209,13 +234,7 @@ JXStatus put_format(const Format &format, JXChar decimal_point, Arguments *argum
     }
     put_run(written, start, sink);
     written = plain.end;
-    if (kind == PlainKind::kInteger) {
-      put_plain_integer(plain, arguments, sink);
-    } else if (kind == PlainKind::kDouble) {
-      put_plain_double(plain, decimal_point, arguments, sink);
-    } else {
-      put_plain_string(plain, arguments, sink);
-    }
+    put_plain(kind, plain, decimal_point, arguments, sink);
   }
   put_run(written, format.end, sink);
   return sink->is_truncated() ? JX_E_TRUNCATED : JX_OK;

@@ -225,7 +225,7 @@ void put_character(const Field &field, JXChar character, Sink *sink) {
 }  // namespace
 
 void Sink::insert_fill(uint64_t position, JXChar character, uint64_t chars) {
-  const uint64_t moved = chars_ - position;
+  const uint64_t moved = this->chars() - position;
   if (!add(chars)) return;
   JXChar *at = buffer_ + position;
   if (moved != 0) std::memmove(at + chars, at, static_cast<size_t>(moved) * sizeof(JXChar));

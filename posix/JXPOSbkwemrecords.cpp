@@ -5,7 +5,6 @@
 
 namespace {
 
-constexpr double kEpochShift = 315619200.0;  // seconds from 1 January 1960 to 1 January 1970
 constexpr jx::ErrnoMap kReadEntryErrors = {};
 
 }  // namespace

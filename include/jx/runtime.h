@@ -16,8 +16,10 @@ JX_EXTERN_C_BEGIN
 /* Formats into buffer, never beyond capacity_chars and never with a terminator.
    locale gives the decimal point; null means ".". format_chars 0: the format ends at its first
    zero. *length_out (may be null) receives the length of the complete output in JXChars, whatever
-   fitted. 0, JX_E_TRUNCATED (the pieces that fitted are in the buffer) or JX_E_BADFORMAT (an
-   argument number outside 1 to 10; the length is 0). */
+   fitted; it stops at the highest 32-bit number. 0, JX_E_TRUNCATED (the pieces that fitted are in
+   the buffer), JX_E_BADFORMAT (an argument number outside 1 to 10; the length is 0) or JX_E_BADARG
+   (a negative format_chars). A directive is %[N$][-+ #0][width][.precision][h|l|ll|L]conversion;
+   one that is not valid appears between "<<" and ">>". Takes no heap and at most 6 KiB of stack. */
 JX_EXPORT JXStatus jxzFormatBuffV(const JXLocale *locale, const JXChar *format,
                                   int32_t format_chars, JXChar *buffer, int32_t capacity_chars,
                                   uint32_t *length_out, va_list args);
@@ -29,7 +31,8 @@ JX_EXPORT JXStatus jxzFormatBuff(const JXLocale *locale, const JXChar *format, i
    receives the length in both outcomes. 0 or JX_E_TRUNCATED (nothing is written). */
 JX_EXPORT JXStatus skzfJXString(const JXChar *source, uint32_t length_chars, JXChar *destination,
                                 int32_t capacity_chars, uint32_t *count_out);
-/* The same for length_bytes bytes of native text, decoded by the host's native decoder. */
+/* The same for length_bytes bytes of native text, decoded by the host's native decoder. One
+   character counts for each byte whatever the decoder makes of them. Needs jxextent before. */
 JX_EXPORT JXStatus skzfString(const char *source, uint32_t length_bytes, JXChar *destination,
                               uint32_t capacity_chars, uint32_t *count_out);
 
@@ -42,9 +45,12 @@ JX_EXPORT JXStatus skzfIFast(uint32_t value, uint32_t base, uint8_t uppercase, J
 JX_EXPORT JXStatus skzfIMax(uint64_t value, uint32_t base, uint8_t uppercase, JXChar *destination,
                             int32_t capacity_chars, uint32_t *count_out);
 
-/* Text of a double without its sign, rounded once, half away from zero. conversion is 'e', 'f' or
-   'g'; alternate keeps the decimal point and the zeros of 'g'. *count_out (may be null) receives
-   the number of characters needed. 0 or JX_E_TRUNCATED (nothing is written). */
+/* Text of a double without its sign, rounded once, half away from zero, exact to the last digit for
+   every precision. conversion is 'e', 'f' or 'g'; alternate keeps the decimal point and the zeros
+   of 'g'; a negative precision means 6. Infinities give "inf", NaNs "nan", those whose 16 highest
+   bits are set the dot code of a missing value. *count_out (may be null) receives the number of
+   characters needed. 0 or JX_E_TRUNCATED (nothing is written). Takes no heap and at most 5 KiB of
+   stack. */
 JX_EXPORT JXStatus skzfDouble(double value, uint32_t conversion, JXChar decimal_point,
                               uint8_t uppercase, int32_t precision, uint8_t alternate,
                               JXChar *destination, int32_t capacity_chars, uint32_t *count_out);
@@ -53,12 +59,16 @@ JX_EXPORT JXStatus skzflDouble(long double value, uint32_t conversion, JXChar de
                                uint8_t uppercase, int32_t precision, uint8_t alternate,
                                JXChar *destination, int32_t capacity_chars, uint32_t *count_out);
 
-/* Digits of the integer part of a double's absolute value. *trailing_zeros_out, when given,
-   receives the count of trailing zeros, which are then left out. 0 or JX_E_TRUNCATED. */
+/* Digits of the integer part of a double's absolute value, none below 1, at most 309.
+   *trailing_zeros_out, when given, receives the count of trailing zeros, which are then left out.
+   *digit_count_out receives the digits in both outcomes. 0 or JX_E_TRUNCATED (nothing is
+   written). */
 JX_EXPORT JXStatus skzfIDblToBuff(double value, JXChar *destination, uint32_t capacity_chars,
                                   uint32_t *digit_count_out, uint32_t *trailing_zeros_out);
-/* The first digit_count digits after the decimal point, truncated. With leading_zeros_out, zeros
-   before the first other digit are counted there instead of stored. Returns 0. */
+/* The first digit_count digits after the decimal point, truncated, exact, with zeros where the
+   expansion has ended; none for zero and for numbers from 2^52 on. With leading_zeros_out, zeros
+   before the first other digit are counted there instead of stored, and a fraction of zeros gives
+   no digits. *count_out receives the digits stored. Returns 0. */
 JX_EXPORT JXStatus skzfFDblToBuff(double value, JXChar *destination, uint32_t digit_count,
                                   uint32_t *count_out, uint32_t *leading_zeros_out);
 
@@ -67,7 +77,8 @@ JX_EXPORT JXStatus skzfFDblToBuff(double value, JXChar *destination, uint32_t di
 /* Plain stores of a value and of 0, before and after the cell is shared. Return 0. */
 JX_EXPORT int32_t jxAtomicInit(uint32_t *cell, uint32_t value);
 JX_EXPORT int32_t jxAtomicDestroy(uint32_t *cell);
-/* Stores value if the cell holds expected. 1 when it did, else 0. */
+/* Stores value if the cell holds expected. 1 when it did, else 0. Like the three below, one atomic
+   step and a full barrier; any number of threads may call them on one cell. */
 JX_EXPORT int32_t jxAtomicSet(uint32_t *cell, uint32_t expected, uint32_t value);
 /* Adds, ands or ors and returns the new value. */
 JX_EXPORT uint32_t jxAtomicAdd(uint32_t *cell, int32_t delta);
@@ -76,9 +87,10 @@ JX_EXPORT uint32_t jxAtomicOr(uint32_t *cell, uint32_t mask);
 
 /* Makes a node of the caller's the top of a stack; *head is null when the stack is empty. The link
    to the node below is a pointer at link_offset bytes into the node; nodes are at even addresses.
-   Returns the previous top. Any number of threads may push and pop. */
+   Returns the previous top. Any number of threads may push and pop; a node may be pushed again as
+   soon as it was popped. While a pop is at work *head is odd and other calls spin, never sleep. */
 JX_EXPORT void *jxAStackPush(void **head, void *node, uint32_t link_offset);
-/* Takes the top node off the stack; null when it is empty. */
+/* Takes the top node off the stack; null when it is empty. The node is then the caller's. */
 JX_EXPORT void *jxAStackPop(void **head, uint32_t link_offset);
 
 /* ---- Memory and strings -------------------------------------------------------------------- */

@@ -129,10 +129,12 @@ class Case {
   void check() {
     Model ample{SIZE_MAX / 2, {}};
     JXStatus expected = play(&ample);
-    for (const size_t capacity : {ample.length + 3, pick(ample.length + 4)}) {
+    // With room to spare, with little, and with too little.
+    for (const size_t capacity :
+         {ample.length + 60, ample.length + pick(30), pick(ample.length + 1)}) {
       Model model{capacity, {}};
       expected = play(&model);
-      GuardedBuffer buffer(ample.length + 8);
+      GuardedBuffer buffer(ample.length + 60);
       uint32_t length = 77;
       List list = arguments();
       const std::string format = format_text();

@@ -9,7 +9,7 @@
 
 #include "jx/runtime.h"
 #include "support/scale.hpp"
-#include "tests/support/text.hpp"
+#include "support/text.hpp"
 
 namespace jx_test {
 

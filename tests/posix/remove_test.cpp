@@ -147,10 +147,10 @@ TEST_F(Remove, AFolderMovedAwayIsNotFollowedUp) {
   make_outside();
   make_chain("tree", 40);
   std::string below = "tree";
-  for (int i = 0; i < 20; ++i) below += "/deeper";
+  for (int i = 0; i < 4; ++i) below += "/deeper";
   // When the walk is at the bottom the upper levels are closed; the way back up leads elsewhere.
   precede_path_call(PathCall::readdir, 3 * 39 + 1,
-                    [&] { fs::rename(dir.file(below), dir.file("outside/sub/moved")); });
+                    [&] { fs::rename(dir.file(below), dir.file("outside/sub/deeper")); });
   EXPECT_EQ(remove_tree("tree"), JXWEM_E_NOTFOUND);
   EXPECT_TRUE(disarm_path_calls());
   EXPECT_TRUE(outside_is_whole());
@@ -204,7 +204,7 @@ TEST_F(Remove, DeepAndWideTreesWithLittleStackAndFewDescriptors) {
   }
   rlimit limit;
   getrlimit(RLIMIT_NOFILE, &limit);
-  const rlimit few = {std::min(open_descriptors() + 33, 64u), limit.rlim_max};
+  const rlimit few = {64, limit.rlim_max};
   setrlimit(RLIMIT_NOFILE, &few);
   run_on_small_stack([&] {
     for (const char *name : {"deep", "wide", "bushy"}) {
@@ -213,6 +213,16 @@ TEST_F(Remove, DeepAndWideTreesWithLittleStackAndFewDescriptors) {
     }
   });
   setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+TEST_F(Remove, KeepsAtMost32DirectoriesOpen) {
+  make_chain("deep", 100);
+  const uint32_t before = open_descriptors();
+  uint32_t during = 0;
+  precede_path_call(PathCall::fdopendir, 60, [&] { during = open_descriptors() - before; });
+  EXPECT_EQ(remove_tree("deep"), JX_OK);
+  disarm_path_calls();
+  EXPECT_EQ(during, 32u);
 }
 
 }  // namespace

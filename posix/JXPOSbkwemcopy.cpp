@@ -94,8 +94,9 @@ struct Check {
 class WalkPath {
  public:
   // Starts with an expanded path whose caller gave it in given_chars characters; both forms of
-  // every path below must fit JX_NAME_MAX_CHARS. 0 or JXWEM_E_FAILED.
+  // every path below must fit JX_NAME_MAX_CHARS. 0, JXWEM_E_NAMETOOLONG or JXWEM_E_FAILED.
   JXStatus start(JXInstance *instance, jx::Text expanded, uint32_t given_chars) {
+    if (expanded.chars > JX_NAME_MAX_CHARS) return JXWEM_E_NAMETOOLONG;
     const uint32_t longest_chars = std::max(expanded.chars, given_chars);
     const uint32_t room_chars = JX_NAME_MAX_CHARS - std::min(longest_chars, kMaxChars);
     limit_chars_ = expanded.chars + room_chars;

@@ -14,7 +14,6 @@ class CreateName : public PathTest {
   void SetUp() override {
     PathTest::SetUp();
     ASSERT_EQ(jxhost_set_option(host.reference(), "host.process_id", 1234), JX_OK);
-    set_host_name("node7");
   }
 
   void set_host_name(std::string_view name) {
@@ -47,16 +46,23 @@ TEST_F(CreateName, Forms) {
     std::string prefix, extension;
     JXStatus status;
     std::string name;
+    int32_t process = 1234;
+    const char *directory = "/d";
+    std::string host_name = "node7";
   };
-  const std::string most(1014, 'p');  // with the ten digits and the slash: not too long to format
+  const std::string most(1014, 'p');  // with the ten digits: not too long to format
   const Row rows[] = {
       {4, 0, "", "", JX_OK, "/d/ZOR_util0001000004D2_node7"},
       {6, 0xFFFC, "tmp", "x", JX_OK, "/d/ZOR_utilFFFD000004D2_node7"},
       {5, 9, "", "dat", JX_OK, "/d/ZOR_util000A000004D2_node7.dat"},
+      {4, 0, "", "", JX_OK, "/d/ZOR_util0001000004D2_", 1234, "/d/", ""},
+      {4, 0, "", "", JX_OK, "/d/ZOR_util0001FFFFFFFE_  ab", -2, "/d", {'a', 'b', 0, 0}},
       {2, 0, "tmp", "x", JX_OK, "/d/tmp04D2000001"},
       {3, 0, "tmp", "dat", JX_OK, "/d/tmp04D2000001.dat"},
       {1, 0xAB, "tmp", "dat", JX_OK, "/d/tmp04D20000AC.dat"},
       {2, 0, "", "", JX_OK, "/d/04D2000001"},
+      {2, 0, "t", "", JX_OK, "/d/tFFFE000001", -2},
+      {2, 0, "t", "", JX_OK, dir.file("t04D2000001"), 1234, ""},
       {3, 0, "a b", "", JX_OK, "/d/a b04D2000001"},
       {0, 0, "tmp", "dat", JXWEM_E_BADOPTIONS, ""},
       {8, 0, "tmp", "dat", JXWEM_E_BADOPTIONS, ""},
@@ -66,34 +72,18 @@ TEST_F(CreateName, Forms) {
       {2, 0xFFFD, "t", "", JX_OK, "/d/t04D200FFFE"},
       {2, 0xFFFE, "t", "", JX_OK, "/d/t04D2000000"},
   };
+  const WorkingDirectory here(dir.path());
   for (const Row &row : rows) {
     instance->name_counter = row.counter;
+    set_host_name(row.host_name);
+    ASSERT_EQ(jxhost_set_option(host.reference(), "host.process_id", row.process), JX_OK);
     std::string name;
-    EXPECT_EQ(create(jx("/d"), jx(row.prefix), jx(row.extension), row.flags, &name), row.status)
+    EXPECT_EQ(create(jx(row.directory), jx(row.prefix), jx(row.extension), row.flags, &name),
+              row.status)
         << row.flags << row.prefix;
     EXPECT_EQ(name, row.name);
     EXPECT_EQ(instance->name_counter, (row.counter + 1) % 0xFFFF);
   }
-}
-
-TEST_F(CreateName, HostNameAndDirectory) {
-  instance->host_name_chars = 0;
-  std::string name;
-  EXPECT_EQ(create(jx("/d/"), {}, {}, 4, &name), JX_OK);
-  EXPECT_EQ(name, "/d/ZOR_util0001000004D2_");
-  set_host_name("ab");
-  instance->host_name[2] = 0;
-  instance->host_name_chars = 4;  // shorter than its length says: on the right of the field
-  EXPECT_EQ(create(jx("/d"), {}, {}, 4, &name), JX_OK);
-  EXPECT_EQ(name, "/d/ZOR_util0002000004D2_  ab");
-  const WorkingDirectory here(dir.path());
-  EXPECT_EQ(create({}, jx("t"), {}, 2, &name), JX_OK);
-  EXPECT_EQ(name, dir.file("t04D2000003"));
-  ASSERT_EQ(jxhost_set_option(host.reference(), "host.process_id", -2), JX_OK);
-  EXPECT_EQ(create(jx("/d"), {}, {}, 4, &name), JX_OK);
-  EXPECT_EQ(name, "/d/ZOR_util0004FFFFFFFE_  ab");
-  EXPECT_EQ(create(jx("/d"), jx("t"), {}, 2, &name), JX_OK);
-  EXPECT_EQ(name, "/d/tFFFE000005");
 }
 
 TEST_F(CreateName, Failures) {

@@ -346,8 +346,12 @@ TEST_F(Directory, ListRecords) {
         expected.insert(shown(record_name, static_cast<int64_t>(array[0]->value.bytes),
                               array[1]->value.time, array[2]->value.word));
       }
+      journal.take_lines();
       uint64_t count = 0;
       JXTable *table = list(given, JX_DIRECTORY_NAMED, flags, &count);
+      // With attributes the loop is asked about; a folder that its built paths miss has none.
+      expect_journal((flags & 2) != 0 && folder == "folder" ? std::vector{ELOOP}
+                                                            : std::vector<int>{});
       std::set<std::string> found;
       for (void *value : FaultHost::values(table)) {
         const auto &record = *static_cast<JXDirectoryEntry *>(value);
@@ -359,16 +363,8 @@ TEST_F(Directory, ListRecords) {
       EXPECT_EQ(found, expected) << folder << flags;
       EXPECT_EQ(count, names.size() + 1);
       table->destroy_table(table);
-      journal.take_lines();  // the loop is reported for each question about it
     }
   }
-}
-
-TEST_F(Directory, LoopsAreReportedAndKeepTheirDefaults) {
-  make_folder("folder");
-  make_link("folder/loop", "loop");
-  EXPECT_EQ(list_status(at("folder"), JX_DIRECTORY_NAMED, JX_LIST_INFORMATION), JX_OK);
-  expect_journal({ELOOP});
 }
 
 TEST_F(Directory, AMemberWhosePathIsTooLongEndsAListOfPaths) {

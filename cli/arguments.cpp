@@ -64,13 +64,10 @@ void add_command(CLI::App &app, const Command &command) {
   CLI::App *added = app.add_subcommand(command.name, command.summary);
   added->description(wrap(command.description));
   added->footer(std::string("Example:\n  ") + command.example);
-  if (command.is_hidden) added->group("");
+  added->group(command.is_hidden ? "" : "Commands");
   for (const Option &option : command.options) add_option(*added, option);
   for (const Option &option : common_options()) add_option(*added, option);
-  if (command.takes_anything) {
-    added->prefix_command();
-    return;
-  }
+  if (command.takes_anything) return;
   for (const Operand &operand : command.operands) add_operand(*added, operand);
 }
 
@@ -84,11 +81,6 @@ void collect_options(const CLI::App &app, std::span<const Option> options, Argum
 }
 
 std::vector<std::string> collect_operands(const CLI::App &app, const Command &command) {
-  if (command.takes_anything) {
-    std::vector<std::string> all = app.remaining();
-    if (all.empty()) throw UsageError(std::string(command.operands[0].name) + " is required");
-    return all;
-  }
   std::vector<std::string> operands;
   for (const Operand &operand : command.operands) {
     const auto given = app.get_option(operand.name)->results();
@@ -127,6 +119,33 @@ class TableFormatter : public CLI::Formatter {
   }
 };
 
+bool takes_value(std::span<const Option> options, std::string_view word) {
+  return std::any_of(options.begin(), options.end(), [word](const Option &option) {
+    return option.value && word == key_of(option);
+  });
+}
+
+// The index of the first word that is not an option or the value of one; "--" is passed over.
+int skip_options(int at, int argc, char **argv, std::span<const Option> options) {
+  while (at < argc && argv[at][0] == '-' && argv[at][1] != '\0') {
+    const std::string_view word = argv[at];
+    if (word == "--") return at;
+    at += takes_value(options, word) || takes_value(common_options(), word) ? 2 : 1;
+  }
+  return std::min(at, argc);
+}
+
+// Takes the operands off a command line whose command takes anything: they are not parsed.
+std::vector<std::string> split_off_operands(const Command &command, int command_at, int *argc,
+                                            char **argv) {
+  if (!command.takes_anything) return {};
+  const int first = skip_options(command_at + 1, *argc, argv, command.options);
+  const bool has_mark = first < *argc && std::string_view(argv[first]) == "--";
+  std::vector<std::string> operands(argv + first + (has_mark ? 1 : 0), argv + *argc);
+  *argc = first;
+  return operands;
+}
+
 uint64_t suffix_factor(std::string_view suffix) {
   if (suffix.empty()) return 1;
   if (suffix == "k" || suffix == "K") return 1024;
@@ -135,10 +154,7 @@ uint64_t suffix_factor(std::string_view suffix) {
   return 0;
 }
 
-}  // namespace
-
-Invocation parse_command_line(int argc, char **argv) {
-  CLI::App app("Files and directories through the file-access module.", "jxfile");
+void add_commands(CLI::App &app) {
   const auto formatter = std::make_shared<TableFormatter>();
   formatter->label("SUBCOMMAND", "COMMAND");
   formatter->label("Subcommands", "Commands");
@@ -151,10 +167,21 @@ Invocation parse_command_line(int argc, char **argv) {
       "Exit codes: 0 done, 1 an operation failed, 2 the command line is wrong.");
   for (const Option &option : common_options()) add_option(app, option);
   for (const Command &command : commands()) add_command(app, command);
+}
+
+}  // namespace
+
+Invocation parse_command_line(int argc, char **argv) {
+  CLI::App app("Files and directories through the file-access module.", "jxfile");
+  add_commands(app);
+  const int command_at = skip_options(1, argc, argv, {});
+  const Command *command = command_at < argc ? find_command(argv[command_at]) : nullptr;
   if (argc < 2) throw UsageError("a command is required");
-  if (argv[1][0] != '-' && !find_command(argv[1])) {
-    throw UsageError(std::string("'") + argv[1] + "' is not a command");
+  if (command_at < argc && !command) {
+    throw UsageError(std::string("'") + argv[command_at] + "' is not a command");
   }
+  std::vector<std::string> operands;
+  if (command) operands = split_off_operands(*command, command_at, &argc, argv);
   Invocation invocation;
   try {
     app.parse(argc, argv);
@@ -166,12 +193,15 @@ Invocation parse_command_line(int argc, char **argv) {
     throw UsageError(error.what());
   }
   const CLI::App &chosen = *app.get_subcommands().front();
-  const Command *command = find_command(chosen.get_name());
   invocation.command = command;
   collect_options(app, common_options(), invocation.arguments);
   collect_options(chosen, command->options, invocation.arguments);
   collect_options(chosen, common_options(), invocation.arguments);
-  invocation.arguments.set_operands(collect_operands(chosen, *command));
+  if (!command->takes_anything) operands = collect_operands(chosen, *command);
+  if (command->takes_anything && operands.empty()) {
+    throw UsageError(std::string(command->operands[0].name) + " is required");
+  }
+  invocation.arguments.set_operands(std::move(operands));
   return invocation;
 }
 

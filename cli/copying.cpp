@@ -1,6 +1,7 @@
 // Byte streams in, converted text out.
 #include "cli/copying.hpp"
 
+#include <algorithm>
 #include <span>
 
 namespace cli {
@@ -45,9 +46,11 @@ wem::Status StreamWriter::write(std::string_view chunk, const std::string &sourc
   if (!finder_) return write_bytes(*file_, chunk);
   held_ += chunk;
   const bool is_good = finder_->feed(chunk);
-  const size_t checked = is_good
-                             ? held_.size() - finder_->unchecked_bytes()
-                             : static_cast<size_t>(finder_->fault()->record_offset - held_offset_);
+  size_t checked = held_.size() - finder_->unchecked_bytes();
+  if (!is_good) {
+    const uint64_t record_offset = std::max(finder_->fault()->record_offset, held_offset_);
+    checked = static_cast<size_t>(record_offset - held_offset_);
+  }
   const wem::Status status = write_held(checked);
   if (!is_good) throw to_failure(source, *finder_->fault());
   return status;

@@ -20,8 +20,8 @@ struct Fault {
   bool is_cut_off = false;     // the input ends inside the character
 };
 
-// Follows a byte stream and finds its first fault. Lines are checked as a whole; only in a line
-// with a fault single bytes are looked at.
+// Follows a byte stream and finds its first fault. Many lines are checked at once; only in a line
+// with a fault single bytes are looked at. Memory does not grow with the length of lines.
 class FaultFinder {
  public:
   // Checks a conversion between two encodings of a stream whose first byte is at offset.
@@ -32,24 +32,29 @@ class FaultFinder {
   // Takes note of the end. False when there is a fault.
   bool finish();
   const std::optional<Fault> &fault() const { return fault_; }
-  // How many of the bytes taken are those of a line whose end has not come: not checked yet.
+  // How many of the last bytes taken are not checked yet.
   size_t unchecked_bytes() const { return pending_.size(); }
 
  private:
-  bool check_lines(std::string_view lines);
+  bool feed_slice(std::string_view slice);
+  bool check_lines(size_t bytes);
+  bool check_long_line();
   bool converts(std::string_view text);
-  void locate(std::string_view line, wem::Status status);
+  bool locate(std::string_view text, bool is_certain);
 
   Session &session_;
   uint32_t from_;
   uint32_t to_;
   std::string line_end_;  // in the encoding of the stream
-  std::string pending_;   // the line whose end has not come yet
+  std::string pending_;   // from a start of a line or of a character on: not checked yet
+  size_t converted_ = 0;  // bytes of pending_ that the transcoder has already
   std::string room_;      // where conversions go
+  size_t produced_ = 0;   // by the last conversion
+  wem::Status status_;    // of the last conversion
   std::optional<Transcoder> transcoder_;
-  wem::Status status_;
-  uint64_t offset_;       // of pending_
-  uint64_t records_ = 0;  // complete lines before pending_
+  uint64_t offset_;         // of pending_
+  uint64_t record_offset_;  // of the line that pending_ is of
+  uint64_t records_ = 0;    // complete lines before it
   std::optional<Fault> fault_;
 };
 

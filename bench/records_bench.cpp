@@ -14,90 +14,11 @@
 #include <vector>
 
 #include "bench/paired.hpp"
-#include "jx/jxhost.h"
-#include "jx/wem.h"
+#include "bench/record_files.hpp"
 
 namespace {
 
-constexpr size_t kFileBytes = size_t{64} << 20;
-constexpr uint32_t kRecordBytes = 80;
-constexpr size_t kReadAhead = 8192;
-
-// The files that are read, made once and removed at the end.
-class Files {
- public:
-  Files() {
-    char name[] = "/dev/shm/jxwem-bench-XXXXXX";
-    if (!mkdtemp(name)) std::abort();
-    folder_ = name;
-    fill(ascii(), std::string(kRecordBytes - 1, 'a') + "\n");
-    std::string line;
-    for (int i = 0; i < 26; ++i) line += "\xe6\xbc\xa2";
-    fill(cjk(), line + "x\n");
-  }
-  ~Files() {
-    for (const std::string &path : {ascii(), cjk(), output()}) unlink(path.c_str());
-    rmdir(folder_.c_str());
-  }
-  std::string ascii() const { return folder_ + "/ascii"; }
-  std::string cjk() const { return folder_ + "/cjk"; }
-  std::string output() const { return folder_ + "/output"; }
-
- private:
-  static void fill(const std::string &path, const std::string &line) {
-    FILE *file = std::fopen(path.c_str(), "w");
-    if (!file) std::abort();
-    for (size_t done = 0; done < kFileBytes; done += line.size()) {
-      std::fwrite(line.data(), 1, line.size(), file);
-    }
-    std::fclose(file);
-  }
-  std::string folder_;
-};
-
-const Files &files() {
-  static const Files instance;
-  return instance;
-}
-
-JXInstance *instance() {
-  static JXHost *host = jxhost_create(nullptr);
-  static JXInstance *made = [] {
-    jxextent(host);
-    return jxwem(host, nullptr);
-  }();
-  return made;
-}
-
-// An open file of the module, closed at the end.
-class ModuleFile {
- public:
-  ModuleFile(const std::string &path, JXOpenOptions options) {
-    const std::vector<JXChar> name(path.begin(), path.end());
-    JXStatus status = JX_OK;
-    file_ = instance()->open(instance(), name.data(), static_cast<uint32_t>(name.size()), &options,
-                             0, nullptr, nullptr, &status);
-    if (!file_) std::abort();
-  }
-  ModuleFile(const ModuleFile &) = delete;
-  ModuleFile &operator=(const ModuleFile &) = delete;
-  ~ModuleFile() { file_->close(file_); }
-  JXFile *operator->() const { return file_; }
-  JXFile *get() const { return file_; }
-
- private:
-  JXFile *file_;
-};
-
-JXOpenOptions options_for(uint32_t format, uint32_t access, uint32_t record_length) {
-  JXOpenOptions options{};
-  options.record_format = format;
-  options.access_mode = access;
-  options.buffered = 1;
-  options.record_length = record_length;
-  options.open_flags = JX_OPEN_NO_BOM;
-  return options;
-}
+using namespace jx::bench;
 
 // Reads all records and counts their bytes.
 void read_all(const std::string &path, const JXOpenOptions &options, uint32_t wanted) {
@@ -111,7 +32,7 @@ void read_all(const std::string &path, const JXOpenOptions &options, uint32_t wa
     total += length;
     length = wanted;
   }
-  jx::bench::keep(total);
+  keep(total);
 }
 
 void lines(uint32_t record_length) {
@@ -128,7 +49,7 @@ void lines_getline() {
   for (ssize_t length; (length = getline(&line, &room, file)) > 0;) {
     total += static_cast<uint64_t>(length);
   }
-  jx::bench::keep(total);
+  keep(total);
   free(line);
   std::fclose(file);
 }
@@ -144,7 +65,7 @@ void lines_fgetws(const std::string &path) {
   wchar_t line[1024];
   uint64_t total = 0;
   while (std::fgetws(line, 1024, file)) total += std::wcslen(line);
-  jx::bench::keep(total);
+  keep(total);
   std::fclose(file);
 }
 
@@ -171,7 +92,7 @@ void lines_iconv(const std::string &path) {
     std::memmove(buffer.data(), next, left);
     held = left;
   }
-  jx::bench::keep(total);
+  keep(total);
   iconv_close(converter);
   close(fd);
 }
@@ -219,9 +140,9 @@ void read_fread() {
   uint64_t total = 0;
   for (size_t length; (length = fread_unlocked(record, 1, sizeof record, file)) > 0;) {
     total += length;
-    jx::bench::keep(record[0]);
+    keep(record[0]);
   }
-  jx::bench::keep(total);
+  keep(total);
   std::fclose(file);
 }
 
@@ -288,8 +209,8 @@ void write_pwrite() {
   close(fd);
 }
 
-std::vector<jx::bench::Pair> pairs() {
-  std::vector<jx::bench::Pair> all;
+std::vector<Pair> pairs() {
+  std::vector<Pair> all;
   for (const uint32_t length : {256u, 32'767u, 1'048'576u}) {
     all.push_back({"lines of 80 bytes, record length " + std::to_string(length), "getline",
                    [length] { lines(length); }, lines_getline});
@@ -318,5 +239,5 @@ std::vector<jx::bench::Pair> pairs() {
 
 int main(int argc, char **argv) {
   std::setlocale(LC_ALL, "C.UTF-8");  // for the wide-character peers
-  return jx::bench::run_pairs(argc, argv, pairs());
+  return run_pairs(argc, argv, pairs());
 }

@@ -148,9 +148,9 @@ std::vector<std::string> split_off_operands(const Command &command, int command_
 
 uint64_t suffix_factor(std::string_view suffix) {
   if (suffix.empty()) return 1;
-  if (suffix == "k" || suffix == "K") return 1024;
-  if (suffix == "M") return 1024 * 1024;
-  if (suffix == "G") return 1024 * 1024 * 1024;
+  if (suffix == "k" || suffix == "K") return uint64_t{1} << 10;
+  if (suffix == "M") return uint64_t{1} << 20;
+  if (suffix == "G") return uint64_t{1} << 30;
   return 0;
 }
 

@@ -12,7 +12,8 @@
 
 namespace wem {
 
-static_assert(sizeof(char32_t) == sizeof(JXChar) && alignof(char32_t) == alignof(JXChar));
+static_assert(sizeof(char32_t) == sizeof(JXChar));
+static_assert(alignof(char32_t) == alignof(JXChar));
 
 // Text as the module takes it. char32_t and JXChar have one representation, and the module, which
 // is compiled apart, only ever sees the memory as JXChars: the cast hands over a pointer and no

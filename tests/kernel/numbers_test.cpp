@@ -207,7 +207,8 @@ TEST(Doubles, KnownTexts) {
 TEST(Doubles, RandomAgainstTheLibrary) {
   std::mt19937_64 random(kSeed);
   int64_t ties = 0;
-  for (int64_t i = scaled(1200000); i > 0; --i) {
+  const int64_t count = scaled(1200000);
+  for (int64_t i = count; i > 0; --i) {
     const double value = random_double(&random);
     const char conversion = "efg"[random() % 3];
     const auto precision = static_cast<int>(random() % 61);
@@ -218,7 +219,8 @@ TEST(Doubles, RandomAgainstTheLibrary) {
     ASSERT_EQ(text, reference_text(value, conversion, precision, alternate))
         << conversion << ' ' << precision << ' ' << std::hexfloat << value;
   }
-  EXPECT_LT(ties, 1200);  // mostly numbers near 2^50, where halves are common
+  // Ties are mostly numbers near 2^50, where halves are common.
+  EXPECT_LT(ties, count / 1000 + 20);
 }
 
 // Values that tie, carry through nines or sit beside a power of ten, against the exact reference.

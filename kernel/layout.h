@@ -1,19 +1,31 @@
-/* The binary contract in numbers, checked as the C compiler of a host author sees the headers. The
-   numbers are offsets in bytes on i386, then on x86-64; a word is a pointer. */
+// The binary contract in numbers, for a C compiler and a C++ compiler alike: the place of every
+// field of the public records, in bytes on i386 and on x86-64. A word is a pointer; a 64-bit field
+// of an i386 record is aligned to 4 bytes.
+#pragma once
+
+#include <assert.h>
 #include <stddef.h>
 
 #include "jx/wem.h"
 
+#ifdef __cplusplus
+#include <type_traits>
+#define PLAIN(type) \
+  static_assert(std::is_standard_layout_v<type> && std::is_trivially_copyable_v<type>, #type);
+#else
+#define PLAIN(type)
+#endif
 #define PICK(i386, x86_64) (sizeof(void *) == 4 ? (size_t)(i386) : (size_t)(x86_64))
 #define AT(type, field, i386, x86_64) \
-  _Static_assert(offsetof(type, field) == PICK(i386, x86_64), #type "." #field);
-#define SIZE(type, i386, x86_64) _Static_assert(sizeof(type) == PICK(i386, x86_64), #type);
+  static_assert(offsetof(type, field) == PICK(i386, x86_64), #type "." #field);
 #define WORD(type, field, index) AT(type, field, 4 * (index), 8 * (index))
-#define WORDS(type, count) SIZE(type, 4 * (count), 8 * (count))
+#define SIZE(type, i386, x86_64)                            \
+  static_assert(sizeof(type) == PICK(i386, x86_64), #type); \
+  PLAIN(type)
 
-_Static_assert(sizeof(JXChar) == 4 && sizeof(JXStatus) == 4, "units");
+static_assert(sizeof(JXChar) == 4 && sizeof(JXStatus) == 4, "units");
 
-/* Host objects */
+// Host objects
 WORD(JXHost, create_lock, 0)
 WORD(JXHost, create_pool, 1)
 WORD(JXHost, create_table, 2)
@@ -22,7 +34,7 @@ WORD(JXHost, get_option, 4)
 WORD(JXHost, nls, 5)
 WORD(JXHost, locale, 6)
 WORD(JXHost, time_zone, 7)
-WORDS(JXHost, 8)
+SIZE(JXHost, 32, 64)
 WORD(JXLocale, native_decoder, 0)
 WORD(JXLocale, decimal_point, 1)
 WORD(JXPool, destroy_pool, 0)
@@ -65,7 +77,7 @@ AT(JXOpenRequest, flags, 12, 16)
 AT(JXOpenRequest, zero, 16, 20)
 SIZE(JXOpenRequest, 32, 40)
 
-/* Instance */
+// Instance
 AT(JXInstance, eye_catcher, 0, 0)
 WORD(JXInstance, empty1, 1)
 WORD(JXInstance, get_required_version, 3)
@@ -104,7 +116,7 @@ AT(JXInstance, native_encoder, 260, 400)
 AT(JXInstance, native_decoder, 264, 408)
 SIZE(JXInstance, 268, 416)
 
-/* Open options: 51 words of 32 bits, then a pointer */
+// Open options: 51 words of 32 bits, then a pointer
 AT(JXOpenOptions, access_mode, 32, 32)
 AT(JXOpenOptions, buffered, 36, 36)
 AT(JXOpenOptions, record_length, 40, 40)
@@ -120,7 +132,7 @@ AT(JXOpenOptions, open_flags, 200, 200)
 AT(JXOpenOptions, journal, 204, 208)
 SIZE(JXOpenOptions, 208, 216)
 
-/* File handle */
+// File handle
 AT(JXFile, eye_catcher, 0, 0)
 WORD(JXFile, caller_tag, 1)
 WORD(JXFile, close, 2)
@@ -138,6 +150,7 @@ WORD(JXFile, byte_to_position, 21)
 WORD(JXFile, truncate, 22)
 WORD(JXFile, attach_journal, 23)
 WORD(JXFile, attributes, 24)
+SIZE(JXFile, 4356, 4456)
 AT(JXFileAttributes, name, 0, 0)
 AT(JXFileAttributes, name_chars, 4096, 4096)
 AT(JXFileAttributes, access_mode, 4100, 4100)
@@ -151,7 +164,7 @@ AT(JXFileAttributes, user_values, 4128, 4128)
 AT(JXFileAttributes, user_value_count, 4256, 4256)
 SIZE(JXFileAttributes, 4260, 4260)
 
-/* Directory handle */
+// Directory handle
 AT(JXDirectory, eye_catcher, 0, 0)
 WORD(JXDirectory, name, 1)
 WORD(JXDirectory, close, 2)
@@ -168,28 +181,28 @@ WORD(JXDirectory, options, 12)
 WORD(JXDirectory, path, 13)
 WORD(JXDirectory, path_chars, 14)
 WORD(JXDirectory, empty2, 15)
-WORDS(JXDirectory, 17)
+SIZE(JXDirectory, 68, 136)
 
-/* Records */
+// Records
 AT(JXInfoItem, type, 0, 0)
-AT(JXInfoItem, name, 4, 8)
-AT(JXInfoItem, name_chars, 8, 16)
-AT(JXInfoItem, value, 12, 24)
+WORD(JXInfoItem, name, 1)
+WORD(JXInfoItem, name_chars, 2)
+WORD(JXInfoItem, value, 3)
 AT(JXInfoItem, second_block, 20, 32)
 AT(JXInfoItem, reserved, 24, 40)
 AT(JXInfoItem, pool, 28, 48)
 AT(JXInfoItem, format, 32, 56)
 SIZE(JXInfoItem, 36, 64)
 AT(JXMember, name, 0, 0)
-AT(JXMember, name_chars, 4, 8)
+WORD(JXMember, name_chars, 1)
 AT(JXMember, empty, 8, 12)
 AT(JXMember, information, 36, 40)
 AT(JXMember, pool, 40, 48)
 AT(JXMember, next, 44, 56)
 SIZE(JXMember, 48, 64)
 AT(JXDirectoryEntry, name, 0, 0)
-AT(JXDirectoryEntry, name_chars, 4, 8)
-AT(JXDirectoryEntry, size_bytes, 8, 16)
+WORD(JXDirectoryEntry, name_chars, 1)
+WORD(JXDirectoryEntry, size_bytes, 2)
 AT(JXDirectoryEntry, modified, 16, 24)
 AT(JXDirectoryEntry, second_time, 24, 32)
 AT(JXDirectoryEntry, is_dir, 32, 40)
@@ -198,8 +211,8 @@ AT(JXDirectoryEntry, pool, 40, 48)
 AT(JXDirectoryEntry, next, 44, 56)
 SIZE(JXDirectoryEntry, 48, 64)
 AT(JXCreateName, prefix, 0, 0)
-AT(JXCreateName, prefix_chars, 4, 8)
-AT(JXCreateName, extension, 8, 16)
-AT(JXCreateName, extension_chars, 12, 24)
+WORD(JXCreateName, prefix_chars, 1)
+WORD(JXCreateName, extension, 2)
+WORD(JXCreateName, extension_chars, 3)
 AT(JXCreateName, flags, 16, 28)
 SIZE(JXCreateName, 20, 32)

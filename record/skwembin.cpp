@@ -7,11 +7,12 @@ namespace {
 
 using jx::FileHandle;
 
-// Takes up to `wanted` bytes off the unread ones.
-JXStatus take_bytes(FileHandle *handle, uint32_t wanted, void **data, uint32_t *length) {
-  *data = jx::first_unread(handle);
-  *length = std::min(wanted, handle->buffer_count);
-  jx::consume(handle, *length);
+// Takes bytes that are in hand off the unread ones.
+JXStatus take_bytes(FileHandle *handle, uint32_t bytes, void **data, uint32_t *length) {
+  uint8_t *record = jx::first_unread(handle);
+  jx::consume(handle, bytes);
+  *data = record;
+  *length = bytes;
   return JX_OK;
 }
 
@@ -20,7 +21,9 @@ JXStatus take_bytes(FileHandle *handle, uint32_t wanted, void **data, uint32_t *
 [[gnu::noinline]] JXStatus read_bytes(FileHandle *handle, uint32_t wanted, void **data,
                                       uint32_t *length) {
   const JXStatus status = jx::refill(handle, wanted);
-  if (status == JX_OK) return take_bytes(handle, wanted, data, length);
+  if (status == JX_OK) {
+    return take_bytes(handle, std::min(wanted, handle->buffer_count), data, length);
+  }
   *data = nullptr;
   *length = 0;
   return status;

@@ -1,6 +1,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <tuple>
+
 #include "host/test_host.hpp"
 #include "jx/runtime.h"
 #include "support/files.hpp"
@@ -12,12 +14,7 @@ TEST(Journal, ShowsEveryTextOnOneLine) {
   constexpr JXChar kPlain[] = {'a', 0xE9, 0x20AC, 0x1F600, 0};
   constexpr JXChar kBad[] = {0xD800, 0x110000, 0xFFFFFFFF, '\n', 0x1B, 0x7F, 0x85, 0x2028, 'z', 0};
   const JXString long_text(5000, 'x');
-  const struct {
-    uint32_t level;
-    JXStatus status;
-    const JXChar *text;
-    std::string line;
-  } rows[] = {
+  const std::tuple<uint32_t, JXStatus, const JXChar *, std::string> rows[] = {
       {4, JXWEM_E_SYSTEM, kPlain,
        "error: JXWEM_E_SYSTEM 0x80bfe815: system error: a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"},
       {0, 0x12345678, kBad,
@@ -33,9 +30,9 @@ TEST(Journal, ShowsEveryTextOnOneLine) {
   config.journal_fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
   TestHost host(config);
   std::string expected;
-  for (const auto &row : rows) {
-    EXPECT_EQ(jxlStatusToJnl(host.journal(), row.level, row.status, row.text), JX_OK);
-    EXPECT_EQ(read_file(path), expected += row.line + "\n");
+  for (const auto &[level, status, text, line] : rows) {
+    EXPECT_EQ(jxlStatusToJnl(host.journal(), level, status, text), JX_OK);
+    EXPECT_EQ(read_file(path), expected += line + "\n");
   }
   close(config.journal_fd);
 }
@@ -60,19 +57,6 @@ TEST(Journal, RendersMessagesAndFillsBuffers) {
     EXPECT_EQ(narrow(buffer, length), message.substr(0, room));
     EXPECT_EQ(buffer[room], 0u) << room;
   }
-}
-
-TEST(Journal, ThreadsWriteWholeLines) {
-  TestHost host;
-  on_threads([&](uint32_t number) {
-    const JXString text(200, 'a' + number);
-    for (int i = 0; i < 500; ++i) {
-      EXPECT_EQ(jxlStatusToJnl(host.journal(), 4, 1, text.c_str()), JX_OK);
-    }
-  });
-  const std::vector<std::string> lines = host.take_lines();
-  EXPECT_EQ(lines.size(), 2000u);
-  for (const auto &line : lines) EXPECT_EQ(line, "4 1 " + std::string(200, line.back()));
 }
 
 }  // namespace

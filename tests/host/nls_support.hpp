@@ -61,8 +61,7 @@ inline std::pair<int, std::string> by_iconv(const char *from, const char *to, st
   char *out = output.data();
   size_t in_bytes = source.size();
   size_t out_bytes = output.size();
-  const bool failed = iconv(descriptor, &in, &in_bytes, &out, &out_bytes) == size_t(-1);
-  const int error = failed ? errno : 0;
+  const int error = iconv(descriptor, &in, &in_bytes, &out, &out_bytes) == size_t(-1) ? errno : 0;
   iconv(descriptor, nullptr, nullptr, &out, &out_bytes);
   iconv_close(descriptor);
   output.resize(output.size() - out_bytes);

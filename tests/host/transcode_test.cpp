@@ -12,7 +12,6 @@ namespace {
 
 using namespace std::string_literals;
 
-constexpr uint32_t kAscii = 21;
 constexpr uint32_t kSjis = 932;
 
 constexpr JXStatus kMalformed = JXHOST_E_MALFORMED;
@@ -26,7 +25,7 @@ struct Direct {
 };
 constexpr Direct kDirect[] = {{20, "UTF-8", 0x110000},    {24, "UTF-16BE", 0x110000},
                               {25, "UTF-16LE", 0x110000}, {26, "UTF-32BE", 0x110000},
-                              {27, "UTF-32LE", 0x110000}, {kAscii, "ASCII", 0x80},
+                              {27, "UTF-32LE", 0x110000}, {21, "ASCII", 0x80},
                               {62, "LATIN1", 0x100}};
 
 TEST(Transcode, DecidesWhatIsValid) {
@@ -40,7 +39,6 @@ TEST(Transcode, DecidesWhatIsValid) {
       {20, 62, "ab\xf0\x9f\x98z", kMalformed, "ab"},
       {25, 27, "\0\xd8\0\xd8"s, kMalformed, ""},
       {27, 25, jxchars(U"a") + "\0\0\x11\0"s, kMalformed, "a\0"s},
-      {1252, 20, "a\x81", kMalformed, "a"},
       {kSjis, 20, "a\x81 ", kMalformed, "a"},
       // The first fault is reported, wherever it comes from.
       {20, 62, "\xc3\xbf\xc4\x80\xff", kUnmappable, "\xff"},
@@ -48,8 +46,7 @@ TEST(Transcode, DecidesWhatIsValid) {
       {20, kSjis, "a\xff\xc3\xbf", kMalformed, "a"},
       // Unmappable characters; the C library drops the tag characters unless told otherwise.
       {27, 62, jxchars(U"a\xff\x100"), kUnmappable, "a\xff"},
-      {62, kAscii, "a\xff", kUnmappable, "a"},
-      {27, 1252, jxchars(U"\x20ac\x100"), kUnmappable, "\x80"},
+      {62, 21, "a\xff", kUnmappable, "a"},
       {27, kSjis, jxchars(U"a\xe0041z"), kUnmappable, "a"},
       {27, 54936, jxchars(U"a\xe0041"), 0, "a\xd3\x36\x9c\x33"},
       // By way of JXChar, and to an encoding with shifts, which every call ends unshifted.
@@ -72,8 +69,7 @@ TEST(Transcode, DecidesWhatIsValid) {
 }
 
 // Texts with characters of every length, and the encodings that have them all.
-const std::u32string kMixed =
-    U"aé€😀日本語文字列Ж\x7ff\x800\xffff\x10000z\x10ffff plain text, long.";
+const std::u32string kMixed = U"aé€😀日本語文字列Ж\x7ff\x800\xffff\x10000z\x10ffff plain";
 const std::u32string kJapanese = U"日本語ab文字cdカナ、かな";
 
 TEST(Transcode, CompletesCharactersThatACallCut) {
@@ -122,11 +118,9 @@ void check_room(const TestHost &host, uint32_t from, uint32_t to, std::u32string
 
 TEST(Transcode, NeedsTheRoomOfTheResultAndNoMore) {
   TestHost host;
-  std::u32string latin, japanese;
-  for (int i = 0; i < 4; ++i) {
-    latin += U"abcdefghij 0123456789 äöü ";
-    japanese += kJapanese;
-  }
+  const std::u32string japanese = kJapanese + kJapanese + kJapanese + kJapanese;
+  const std::u32string latin =
+      U"abcdefghijklmnopqrstuvwxyz0123456789 äöü, and then more than a piece of the measuring";
   for (const uint32_t from : {20u, 25u, 26u, 27u, 62u, 1252u}) {
     for (const uint32_t to : {20u, 24u, 25u, 26u, 27u, 62u, 1252u, 1258u}) {
       check_room(host, from, to, latin);

@@ -21,9 +21,8 @@ void jxextent(JXHost *host) { (void)host; }
 
 JXInstance *jxwem(JXHost *host, JXOwner owner) {
   static JXInstance instance;
-  const char *eye_catcher = (uintptr_t)owner == 2 ? JX_EYE_CATCHER : "oven";
   (void)host;
-  memcpy(instance.eye_catcher, eye_catcher, sizeof instance.eye_catcher);
+  memcpy(instance.eye_catcher, (uintptr_t)owner == 2 ? JX_EYE_CATCHER : "oven", 4);
   instance.get_required_version = get_required_version;
   instance.destroy = destroy;
   return owner ? &instance : NULL;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "jx/jxhost.h"
@@ -51,5 +52,12 @@ class TestHost {
   JXHost *host_;
   std::vector<std::string> lines_;
 };
+
+// Does the work on four threads at once, each given a number.
+template <typename Work>
+void on_threads(const Work &work) {
+  std::vector<std::jthread> threads;
+  for (uint32_t number = 1; number <= 4; ++number) threads.emplace_back(work, number);
+}
 
 }  // namespace jx::test

@@ -30,7 +30,7 @@ class TextModel {
   TextModel(uint32_t from, uint32_t to) : from_(from), to_(to) {}
 
   // Converts all of `text`; a character cut off at its end is kept for the next call. On failure
-  // nothing is kept and *produced_out means nothing.
+  // nothing is kept and *produced_out is what stands before the fault.
   JXStatus convert(std::string_view text, size_t capacity_bytes, std::string *produced_out);
 
  private:

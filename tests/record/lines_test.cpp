@@ -7,7 +7,6 @@
 #include "jx/jxhost.h"
 #include "support/instance.hpp"
 #include "support/open.hpp"
-#include "support/records.hpp"
 #include "support/syscalls.hpp"
 #include "support/text_model.hpp"
 

@@ -3,34 +3,27 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "support/text.hpp"
 
 namespace jx::test {
 
-namespace {
+#define JX_TEST_TEXT(...) #__VA_ARGS__
+#define JX_TEST_TEXT_OF(list) JX_TEST_TEXT(list)
 
-constexpr std::array<const char *, kCallCount> kCallNames{
-    "create_lock",        "create_pool",       "create_table",   "load_extension",
-    "get_option",         "pool_allocate",     "table_insert",   "measure_conversion",
-    "encoding_info",      "create_transcoder", "create_decoder", "create_encoder",
-    "destroy_transcoder", "transcode",         "lock_acquire",   "lock_release",
-    "open_file",          "close_file",        "get_host_name",  "table_set_entry_destructor",
-    "needs_conversion",   "pool_free",         "destroy_pool",   "destroy_lock",
-    "destroy_table",      "release_extension"};
-static_assert(kCallNames.back(), "a name for every call");
-constexpr std::array<const char *, 6> kKindNames{"pool",       "lock",      "table",
-                                                 "transcoder", "extension", "open file"};
-constexpr Calls kMemoryCalls = calls(Call::pool_allocate, Call::pool_free);
-
-}  // namespace
-
-const char *call_name(Call call) { return kCallNames[static_cast<uint32_t>(call)]; }
+std::string call_name(Call call) {
+  std::istringstream names(JX_TEST_TEXT_OF((JX_TEST_CALLS)));
+  std::string name;
+  for (uint32_t i = 0; i <= static_cast<uint32_t>(call); ++i) names >> name;
+  std::erase_if(name, [](char letter) { return letter != '_' && (letter < 'a' || letter > 'z'); });
+  return name;
+}
 
 FaultHost::~FaultHost() {
   disarm();
-  expect_clean();
-  const uint32_t left = jxhost_destroy(host_.inner);
-  EXPECT_EQ(left, 0u) << "objects left in the reference host";
+  EXPECT_EQ(take_misuse() + list_live(), "");
+  EXPECT_EQ(jxhost_destroy(host_.inner), 0u) << "objects left in the reference host";
 }
 
 void FaultHost::arm(Calls failing, uint32_t n, JXStatus status) {
@@ -47,17 +40,10 @@ std::optional<Call> FaultHost::disarm() {
   return std::exchange(failed_, std::nullopt);
 }
 
-void FaultHost::set_largest_block(uint32_t bytes) {
-  const std::lock_guard guard(mutex_);
-  largest_block_ = bytes;
-}
-
-bool FaultHost::fails(Call call, std::string_view detail) {
+bool FaultHost::fails(Call call, const std::string &detail) {
   const std::lock_guard guard(mutex_);
   ++counts_[static_cast<uint32_t>(call)];
-  if (tracing_ && (tracing_memory_ || !(calls(call) & kMemoryCalls))) {
-    trace_.push_back(call_name(call) + (detail.empty() ? "" : " " + std::string(detail)));
-  }
+  if (trace_) trace_->push_back(call_name(call) + " " + detail);
   if (!(armed_ & calls(call)) || calls_to_fault_-- > 0) return false;
   armed_ = 0;
   failed_ = call;
@@ -74,17 +60,14 @@ uint64_t FaultHost::count(Call call) const {
   return counts_[static_cast<uint32_t>(call)];
 }
 
-void FaultHost::start_trace(bool with_memory) {
+void FaultHost::start_trace() {
   const std::lock_guard guard(mutex_);
-  tracing_ = true;
-  tracing_memory_ = with_memory;
-  trace_.clear();
+  trace_.emplace();
 }
 
 std::vector<std::string> FaultHost::take_trace() {
   const std::lock_guard guard(mutex_);
-  tracing_ = false;
-  return std::exchange(trace_, {});
+  return std::exchange(trace_, std::nullopt).value_or(std::vector<std::string>());
 }
 
 OpenCall FaultHost::last_open() const {
@@ -94,9 +77,7 @@ OpenCall FaultHost::last_open() const {
 
 LiveCounts FaultHost::live() const {
   const std::lock_guard guard(mutex_);
-  LiveCounts counts{.blocks = blocks_.live()};
-  for (const auto &[object, what] : live_) ++counts.objects[static_cast<uint32_t>(what.first)];
-  return counts;
+  return {.blocks = blocks_.live(), .objects = live_.size()};
 }
 
 void FaultHost::complain(const std::string &text) {
@@ -112,32 +93,28 @@ std::string FaultHost::take_misuse() {
 std::string FaultHost::list_live() const {
   const std::lock_guard guard(mutex_);
   std::string lines;
-  for (const auto &[object, what] : live_) {
-    lines += std::string("live ") + kKindNames[static_cast<uint32_t>(what.first)] + " " +
-             what.second + "\n";
-  }
+  for (const auto &[object, label] : live_) lines += "live " + label + "\n";
   return lines + blocks_.list_live();
 }
 
-void FaultHost::expect_clean() {
-  const std::string found = take_misuse() + list_live();
-  if (!found.empty()) ADD_FAILURE() << found;
-}
+namespace {
 
-const JXTable *FaultHost::inner(const JXTable *table) {
+// The reference host's table behind one that the module got.
+const JXTable *inner_of(const JXTable *table) {
   return reinterpret_cast<const Shell<JXTable> *>(table)->inner;
 }
 
+}  // namespace
+
 void *FaultHost::find(const JXTable *table, std::string_view key8) {
   const JXString key = jx(key8);
-  const auto key_bytes = static_cast<uint32_t>(key.size() * sizeof(JXChar));
-  const JXTableEntry *entry = jxhost_table_find(inner(table), key.data(), key_bytes);
+  const JXTableEntry *entry = jxhost_table_find(inner_of(table), key.data(), chars(key) * 4);
   return entry ? entry->value : nullptr;
 }
 
 std::vector<void *> FaultHost::values(const JXTable *table) {
   std::vector<void *> found;
-  const JXTableEntry *entry = jxhost_table_first(inner(table));
+  const JXTableEntry *entry = jxhost_table_first(inner_of(table));
   for (; entry; entry = jxhost_table_next(entry)) found.push_back(entry->value);
   return found;
 }

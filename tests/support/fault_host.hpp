@@ -20,64 +20,38 @@ namespace jx::test {
 
 // The calls a host answers. Those before needs_conversion can be made to fail: by null, by "not
 // stored" or by a status; the object of a failed destroy or close is ended all the same.
-enum class Call : uint32_t {
-  create_lock,
-  create_pool,
-  create_table,
-  load_extension,
-  get_option,
-  pool_allocate,
-  table_insert,
-  measure_conversion,
-  encoding_info,
-  create_transcoder,
-  create_decoder,
-  create_encoder,
-  destroy_transcoder,
-  transcode,
-  lock_acquire,
-  lock_release,
-  open_file,
-  close_file,
-  get_host_name,
-  table_set_entry_destructor,
-  needs_conversion,
-  pool_free,
-  destroy_pool,
-  destroy_lock,
-  destroy_table,
-  release_extension,
-};
+#define JX_TEST_CALLS                                                                              \
+  create_lock, create_pool, create_table, load_extension, get_option, pool_allocate, table_insert, \
+      measure_conversion, encoding_info, create_transcoder, create_decoder, create_encoder,        \
+      destroy_transcoder, transcode, lock_acquire, lock_release, open_file, close_file,            \
+      get_host_name, table_set_entry_destructor, needs_conversion, pool_free, destroy_pool,        \
+      destroy_lock, destroy_table, release_extension
+enum class Call : uint32_t { JX_TEST_CALLS };
 inline constexpr uint32_t kCallCount = static_cast<uint32_t>(Call::release_extension) + 1;
 
 // A set of calls.
 using Calls = uint32_t;
-constexpr Calls calls() { return 0; }
-template <typename... Rest>
-constexpr Calls calls(Call first, Rest... rest) {
-  return (1u << static_cast<uint32_t>(first)) | calls(rest...);
+template <typename... Some>
+constexpr Calls calls(Some... some) {
+  return ((1u << static_cast<uint32_t>(some)) | ...);
 }
 inline constexpr Calls kAllFailing = calls(Call::needs_conversion) - 1;
-inline constexpr Calls kMemory = calls(Call::create_pool, Call::pool_allocate);
 
-const char *call_name(Call call);
+std::string call_name(Call call);
 
 // What a failing call answers when the test does not choose a status.
 inline constexpr JXStatus kFaultStatus = 0x803fcfffu;
 
 // What is alive in a host.
 struct LiveCounts {
-  uint64_t blocks = 0;
-  std::array<uint32_t, 6> objects{};  // by ObjectKind
+  uint64_t blocks = 0, objects = 0;
   bool operator==(const LiveCounts &) const = default;
 };
-enum class ObjectKind : uint32_t { pool, lock, table, transcoder, extension, open_file };
 
 // The arguments of the latest open_file.
 struct OpenCall {
   std::string path;
-  uint32_t permissions = 0, flags = 0, one = 0, lock_word = 0;
-  bool zeros_are_zero = false;
+  std::vector<uint32_t> words;  // permissions, flags, four of zero, one, the lock word
   JXJournal *journal = nullptr;
 };
 
@@ -89,8 +63,8 @@ template <typename Object>
 struct Shell {
   Object object{};  // first: its address is the shell's
   FaultHost *owner = nullptr;
-  Object *inner = nullptr;  // of the reference host; null for pools
-  std::string label;        // name or description
+  Object *inner = nullptr;  // of the reference host
+  std::string label = {};   // what it was made with
   bool ended = false;
   int held = 0;  // locks: acquired and not released
 };
@@ -112,14 +86,12 @@ class FaultHost {
   void arm(Calls failing, uint32_t n, JXStatus status = kFaultStatus);
   // Ends that and tells which call failed.
   std::optional<Call> disarm();
-  // A larger request gets no memory.
-  void set_largest_block(uint32_t bytes);
 
   // Calls of one kind since the start.
   uint64_t count(Call call) const;
-  // Names the calls from now on ("create_pool NAME OWNER"); memory calls are left out unless asked
-  // for. take_trace ends it.
-  void start_trace(bool with_memory = false);
+  // The calls from now on, each with the object or, where it makes one, with the words that are not
+  // zero and the text it is given. take_trace ends it.
+  void start_trace();
   std::vector<std::string> take_trace();
   OpenCall last_open() const;
 
@@ -128,11 +100,7 @@ class FaultHost {
   std::string take_misuse();
   // A line for each object and block that is alive.
   std::string list_live() const;
-  // Fails the test when something is alive or was misused.
-  void expect_clean();
 
-  // The reference host's table behind one that the module got, for the jxhost_table_* routines.
-  static const JXTable *inner(const JXTable *table);
   // The value under the key, the 4-byte characters of an ASCII name; null when there is none.
   static void *find(const JXTable *table, std::string_view key8);
   // All values in insertion order.
@@ -140,13 +108,12 @@ class FaultHost {
 
  private:
   friend struct HostCalls;
-  friend struct NlsCalls;
 
   template <typename Object>
-  Object *adopt(ObjectKind kind, const Object &operations, Object *inner, std::string label);
+  Object *adopt(Call made_by, Object *inner, const std::string &detail);
   void complain(const std::string &text);
   // Counts and names a call; true when it is to fail.
-  bool fails(Call call, std::string_view detail = {});
+  bool fails(Call call, const std::string &detail);
   JXStatus fault_status() const;
   // Ends an object: false when that has happened before.
   template <typename Object>
@@ -157,19 +124,16 @@ class FaultHost {
   mutable std::mutex mutex_;
   Shell<JXHost> host_;
   Shell<JXNls> nls_;
-  JXLocale locale_{};
   GuardedBlocks blocks_;
   std::deque<std::shared_ptr<void>> shells_;
-  std::map<const void *, std::pair<ObjectKind, std::string>> live_;
+  std::map<const void *, std::string> live_;
   std::array<uint64_t, kCallCount> counts_{};
   std::string misuse_;
-  std::vector<std::string> trace_;
-  bool tracing_ = false, tracing_memory_ = false;
+  std::optional<std::vector<std::string>> trace_;
   Calls armed_ = 0;
   uint32_t calls_to_fault_ = 0;
   JXStatus status_ = kFaultStatus;
   std::optional<Call> failed_;
-  uint32_t largest_block_ = 256u << 20;
   OpenCall last_open_;
 };
 

@@ -10,10 +10,12 @@ namespace jx::test {
 
 namespace {
 
-constexpr size_t kGuardBytes = 32;  // keeps the alignment of malloc
+constexpr unsigned char kFreshByte = 0xA5;  // content of a block that is not zero-filled
+constexpr unsigned char kFreedByte = 0xDD;  // content of a freed block
 constexpr unsigned char kGuardByte = 0xFD;
-constexpr size_t kHeldBackLimit = 4u << 20;  // bytes; checked again and again
-constexpr size_t kMostHeldBack = 2000;
+constexpr size_t kGuardBytes = 32;              // keeps the alignment of malloc
+constexpr size_t kHeldBackLimit = 4u << 20;     // bytes; checked again and again
+constexpr size_t kHeldBackOverhead = 2u << 10;  // what each block counts beside its bytes
 
 // Lets the address sanitizer catch accesses as they happen; does nothing in other builds.
 void close_guards(unsigned char *memory, uint32_t bytes) {
@@ -28,23 +30,21 @@ void open_all(unsigned char *memory, uint32_t bytes) {
 }  // namespace
 
 GuardedBlocks::~GuardedBlocks() {
-  for (auto &[user, block] : blocks_) {
-    open_all(block.memory, block.bytes);
-    std::free(block.memory);
-  }
+  while (!blocks_.empty()) release(blocks_.begin()->first);
 }
 
 void *GuardedBlocks::allocate(const JXPool *pool, uint32_t bytes, bool zero_fill) {
-  if (bytes > SIZE_MAX / 2 - 2 * kGuardBytes) return nullptr;
+  while (held_back_bytes_ > kHeldBackLimit) {
+    held_back_bytes_ -= blocks_[held_back_.front()].bytes + kHeldBackOverhead;
+    release(held_back_.front());
+    held_back_.pop_front();
+  }
   auto *memory = static_cast<unsigned char *>(std::malloc(2 * kGuardBytes + bytes));
   if (!memory) return nullptr;
-  std::memset(memory, kGuardByte, kGuardBytes);
+  std::memset(memory, kGuardByte, 2 * kGuardBytes + bytes);
   std::memset(memory + kGuardBytes, zero_fill ? 0 : kFreshByte, bytes);
-  std::memset(memory + kGuardBytes + bytes, kGuardByte, kGuardBytes);
   close_guards(memory, bytes);
-  blocks_[memory + kGuardBytes] = Block{memory, bytes, ++allocations_, pool, false};
-  live_of_[pool].insert(memory + kGuardBytes);
-  ++live_;
+  blocks_[memory + kGuardBytes] = {memory, bytes, ++allocations_, pool};
   return memory + kGuardBytes;
 }
 
@@ -52,28 +52,20 @@ std::string GuardedBlocks::free(const JXPool *pool, void *user) {
   const auto found = blocks_.find(user);
   if (found == blocks_.end()) return "free of an address that is no block\n";
   Block &block = found->second;
-  if (block.freed) return "second free of " + describe(block);
+  if (!block.pool) return "second free of " + describe(block);
   if (block.pool != pool) return "free to another pool of " + describe(block);
-  std::string misuse = check_block(block);
-  live_of_[pool].erase(user);
-  retire(block);
-  trim();
-  return misuse;
+  return retire(block);
 }
 
 std::string GuardedBlocks::free_all(const JXPool *pool) {
   std::string misuse;
-  for (const void *user : live_of_[pool]) {
-    Block &block = blocks_[user];
-    misuse += check_block(block);
-    retire(block);
+  for (auto &[user, block] : blocks_) {
+    if (block.pool == pool) misuse += retire(block);
   }
-  live_of_.erase(pool);
-  trim();
   return misuse;
 }
 
-std::string GuardedBlocks::check() {
+std::string GuardedBlocks::check() const {
   std::string misuse;
   for (const auto &[user, block] : blocks_) misuse += check_block(block);
   return misuse;
@@ -82,7 +74,7 @@ std::string GuardedBlocks::check() {
 std::string GuardedBlocks::list_live() const {
   std::string lines;
   for (const auto &[user, block] : blocks_) {
-    if (!block.freed) lines += "live " + describe(block);
+    if (block.pool) lines += "live " + describe(block);
   }
   return lines;
 }
@@ -96,47 +88,40 @@ std::string GuardedBlocks::describe(const Block &block) {
 std::string GuardedBlocks::check_block(const Block &block) {
   open_all(block.memory, block.bytes);
   unsigned char *user = block.memory + kGuardBytes;
-  const auto damaged = [](unsigned char *bytes, size_t count, unsigned char value) {
-    if (std::all_of(bytes, bytes + count, [=](unsigned char byte) { return byte == value; })) {
-      return false;
-    }
-    std::memset(bytes, value, count);
-    return true;
-  };
   std::string misuse;
-  if (damaged(block.memory, kGuardBytes, kGuardByte)) misuse += "write before " + describe(block);
-  if (damaged(user + block.bytes, kGuardBytes, kGuardByte)) {
-    misuse += "write behind " + describe(block);
-  }
-  if (block.freed && damaged(user, block.bytes, kFreedByte)) {
-    misuse += "write after free to " + describe(block);
-  }
+  const auto check = [&](unsigned char *bytes, size_t count, unsigned char value,
+                         const char *what) {
+    if (std::all_of(bytes, bytes + count, [=](unsigned char byte) { return byte == value; }))
+      return;
+    std::memset(bytes, value, count);
+    misuse += what + describe(block);
+  };
+  check(block.memory, kGuardBytes, kGuardByte, "write before ");
+  check(user + block.bytes, kGuardBytes, kGuardByte, "write behind ");
+  if (!block.pool) check(user, block.bytes, kFreedByte, "write after free to ");
   close_guards(block.memory, block.bytes);
-  if (block.freed) ASAN_POISON_MEMORY_REGION(user, block.bytes);
+  if (!block.pool) ASAN_POISON_MEMORY_REGION(user, block.bytes);
   return misuse;
 }
 
-void GuardedBlocks::retire(Block &block) {
+// Poisons a block after a check and holds it back.
+std::string GuardedBlocks::retire(Block &block) {
+  const std::string misuse = check_block(block);
   unsigned char *user = block.memory + kGuardBytes;
   std::memset(user, kFreedByte, block.bytes);
   ASAN_POISON_MEMORY_REGION(user, block.bytes);
-  block.freed = true;
+  block.pool = nullptr;
   held_back_.push_back(user);
-  held_back_bytes_ += block.bytes;
-  --live_;
+  held_back_bytes_ += block.bytes + kHeldBackOverhead;
+  return misuse;
 }
 
-void GuardedBlocks::release_oldest() {
-  const auto found = blocks_.find(held_back_.front());
-  held_back_.pop_front();
-  held_back_bytes_ -= found->second.bytes;
-  open_all(found->second.memory, found->second.bytes);
-  std::free(found->second.memory);
-  blocks_.erase(found);
-}
-
-void GuardedBlocks::trim() {
-  while (held_back_bytes_ > kHeldBackLimit || held_back_.size() > kMostHeldBack) release_oldest();
+// Gives a block's memory back to the C library.
+void GuardedBlocks::release(const void *user) {
+  const Block block = blocks_[user];
+  blocks_.erase(user);
+  open_all(block.memory, block.bytes);
+  std::free(block.memory);
 }
 
 }  // namespace jx::test

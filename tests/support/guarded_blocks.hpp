@@ -2,19 +2,14 @@
 // bytes are poisoned, and freed blocks are held back so that a late write or a second free shows.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
 
 #include "jx/host.h"
 
 namespace jx::test {
-
-inline constexpr unsigned char kFreshByte = 0xA5;  // content of a block that is not zero-filled
-inline constexpr unsigned char kFreedByte = 0xDD;  // content of a freed block
 
 // Blocks of any number of pools. Not thread-safe: its owner locks. Every routine that can find
 // misuse returns its description, empty when there is none.
@@ -31,9 +26,9 @@ class GuardedBlocks {
   // Frees every block that the pool still holds.
   std::string free_all(const JXPool *pool);
   // Checks the guards of live blocks and the poison of freed ones.
-  std::string check();
+  std::string check() const;
   // Live blocks, and a line for each of them.
-  uint64_t live() const { return live_; }
+  uint64_t live() const { return blocks_.size() - held_back_.size(); }
   std::string list_live() const;
 
  private:
@@ -41,22 +36,18 @@ class GuardedBlocks {
     unsigned char *memory;  // start of the front guard
     uint32_t bytes;         // size that was asked for
     uint64_t ordinal;       // 1 for the first allocation of the host
-    const JXPool *pool;
-    bool freed;
+    const JXPool *pool;     // null: freed
   };
 
   static std::string describe(const Block &block);
   static std::string check_block(const Block &block);
-  void retire(Block &block);
-  void release_oldest();
-  void trim();
+  std::string retire(Block &block);
+  void release(const void *user);
 
   std::unordered_map<const void *, Block> blocks_;
-  std::unordered_map<const JXPool *, std::unordered_set<const void *>> live_of_;
   std::deque<const void *> held_back_;  // freed blocks, oldest first
   size_t held_back_bytes_ = 0;
   uint64_t allocations_ = 0;
-  uint64_t live_ = 0;
 };
 
 }  // namespace jx::test

@@ -3,7 +3,7 @@
 #include "support/syscalls.hpp"
 
 #include <dlfcn.h>
-#include <sys/types.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -25,40 +25,30 @@ struct State {
 };
 constinit State state;
 
-// What to do with a call: fail with the errno, or transfer at most so many bytes.
-struct Verdict {
-  int error = 0;
-  size_t most_bytes = SIZE_MAX;
-};
-
-Verdict judge(Syscall call) {
+// The errno with which a call is to fail, or 0 after shortening *count where that is asked for.
+int judge(Syscall call, size_t *count) {
   const std::lock_guard guard(state.mutex);
   ++state.counts[static_cast<uint32_t>(call)];
-  if (!(state.armed & syscalls(call)) || state.fault.n > 0) {
-    if (state.armed & syscalls(call)) --state.fault.n;
-    return {};
+  if (!(state.armed & syscalls(call))) return 0;
+  if (state.fault.n > 0) {
+    --state.fault.n;
+    return 0;
   }
   if (!state.fault.to_the_end) state.armed = 0;
   if (!state.hit) state.hit = call;
-  if (state.fault.error) return {.error = state.fault.error};
-  return {.most_bytes = state.fault.most_bytes};
+  if (count && !state.fault.error) *count = std::min<size_t>(*count, state.fault.most_bytes);
+  return state.fault.error;
 }
 
-// The next definition of a name after this program's.
-template <typename Function>
-Function *next(const char *name) {
-  void *address = dlsym(RTLD_NEXT, name);
-  if (!address) std::abort();
-  return reinterpret_cast<Function *>(address);
-}
-
-// Judges a transfer of count bytes and makes it with what is left of them.
-template <typename Function>
-ssize_t transfer(Syscall call, size_t count, Function forward) {
-  const Verdict verdict = judge(call);
-  if (!verdict.error) return forward(std::min(count, verdict.most_bytes));
-  errno = verdict.error;
-  return -1;
+// Judges a call and hands it on to the next definition of its name. The arguments are references:
+// one of them is *count.
+template <Syscall kCall, typename Function, typename... Arguments>
+auto hand_on(size_t *count, Function *, const Arguments &...arguments) {
+  static auto *const real = reinterpret_cast<Function *>(dlsym(RTLD_NEXT, syscall_name(kCall)));
+  const int error = judge(kCall, count);
+  if (!error) return real(arguments...);
+  errno = error;
+  return decltype(real(arguments...)){-1};
 }
 
 }  // namespace
@@ -89,32 +79,25 @@ uint64_t syscall_count(Syscall call) {
 
 }  // namespace jx::test
 
-using jx::test::next;
+using jx::test::hand_on;
 using jx::test::Syscall;
-using jx::test::transfer;
 
 extern "C" {
 
 ssize_t read(int fd, void *buffer, size_t count) {
-  static auto *const real = next<ssize_t(int, void *, size_t)>("read");
-  return transfer(Syscall::read, count, [=](size_t bytes) { return real(fd, buffer, bytes); });
+  return hand_on<Syscall::read>(&count, read, fd, buffer, count);
 }
 
 ssize_t write(int fd, const void *buffer, size_t count) {
-  static auto *const real = next<ssize_t(int, const void *, size_t)>("write");
-  return transfer(Syscall::write, count, [=](size_t bytes) { return real(fd, buffer, bytes); });
+  return hand_on<Syscall::write>(&count, write, fd, buffer, count);
 }
 
 ssize_t pread64(int fd, void *buffer, size_t count, off64_t offset) {
-  static auto *const real = next<ssize_t(int, void *, size_t, off64_t)>("pread64");
-  return transfer(Syscall::pread, count,
-                  [=](size_t bytes) { return real(fd, buffer, bytes, offset); });
+  return hand_on<Syscall::pread>(&count, pread64, fd, buffer, count, offset);
 }
 
 ssize_t pwrite64(int fd, const void *buffer, size_t count, off64_t offset) {
-  static auto *const real = next<ssize_t(int, const void *, size_t, off64_t)>("pwrite64");
-  return transfer(Syscall::pwrite, count,
-                  [=](size_t bytes) { return real(fd, buffer, bytes, offset); });
+  return hand_on<Syscall::pwrite>(&count, pwrite64, fd, buffer, count, offset);
 }
 
 // What a checked build calls instead where it knows the room.
@@ -129,27 +112,13 @@ ssize_t __pread64_chk(int fd, void *buffer, size_t count, off64_t offset, size_t
 }
 
 off64_t lseek64(int fd, off64_t offset, int whence) noexcept {
-  static auto *const real = next<off64_t(int, off64_t, int)>("lseek64");
-  const auto verdict = jx::test::judge(Syscall::seek);
-  if (!verdict.error) return real(fd, offset, whence);
-  errno = verdict.error;
-  return -1;
+  return hand_on<Syscall::seek>(nullptr, lseek64, fd, offset, whence);
 }
 
-int fsync(int fd) {
-  static auto *const real = next<int(int)>("fsync");
-  const auto verdict = jx::test::judge(Syscall::sync);
-  if (!verdict.error) return real(fd);
-  errno = verdict.error;
-  return -1;
-}
+int fsync(int fd) { return hand_on<Syscall::sync>(nullptr, fsync, fd); }
 
 int ftruncate64(int fd, off64_t length) noexcept {
-  static auto *const real = next<int(int, off64_t)>("ftruncate64");
-  const auto verdict = jx::test::judge(Syscall::truncate);
-  if (!verdict.error) return real(fd, length);
-  errno = verdict.error;
-  return -1;
+  return hand_on<Syscall::truncate>(nullptr, ftruncate64, fd, length);
 }
 
 }  // extern "C"

@@ -13,10 +13,9 @@ inline constexpr uint32_t kSyscallCount = 7;
 
 // A set of system calls.
 using Syscalls = uint32_t;
-constexpr Syscalls syscalls() { return 0; }
-template <typename... Rest>
-constexpr Syscalls syscalls(Syscall first, Rest... rest) {
-  return (1u << static_cast<uint32_t>(first)) | syscalls(rest...);
+template <typename... Some>
+constexpr Syscalls syscalls(Some... some) {
+  return ((1u << static_cast<uint32_t>(some)) | ...);
 }
 inline constexpr Syscalls kAllSyscalls = (1u << kSyscallCount) - 1;
 

@@ -2,3 +2,7 @@
 add_library(jx_warnings INTERFACE)
 target_compile_options(jx_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+if(JX_SANITIZE)
+  # What the sanitizers insert makes the compiler see uninitialized values that are none.
+  target_compile_options(jx_warnings INTERFACE -Wno-maybe-uninitialized)
+endif()

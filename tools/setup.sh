@@ -5,7 +5,8 @@
 # Packages by purpose; each list is what the commands of that purpose use by name.
 packages_build=(g++-multilib cmake ninja-build ccache libcli11-dev nlohmann-json3-dev)
 packages_test=("${packages_build[@]}" googletest)
-packages_bench=("${packages_build[@]}" pkg-config libbenchmark-dev libfmt-dev libglib2.0-dev)
+packages_bench=("${packages_build[@]}" pkg-config libbenchmark-dev libboost-dev libfmt-dev
+  libglib2.0-dev)
 packages_check=("${packages_test[@]}" binutils clang clang-format clang-tidy libc6-dbg
   pkg-config python3 valgrind)
 

@@ -111,7 +111,7 @@ class PathTest : public InstanceTest {
     return call(instance->copy, from, to.data(), chars(to));
   }
   JXDirectory *open(const JXString &path, uint32_t options, JXStatus *status) {
-    return call(instance->directory_open, path, options, 0, nullptr, "tag", status);
+    return call(instance->directory_open, path, options, 0u, nullptr, "tag", status);
   }
   // Opens and closes; the status of the open.
   JXStatus open_status(const JXString &path) {

@@ -29,46 +29,6 @@ class Lines : public InstanceTest {
   const std::string path = dir.file("lines");
 };
 
-TEST_F(Lines, Records) {
-  struct Row {
-    const char *content;
-    const char *buffered;
-    const char *direct;
-  };
-  constexpr Row kRows[] = {
-      {"", "", ""},
-      {"abc\nde\n", "abc|de|", "abc|de|"},
-      {"abc\r\n", "abc|", "abc|"},
-      {"a\rb\r\r\n\f\n", "a\rb\r|\f|", "a\rb\r|\f|"},
-      {"\n\r\na\n", "null|null|a|", "||a|"},
-      {"xyz", "xyz|", "xyz~|"},
-      {"xyz\r", "xyz\r|", "xyz\r~|"},
-      {"0123456789\nx\n", "0123456789|x|", "0123456789|x|"},
-      {"0123456789\r\nx\n", "0123456789|x|", "0123456789\r~|null|x|"},
-      {"0123456789\r", "0123456789~|\r|", "0123456789\r~|"},
-      {"0123456789", "0123456789|", "0123456789~|"},
-      {"0123456789abc\n", "0123456789~|abc|", "0123456789a~|bc|"},
-      {"\xEF\xBB\xBF", "null|", "~|"},
-      {"\xEF\xBB\xBF"
-       "a\n\xEF\xBB\xBF"
-       "b\nc\xEF\xBB\xBF\n",
-       "a|b|c\xEF\xBB\xBF|", "a|b|c\xEF\xBB\xBF|"},
-  };
-  for (const Row &row : kRows) {
-    write_file(path, row.content);
-    for (const uint32_t buffered : {0u, 1u}) {
-      File file(instance, path, options(JX_ACCESS_INPUT, buffered, JX_ENCODING_UTF8, 10));
-      ASSERT_TRUE(file);
-      std::string expected = buffered ? row.buffered : row.direct;
-      // The direct reader has a pointer for an empty record too.
-      if (!buffered) {
-        for (size_t at; (at = expected.find("null")) != std::string::npos;) expected.erase(at, 4);
-      }
-      EXPECT_EQ(read_records(file), expected) << row.content << " buffered " << buffered;
-    }
-  }
-}
-
 // A line of exactly the record length, with and without a mark before it, begins at every place
 // from which it, its line end or its mark reaches over the end of a block.
 TEST_F(Lines, FullLineAtTheEndOfABlock) {

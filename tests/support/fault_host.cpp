@@ -27,17 +27,10 @@ FaultHost::~FaultHost() {
 }
 
 void FaultHost::arm(Calls failing, uint32_t n, JXStatus status) {
-  const std::lock_guard guard(mutex_);
   armed_ = failing & kAllFailing;
   calls_to_fault_ = n;
   status_ = status;
   failed_.reset();
-}
-
-std::optional<Call> FaultHost::disarm() {
-  const std::lock_guard guard(mutex_);
-  armed_ = 0;
-  return std::exchange(failed_, std::nullopt);
 }
 
 bool FaultHost::fails(Call call, const std::string &detail) {
@@ -50,61 +43,21 @@ bool FaultHost::fails(Call call, const std::string &detail) {
   return true;
 }
 
-JXStatus FaultHost::fault_status() const {
-  const std::lock_guard guard(mutex_);
-  return status_;
-}
-
-uint64_t FaultHost::count(Call call) const {
-  const std::lock_guard guard(mutex_);
-  return counts_[static_cast<uint32_t>(call)];
-}
-
-void FaultHost::start_trace() {
-  const std::lock_guard guard(mutex_);
-  trace_.emplace();
-}
-
-std::vector<std::string> FaultHost::take_trace() {
-  const std::lock_guard guard(mutex_);
-  return std::exchange(trace_, std::nullopt).value_or(std::vector<std::string>());
-}
-
-OpenCall FaultHost::last_open() const {
-  const std::lock_guard guard(mutex_);
-  return last_open_;
-}
-
-LiveCounts FaultHost::live() const {
-  const std::lock_guard guard(mutex_);
-  return {.blocks = blocks_.live(), .objects = live_.size()};
-}
-
 void FaultHost::complain(const std::string &text) {
   const std::lock_guard guard(mutex_);
   misuse_ += text;
 }
 
-std::string FaultHost::take_misuse() {
-  const std::lock_guard guard(mutex_);
-  return std::exchange(misuse_, {}) + blocks_.check();
-}
-
 std::string FaultHost::list_live() const {
-  const std::lock_guard guard(mutex_);
   std::string lines;
   for (const auto &[object, label] : live_) lines += "live " + label + "\n";
   return lines + blocks_.list_live();
 }
 
-namespace {
-
 // The reference host's table behind one that the module got.
-const JXTable *inner_of(const JXTable *table) {
+static const JXTable *inner_of(const JXTable *table) {
   return reinterpret_cast<const Shell<JXTable> *>(table)->inner;
 }
-
-}  // namespace
 
 void *FaultHost::find(const JXTable *table, std::string_view key8) {
   const JXString key = jx(key8);

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "jx/jxhost.h"
@@ -69,7 +70,8 @@ struct Shell {
   int held = 0;  // locks: acquired and not released
 };
 
-// Thread-safe. Ending it checks that nothing is left alive and fails the test otherwise.
+// The module may call it from several threads; its own routines are for the test, while no call is
+// under way. Ending it checks that nothing is left alive and fails the test otherwise.
 class FaultHost {
  public:
   explicit FaultHost(uint32_t extensions = JXHOST_ALL);
@@ -85,19 +87,22 @@ class FaultHost {
   // Makes the n-th (from 0) of these calls from now on fail, once.
   void arm(Calls failing, uint32_t n, JXStatus status = kFaultStatus);
   // Ends that and tells which call failed.
-  std::optional<Call> disarm();
+  std::optional<Call> disarm() {
+    armed_ = 0;
+    return std::exchange(failed_, std::nullopt);
+  }
 
   // Calls of one kind since the start.
-  uint64_t count(Call call) const;
+  uint64_t count(Call call) const { return counts_[static_cast<uint32_t>(call)]; }
   // The calls from now on, each with the object or, where it makes one, with the words that are not
   // zero and the text it is given. take_trace ends it.
-  void start_trace();
-  std::vector<std::string> take_trace();
-  OpenCall last_open() const;
+  void start_trace() { trace_.emplace(); }
+  std::vector<std::string> take_trace() { return std::exchange(trace_, std::nullopt).value(); }
+  OpenCall last_open() const { return last_open_; }
 
-  LiveCounts live() const;
+  LiveCounts live() const { return {.blocks = blocks_.live(), .objects = live_.size()}; }
   // Misuse found so far, now forgotten; empty when there is none.
-  std::string take_misuse();
+  std::string take_misuse() { return std::exchange(misuse_, {}) + blocks_.check(); }
   // A line for each object and block that is alive.
   std::string list_live() const;
 
@@ -114,14 +119,13 @@ class FaultHost {
   void complain(const std::string &text);
   // Counts and names a call; true when it is to fail.
   bool fails(Call call, const std::string &detail);
-  JXStatus fault_status() const;
   // Ends an object: false when that has happened before.
   template <typename Object>
   bool end(Shell<Object> *shell);
   template <typename Object>
   bool is_alive(Shell<Object> *shell);
 
-  mutable std::mutex mutex_;
+  std::mutex mutex_;
   Shell<JXHost> host_;
   Shell<JXNls> nls_;
   GuardedBlocks blocks_;

@@ -18,14 +18,14 @@ struct JournalLine {
   std::string text;
 };
 
-// Thread-safe. Knows status_to_journal only; nothing else is called by the module on its own.
-class RecordingJournal {
+// Thread-safe. Knows status_to_journal only; the module calls nothing else on its own.
+class RecordingJournal : private JXJournal {
  public:
-  RecordingJournal() : shell_{{}, this} { shell_.operations.status_to_journal = keep; }
+  RecordingJournal() : JXJournal{} { status_to_journal = keep; }
   RecordingJournal(const RecordingJournal &) = delete;
   RecordingJournal &operator=(const RecordingJournal &) = delete;
 
-  JXJournal *journal() { return &shell_.operations; }
+  JXJournal *journal() { return this; }
   // The lines so far, now forgotten.
   std::vector<JournalLine> take_lines() {
     const std::lock_guard guard(mutex_);
@@ -33,20 +33,14 @@ class RecordingJournal {
   }
 
  private:
-  struct Shell {
-    JXJournal operations;  // first: its address is the shell's
-    RecordingJournal *owner;
-  };
-
   static JXStatus keep(JXJournal *journal, uintptr_t level, uintptr_t status, va_list args) {
-    RecordingJournal &self = *reinterpret_cast<Shell *>(journal)->owner;
+    auto &self = static_cast<RecordingJournal &>(*journal);
     const std::lock_guard guard(self.mutex_);
     const std::string text = narrow(JXString(va_arg(args, const JXChar *)));
     self.lines_.push_back({"status_to_journal", {level, status}, text});
     return JX_OK;
   }
 
-  Shell shell_;
   std::mutex mutex_;
   std::vector<JournalLine> lines_;
 };

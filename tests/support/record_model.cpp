@@ -8,11 +8,28 @@ namespace {
 
 constexpr ModelRead failed(JXStatus status) { return {status, ModelRead::null}; }
 
-}  // namespace
+// A record among bytes.
+struct Cut {
+  bool found;
+  size_t end;       // of the record, or where the search stopped
+  size_t consumed;  // with the line end
+};
 
-bool RecordModel::reads() const {
-  return options_.access_mode == JX_ACCESS_INPUT || options_.access_mode == JX_ACCESS_UPDATE;
+Cut end_line(std::string_view bytes, size_t end, std::string_view lf, std::string_view cr) {
+  const bool is_returned = end >= lf.size() && bytes.substr(end - lf.size()).starts_with(cr);
+  return {true, is_returned ? end - cr.size() : end, end + lf.size()};
 }
+
+// The first line feed that begins below `window`.
+Cut find_line(std::string_view bytes, size_t window, std::string_view lf, std::string_view cr) {
+  size_t end = 0;
+  for (; end < window; end += lf.size()) {
+    if (bytes.substr(end).starts_with(lf)) return end_line(bytes, end, lf, cr);
+  }
+  return {false, end, end};
+}
+
+}  // namespace
 
 JXStatus RecordModel::open(const JXOpenOptions &options) {
   options_ = options;
@@ -65,31 +82,6 @@ ModelRead RecordModel::read(uint32_t wanted, const int64_t *offset) {
   if (!transfers() && wanted > record_length()) return {JXWEM_E_TOOLONG, ModelRead::stays, wanted};
   return is_buffered() && !transfers() ? read_buffered(wanted) : read_directly(wanted, offset);
 }
-
-namespace {
-
-// A record among bytes.
-struct Cut {
-  bool found;
-  size_t end;       // of the record, or where the search stopped
-  size_t consumed;  // with the line end
-};
-
-Cut end_line(std::string_view bytes, size_t end, std::string_view lf, std::string_view cr) {
-  const bool is_returned = end >= lf.size() && bytes.substr(end - lf.size()).starts_with(cr);
-  return {true, is_returned ? end - cr.size() : end, end + lf.size()};
-}
-
-// The first line feed that begins below `window`.
-Cut find_line(std::string_view bytes, size_t window, std::string_view lf, std::string_view cr) {
-  size_t end = 0;
-  for (; end < window; end += lf.size()) {
-    if (bytes.substr(end).starts_with(lf)) return end_line(bytes, end, lf, cr);
-  }
-  return {false, end, end};
-}
-
-}  // namespace
 
 ModelRead RecordModel::read_lines() {
   std::string_view bytes = rest(offset_);
@@ -255,8 +247,6 @@ JXStatus RecordModel::flush() {
   return JX_OK;
 }
 
-JXStatus RecordModel::close() { return writes() ? flush() : JX_OK; }
-
 // ---- Positions ---------------------------------------------------------------------------------
 
 JXStatus RecordModel::note(int64_t *offset_out) const {
@@ -268,13 +258,9 @@ JXStatus RecordModel::note(int64_t *offset_out) const {
 JXStatus RecordModel::point(int64_t *offset, uint32_t mode) {
   if (is_buffered()) return JXWEM_E_NOTSUPPORTED;
   int64_t target = *offset;
-  if ((mode & JX_POINT_START) != 0) {
-    target = 0;
-  } else if ((mode & JX_POINT_END) != 0) {
-    target = static_cast<int64_t>(file_->size());
-  } else if ((mode & JX_POINT_RELATIVE) != 0) {
-    target += offset_;
-  }
+  if ((mode & JX_POINT_RELATIVE) != 0) target += offset_;
+  if ((mode & JX_POINT_END) != 0) target = static_cast<int64_t>(file_->size());
+  if ((mode & JX_POINT_START) != 0) target = 0;
   const bool is_possible = target >= 0;
   if (is_possible) offset_ = target;
   *offset = is_possible ? target : -1;

@@ -27,7 +27,7 @@ class RecordModel {
   explicit RecordModel(std::optional<std::string> &file) : file_(file) {}
 
   JXStatus open(const JXOpenOptions &options);
-  JXStatus close();
+  JXStatus close() { return writes() ? flush() : JX_OK; }
   ModelRead read(uint32_t wanted, const int64_t *offset);
   JXStatus write(std::string_view data, int64_t *offset);
   JXStatus note(int64_t *offset_out) const;
@@ -35,13 +35,11 @@ class RecordModel {
   JXStatus truncate(int64_t length);
   JXStatus flush();
 
-  bool reads() const;
+  bool reads() const { return options_.access_mode % 2 != 0; }
   bool writes() const { return options_.access_mode != JX_ACCESS_INPUT; }
   // Handles that read into the caller's memory.
   bool transfers() const { return (options_.open_flags & JX_OPEN_DIRECT_TRANSFER) != 0; }
-  // Size of the handle's text unit, and its encodings after the defaults.
   uint32_t unit_bytes() const { return unit_bytes_of(file_encoding_); }
-  uint32_t record_encoding() const { return record_encoding_; }
   uint32_t record_length() const { return options_.record_length; }
   bool is_text() const { return options_.record_format % 3 == 0; }
   bool is_buffered() const { return options_.buffered != 0; }

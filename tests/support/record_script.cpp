@@ -1,6 +1,7 @@
 #include "support/record_script.hpp"
 
 #include <algorithm>
+#include <cstdio>
 #include <initializer_list>
 #include <random>
 
@@ -10,16 +11,18 @@ namespace jx::test {
 
 namespace {
 
-constexpr uint32_t kEncodings[] = {62, 20, 24, 25, 26, 27};
-constexpr uint32_t kSmallLengths[] = {0, 1, 2, 3, 4, 5, 7, 8, 10, 12, 16, 33, 80};
-constexpr uint32_t kLargeLengths[] = {255, 1000, 8180, 8191, 8192, 8193, 8200, 16'384, 24'600};
+constexpr std::initializer_list<uint32_t> kEncodings = {62, 20, 24, 25, 26, 27};
+constexpr std::initializer_list<uint32_t> kSmallLengths = {0, 1,  2,  3,  4,  5, 7,
+                                                           8, 10, 12, 16, 33, 80};
+constexpr std::initializer_list<uint32_t> kLargeLengths = {255,  1000, 8180,   8191,  8192,
+                                                           8193, 8200, 16'384, 24'600};
 
 class Maker {
  public:
   explicit Maker(uint32_t seed) : random_(seed) {}
 
-  Script make(uint32_t seed) {
-    Script script = {seed, {}, {}};
+  Script make() {
+    Script script;
     choose_frame();
     if (!one_in(6)) script.content = content();
     for (uint32_t sessions = 1 + below(3); sessions > 0; --sessions) add_session(&script.steps);
@@ -29,10 +32,6 @@ class Maker {
  private:
   uint32_t below(uint32_t limit) { return static_cast<uint32_t>(random_() % limit); }
   bool one_in(uint32_t count) { return below(count) == 0; }
-  template <typename Range>
-  uint32_t any_of(const Range &values) {
-    return std::data(values)[below(static_cast<uint32_t>(std::size(values)))];
-  }
   uint32_t any_of(std::initializer_list<uint32_t> values) {
     return values.begin()[below(static_cast<uint32_t>(values.size()))];
   }
@@ -92,19 +91,11 @@ class Maker {
   void damage(std::string *bytes) {
     if (bytes->empty()) return;
     const uint32_t place = below(static_cast<uint32_t>(bytes->size()));
-    switch (below(4)) {
-      case 0:
-        (*bytes)[place] = static_cast<char>(below(256));
-        break;
-      case 1:
-        bytes->erase(place, 1);
-        break;
-      case 2:
-        bytes->insert(place, 1, static_cast<char>(any_of({0x80, 0xC3, 0xD8, 0xE2, 0xF0, 0xFF})));
-        break;
-      default:
-        bytes->resize(bytes->size() - std::min<size_t>(1 + below(3), bytes->size()));
-    }
+    const auto stray =
+        static_cast<char>(one_in(2) ? below(256) : any_of({0x80, 0xC3, 0xD8, 0xE2, 0xF0, 0xFF}));
+    // What is taken out, and what is put in its place.
+    const size_t taken = one_in(4) ? std::string::npos : below(2);
+    bytes->replace(place, taken, one_in(2) ? 1 : 0, stray);
   }
 
   std::string line() {
@@ -169,31 +160,21 @@ class Maker {
 
   Step position() {
     const auto somewhere = [this] { return int64_t{below(200)} - (one_in(2) ? 100 : 0); };
-    switch (below(5)) {
-      case 0:
-        return {.act = Act::note};
-      case 1:
-        return {.act = Act::truncate, .offset = one_in(8) ? 8192 : somewhere()};
-      case 2:
-        return {.act = Act::flush};
-      default:
-        return {.act = Act::point, .count = below(8), .offset = somewhere()};
-    }
+    const uint32_t choice = below(5);
+    if (choice == 0) return {.act = Act::note};
+    if (choice == 1) return {.act = Act::flush};
+    if (choice == 2) return {.act = Act::truncate, .offset = one_in(8) ? 8192 : somewhere()};
+    return {.act = Act::point, .count = below(8), .offset = somewhere()};
   }
 
   // A count close to something that matters.
   uint32_t count_for(const JXOpenOptions &options) {
     const uint32_t length = options.record_length;
-    switch (below(5)) {
-      case 0:
-        return below(5);
-      case 1:
-        return length + (one_in(3) ? 1 + below(3) : 0);
-      case 2:
-        return one_in(4) ? near(8192, 3) : below(100);
-      default:
-        return near(length, std::min(length, 3u));
-    }
+    const uint32_t choice = below(5);
+    if (choice == 0) return below(5);
+    if (choice == 1) return length + (one_in(3) ? 1 + below(3) : 0);
+    if (choice == 2) return one_in(4) ? near(8192, 3) : below(100);
+    return near(length, 3);
   }
 
   Step read(const JXOpenOptions &options) {
@@ -229,46 +210,30 @@ std::string describe(const JXOpenOptions &options) {
          " flags " + number(options.open_flags) + " lock " + number(options.lock_mode);
 }
 
-}  // namespace
-
-std::string hex(std::string_view bytes) {
-  static constexpr char kDigits[] = "0123456789abcdef";
-  constexpr size_t kMost = 64;
-  std::string text = "(" + number(static_cast<int64_t>(bytes.size())) + ") ";
-  for (size_t i = 0; i < bytes.size(); ++i) {
-    if (bytes.size() > kMost && i == kMost / 2) {
-      text += " .. ";
-      i = bytes.size() - kMost / 2;
-    }
-    const auto byte = static_cast<uint8_t>(bytes[i]);
-    text += {kDigits[byte / 16], kDigits[byte % 16]};
-  }
+std::string describe(const Step &step) {
+  static constexpr const char *kActs[] = {"open", "read",  "write",    "write what was read",
+                                          "note", "point", "truncate", "flush",
+                                          "close"};
+  std::string text = kActs[static_cast<size_t>(step.act)];
+  if (step.act == Act::open) text += " " + describe(step.options);
+  if (step.act == Act::read || step.act == Act::point) text += " " + number(step.count);
+  if (step.act == Act::write) text += " " + hex(step.data);
+  if (step.offset) text += " at " + number(*step.offset);
+  if (step.times > 1) text += " x" + number(step.times);
   return text;
 }
 
-std::string describe(const Step &step) {
-  const std::string at = step.offset ? " at " + number(*step.offset) : "";
-  const std::string times = step.times > 1 ? " x" + number(step.times) : "";
-  switch (step.act) {
-    case Act::open:
-      return "open " + describe(step.options);
-    case Act::read:
-      return "read " + number(step.count) + at + times;
-    case Act::write:
-      return "write " + hex(step.data) + at + times;
-    case Act::write_back:
-      return "write what was read";
-    case Act::note:
-      return "note";
-    case Act::point:
-      return "point" + at + " mode " + number(step.count);
-    case Act::truncate:
-      return "truncate" + at;
-    case Act::flush:
-      return "flush";
-    default:
-      return "close";
+}  // namespace
+
+std::string hex(std::string_view bytes) {
+  constexpr size_t kMost = 64;
+  std::string text = "(" + std::to_string(bytes.size()) + ")";
+  for (const char byte : bytes.substr(0, kMost)) {
+    char digits[4];
+    std::snprintf(digits, sizeof digits, " %02x", static_cast<uint8_t>(byte));
+    text += digits;
   }
+  return text + (bytes.size() > kMost ? " .." : "");
 }
 
 std::string describe(const Script &script) {
@@ -279,6 +244,6 @@ std::string describe(const Script &script) {
   return text;
 }
 
-Script make_script(uint32_t seed) { return Maker(seed).make(seed); }
+Script make_script(uint32_t seed) { return Maker(seed).make(); }
 
 }  // namespace jx::test

@@ -24,7 +24,6 @@ struct Step {
 };
 
 struct Script {
-  uint32_t seed;
   std::optional<std::string> content;  // of the file before; null: there is none
   std::vector<Step> steps;
 };
@@ -32,9 +31,8 @@ struct Script {
 Script make_script(uint32_t seed);
 
 // For people.
-std::string describe(const Step &step);
 std::string describe(const Script &script);
-// A string as hexadecimal digits, long ones cut in the middle.
+// A string as hexadecimal digits, long ones cut off.
 std::string hex(std::string_view bytes);
 
 }  // namespace jx::test

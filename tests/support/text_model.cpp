@@ -1,7 +1,6 @@
 #include "support/text_model.hpp"
 
-#include <array>
-#include <cstdlib>
+#include <algorithm>
 #include <utility>
 
 #include "jx/jxhost.h"
@@ -23,16 +22,7 @@ bool is_big_endian(uint32_t encoding) {
 }
 
 Decoded decode_utf8(std::string_view text) {
-  // Characters of each length, as ranges; two pairs are used by three bytes only.
-  struct Range {
-    char32_t first, last;
-  };
-  static constexpr std::array<Range, 2> kRanges[] = {
-      {{{0, 0x7F}, {1, 0}}},
-      {{{0x80, 0x7FF}, {1, 0}}},
-      {{{0x800, 0xD7FF}, {0xE000, 0xFFFF}}},
-      {{{0x10000, 0x10FFFF}, {1, 0}}},
-  };
+  static constexpr char32_t kFirst[] = {0, 0x80, 0x800, 0x10000};  // character of each length
   const auto lead = static_cast<uint8_t>(text[0]);
   const uint32_t bytes = lead < 0x80 ? 1 : lead < 0xC0 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
   if (bytes == 0 || lead > 0xF7) return {Decoded::malformed};
@@ -46,11 +36,8 @@ Decoded decode_utf8(std::string_view text) {
     high = high * 64 + (is_there ? byte & 0x3Fu : 0x3F);
   }
   // What is there must be the start of some character of that length.
-  bool is_possible = false;
-  for (const Range &range : kRanges[bytes - 1]) {
-    is_possible |= range.first <= range.last && low <= range.last && high >= range.first;
-  }
-  if (!is_possible) return {Decoded::malformed};
+  const char32_t first = std::max(low, kFirst[bytes - 1]);
+  if (first > high || !is_character(first)) return {Decoded::malformed};
   return text.size() < bytes ? Decoded{Decoded::cut} : Decoded{Decoded::whole, bytes, low};
 }
 
@@ -110,19 +97,11 @@ std::string bom_of(uint32_t encoding) {
 }
 
 std::optional<std::string> encode(uint32_t encoding, char32_t c) {
-  switch (encoding) {
-    case JX_ENCODING_UTF8:
-      return encode_utf8(c);
-    case JX_ENCODING_NATIVE:
-      return c < 0x100 ? std::optional(std::string(1, static_cast<char>(c))) : std::nullopt;
-    case JX_ENCODING_UTF32LE:
-    case JX_ENCODING_UTF32BE:
-      return units(encoding, c);
-    default:
-      if (c < 0x10000) return units(encoding, c);
-      return units(encoding, 0xD800 + (c - 0x10000) / 0x400) +
-             units(encoding, 0xDC00 + (c - 0x10000) % 0x400);
-  }
+  if (encoding == JX_ENCODING_UTF8) return encode_utf8(c);
+  if (encoding == JX_ENCODING_NATIVE && c > 0xFF) return std::nullopt;
+  if (c < 0x10000 || unit_bytes_of(encoding) == 4) return units(encoding, c);
+  return units(encoding, 0xD800 + (c - 0x10000) / 0x400) +
+         units(encoding, 0xDC00 + (c - 0x10000) % 0x400);
 }
 
 std::string encode(uint32_t encoding, std::u32string_view text) {

@@ -156,6 +156,8 @@ JXStatus make_form(JXInstance *instance, jx::Text path, jx::PoolBlock<char> *for
                          path.chars, nullptr, 0) != JX_OK) {
     return JXWEM_E_FAILED;
   }
+  // A zero would end the form early: it would name something else.
+  if (std::memchr(form.get(), '\0', path.chars)) return JXWEM_E_FAILED;
   form[path.chars] = '\0';
   *form_out = std::move(form);
   return JX_OK;

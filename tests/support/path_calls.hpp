@@ -4,35 +4,26 @@
 // several threads at once, except that calls on other threads pass while nothing is armed.
 #pragma once
 
+#include <sys/statvfs.h>
+
 #include <cstdint>
 #include <functional>
+#include <string_view>
 
 namespace jx::test {
 
-#define JX_TEST_PATH_CALLS(X) \
-  X(stat)                     \
-  X(fstatat)                  \
-  X(fstat)                    \
-  X(statvfs)                  \
-  X(unlinkat)                 \
-  X(rmdir) X(rename) X(mkdir) X(opendir) X(fdopendir) X(open) X(openat) X(readdir) X(close)
+inline constexpr const char *kPathCalls[] = {"stat",  "fstatat", "fstat",   "statvfs", "unlinkat",
+                                             "rmdir", "rename",  "mkdir",   "opendir", "fdopendir",
+                                             "open",  "openat",  "readdir", "close"};
 
-#define JX_TEST_NAME(name) name,
-enum class PathCall : uint32_t { JX_TEST_PATH_CALLS(JX_TEST_NAME) };
-#undef JX_TEST_NAME
-
-const char *path_call_name(PathCall call);
-
-// The n-th such call from now on, from 0, fails with the errno.
-void fail_path_call(PathCall call, uint32_t n, int error);
-// Runs `before` ahead of the n-th such call from now on; the calls that it makes itself are not
-// counted.
-void precede_path_call(PathCall call, uint32_t n, std::function<void()> before);
-// Ends either; true when the call came.
+// Runs `before` ahead of the n-th such call from now on, from 0; then the call fails with the
+// errno, unless that is 0. Calls that `before` makes are not counted.
+void arm_path_call(std::string_view call, uint32_t n, int error,
+                   std::function<void()> before = nullptr);
+// Ends that; true when the call came.
 bool disarm_path_calls();
 
-// Changes what statvfs64 reports: a fragment size, a block size and available blocks. Until
-// disarmed.
-void report_space(uint32_t fragment_bytes, uint32_t block_bytes, uint64_t available_blocks);
+// Changes what statvfs64 reports, while it is set.
+inline std::function<void(struct statvfs64 *)> amend_space;
 
 }  // namespace jx::test

@@ -2,15 +2,19 @@
 // the rights of a user who is not the superuser, and a thread with little stack.
 #pragma once
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstring>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -27,19 +31,41 @@ inline const std::vector<std::string> kHardNames = {
     "plain",   "two words", "$HOME", "blanks  ", "-rf",  "\x80\xff bytes",     "~",
     ".hidden", "..x",       "a\nb",  "$",        "${A}", std::string(255, 'n')};
 
-// An instance whose errors go to a journal, and a folder that every user may enter.
+// The cells of a row of text, divided by bars.
+template <size_t kCount>
+std::array<std::string, kCount> cells(const std::string &row) {
+  std::array<std::string, kCount> cells;
+  std::istringstream text(row);
+  for (std::string &cell : cells) std::getline(text, cell, '|');
+  return cells;
+}
+
+// Closes or ends what an operation gave.
+struct Ender {
+  void operator()(JXDirectory *directory) const { EXPECT_EQ(directory->close(directory), JX_OK); }
+  void operator()(JXTable *table) const { EXPECT_EQ(table->destroy_table(table), JX_OK); }
+  void operator()(JXPool *pool) const { EXPECT_EQ(pool->destroy_pool(pool), JX_OK); }
+};
+template <typename Object>
+using Owned = std::unique_ptr<Object, Ender>;
+
+// An instance whose errors go to a journal, and a caller's pool; it may change the current
+// directory.
 class PathTest : public InstanceTest {
  protected:
   void SetUp() override {
     ASSERT_TRUE(instance);
     instance->journal = journal.journal();
-    chmod(dir.path().c_str(), 0755);
+    pool = make_pool();
   }
   void TearDown() override {
     expect_journal();
+    fs::current_path("/");
+    EXPECT_EQ(pool->destroy_pool(pool), JX_OK);
     InstanceTest::TearDown();
   }
 
+  JXPool *make_pool() { return host.host()->create_pool(host.host(), 0, 0, 0, nullptr, "caller"); }
   JXString at(std::string_view name) const { return jx(dir.file(name)); }
   void make_file(std::string_view name, std::string_view content = "content") const {
     write_file(dir.file(name), content);
@@ -48,36 +74,27 @@ class PathTest : public InstanceTest {
   void make_link(std::string_view name, const std::string &target) const {
     fs::create_symlink(target, dir.file(name));
   }
-  // A folder whose path has exactly so many characters.
-  std::string make_long_folder(size_t path_chars) const {
-    std::string path = dir.file("long");
+  // A folder whose path has exactly so many characters, many levels below the name.
+  std::string make_long_folder(std::string_view name, size_t path_chars) const {
+    make_folder(name);
+    std::string path = dir.file(name);
     while (path.size() < path_chars) {
-      size_t more = std::min<size_t>(200, path_chars - path.size() - 1);
-      if (path.size() + 1 + more == path_chars - 1) --more;  // one character would be left over
-      path += "/" + std::string(more, 'd');
+      path += (path_chars - path.size()) % 2 == 0 ? "/d" : "/dd";
+      mkdir(path.c_str(), 0755);
     }
-    make_deep(path);
     return path;
   }
-  // Makes a folder with its parents, whatever the length of its path.
-  static void make_deep(const std::string &path) {
-    for (size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
-      mkdir(path.substr(0, end).c_str(), 0755);
-      if (end == std::string::npos) return;
+  // A folder of 100,000 files.
+  void make_wide_folder(std::string_view name) const {
+    make_folder(name);
+    const int fd = open64(dir.file(name).c_str(), O_RDONLY | O_DIRECTORY);
+    for (int i = 0; i < 100'000; ++i) {
+      ::close(openat64(fd, std::to_string(i).c_str(), O_WRONLY | O_CREAT, 0644));
     }
-  }
-  // All names below a folder, sorted.
-  std::set<std::string> names_below(std::string_view name) const {
-    std::set<std::string> names;
-    const fs::path root = dir.file(name);
-    for (const auto &entry : fs::recursive_directory_iterator(root)) {
-      names.insert(entry.path().string().substr(root.string().size() + 1));
-    }
-    return names;
+    ::close(fd);
   }
   bool exists(std::string_view name) const {
-    struct stat info;
-    return lstat(dir.file(name).c_str(), &info) == 0;
+    return fs::exists(fs::symlink_status(dir.file(name)));
   }
 
   // Checks that the journal got the text of each errno, in order, and nothing else.
@@ -110,67 +127,118 @@ class PathTest : public InstanceTest {
   JXStatus copy(const JXString &from, const JXString &to) {
     return call(instance->copy, from, to.data(), chars(to));
   }
-  JXDirectory *open(const JXString &path, uint32_t options, JXStatus *status) {
-    return call(instance->directory_open, path, options, 0u, nullptr, "tag", status);
+  Owned<JXDirectory> open(const JXString &path, uint32_t options, JXStatus *status) {
+    Owned<JXDirectory> directory(
+        call(instance->directory_open, path, options, 0u, nullptr, "tag", status));
+    EXPECT_EQ(directory != nullptr, *status == JX_OK);
+    return directory;
   }
-  // Opens and closes; the status of the open.
+  Owned<JXTable> info(const JXString &path, JXStatus *status) {
+    Owned<JXTable> table(instance->info(instance, pool, path.data(), chars(path), status));
+    EXPECT_EQ(table != nullptr, *status == JX_OK);
+    return table;
+  }
+  Owned<JXTable> list(const JXString &path, uint32_t kind, uint32_t flags, uint64_t *count,
+                      JXStatus *status) {
+    Owned<JXTable> table(call(instance->directory_list, path, kind, flags, count, status));
+    EXPECT_EQ(table != nullptr, *status == JX_OK);
+    EXPECT_EQ(*count != 0, *status == JX_OK);
+    return table;
+  }
+
+  // The statuses of operations whose results go at once.
   JXStatus open_status(const JXString &path) {
     JXStatus status = 0;
-    JXDirectory *directory = open(path, 0, &status);
-    EXPECT_EQ(directory != nullptr, status == JX_OK);
-    if (directory) directory->close(directory);
+    open(path, 0, &status);
     return status;
   }
-  // Makes and ends a directory list; its status.
+  JXStatus info_status(const JXString &path) {
+    JXStatus status = 0;
+    info(path, &status);
+    return status;
+  }
+  JXStatus space_status(const JXString &path) {
+    JXStatus status = 0;
+    const Owned<JXTable> table(call(instance->file_system_info, path, &status));
+    EXPECT_EQ(table != nullptr, status == JX_OK);
+    return status;
+  }
   JXStatus list_status(const JXString &path, uint32_t kind, uint32_t flags = 0) {
     uint64_t count = 99;
     JXStatus status = 0;
-    JXTable *table =
-        instance->directory_list(instance, path.data(), chars(path), kind, flags, &count, &status);
+    list(path, kind, flags, &count, &status);
+    return status;
+  }
+  // The records of a member list stay in the pool.
+  JXStatus members_status(const JXString &path) {
+    JXStatus status = JX_E_NOMEM;
+    uint64_t count = 0;
+    const Owned<JXPool> own(make_pool());
+    const auto directory = own ? open(path, JX_DIRECTORY_ALL, &status) : nullptr;
+    if (!directory) return status;
+    const Owned<JXTable> table(
+        directory->member_list(directory.get(), own.get(), 3, &count, &status));
     EXPECT_EQ(table != nullptr, status == JX_OK);
-    EXPECT_EQ(count != 0, status == JX_OK);
-    if (table) table->destroy_table(table);
+    return status;
+  }
+  // Adds the names that the reads of a handle deliver; JX_OK at their end.
+  static JXStatus read_names(const Owned<JXDirectory> &directory, std::set<std::string> *names) {
+    JXChar name[JX_NAME_MAX_CHARS];
+    for (;;) {
+      uint32_t length = JX_NAME_MAX_CHARS;
+      const JXStatus status = directory->read(directory.get(), name, &length);
+      if (status != JX_OK) return status == JXWEM_E_EOF ? JX_OK : status;
+      names->insert(narrow(name, length));
+    }
+  }
+  JXStatus read_status(const JXString &path) {
+    JXStatus status = 0;
+    std::set<std::string> names;
+    const auto directory = open(path, 0, &status);
+    return directory ? read_names(directory, &names) : status;
+  }
+  // The parts of a path; those that it does not have are empty.
+  JXStatus split(const JXString &path, std::array<std::string, 4> *parts) {
+    JXChar *part[4] = {};
+    int32_t length[4] = {};
+    const JXStatus status = call(instance->split_path, path, &part[0], &length[0], &part[1],
+                                 &length[1], &part[2], &length[2], &part[3], &length[3]);
+    for (size_t i = 0; i < 4; ++i) {
+      EXPECT_EQ(part[i] == nullptr, length[i] == 0);
+      parts->at(i) = narrow(part[i], static_cast<size_t>(length[i]));
+    }
+    EXPECT_EQ(part[1], part[2]);
+    EXPECT_EQ(instance->split_path_release(instance, part[0], part[1], part[2], part[3]), JX_OK);
     return status;
   }
   std::string build(const JXString &directory, const JXString &member, const JXString &extension,
                     JXStatus *status) {
     JXChar *path = nullptr;
     uint32_t path_chars = 0;
-    *status =
-        instance->build_path(instance, directory.data(), chars(directory), member.data(),
-                             chars(member), extension.data(), chars(extension), &path, &path_chars);
+    *status = call(instance->build_path, directory, member.data(), chars(member), extension.data(),
+                   chars(extension), &path, &path_chars);
     const std::string text = narrow(path, path_chars);
     EXPECT_EQ(path != nullptr, *status == JX_OK);
     instance->build_path_release(instance, path);
     return text;
   }
+  JXStatus create_name(const JXString &directory, const JXString &prefix, const JXString &extension,
+                       uint32_t flags, std::string *name) {
+    const JXCreateName request = {prefix.data(), chars(prefix), extension.data(), chars(extension),
+                                  flags};
+    JXChar *path = nullptr;
+    uint32_t path_chars = 77;
+    const JXStatus status = call(instance->create_name, directory, &request, &path, &path_chars);
+    EXPECT_EQ(path != nullptr, status == JX_OK);
+    EXPECT_EQ(path_chars == 77u, !path);
+    *name = narrow(path, path ? path_chars : 0);
+    instance->create_name_release(instance, path);
+    return status;
+  }
 
   RecordingJournal journal;
+  JXPool *pool = nullptr;
 };
-
-// Another current directory for a while.
-class WorkingDirectory {
- public:
-  explicit WorkingDirectory(const std::string &path) : before_(fs::current_path()) {
-    fs::current_path(path);
-  }
-  WorkingDirectory(const WorkingDirectory &) = delete;
-  WorkingDirectory &operator=(const WorkingDirectory &) = delete;
-  ~WorkingDirectory() { fs::current_path(before_); }
-
- private:
-  fs::path before_;
-};
-
-// Runs with the rights of a user who owns nothing.
-inline void run_unprivileged(const std::function<void()> &body) {
-  const uid_t user = geteuid();
-  if (user == 0) {
-    ASSERT_EQ(seteuid(65534), 0);
-  }
-  body();
-  ASSERT_EQ(seteuid(user), 0);
-}
 
 // Runs on a thread with 128 KiB of stack.
 inline void run_on_small_stack(std::function<void()> body) {

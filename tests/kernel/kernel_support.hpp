@@ -1,8 +1,8 @@
 // What the kernel tests share: test sizes, guarded output buffers and digits.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,15 +36,13 @@ class GuardedBuffer {
   static constexpr JXChar kUntouched = 0xDEADBEEF;
   explicit GuardedBuffer(size_t chars) : cells_(chars + 8, kUntouched) {}
   JXChar *data() { return cells_.data(); }
-  // The characters before the first untouched one. Sets *is_clean to whether all after are, too.
-  std::string text(bool *is_clean) const {
-    size_t chars = 0;
-    while (chars < cells_.size() && cells_[chars] != kUntouched) ++chars;
-    *is_clean = true;
-    for (size_t i = chars; i < cells_.size(); ++i) *is_clean &= cells_[i] == kUntouched;
-    std::string text;
-    for (size_t i = 0; i < chars; ++i) text.push_back(as_byte(cells_[i]));
-    return text;
+  // The characters before the first untouched one; one more after it spoils the text.
+  std::string text() const {
+    const auto end = std::find(cells_.begin(), cells_.end(), kUntouched);
+    std::string text(static_cast<size_t>(end - cells_.begin()), 0);
+    std::transform(cells_.begin(), end, text.begin(), as_byte);
+    const bool is_clean = std::count(end, cells_.end(), kUntouched) == cells_.end() - end;
+    return is_clean ? text : text + " and more";
   }
 
  private:

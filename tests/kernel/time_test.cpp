@@ -27,13 +27,9 @@ namespace {
 
 TEST(Time, Clocks) {
   JXHost host = {};
-  host.time_zone = -3600;
   jxextent(&host);
-  const auto now = static_cast<double>(time(nullptr));
-  EXPECT_NEAR(bkztod(), now, 2.0);
-
+  EXPECT_NEAR(bkztod(), static_cast<double>(time(nullptr)), 2.0);
   has_fixed_time = true;
-  double offset = 0;
   const struct {
     timeval time;
     int32_t zone;
@@ -48,6 +44,7 @@ TEST(Time, Clocks) {
   for (const auto &row : rows) {
     fixed_time = row.time;
     host.time_zone = row.zone;
+    double offset = 0;
     EXPECT_EQ(bkztod(), row.since_1970);
     EXPECT_EQ(jxzdtgmt(nullptr), row.since_1970 + 315619200.0);
     EXPECT_EQ(jxzdtgmt(&offset), row.since_1970 + 315619200.0);
@@ -61,23 +58,17 @@ TEST(Time, LocalTimeOfDay) {
   const char *saved = std::getenv("TZ");
   const std::string zone = saved ? saved : "";
   setenv("TZ", "TEST-05:45", 1);
-  tzset();
   has_fixed_time = true;
   fixed_time = {86400 * 365 + 3600 * 20 + 60 * 14 + 59, 750000};
+  tzset();
   uint32_t hour = 99;
   uint32_t minute = 99;
   double seconds = 99;
   EXPECT_EQ(jxztime(&hour, &minute, &seconds), 0);
+  EXPECT_TRUE(hour == 1 && minute == 59 && seconds == 59.75) << hour << ':' << minute;
   has_fixed_time = false;
-  if (saved) {
-    setenv("TZ", zone.c_str(), 1);
-  } else {
-    unsetenv("TZ");
-  }
+  saved ? setenv("TZ", zone.c_str(), 1) : unsetenv("TZ");
   tzset();
-  EXPECT_EQ(hour, 1u);
-  EXPECT_EQ(minute, 59u);
-  EXPECT_EQ(seconds, 59.75);
 }
 
 TEST(Order, Reversals) {

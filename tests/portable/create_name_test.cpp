@@ -1,5 +1,4 @@
 // Unique names.
-
 #include <thread>
 #include <unordered_set>
 

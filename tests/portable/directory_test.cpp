@@ -1,5 +1,4 @@
 // Directory handles, and the lists of members and of directories.
-
 #include <map>
 
 #include "support/path_fixture.hpp"
@@ -112,7 +111,6 @@ TEST_F(Directory, FullPathsAreBuiltPaths) {
     make_folder(folder);
     for (const std::string &name : kHardNames) make_file(std::string(folder) + "/" + name);
   }
-  fs::current_path(dir.path());
   for (const std::string &working : {dir.file("a/b"), std::string("/")}) {
     fs::current_path(working);
     for (const char *path :
@@ -174,11 +172,7 @@ TEST_F(Directory, MemberList) {
 TEST_F(Directory, ListStatuses) {
   setenv("HOME", dir.path().c_str(), 1);
   make_file("file.txt");
-  const struct {
-    JXString path;
-    uint32_t kind;
-    JXStatus status;
-  } rows[] = {
+  const std::tuple<JXString, uint32_t, JXStatus> rows[] = {
       {at("file.txt"), JX_DIRECTORY_NAMED, JXWEM_E_NOTFOUND},
       {at("file.txt"), JX_DIRECTORY_PARENT, JX_OK},
       {at("nothing"), JX_DIRECTORY_PARENT, JX_OK},
@@ -196,8 +190,8 @@ TEST_F(Directory, ListStatuses) {
       {jx("/"), 4, JX_E_BADARG},
       {jx("/"), 7, JX_E_BADARG},
   };
-  for (const auto &row : rows) {
-    EXPECT_EQ(list_status(row.path, row.kind), row.status) << narrow(row.path) << " " << row.kind;
+  for (const auto &[path, kind, status] : rows) {
+    EXPECT_EQ(list_status(path, kind), status) << narrow(path) << " " << kind;
   }
 }
 

@@ -32,16 +32,15 @@ class Information : public PathTest {
   }
 };
 
-struct FileRow {
-  const char *name;
-  uint64_t size;
-  int64_t modified;  // seconds since 1970
-  int32_t time_zone;
-  double expected;
-};
-
 TEST_F(Information, SizeTimeAndKind) {
-  const FileRow rows[] = {
+  struct Row {
+    const char *name;
+    uint64_t size;
+    time_t modified;  // seconds since 1970
+    int32_t time_zone;
+    double expected;
+  };
+  const Row rows[] = {
       {"epoch", 0, 0, 0, 315619200.0},
       {"1969", 1, -86400, 0, 315532800.0},
       {"2038", 2, 2147483647, 0, 2463102847.0},
@@ -51,12 +50,12 @@ TEST_F(Information, SizeTimeAndKind) {
       {"5 GiB", uint64_t{5} << 30, 1, 0, 315619201.0},
       {"blanks  ", uint64_t{0xFFFFFFFF}, 1, 0, 315619201.0},
   };
-  for (const FileRow &row : rows) {
+  for (const Row &row : rows) {
     const std::string path = dir.file(row.name);
     make_file(row.name);
     ASSERT_EQ(truncate64(path.c_str(), static_cast<off64_t>(row.size)), 0);
-    const timespec times[2] = {{static_cast<time_t>(row.modified), 999'999'999},
-                               {static_cast<time_t>(row.modified), 999'999'999}};
+    const timespec time = {row.modified, 999'999'999};
+    const timespec times[] = {time, time};
     ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
     host.host()->time_zone = row.time_zone;
     JXStatus status = 0;
@@ -83,15 +82,14 @@ TEST_F(Information, Failures) {
 }
 
 TEST_F(Information, FileSystem) {
-  struct Row {
+  constexpr struct {
     uint32_t fragment_bytes, block_bytes;
     uint64_t blocks, space;
-  };
-  constexpr Row kRows[] = {{4096, 512, 3, 12288},
-                           {0, 512, 3, 1536},
-                           {4096, 1, uint64_t{1} << 31, uint64_t{1} << 43},
-                           {0x80000000u, 1, 0xFFFFFFFFu, uint64_t{0x80000000u} * 0xFFFFFFFFu}};
-  for (const Row &row : kRows) {
+  } kRows[] = {{4096, 512, 3, 12288},
+               {0, 512, 3, 1536},
+               {4096, 1, uint64_t{1} << 31, uint64_t{1} << 43},
+               {0x80000000u, 1, 0xFFFFFFFFu, uint64_t{0x80000000u} * 0xFFFFFFFFu}};
+  for (const auto &row : kRows) {
     amend_space = [&](struct statvfs64 *space) {
       space->f_frsize = row.fragment_bytes;
       space->f_bsize = row.block_bytes;

@@ -1,5 +1,4 @@
 // Every path operation with each call of the host and each system call failing in turn.
-
 #include "support/path_fixture.hpp"
 #include "support/sweep.hpp"
 
@@ -8,10 +7,7 @@ namespace {
 
 class PathSweep : public PathTest {
  protected:
-  struct Operation {
-    const char *name;
-    std::function<JXStatus()> run;
-  };
+  using Operation = std::pair<const char *, std::function<JXStatus()>>;
 
   // Makes what the operations need and takes away what they made.
   void restore() {
@@ -56,11 +52,11 @@ class PathSweep : public PathTest {
 };
 
 TEST_F(PathSweep, EachHostCall) {
-  for (const Operation &operation : operations) {
-    SCOPED_TRACE(operation.name);
-    const auto run = [&] {
+  for (const auto &[name, operation] : operations) {
+    SCOPED_TRACE(name);
+    const auto run = [this, &operation = operation] {
       restore();
-      return operation.run();
+      return operation();
     };
     for (const SweepRun &met : sweep(host, kAllFailing, run)) {
       // Memory has a status of its own; a prefix that could not be had is done without.
@@ -77,15 +73,17 @@ TEST_F(PathSweep, EachHostCall) {
 
 TEST_F(PathSweep, EachSystemCall) {
   for (const char *call : kPathCalls) {
+    size_t met = 0;
     const auto arm = [&](uint32_t n) {
       restore();
       arm_path_call(call, n, EIO);
     };
     const auto disarm = [&] { return std::string(disarm_path_calls() ? call : ""); };
-    for (const Operation &operation : operations) {
-      SCOPED_TRACE(std::string(operation.name) + ": " + call);
-      sweep_with(host, arm, disarm, operation.run);
+    for (const auto &[name, operation] : operations) {
+      SCOPED_TRACE(std::string(name) + ": " + call);
+      met += sweep_with(host, arm, disarm, operation).size();
     }
+    EXPECT_NE(met, 0u) << call;
     journal.take_lines();
   }
 }

@@ -1,5 +1,4 @@
 // Copies of files and trees.
-
 #include "support/path_fixture.hpp"
 #include "support/syscalls.hpp"
 

@@ -1,5 +1,4 @@
 // Paths taken apart and put together.
-
 #include "support/path_fixture.hpp"
 
 namespace jx::test {
@@ -63,11 +62,7 @@ TEST_F(PathText, Build) {
 
 TEST_F(PathText, BuildUpTo1024Characters) {
   const auto d = [](size_t count) { return "/" + std::string(count, 'd'); };
-  const struct {
-    std::string directory, member;
-    size_t extension_chars;
-    JXStatus status;
-  } rows[] = {
+  const std::tuple<std::string, const char *, size_t, JXStatus> rows[] = {
       {"   ", "", 0, JXWEM_E_BADNAME},
       {d(1023), "", 0, JX_OK},
       {d(1024), "", 0, 1},
@@ -80,11 +75,10 @@ TEST_F(PathText, BuildUpTo1024Characters) {
       {d(999), "x", 21, JXWEM_E_NAMETOOLONG},
       {d(1023).substr(1) + "d", "", 0, JXWEM_E_NAMETOOLONG},  // the expansion refuses
   };
-  for (const auto &row : rows) {
+  for (const auto &[directory, member, extension_chars, expected] : rows) {
     JXStatus status = 2;
-    const std::string extension(row.extension_chars, 'e');
-    build(jx(row.directory), jx(row.member), jx(extension), &status);
-    EXPECT_EQ(status, row.status) << row.directory.size() << row.member << extension;
+    build(jx(directory), jx(member), jx(std::string(extension_chars, 'e')), &status);
+    EXPECT_EQ(status, expected) << directory.size() << member << extension_chars;
   }
 }
 

@@ -85,8 +85,8 @@ TEST_F(Remove, AnEntrySwappedForALinkDoesNotLeadOutside) {
   make_outside();
   // Before the first removal of the tree's root, before its opening, before the removal and the
   // opening of the folder in it, before that folder is removed at last.
-  const std::pair<const char *, uint32_t> rows[] = {{"unlinkat", 0}, {"openat", 0},
-                                                    {"unlinkat", 1}, {"openat", 1},
+  const std::pair<const char *, uint32_t> rows[] = {{"unlinkat", 0}, {"openat64", 0},
+                                                    {"unlinkat", 1}, {"openat64", 1},
                                                     {"unlinkat", 3}, {"rmdir", 0}};
   for (const char *swapped : {"tree", "tree/sub"}) {
     for (const auto &[swap_call, n] : rows) {
@@ -112,7 +112,7 @@ TEST_F(Remove, AFolderMovedAwayIsNotFollowedUp) {
   make_outside();
   make_chain("tree", 40);
   // When the walk is at the bottom the upper levels are closed; the way back up leads elsewhere.
-  arm_path_call("readdir", 3 * 39 + 1, 0, [&] {
+  arm_path_call("readdir64_r", 3 * 39 + 1, 0, [&] {
     fs::rename(dir.file("tree/deeper/deeper/deeper/deeper"), dir.file("outside/sub/deeper"));
   });
   EXPECT_EQ(remove_tree("tree"), JXWEM_E_NOTFOUND);

@@ -11,18 +11,12 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <string>
 #include <utility>
 
 namespace jx::test {
 
 namespace {
-
-// The C library's names of the calls whose records have 64-bit times.
-#if __SIZEOF_POINTER__ == 4
-#define JX_TEST_TIME64(name) "__" #name "_time64"
-#else
-#define JX_TEST_TIME64(name) #name
-#endif
 
 struct State {
   std::string_view call = {};  // empty: not armed
@@ -43,10 +37,12 @@ bool fails(std::string_view call) {
   return true;
 }
 
-// The next definition of a name after this program's.
+// The next definition of a name after this program's: of a call whose records have 64-bit times
+// where the C library has both.
 template <typename Function>
-Function *next(const char *name) {
-  void *address = dlsym(RTLD_NEXT, name);
+Function *next(const std::string &name) {
+  void *address = dlsym(RTLD_NEXT, ("__" + name + "_time64").c_str());
+  if (!address) address = dlsym(RTLD_NEXT, name.c_str());
   if (!address) std::abort();
   return reinterpret_cast<Function *>(address);
 }
@@ -65,42 +61,38 @@ using jx::test::fails;
 using jx::test::next;
 
 // A call that is passed on unless it is to fail.
-#define JX_TEST_CALL(result, name, symbol, call, failure, qualifier, parameters, arguments) \
-  result name parameters qualifier {                                                        \
-    static auto *const real = next<result parameters>(symbol);                              \
-    return fails(call) ? failure : real arguments;                                          \
+#define JX_CALL(result, name, failure, qualifier, parameters, arguments) \
+  result name parameters qualifier {                                     \
+    static auto *const real = next<result parameters>(#name);            \
+    return fails(#name) ? failure : real arguments;                      \
   }
 
 extern "C" {
 
-JX_TEST_CALL(int, stat64, JX_TEST_TIME64(stat64), "stat", -1, noexcept,
-             (const char *path, struct stat64 *info), (path, info))
-JX_TEST_CALL(int, fstatat64, JX_TEST_TIME64(fstatat64), "fstatat", -1, noexcept,
-             (int fd, const char *path, struct stat64 *info, int flags), (fd, path, info, flags))
-JX_TEST_CALL(int, fstat64, JX_TEST_TIME64(fstat64), "fstat", -1, noexcept,
-             (int fd, struct stat64 *info), (fd, info))
-JX_TEST_CALL(int, unlinkat, "unlinkat", "unlinkat", -1, noexcept,
-             (int fd, const char *path, int flags), (fd, path, flags))
-JX_TEST_CALL(int, rmdir, "rmdir", "rmdir", -1, noexcept, (const char *path), (path))
-JX_TEST_CALL(int, rename, "rename", "rename", -1, noexcept, (const char *from, const char *to),
-             (from, to))
-JX_TEST_CALL(int, mkdir, "mkdir", "mkdir", -1, noexcept, (const char *path, mode_t mode),
-             (path, mode))
-JX_TEST_CALL(DIR *, opendir, "opendir", "opendir", nullptr, , (const char *path), (path))
-JX_TEST_CALL(DIR *, fdopendir, "fdopendir", "fdopendir", nullptr, , (int fd), (fd))
-JX_TEST_CALL(int, readdir64_r, "readdir64_r", "readdir", errno, ,
-             (DIR * stream, struct dirent64 *entry, struct dirent64 **result),
-             (stream, entry, result))
-JX_TEST_CALL(int, open64, "open64", "open", -1, , (const char *path, int flags, mode_t mode),
-             (path, flags, mode))
-JX_TEST_CALL(int, openat64, "openat64", "openat", -1, ,
-             (int fd, const char *path, int flags, mode_t mode), (fd, path, flags, mode))
+using Info = struct stat64;
+using Entry = struct dirent64;
+
+JX_CALL(int, stat64, -1, noexcept, (const char *path, Info *info), (path, info))
+JX_CALL(int, fstatat64, -1, noexcept, (int fd, const char *path, Info *info, int flags),
+        (fd, path, info, flags))
+JX_CALL(int, fstat64, -1, noexcept, (int fd, Info *info), (fd, info))
+JX_CALL(int, unlinkat, -1, noexcept, (int fd, const char *path, int flags), (fd, path, flags))
+JX_CALL(int, rmdir, -1, noexcept, (const char *path), (path))
+JX_CALL(int, rename, -1, noexcept, (const char *from, const char *to), (from, to))
+JX_CALL(int, mkdir, -1, noexcept, (const char *path, mode_t mode), (path, mode))
+JX_CALL(DIR *, opendir, nullptr, , (const char *path), (path))
+JX_CALL(DIR *, fdopendir, nullptr, , (int fd), (fd))
+JX_CALL(int, readdir64_r, errno, , (DIR * stream, Entry *entry, Entry **result),
+        (stream, entry, result))
+JX_CALL(int, open64, -1, , (const char *path, int flags, mode_t mode), (path, flags, mode))
+JX_CALL(int, openat64, -1, , (int fd, const char *path, int flags, mode_t mode),
+        (fd, path, flags, mode))
 // A close that fails has closed all the same.
-JX_TEST_CALL(int, close, "close", "close", real(fd) - 1, , (int fd), (fd))
+JX_CALL(int, close, real(fd) - 1, , (int fd), (fd))
 
 int statvfs64(const char *path, struct statvfs64 *info) noexcept {
   static auto *const real = next<int(const char *, struct statvfs64 *)>("statvfs64");
-  const int result = fails("statvfs") ? -1 : real(path, info);
+  const int result = fails("statvfs64") ? -1 : real(path, info);
   if (result == 0 && jx::test::amend_space) jx::test::amend_space(info);
   return result;
 }

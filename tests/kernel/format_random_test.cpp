@@ -4,107 +4,30 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
 #include <cstring>
 #include <random>
 
 #include "jx/wem.h"
+#include "tests/kernel/argument_list.hpp"
 #include "tests/kernel/exact_text.hpp"
 #include "tests/kernel/kernel_support.hpp"
 
 namespace {
 
-using jx::test::JXString;
-using jx_test::digits_in_base;
-using jx_test::GuardedBuffer;
-using jx_test::scaled;
+using namespace jx_test;
 using Random = std::mt19937_64;
 
-enum Type { kNone = 0, kChar = 1, kInt, kLong, kLongLong = 5, kPointer, kDouble, kLongDouble };
-
-enum Kind { kNumber, kWide, kBytes };
-
-struct Conversion {
-  std::string_view letters;  // none: the format ends before it
-  const char *modifier;
-  Type type = kNone;  // none: the directive is invalid, or a percent sign
-  Kind kind = kNumber;
-};
-
-// The first three are one of each kind.
-constexpr Conversion kConversions[] = {
-    {"diuoxX", "", kInt},
-    {"sS", "", kPointer, kWide},
-    {"sS", "h", kPointer, kBytes},
-    {"diuoxX", "l", kLong},
-    {"diuoxX", "ll", kLongLong},
-    {"pP", "", kPointer},
-    {"cC", "", kChar},
-    {"cC", "h", kChar},
-    {"cC", "L", kChar},
-    {"eEfgG", "", kDouble},
-    {"eEfgG", "L", kLongDouble},
-    {"diuoxX", "", kInt},
-    {"%", ""},
-    {"qFn@%", ""},
-    {"diuoxXpPeEfgG%q", "h"},
-    {"cCsSpPeEfgG%n", "l"},
-    {"cCsSpPeEfgG%@", "ll"},
-    {"diuoxXsSpP%F", "L"},
-};
-
-// A number is the same in every type but for the fraction of the floating ones.
-struct Argument {
-  Kind kind = kNumber;
-  Type type = kNone;  // the highest that a directive needs
-  int64_t integer = 0;
-  double floating = 0;
-  std::string text = {};  // what a pointer points to: ends at a zero, but more can be read
-  JXString wide = {};     // the same in characters
-};
-
-// An argument list in memory: behind the registers on x86-64, all of it on i386.
-class List {
- public:
-  void add(const Argument &argument) {
-    const auto number = reinterpret_cast<void *>(static_cast<intptr_t>(argument.integer));
-    const void *text = argument.text.data();
-    if (argument.kind == kWide) text = argument.wide.data();
-    if (argument.text.empty()) text = nullptr;
-    if (argument.type == kChar || argument.type == kInt) push(static_cast<int>(argument.integer));
-    if (argument.type == kLong) push(static_cast<long>(argument.integer));
-    if (argument.type == kLongLong) push(argument.integer);
-    if (argument.type == kPointer) push(argument.kind == kNumber ? number : text);
-    if (argument.type == kDouble) push(argument.floating);
-    if (argument.type == kLongDouble) push(static_cast<long double>(argument.floating));
-  }
-  JXStatus call(const JXString &format, JXChar *buffer, size_t capacity, uint32_t *length) {
-#ifdef __x86_64__
-    const struct {
-      uint32_t used_integers = 48, used_floats = 304;  // bytes: every register is used up
-      const void *memory, *registers;
-    } state = {.memory = memory_, .registers = nullptr};
-#else
-    const void *state = memory_;
-#endif
-    va_list list;
-    static_assert(sizeof(list) == sizeof(state));
-    std::memcpy(&list, &state, sizeof(list));
-    return jxzFormatBuffV(nullptr, format.data(), static_cast<int32_t>(format.size()), buffer,
-                          static_cast<int32_t>(capacity), length, list);
-  }
-
- private:
-  template <typename T>
-  void push(T value) {
-    constexpr size_t kAlignment = std::max(alignof(T), sizeof(void *));
-    size_ = (size_ + kAlignment - 1) / kAlignment * kAlignment;
-    std::memcpy(memory_ + size_, &value, sizeof(value));
-    size_ += sizeof(value);
-  }
-  alignas(16) uint8_t memory_[1024] = {};
-  size_t size_ = 0;
-};
+Type type_of(char letter, const std::string &modifier) {
+  const auto is_any_of = [&](const char *letters) { return std::strchr(letters, letter); };
+  const bool is_plain = modifier.empty();
+  if (is_any_of("diuoxX") && modifier == "l") return kLong;
+  if (is_any_of("diuoxX") && modifier == "ll") return kLongLong;
+  if (is_any_of("diuoxX")) return is_plain ? kInt : kNone;
+  if (is_any_of("cC")) return is_plain || modifier == "h" || modifier == "L" ? kChar : kNone;
+  if (is_any_of("eEfgG") && modifier == "L") return kLongDouble;
+  if (is_any_of("eEfgG")) return is_plain ? kDouble : kNone;
+  return (is_any_of("sSpP") && is_plain) || (is_any_of("sS") && modifier == "h") ? kPointer : kNone;
+}
 
 struct Directive {
   std::string text = "%";
@@ -128,22 +51,20 @@ class Case {
     if (is_numbered_) arguments_.resize(6);
     for (size_t i = 0; i < taken_; ++i) arguments_[i] = make_argument(kNumbered[i], kNone, i == 0);
     for (size_t i = pick(6); i > 0 && !is_bad_; --i) {
-      add_directive(kConversions[pick(std::size(kConversions))]);
+      add_directive(pick_char("diuoxXdxcCsSsSpPeEfgG%qFn@"), kModifiers[pick(12)]);
     }
     for (size_t i = 0; i < taken_; ++i) {
-      while (arguments_[i].type == kNone && !is_bad_) add_directive(kConversions[kNumbered[i]]);
+      while (arguments_[i].type == kNone && !is_bad_) {
+        add_directive(kNumbered[i] == kNumber ? 'd' : 's', kNumbered[i] == kBytes ? "h" : "");
+      }
     }
     if (is_bad_) return;
-    if (pick(12) == 0) {
-      add_directive({"", pick(2) ? "l" : ""});
-    } else {
-      append(random_text());
-      format_ += pieces_.back().second;
-    }
+    append(random_text());
+    format_ += pieces_.back().second;
   }
 
   void check() {
-    List list;
+    ArgumentList list;
     for (const Argument &argument : arguments_) list.add(argument);
     // With room to spare, with little, and with too little.
     for (const size_t capacity : {length_ + 60, length_ + pick(30), pick(length_ + 1)}) {
@@ -160,6 +81,8 @@ class Case {
 
  private:
   static constexpr Kind kNumbered[] = {kNumber, kWide, kNumber, kBytes};
+  static constexpr const char *kModifiers[12] = {"h", "l", "ll", "L", "", "",
+                                                 "",  "",  "",   "",  "", ""};
 
   size_t pick(size_t count) { return static_cast<size_t>(random_() % count); }
   char pick_char(std::string_view text) { return text[pick(text.size())]; }
@@ -172,12 +95,13 @@ class Case {
 
   Argument make_argument(Kind kind, Type type, bool is_small) {
     Argument argument = {.kind = kind, .type = type};
+    if (kind != kNumber && pick(8) == 0) return argument;
     argument.integer = static_cast<int32_t>(random_() >> pick(32));
     if (type == kLongLong) argument.integer = static_cast<int64_t>(random_() >> pick(64));
     if (is_small || pick(2) == 0) argument.integer = static_cast<int64_t>(pick(40)) - 20;
     // Integer conversions cut the fraction off; no place rounds it from the middle.
     argument.floating = static_cast<double>(argument.integer) + (argument.integer < 0 ? -0.6 : 0.6);
-    if (kind == kNumber || pick(8) == 0) return argument;
+    if (kind == kNumber) return argument;
     argument.text = "abcdefghijklmnopqrstuvwxyz";
     argument.text[pick(12)] = 0;
     argument.wide = jx::test::jx(argument.text);
@@ -210,20 +134,15 @@ class Case {
       return std::atoi(digits.c_str());
     }
     *text += "*";
-    if (pick(40) != 0) {
-      return static_cast<int>(take(kNumber, is_numbered_ ? kLong : kInt, true, text).integer);
-    }
-    *text += "7d";
-    is_bad_ = true;
-    return 0;
+    return static_cast<int>(take(kNumber, is_numbered_ ? kLong : kInt, true, text).integer);
   }
 
-  void add_directive(const Conversion &conversion) {
+  void add_directive(char letter, const std::string &modifier) {
     // The text before the first directive is there whatever happens to the directive.
     append(random_text());
     mark_ = pieces_.size() - (pieces_.size() == 1 ? 0 : 1);
     format_ += pieces_.back().second;
-    Directive d = {.type = conversion.type};
+    Directive d = {.letter = letter, .type = type_of(letter, modifier)};
     while (pick(3) == 0) d.flags.push_back(pick_char("-+ #0"));
     std::string amounts = d.flags;
     if (pick(2) == 0) d.width = add_amount(std::to_string(1 + pick(12)), &amounts);
@@ -232,15 +151,13 @@ class Case {
       d.precision = add_amount(pick(4) ? std::to_string(pick(12)) : "", &amounts);
     }
     // The value stands behind its width and precision in the list, its number before them.
-    if (d.type != kNone) d.argument = take(conversion.kind, d.type, false, &d.text);
+    const Kind kind = !d.is_any_of("sS") ? kNumber : modifier == "h" ? kBytes : kWide;
+    if (d.type != kNone) d.argument = take(kind, d.type, false, &d.text);
     if (d.type == kNone && is_numbered_ && pick(2) == 0) add_number(1 + pick(4), &d.text);
-    d.text += amounts + conversion.modifier;
-    if (d.text == "%" && conversion.letters.empty()) d.text += "-";
-    if (!conversion.letters.empty()) d.letter = pick_char(conversion.letters);
-    if (d.letter) d.text.push_back(d.letter);
+    d.text += amounts + modifier + letter;
     format_ += d.text;
     if (is_bad_) return pieces_.resize(std::min(mark_, numbered_));
-    const bool is_percent = d.letter == '%' && (amounts + conversion.modifier).empty();
+    const bool is_percent = letter == '%' && amounts.empty() && modifier.empty();
     if (d.type == kNone && !is_percent) d.letter = 0;
     put(d);
   }
@@ -269,11 +186,10 @@ class Case {
     }
     const size_t start = length_;
     const bool is_number = d.is_any_of("eEfgGdiuoxXpP");
-    const double value = d.is_any_of("di")      ? static_cast<double>(d.argument.integer)
-                         : d.is_any_of("eEfgG") ? d.argument.floating
-                                                : 0;
-    const bool has_sign = d.is_any_of("dieEfgG") && (value < 0 || d.has('+') || d.has(' '));
-    if (has_sign) append(value < 0 ? "-" : d.has('+') ? "+" : " ");
+    // The fraction never changes the sign.
+    const bool is_negative = d.argument.floating < 0;
+    const bool has_sign = d.is_any_of("dieEfgG") && (is_negative || d.has('+') || d.has(' '));
+    if (has_sign) append(is_negative ? "-" : d.has('+') ? "+" : " ");
     if (d.is_any_of("eEfgG")) {
       append(floating_text(d));
     } else if (is_number) {
@@ -290,7 +206,7 @@ class Case {
   }
 
   static std::string text_of(const Directive &d) {
-    if (d.type == kChar) return {jx_test::as_byte(static_cast<JXChar>(d.argument.integer))};
+    if (d.type == kChar) return {as_byte(static_cast<JXChar>(d.argument.integer))};
     const std::string &text = d.argument.text;
     const size_t most = d.precision < 0 ? SIZE_MAX : static_cast<size_t>(d.precision);
     return d.letter == 'S' ? text.substr(0, most) : std::string(text.c_str()).substr(0, most);
@@ -298,8 +214,8 @@ class Case {
 
   static std::string floating_text(const Directive &d) {
     const char conversion = static_cast<char>(d.letter | 0x20);
-    std::string text = jx_test::exact_text(std::fabs(d.argument.floating), conversion,
-                                           d.precision < 0 ? 6 : d.precision, d.has('#'));
+    std::string text = exact_text(std::fabs(d.argument.floating), conversion,
+                                  d.precision < 0 ? 6 : d.precision, d.has('#'));
     if (d.letter != conversion) std::replace(text.begin(), text.end(), 'e', 'E');
     return text;
   }

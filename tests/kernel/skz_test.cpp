@@ -49,14 +49,14 @@ TEST(Compare, OrderAndEdges) {
   EXPECT_EQ(skMemCmp("abc", "abd", 3), -1);
   EXPECT_EQ(skMemCmp("x", "y", 0), 0);
   EXPECT_EQ(skMemCmp("b\0", "b\1", 2), -1);
-  const struct {
-    uint32_t first, second;
-    int32_t expected;
-  } units[] = {{0x80000000u, 0, -1}, {0, 0x80000000u, -1}, {1, 0xFFFFFFFFu, 1},
-               {0x10FFFF, 'a', 1},   {'a', 0x10FFFF, -1},  {5, 5, 0}};
-  for (const auto &row : units) {
-    EXPECT_EQ(skWMemCmp(&row.first, &row.second, 1), row.expected) << row.first;
-  }
+  const auto compare = [](uint32_t first, uint32_t second) {
+    return skWMemCmp(&first, &second, 1);
+  };
+  EXPECT_EQ(compare(0x80000000u, 0), -1);
+  EXPECT_EQ(compare(0, 0x80000000u), -1);
+  EXPECT_EQ(compare(1, 0xFFFFFFFFu), 1);
+  EXPECT_EQ(compare(0x10FFFF, 'a'), 1);
+  EXPECT_EQ(compare('a', 0x10FFFF), -1);
   EXPECT_EQ(skWMemCmp(nullptr, nullptr, 0), 0);
 }
 

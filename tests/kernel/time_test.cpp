@@ -55,8 +55,6 @@ TEST(Time, Clocks) {
 }
 
 TEST(Time, LocalTimeOfDay) {
-  const char *saved = std::getenv("TZ");
-  const std::string zone = saved ? saved : "";
   setenv("TZ", "TEST-05:45", 1);
   has_fixed_time = true;
   fixed_time = {86400 * 365 + 3600 * 20 + 60 * 14 + 59, 750000};
@@ -67,8 +65,6 @@ TEST(Time, LocalTimeOfDay) {
   EXPECT_EQ(jxztime(&hour, &minute, &seconds), 0);
   EXPECT_TRUE(hour == 1 && minute == 59 && seconds == 59.75) << hour << ':' << minute;
   has_fixed_time = false;
-  saved ? setenv("TZ", zone.c_str(), 1) : unsetenv("TZ");
-  tzset();
 }
 
 TEST(Order, Reversals) {

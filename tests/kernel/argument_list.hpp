@@ -1,0 +1,74 @@
+// Arguments for the formatting engine, put into an argument list at run time.
+#pragma once
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstring>
+#include <string>
+
+#include "jx/runtime.h"
+#include "support/text.hpp"
+
+namespace jx_test {
+
+using jx::test::JXString;
+
+// In the order in which one of several for the same argument wins.
+enum Type { kNone = 0, kChar = 1, kInt, kLong, kLongLong = 5, kPointer, kDouble, kLongDouble };
+
+enum Kind { kNumber, kWide, kBytes };
+
+// A number is the same in every type but for the fraction of the floating ones.
+struct Argument {
+  Kind kind = kNumber;
+  Type type = kNone;  // the highest that a directive needs
+  int64_t integer = 0;
+  double floating = 0;
+  std::string text = {};  // what a pointer points to: ends at a zero, but more can be read
+  JXString wide = {};     // the same in characters
+};
+
+// An argument list in memory: behind the registers on x86-64, all of it on i386.
+class ArgumentList {
+ public:
+  void add(const Argument &argument) {
+    const void *pointer = argument.kind == kWide ? static_cast<const void *>(argument.wide.data())
+                                                 : argument.text.data();
+    if (argument.text.empty())
+      pointer = reinterpret_cast<void *>(static_cast<intptr_t>(argument.integer));
+    if (argument.type == kChar || argument.type == kInt) push(static_cast<int>(argument.integer));
+    if (argument.type == kLong) push(static_cast<long>(argument.integer));
+    if (argument.type == kLongLong) push(argument.integer);
+    if (argument.type == kPointer) push(pointer);
+    if (argument.type == kDouble) push(argument.floating);
+    if (argument.type == kLongDouble) push(static_cast<long double>(argument.floating));
+  }
+  JXStatus call(const JXString &format, JXChar *buffer, size_t capacity, uint32_t *length) {
+#ifdef __x86_64__
+    const struct {
+      uint32_t used_integers = 48, used_floats = 304;  // bytes: every register is used up
+      const void *memory, *registers;
+    } state = {.memory = memory_, .registers = nullptr};
+#else
+    const void *state = memory_;
+#endif
+    va_list list;
+    static_assert(sizeof(list) == sizeof(state));
+    std::memcpy(&list, &state, sizeof(list));
+    return jxzFormatBuffV(nullptr, format.data(), static_cast<int32_t>(format.size()), buffer,
+                          static_cast<int32_t>(capacity), length, list);
+  }
+
+ private:
+  template <typename T>
+  void push(T value) {
+    constexpr size_t kAlignment = std::max(alignof(T), sizeof(void *));
+    size_ = (size_ + kAlignment - 1) / kAlignment * kAlignment;
+    std::memcpy(memory_ + size_, &value, sizeof(value));
+    size_ += sizeof(value);
+  }
+  alignas(16) uint8_t memory_[1024] = {};
+  size_t size_ = 0;
+};
+
+}  // namespace jx_test

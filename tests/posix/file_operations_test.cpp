@@ -56,6 +56,26 @@ class FileOperations : public PathTest {
   }
 };
 
+// What the system refuses to a user who may look but not touch, and behind a closed door.
+TEST_F(FileOperations, RightsOfAnotherUser) {
+  ASSERT_EQ(chmod(dir.path().c_str(), 0755), 0);
+  ASSERT_EQ(chmod(dir.file("folder").c_str(), 0), 0);
+  run_unprivileged([&] {
+    EXPECT_EQ(exist(at("folder/inner")), kAccess);
+    EXPECT_EQ(is_dir(at("folder/inner")), kAccess);
+    EXPECT_EQ(info_status(at("folder/inner")), kAccess);
+    EXPECT_EQ(space_status(at("folder/inner")), kAccess);
+    EXPECT_EQ(open_status(at("folder")), kAccess);
+    EXPECT_EQ(list_status(at("folder"), JX_DIRECTORY_NAMED), kAccess);
+    EXPECT_EQ(remove(at("folder/inner")), kMissing);
+    EXPECT_EQ(remove(at("file")), kAccess);
+    EXPECT_EQ(rename(at("file"), at("x")), kAccess);
+    EXPECT_EQ(make(at("x")), kAccess);
+    EXPECT_EQ(copy(at("file"), at("x")), kAccess);
+  });
+  ASSERT_EQ(chmod(dir.file("folder").c_str(), 0700), 0);
+}
+
 TEST_F(FileOperations, ExistAndIsDir) {
   const struct {
     const char *name;

@@ -51,4 +51,13 @@ uint32_t open_descriptors() {
   return static_cast<uint32_t>(std::distance(begin(entries), end(entries)));
 }
 
+void run_unprivileged(const std::function<void()> &body) {
+  const uid_t user = geteuid();
+  if (user == 0) {
+    ASSERT_EQ(seteuid(65534), 0);
+  }
+  body();
+  ASSERT_EQ(seteuid(user), 0);
+}
+
 }  // namespace jx::test

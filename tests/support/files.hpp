@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -29,5 +30,8 @@ void write_file(const std::string &path, std::string_view content);
 
 // Descriptors that the process has open.
 uint32_t open_descriptors();
+
+// Runs with the rights of a user who owns nothing.
+void run_unprivileged(const std::function<void()> &body);
 
 }  // namespace jx::test

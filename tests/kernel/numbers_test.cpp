@@ -22,13 +22,14 @@ constexpr uint64_t kSeed = 20260727;
 constexpr double from_bits(uint64_t bits) { return std::bit_cast<double>(bits); }
 
 // The text from a buffer that it just fits: one that is too small stays as it is.
-std::string text_of(double value, char conversion, int precision, bool alternate) {
+template <auto kRoutine = skzfDouble>
+std::string text_of(auto value, char conversion, int precision, bool alternate) {
   JXChar buffer[4000];
   uint32_t count = 0;
   const auto run = [&](uint32_t capacity) {
     buffer[0] = buffer[capacity] = GuardedBuffer::kUntouched;
-    return skzfDouble(value, static_cast<uint32_t>(conversion), '.', 0, precision, alternate,
-                      buffer, static_cast<int32_t>(capacity), &count);
+    return kRoutine(value, static_cast<uint32_t>(conversion), '.', 0, precision, alternate, buffer,
+                    static_cast<int32_t>(capacity), &count);
   };
   const uint32_t chars = (run(0), count);
   const bool is_refused =
@@ -42,6 +43,13 @@ TEST(Doubles, Edges) {
   EXPECT_EQ(text_of(1.5, 'f', 3000, false), "1.5" + std::string(2999, '0'));
   EXPECT_EQ(text_of(Limits::infinity(), 'f', 3, true), "inf");
   EXPECT_EQ(text_of(from_bits(0xFFFFFD0000000000), 'e', 0, true), ".A");
+}
+
+TEST(Doubles, LongOnesAreRounded) {
+  for (const long double value : {0.1L, 5e-324L, 1e308L, HUGE_VALL}) {
+    EXPECT_EQ(text_of<skzflDouble>(value, 'e', 20, false),
+              text_of(static_cast<double>(value), 'e', 20, false));
+  }
 }
 
 // Any finite double without its sign, every exponent equally likely.

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <functional>
 #include <thread>
+#include <utility>
 
 #include "tests/kernel/kernel_support.hpp"
 
@@ -105,8 +106,7 @@ TEST(Atomic, StackUnderThreads) {
   for (size_t i = 0; i < std::size(nodes); ++i) {
     auto *node = static_cast<Node *>(jxAStackPop(&head, kLink));
     ASSERT_NE(node, nullptr);
-    uses += node->uses;
-    node->uses = 0;
+    uses += std::exchange(node->uses, 0);
   }
   EXPECT_EQ(jxAStackPop(&head, kLink), nullptr);
   EXPECT_EQ(uses, rounds * 2 * kThreads);

@@ -9,10 +9,10 @@ using jx_test::Outcome;
 using jx_test::ProgramTest;
 
 struct Row {
-  std::vector<std::string> arguments;
   int code;
-  const char *out;  // the whole output; after "~" a pattern to be found in it
-  const char *err;  // a part of the messages; "" for none at all
+  const char *arguments;
+  const char *out = "";  // the whole output; after "~" a pattern to be found in it
+  const char *err = "";  // a part of the messages; "" for none at all
   std::string_view input = {};
 };
 
@@ -41,196 +41,159 @@ class Commands : public ProgramTest {
 
   void check(const std::vector<Row> &rows) {
     for (const Row &row : rows) {
-      std::string shown;
-      for (const std::string &word : row.arguments) shown += word + " ";
       const Outcome outcome = jxfile(row.arguments, row.input);
-      EXPECT_EQ(outcome.code, row.code) << shown << "\n" << outcome.err;
-      EXPECT_TRUE(matches(outcome.out, row.out)) << shown << "\n" << outcome.out;
+      EXPECT_EQ(outcome.code, row.code) << row.arguments << "\n" << outcome.err;
+      EXPECT_TRUE(matches(outcome.out, row.out)) << row.arguments << "\n" << outcome.out;
       const bool is_expected =
           *row.err ? outcome.err.find(row.err) != outcome.err.npos : outcome.err.empty();
-      EXPECT_TRUE(is_expected) << shown << "\n" << outcome.err;
+      EXPECT_TRUE(is_expected) << row.arguments << "\n" << outcome.err;
     }
   }
 };
 
 TEST_F(Commands, ReadingText) {
   check({
-      {{"lines", "text"}, 0, "one\ntwo\n", ""},
-      {{"lines", "text", "crlf"}, 0, "one\ntwo\na\nb", ""},
-      {{"lines", "-n", "text"}, 0, "     1  one\n     2  two\n", ""},
-      {{"lines", "--direct", "crlf"}, 0, "a\nb", ""},
-      {{"lines", "--mark", "--record-length", "2", "text"},
-       0,
-       "[2 part] on\n[1 lf] e\n[2 part] tw\n[1 lf] o\n",
-       ""},
-      {{"lines", "--record-length", "2", "text"}, 0, "one\ntwo\n", ""},
-      {{"lines", "--mark", "crlf"}, 0, "[1 crlf] a\n[1 none] b\n", ""},
-      {{"lines", "--json", "--mark", "crlf"},
-       0,
+      {0, "lines text", "one\ntwo\n"},
+      {0, "lines text crlf", "one\ntwo\na\nb"},
+      {0, "lines -n text", "     1  one\n     2  two\n"},
+      {0, "lines --direct crlf", "a\nb"},
+      {0, "lines --mark --record-length 2 text", "[2 part] on\n[1 lf] e\n[2 part] tw\n[1 lf] o\n"},
+      {0, "lines --record-length 2 text", "one\ntwo\n"},
+      {0, "lines --mark crlf", "[1 crlf] a\n[1 none] b\n"},
+      {0, "lines --json --mark crlf",
        "{\"file\":\"crlf\",\"line\":1,\"text\":\"a\",\"length\":1,\"partial\":false,"
        "\"end\":\"crlf\"}\n{\"file\":\"crlf\",\"line\":2,\"text\":\"b\",\"length\":1,"
-       "\"partial\":false,\"end\":\"none\"}\n",
-       ""},
-      {{"lines", "missing", "text"},
-       1,
-       "one\ntwo\n",
+       "\"partial\":false,\"end\":\"none\"}\n"},
+      {1, "lines missing text", "one\ntwo\n",
        "jxfile: lines: missing: file or directory not found (JXWEM_E_NOTFOUND 0x80bfe801)\n"},
-      {{"lines", "dir"}, 1, "", "jxfile: lines: dir: "},
-      {{"lines", "-"}, 0, "x\ny", "", "x\ny"},
-      {{"lines", "--mark", "-"}, 0, "[1 crlf] x\n[1 none] y\n", "", "x\r\ny"},
-      {{"lines", "--from", "nonsense", "text"}, 2, "", "'nonsense' is not known"},
-      {{"lines"}, 2, "", "FILE"},
+      {1, "lines dir", "", "jxfile: lines: dir: "},
+      {0, "lines -", "x\ny", "", "x\ny"},
+      {0, "lines --mark -", "[1 crlf] x\n[1 none] y\n", "", "x\r\ny"},
+      {2, "lines --from nonsense text", "", "'nonsense' is not known"},
+      {2, "lines", "", "FILE"},
   });
 }
 
 TEST_F(Commands, BytesAndWriting) {
   check({
-      {{"bytes", "dots"},
-       0,
-       "00000000  ff 00 7a 7a                                       |..zz|\n",
-       ""},
-      {{"bytes", "--raw", "--offset", "1", "--count", "3", "text"}, 0, "ne\n", ""},
-      {{"bytes", "--json", "--record-length", "3", "dots"},
-       0,
+      {0, "bytes dots", "00000000  ff 00 7a 7a                                       |..zz|\n"},
+      {0, "bytes --raw --offset 1 --count 3 text", "ne\n"},
+      {0, "bytes --json --record-length 3 dots",
        "{\"offset\":0,\"length\":3,\"hex\":\"ff007a\"}\n{\"offset\":3,\"length\":1,\"hex\":\"7a\"}"
-       "\n",
-       ""},
-      {{"bytes", "--offset", "x", "dots"}, 2, "", "--offset"},
-      {{"write", "new"}, 0, "", "", "p\nq"},
-      {{"write", "--append", "--records", "stream", "new"}, 0, "", "", "rs"},
-      {{"write", "--at", "1", "--records", "binary", "new"}, 0, "", "", "\xff"},
-      {{"bytes", "--json", "new"}, 0, "~\"hex\":\"70ff710a7273\"", ""},
-      {{"write", "--update", "new"}, 0, "", "", "u"},
-      {{"truncate", "new", "3"}, 0, "", ""},
-      {{"bytes", "--raw", "new"}, 0, "u\nq", ""},
-      {{"truncate", "missing", "3"}, 1, "", "missing: file or directory not found"},
-      {{"truncate", "new", "-3"}, 2, "", "LENGTH: '-3' is not a number"},
-      {{"write", "--append", "--at", "1", "new"}, 2, "", "--append"},
-      {{"write", "--record-length", "2", "new"}, 1, "", "record 2", "ab\nabc\n"},
+       "\n"},
+      {2, "bytes --offset x dots", "", "--offset"},
+      {0, "write new", "", "", "p\nq"},
+      {0, "write --append --records stream new", "", "", "rs"},
+      {0, "write --at 1 --records binary new", "", "", "\xff"},
+      {0, "bytes --json new", "~\"hex\":\"70ff710a7273\""},
+      {0, "write --update new", "", "", "u"},
+      {0, "truncate new 3", ""},
+      {0, "bytes --raw new", "u\nq"},
+      {1, "truncate missing 3", "", "missing: file or directory not found"},
+      {2, "truncate new -3", "", "LENGTH: '-3' is not a number"},
+      {2, "write --append --at 1 new", "", "--append"},
+      {1, "write --record-length 2 new", "", "record 2", "ab\nabc\n"},
   });
   EXPECT_EQ(get("new"), "u\nq");
 }
 
 TEST_F(Commands, Information) {
   check({
-      {{"info", "dir/plain"},
-       0,
-       "~size +5 bytes\n +modified +20..-..-..T..:..:..\n +kind +file",
-       ""},
-      {{"info", "--json", "dir", "missing"},
-       1,
-       "~^\\{\"path\":\"dir\".*\"is_dir\":true\\}\n$",
+      {0, "info dir/plain", "~size +5 bytes\n +modified +20..-..-..T..:..:..\n +kind +file"},
+      {1, "info --json dir missing", "~^\\{\"path\":\"dir\".*\"is_dir\":true\\}\n$",
        "missing: file or directory not found"},
-      {{"fsinfo", "--json", "."}, 0, "~\"free\":[0-9]+,\"id\":[0-9]+", ""},
-      {{"ls", "dir"}, 0, "link\nplain\nsub\n\xff\n", ""},
-      {{"ls", "-a", "dir"}, 0, ".\n..\n.hidden\nlink\nplain\nsub\n\xff\n", ""},
-      {{"ls", "--long", "--all", "dir"}, 0, "~\n\\? +link\n- +5 .*  plain\nd .*  sub\n", ""},
-      {{"ls", "--full", "dir"}, 0, "~^/.*/dir/link\n/.*/dir/plain\n", ""},
-      {{"ls", "--json", "dir"}, 0, "~\\{\"name\":\"sub\"\\}\n\\{\"name_base64\":\"/w==\"\\}", ""},
-      {{"ls", "--parent", "dir/sub"}, 0, "link\nplain\nsub\n\xff\n", ""},
-      {{"ls", "--parent", "/"}, 1, "", "JXWEM_E_NOMEMBER"},
-      {{"ls", "--root"}, 0, "~(^|\n)usr\n", ""},
-      {{"ls", "--root", "--home"}, 2, "", "only one"},
-      {{"exists", "text", "missing"}, 1, "", "missing: file or directory not found"},
-      {{"exists", "text"}, 0, "", ""},
+      {0, "fsinfo --json .", "~\"free\":[0-9]+,\"id\":[0-9]+"},
+      {0, "ls dir", "link\nplain\nsub\n\xff\n"},
+      {0, "ls -a dir", ".\n..\n.hidden\nlink\nplain\nsub\n\xff\n"},
+      {0, "ls --long --all dir", "~\n\\? +link\n- +5 .*  plain\nd .*  sub\n"},
+      {0, "ls --full dir", "~^/.*/dir/link\n/.*/dir/plain\n"},
+      {0, "ls --json dir", "~\\{\"name\":\"sub\"\\}\n\\{\"name_base64\":\"/w==\"\\}"},
+      {0, "ls --parent dir/sub", "link\nplain\nsub\n\xff\n"},
+      {1, "ls --parent /", "", "JXWEM_E_NOMEMBER"},
+      {0, "ls --root", "~(^|\n)usr\n"},
+      {2, "ls --root --home", "", "only one"},
+      {1, "exists text missing", "", "missing: file or directory not found"},
+      {0, "exists text", ""},
   });
 }
 
 TEST_F(Commands, FilesAndPaths) {
   check({
-      {{"mkdir", "made", "made"}, 0, "", ""},
-      {{"mkdir", "none/made"}, 1, "", "hint: make the missing directory first"},
-      {{"cp", "text", "made/copy"}, 0, "", ""},
-      {{"cp", "text", "made"}, 1, "", "jxfile: cp: made: the target exists already"},
-      {{"mv", "made/copy", "made/moved"}, 0, "", ""},
-      {{"mv", "missing", "x"}, 1, "", "system error: No such file or directory (JXWEM_E_SYSTEM"},
-      {{"rm", "made"}, 1, "", "hint: remove a directory with everything in it"},
-      {{"rm", "-r", "made"}, 0, "", ""},
-      {{"newname", "--prefix", "job", "--extension", "tmp", "--count", "2", "/tmp"},
-       0,
-       "~^/tmp/job[0-9A-F]{4}000001.tmp\n/tmp/job[0-9A-F]{4}000002.tmp\n$",
-       ""},
-      {{"newname", "--host"}, 0, "~/ZOR_util0001", ""},
-      {{"split", "/usr/lib/libx.so"},
-       0,
-       "directory  /usr/lib\nmember     libx.so\nbase       libx\nextension  so\n",
-       ""},
-      {{"split", "--json", "a/"},
-       0,
-       "{\"directory\":\"a\",\"member\":null,\"base\":null,\"extension\":null}\n",
-       ""},
-      {{"split", ""}, 1, "", "(0x00000001)"},
-      {{"build", "--directory", "/tmp/", "--member", "x", "--extension", "txt"},
-       0,
-       "/tmp/x.txt\n",
-       ""},
-      {{"expand", "/a/$JX_NOT_SET//"}, 0, "/a/$JX_NOT_SET\n", ""},
-      {{"expand", "--json", "/\xff"}, 0, "{\"path_base64\":\"L/8=\"}\n", ""},
+      {0, "mkdir made made", ""},
+      {1, "mkdir none/made", "", "hint: make the missing directory first"},
+      {0, "cp text made/copy", ""},
+      {1, "cp text made", "", "jxfile: cp: made: the target exists already"},
+      {0, "mv made/copy made/moved", ""},
+      {1, "mv missing x", "", "system error: No such file or directory (JXWEM_E_SYSTEM"},
+      {1, "rm made", "", "hint: remove a directory with everything in it"},
+      {0, "rm -r made", ""},
+      {0, "newname --prefix job --extension tmp --count 2 /tmp",
+       "~^/tmp/job[0-9A-F]{4}000001.tmp\n/tmp/job[0-9A-F]{4}000002.tmp\n$"},
+      {0, "newname --host", "~/ZOR_util0001"},
+      {0, "split /usr/lib/libx.so",
+       "directory  /usr/lib\nmember     libx.so\nbase       libx\nextension  so\n"},
+      {0, "split --json a/",
+       "{\"directory\":\"a\",\"member\":null,\"base\":null,\"extension\":null}\n"},
+      {1, "split ''", "", "(0x00000001)"},
+      {0, "build --directory /tmp/ --member x --extension txt", "/tmp/x.txt\n"},
+      {0, "expand '/a/$JX_NOT_SET//'", "/a/$JX_NOT_SET\n"},
+      {0, "expand --json '/\xff'", "{\"path_base64\":\"L/8=\"}\n"},
   });
 }
 
 TEST_F(Commands, Formatting) {
   check({
-      {{"format", "%05d|%-4s|%q", "-42", "ä"}, 0, "-0042|ä   |<<%q>>\n", ""},
-      {{"format", "%2$s is %1$lld", "9223372036854775807", "x"},
-       0,
-       "x is 9223372036854775807\n",
-       ""},
-      {{"format", "%.3f %Lf %c %hs %.*S", "2.5", "0.25", "ß", "b", "2", "xyz"},
-       0,
-       "2.500 0.250000 ß b xy\n",
-       ""},
-      {{"format", "%1$d %1$f", "2.5"}, 0, "2 2.500000\n", ""},
-      {{"format", "%#x %u", "0x1f", "4294967295"}, 0, "0x1f 4294967295\n", ""},
-      {{"format", "--capacity", "5", "abc%d", "123"}, 1, "abc\n", "6 characters, room for 5"},
-      {{"format", "--json", "%5d", "7"},
-       0,
-       "{\"text\":\"    7\",\"length\":5,\"truncated\":false}\n",
-       ""},
-      {{"format", "--", "-%d %s", "-3", "--json"}, 0, "--3 --json\n", ""},
-      {{"format", "--frobnicate", "%d", "3"}, 2, "", "--frobnicate"},
-      {{"format", "%11$d"}, 1, "", "JX_E_BADFORMAT"},
-      {{"format", "%d", "abc"}, 2, "", "argument 1: 'abc' is not a 32-bit integer"},
-      {{"format", "%d", "4294967296"}, 2, "", "is not a 32-bit integer"},
-      {{"format", "%c", "ab"}, 2, "", "one character"},
-      {{"format", "%d %d", "1"}, 2, "", "FORMAT takes 2 arguments, 1 are given"},
-      {{"format", "%.5S", "abc"}, 2, "", "has not 5 characters"},
-      {{"format", "%1$s %1$d", "x"}, 2, "", "both as a string and otherwise"},
-      {{"format", "%1$d %d", "1", "2"}, 2, "", "mixes"},
+      {0, "format '%05d|%-4s|%q' -42 'ä'", "-0042|ä   |<<%q>>\n"},
+      {0, "format '%2$s is %1$lld' 9223372036854775807 x", "x is 9223372036854775807\n"},
+      {0, "format '%.3f %Lf %c %hs %.*S' 2.5 0.25 'ß' b 2 xyz", "2.500 0.250000 ß b xy\n"},
+      {0, "format '%1$d %1$f' 2.5", "2 2.500000\n"},
+      {0, "format '%#x %u' 0x1f 4294967295", "0x1f 4294967295\n"},
+      {1, "format --capacity 5 abc%d 123", "abc\n", "6 characters, room for 5"},
+      {0, "format --json %5d 7", "{\"text\":\"    7\",\"length\":5,\"truncated\":false}\n"},
+      {0, "format -- '-%d %s' -3 --json", "--3 --json\n"},
+      {2, "format --frobnicate %d 3", "", "--frobnicate"},
+      {1, "format '%11$d'", "", "JX_E_BADFORMAT"},
+      {2, "format %d abc", "", "argument 1: 'abc' is not a 32-bit integer"},
+      {2, "format %d 4294967296", "", "is not a 32-bit integer"},
+      {2, "format %c ab", "", "one character"},
+      {2, "format '%d %d' 1", "", "FORMAT takes 2 arguments, 1 are given"},
+      {2, "format %.5S abc", "", "has not 5 characters"},
+      {2, "format '%1$s %1$d' x", "", "both as a string and otherwise"},
+      {2, "format '%1$d %d' 1 2", "", "mixes"},
   });
 }
 
 TEST_F(Commands, CatalogueAndUsage) {
   check({
-      {{"status", "0x80bfe801"}, 0, "~JXWEM_E_NOTFOUND +file or directory not found\n", ""},
-      {{"status", "jxwem_e_eof"}, 0, "~^0x80bfe80a ", ""},
-      {{"status", "--json", "notempty"}, 0, "~\"code\":\"0x80bfe81d\"", ""},
-      {{"status"}, 0, "~JX_E_NOMEM(.|\n)*JXWEM_E_NOMEMBER(.|\n)*JXHOST_E_MALFORMED", ""},
-      {{"status", "0x12345"}, 1, "", "hint: list every status"},
-      {{"status", "nonsense"}, 2, "", "neither a number nor a known name"},
-      {{"version"}, 0, "~jxwem 3\\.2\\.1(.|\n)*/jxwem\\.so\n", ""},
-      {{"--module", "missing.so", "version"}, 1, "", "the module cannot be loaded"},
-      {{"--module", "missing.so", "format", "%d", "1"}, 1, "", "missing.so"},
-      {{"version", "--module", "missing.so"}, 1, "", "missing.so"},
-      {{"--help"}, 0, "~lines .*\n.*convert ", ""},
-      {{}, 2, "", "a command is required"},
-      {{"frobnicate"}, 2, "", "'frobnicate' is not a command"},
-      {{"ls", "--frobnicate"}, 2, "", "--frobnicate"},
+      {0, "status 0x80bfe801", "~JXWEM_E_NOTFOUND +file or directory not found\n"},
+      {0, "status jxwem_e_eof", "~^0x80bfe80a "},
+      {0, "status --json notempty", "~\"code\":\"0x80bfe81d\""},
+      {0, "status", "~JX_E_NOMEM(.|\n)*JXWEM_E_NOMEMBER(.|\n)*JXHOST_E_MALFORMED"},
+      {1, "status 0x12345", "", "hint: list every status"},
+      {2, "status nonsense", "", "neither a number nor a known name"},
+      {0, "version", "~jxwem 3\\.2\\.1(.|\n)*/jxwem\\.so\n"},
+      {1, "--module missing.so version", "", "the module cannot be loaded"},
+      {1, "--module missing.so format %d 1", "", "missing.so"},
+      {1, "version --module missing.so", "", "missing.so"},
+      {0, "--help", "~lines .*\n.*convert "},
+      {2, "", "", "a command is required"},
+      {2, "frobnicate", "", "'frobnicate' is not a command"},
+      {2, "ls --frobnicate", "", "--frobnicate"},
   });
 }
 
 // Each help names an example, and every document is the one that the table of commands gives.
 TEST_F(Commands, DocumentsAreCurrent) {
-  const std::string page = jxfile({"generate", "man"}).out;
+  const std::string page = jxfile("generate man").out;
   EXPECT_EQ(page, jx_test::read_all(JX_SOURCE_DIR "/docs/man/jxfile.1"));
-  EXPECT_EQ(jxfile({"generate", "completion"}).out,
+  EXPECT_EQ(jxfile("generate completion").out,
             jx_test::read_all(JX_SOURCE_DIR "/docs/completion/jxfile.bash"));
   const std::string section = "\n.SS \\fBjxfile ";
   int count = 0;
   for (size_t at = page.find(section); at != page.npos; at = page.find(section, at + 1), ++count) {
     const size_t start = at + section.size();
     const std::string name = page.substr(start, page.find('\\', start) - start);
-    const Outcome help = jxfile({name, "--help"});
+    const Outcome help = jxfile(name + " --help");
     EXPECT_EQ(help.code, 0) << name;
     EXPECT_NE(help.out.find("Example:\n  "), help.out.npos) << name;
   }

@@ -7,15 +7,17 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <numeric>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "support/files.hpp"
 
 namespace jx_test {
 
@@ -25,54 +27,43 @@ struct Outcome {
   std::string err;
 };
 
-inline void write_all(const std::string &path, std::string_view bytes) {
-  std::ofstream(path, std::ios::binary)
-      .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
+// Empty when there is no such file.
 inline std::string read_all(const std::string &path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// A folder that is removed at the end of the test, and the programs run in it. Output goes through
-// files, so that nothing can block.
+// A folder of the test's own and the programs run in it. Output goes through files, so that nothing
+// can block.
 class ProgramTest : public testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "jxfile_XXXXXX").string();
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    folder_ = pattern;
-    ASSERT_EQ(::chmod(folder_.c_str(), 0777), 0);
-  }
-  void TearDown() override { std::filesystem::remove_all(folder_); }
+  void SetUp() override { ASSERT_EQ(::chmod(dir_.path().c_str(), 0777), 0); }
 
-  std::string at(const std::string &name) const { return folder_ + "/" + name; }
-  void put(const std::string &name, std::string_view bytes) const { write_all(at(name), bytes); }
+  std::string at(const std::string &name) const { return dir_.file(name); }
+  void put(const std::string &name, std::string_view bytes) const {
+    jx::test::write_file(at(name), bytes);
+  }
   std::string get(const std::string &name) const { return read_all(at(name)); }
   // Names in the folder, in order, with a blank after each.
   std::string names() const {
-    std::vector<std::string> found;
-    for (const auto &entry : std::filesystem::directory_iterator(folder_)) {
-      found.push_back(entry.path().filename().string());
+    std::set<std::string> found;
+    for (const auto &entry : std::filesystem::directory_iterator(dir_.path())) {
+      found.insert(entry.path().filename().string() + " ");
     }
-    std::sort(found.begin(), found.end());
-    std::string text;
-    for (const std::string &name : found) text += name + " ";
-    return text;
+    return std::accumulate(found.begin(), found.end(), std::string());
   }
 
-  // Runs jxfile with arguments; as_nobody without the rights of the superuser; stdout_path sends
-  // its standard output there.
-  Outcome jxfile(std::vector<std::string> arguments, std::string_view input = {},
-                 bool as_nobody = false, const char *stdout_path = nullptr) const {
-    arguments.insert(arguments.begin(), JX_BINARY_DIR "/jxfile");
-    return run(arguments, input, as_nobody, stdout_path);
+  // Runs jxfile with arguments as they are typed to a shell; as_nobody without the rights of the
+  // superuser; stdout_path sends its standard output there.
+  Outcome jxfile(const std::string &arguments, std::string_view input = {}, bool as_nobody = false,
+                 const char *stdout_path = nullptr) const {
+    const std::string command = "exec '" JX_BINARY_DIR "/jxfile' " + arguments;
+    return run({"/bin/sh", "-c", command}, input, as_nobody, stdout_path);
   }
 
   Outcome run(const std::vector<std::string> &arguments, std::string_view input = {},
               bool as_nobody = false, const char *stdout_path = nullptr) const {
-    const std::string io = folder_ + ".io";
+    const std::string io = dir_.path() + ".io";
     std::array<int, 2> feed;
     EXPECT_EQ(::pipe2(feed.data(), O_CLOEXEC), 0);
     const pid_t child = ::fork();
@@ -101,7 +92,8 @@ class ProgramTest : public testing::Test {
     ::dup2(::open(stdout_path ? stdout_path : (io + "_out").c_str(), flags, 0600), STDOUT_FILENO);
     ::dup2(::open((io + "_err").c_str(), flags, 0600), STDERR_FILENO);
     constexpr uid_t kNobody = 65534;
-    const bool is_ready = ::chdir(folder_.c_str()) == 0 && (!as_nobody || ::setuid(kNobody) == 0);
+    const bool is_ready =
+        ::chdir(dir_.path().c_str()) == 0 && (!as_nobody || ::setuid(kNobody) == 0);
     std::vector<char *> words;
     for (const std::string &word : arguments) words.push_back(const_cast<char *>(word.c_str()));
     words.push_back(nullptr);
@@ -109,7 +101,7 @@ class ProgramTest : public testing::Test {
     ::_exit(126);
   }
 
-  std::string folder_;
+  jx::test::TempDir dir_;
 };
 
 }  // namespace jx_test

@@ -40,13 +40,12 @@ TEST_F(Text, ThereAndBackGivesTheSameBytes) {
       lines + "\xe6\xbc\xa2",
   };
   for (size_t i = 0; i < texts.size(); ++i) {
-    const std::string chunk = texts[i].size() > 1000 ? "4096" : "7";
-    for (const char *encoding : {"utf-16le", "utf-16be", "utf-32le", "utf-32be", "utf-8"}) {
+    const std::string chunk =
+        texts[i].size() > 1000 ? " --record-length 4096" : " --record-length 7";
+    for (const std::string encoding : {"utf-16le", "utf-16be", "utf-32le", "utf-32be", "utf-8"}) {
       put("in", texts[i]);
-      const Outcome there = jxfile({"convert", "in", "there", "--from", "utf-8", "--to", encoding,
-                                    "--record-length", chunk});
-      const Outcome back = jxfile({"convert", "there", "back", "--from", encoding, "--to", "utf-8",
-                                   "--record-length", chunk});
+      const Outcome there = jxfile("convert in there --to " + encoding + chunk);
+      const Outcome back = jxfile("convert there back --to utf-8 --from " + encoding + chunk);
       EXPECT_EQ(there.code + back.code, 0) << there.err << back.err;
       EXPECT_EQ(get("back"), texts[i]) << "text " << i << " through " << encoding;
     }
@@ -55,22 +54,22 @@ TEST_F(Text, ThereAndBackGivesTheSameBytes) {
 
 TEST_F(Text, MarksLineEndsAndPipes) {
   put("in", "a\r\nb");
-  EXPECT_EQ(jxfile({"convert", "in", "out", "--to", "utf-16be", "--bom"}).code, 0);
+  EXPECT_EQ(jxfile("convert in out --to utf-16be --bom").code, 0);
   EXPECT_EQ(get("out"), "\xfe\xff\0a\0\r\0\n\0b"s);
-  EXPECT_EQ(jxfile({"lines", "out"}).out, "a\nb");
-  EXPECT_EQ(jxfile({"convert", "out", "plain", "--no-bom", "--records", "text"}).code, 0);
+  EXPECT_EQ(jxfile("lines out").out, "a\nb");
+  EXPECT_EQ(jxfile("convert out plain --no-bom --records text").code, 0);
   EXPECT_EQ(get("plain"), "a\nb\n");
-  EXPECT_EQ(jxfile({"convert", "-", "out", "--to", "latin1"}, "ä").code, 0);
+  EXPECT_EQ(jxfile("convert - out --to latin1", "ä").code, 0);
   EXPECT_EQ(get("out"), "\xe4");
-  EXPECT_EQ(jxfile({"lines", "--from", "latin1", "out"}).out, "ä");
-  EXPECT_EQ(jxfile({"lines", "-"},
+  EXPECT_EQ(jxfile("lines --from latin1 out").out, "ä");
+  EXPECT_EQ(jxfile("lines -",
                    "\xff\xfe"
                    "a\0\n\0"s)
                 .out,
             "a\n");
   // An addition puts no second mark into the file.
-  EXPECT_EQ(jxfile({"convert", "in", "sum", "--bom"}).code, 0);
-  EXPECT_EQ(jxfile({"convert", "in", "sum", "--bom", "--append"}).code, 0);
+  EXPECT_EQ(jxfile("convert in sum --bom").code, 0);
+  EXPECT_EQ(jxfile("convert in sum --bom --append").code, 0);
   EXPECT_EQ(get("sum"),
             "\xef\xbb\xbf"
             "a\r\nba\r\nb");
@@ -97,24 +96,23 @@ TEST_F(Text, FaultsAreNamedAndLeaveTheTarget) {
   for (const FaultRow &row : rows) {
     put("in", row.bytes);
     put("out", "old");
-    expect_failure(jxfile({"convert", "in", "out", "--from", row.from, "--to", row.to}), row.place);
-    expect_failure(jxfile({"convert", "-", "out", "--from", row.from, "--to", row.to}, row.bytes),
-                   row.place);
-    expect_failure(
-        jxfile({"convert", "in", "out", "--records", "text", "--from", row.from, "--to", row.to}),
-        row.place);
+    const std::string from = " --from "s + row.from;
+    const std::string from_to = from + " --to " + row.to;
+    expect_failure(jxfile("convert in out" + from_to), row.place);
+    expect_failure(jxfile("convert - out" + from_to, row.bytes), row.place);
+    expect_failure(jxfile("convert in out --records text" + from_to), row.place);
     EXPECT_EQ(get("out"), "old") << row.place;
     if (row.to != "latin1"s) {
-      expect_failure(jxfile({"lines", "--from", row.from, "in"}), row.place);
-      expect_failure(jxfile({"lines", "--from", row.from, "-"}, row.bytes), row.place);
+      expect_failure(jxfile("lines in" + from), row.place);
+      expect_failure(jxfile("lines -" + from, row.bytes), row.place);
     }
   }
   EXPECT_EQ(names(), "in out ");
   // What was added before the fault stays.
   put("in", "one\ntwo\n\xff\nthree\n");
-  expect_failure(jxfile({"convert", "in", "out", "--append"}), "record 3, byte offset 8, bytes ff");
+  expect_failure(jxfile("convert in out --append"), "record 3, byte offset 8, bytes ff");
   EXPECT_EQ(get("out"), "oldone\ntwo\n");
-  expect_failure(jxfile({"write", "--append", "out"}, "1\n\xff\n"), "record 2, byte offset 2");
+  expect_failure(jxfile("write --append out", "1\n\xff\n"), "record 2, byte offset 2");
   EXPECT_EQ(get("out"), "oldone\ntwo\n1\n");
 }
 
@@ -126,25 +124,21 @@ TEST_F(Text, TargetsThatCannotBeWritten) {
   lock.l_type = F_WRLCK;
   ASSERT_EQ(::fcntl(fd, F_OFD_SETLK, &lock), 0);
   const std::string busy = "locked: file busy or locked (JXWEM_E_INUSE 0x80bfe807)\nhint: ";
-  for (const auto &arguments :
-       std::vector<std::vector<std::string>>{{"lines", "locked"},
-                                             {"convert", "locked", "out"},
-                                             {"convert", "in", "locked"},
-                                             {"convert", "in", "locked", "--append"}}) {
+  for (const char *arguments :
+       {"lines locked", "convert locked out", "convert in locked", "convert in locked --append"}) {
     expect_failure(jxfile(arguments), busy);
   }
   ::close(fd);
   ASSERT_EQ(::link(at("in").c_str(), at("same").c_str()), 0);
   ASSERT_EQ(::symlink("in", at("alias").c_str()), 0);
-  for (const char *target : {"in", "same", "alias"}) {
-    expect_failure(jxfile({"convert", "in", target, "--append"}), "same file");
-    expect_failure(jxfile({"convert", "in", target}), "same file");
+  for (const char *target : {"in", "same", "alias", "alias --append"}) {
+    expect_failure(jxfile("convert in "s + target), "same file");
   }
-  expect_failure(jxfile({"convert", "in", "none/out"}), "a directory on the path is missing");
-  expect_failure(jxfile({"convert", "in", "."}), "jxfile: convert: .: ");
-  expect_failure(jxfile({"convert", "in", "/dev/full"}), "no space left on the device");
-  expect_failure(jxfile({"lines", "in"}, {}, false, "/dev/full"), "standard output: no space left");
-  EXPECT_EQ(jxfile({"convert", "in", "/dev/null"}).code, 0);
+  expect_failure(jxfile("convert in none/out"), "a directory on the path is missing");
+  expect_failure(jxfile("convert in ."), "jxfile: convert: .: ");
+  expect_failure(jxfile("convert in /dev/full"), "no space left on the device");
+  expect_failure(jxfile("lines in", {}, false, "/dev/full"), "standard output: no space left");
+  EXPECT_EQ(jxfile("convert in /dev/null").code, 0);
   EXPECT_EQ(get("in"), "text\n");
   EXPECT_EQ(names(), "alias in locked same ");
 }
@@ -154,23 +148,22 @@ TEST_F(Text, PermissionsStayAndCount) {
   put("out", "old");
   ASSERT_EQ(::chmod(at("out").c_str(), 0640), 0);
   ASSERT_EQ(::symlink("out", at("alias").c_str()), 0);
-  EXPECT_EQ(jxfile({"convert", "in", "alias", "--to", "utf-16le"}).code, 0);
+  EXPECT_EQ(jxfile("convert in alias --to utf-16le").code, 0);
   struct ::stat status = {};
   ASSERT_EQ(::lstat(at("out").c_str(), &status), 0);
   EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFREG | 0640));
   ASSERT_EQ(::lstat(at("alias").c_str(), &status), 0);
   EXPECT_TRUE(S_ISLNK(status.st_mode));
-  EXPECT_EQ(jxfile({"write", "--append", "fresh"}, "x").code, 0);
+  EXPECT_EQ(jxfile("write --append fresh", "x").code, 0);
   ASSERT_EQ(::stat(at("fresh").c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0111, 0u);
 
   const bool as_nobody = ::geteuid() == 0;
-  if (jxfile({"status"}, {}, as_nobody).code == 126) GTEST_SKIP() << "others cannot run the build";
+  if (jxfile("status", {}, as_nobody).code == 126) GTEST_SKIP() << "others cannot run the build";
   ASSERT_EQ(::chmod(at("in").c_str(), 0), 0);
   ASSERT_EQ(::chmod(at("out").c_str(), 0444), 0);
   put("other", "text");
-  for (const auto &arguments : std::vector<std::vector<std::string>>{
-           {"lines", "in"}, {"convert", "in", "new"}, {"convert", "other", "out"}}) {
+  for (const char *arguments : {"lines in", "convert in new", "convert other out"}) {
     expect_failure(jxfile(arguments, {}, as_nobody), "access denied (JXWEM_E_ACCESS 0x80bfe803)");
   }
 }

@@ -23,22 +23,19 @@ TEST_F(Text, ThereAndBackGivesTheSameBytes) {
   std::string lines;
   for (int i = 0; i < 3000; ++i)
     lines += "äöü 漢字 \U0001f600 " + std::string(static_cast<size_t>(i) % 97, 'x') + "\n";
-  const std::vector<std::string> texts = {
-      "",
-      "\n",
-      "no line end",
-      "a\nb\n",
-      "a\r\nb\r\n",
-      "mixed\r\nand\nlast",
-      "\xef\xbb\xbf"
-      "marked\n",
-      "\xef\xbb\xbf",
-      "inside\n\xef\xbb\xbf"
-      "mark\n",
-      "nul\0inside\n"s,
-      lines,
-      lines + "\xe6\xbc\xa2",
-  };
+  const std::string mark = "\xef\xbb\xbf";
+  const std::vector<std::string> texts = {"",
+                                          "\n",
+                                          "no line end",
+                                          "a\nb\n",
+                                          "a\r\nb\r\n",
+                                          "mixed\r\nand\nlast",
+                                          mark + "marked\n",
+                                          mark,
+                                          "inside\n" + mark + "mark\n",
+                                          "nul\0inside\n"s,
+                                          lines,
+                                          lines + "\xe6\xbc\xa2"};
   for (size_t i = 0; i < texts.size(); ++i) {
     const std::string chunk =
         texts[i].size() > 1000 ? " --record-length 4096" : " --record-length 7";

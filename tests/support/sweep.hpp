@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -35,12 +34,10 @@ std::vector<SweepRun> sweep_with(FaultHost &host, Arm arm, Disarm disarm, Body b
     arm(n);
     const JXStatus status = body();
     const std::string failed = disarm();
-    char row[64];
-    std::snprintf(row, sizeof row, " failing as call %u: status 0x%08x\n", n, status);
-    const std::string misuse = host.take_misuse();
-    EXPECT_EQ(misuse, "") << failed << row;
-    EXPECT_TRUE(host.live() == before) << failed << row << host.list_live();
-    EXPECT_EQ(open_descriptors(), descriptors) << failed << row;
+    SCOPED_TRACE(failed + " as call " + std::to_string(n) + ": " + std::to_string(status));
+    EXPECT_EQ(host.take_misuse(), "");
+    EXPECT_TRUE(host.live() == before) << host.list_live();
+    EXPECT_EQ(open_descriptors(), descriptors);
     if (failed.empty()) {
       EXPECT_EQ(status, JX_OK) << "without a fault";
       return runs;
@@ -51,12 +48,11 @@ std::vector<SweepRun> sweep_with(FaultHost &host, Arm arm, Disarm disarm, Body b
   return runs;
 }
 
-// A sweep over calls of the host, which answer with `status` where they return one.
+// A sweep over calls of the host.
 template <typename Body>
-std::vector<SweepRun> sweep(FaultHost &host, Calls failing, Body body,
-                            JXStatus status = kFaultStatus) {
+std::vector<SweepRun> sweep(FaultHost &host, Calls failing, Body body) {
   return sweep_with(
-      host, [&](uint32_t n) { host.arm(failing, n, status); },
+      host, [&](uint32_t n) { host.arm(failing, n); },
       [&] {
         const auto failed = host.disarm();
         return std::string(failed ? call_name(*failed) : "");

@@ -38,7 +38,9 @@ JXTable *jxwemdirectorymemberlist(JXDirectory *directory, JXPool *pool, uint32_t
   *status = bkwemdirectorymemberlist(directory->instance, directory, pool, flags, &first, count);
   if (*status != JX_OK || *count == 0) return nullptr;
   jx::RecordList<JXMember> records(first);
-  return table_of_members(&records, status);
+  JXTable *table = table_of_members(&records, status);
+  if (!table) *count = 0;
+  return table;
 }
 
 JXStatus jxwemDirectoryMemberListDestroy(JXTableEntry *entry) {

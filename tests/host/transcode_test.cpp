@@ -163,7 +163,7 @@ TEST(Transcode, Utf8IsCheckedAtEveryLimit) {
   for (uint32_t i = 0; i < 256 * 8 * 4 * 4; ++i) {
     const std::string bytes = std::string(37, 'r') + static_cast<char>(i / 128) +
                               seconds[i / 16 % 8] + later[i / 4 % 4] + later[i % 4];
-    for (const auto &[start, length] : {std::pair{37, 1}, {37, 2}, {37, 3}, {37, 4}, {0, 41}}) {
+    for (const auto &[start, length] : {std::pair{37u, 1u}, {37, 2}, {37, 3}, {37, 4}, {0, 41}}) {
       const std::string source = bytes.substr(start, length);
       std::string expected;
       const JXStatus status = TextModel(20, 27).convert(source, SIZE_MAX, &expected);

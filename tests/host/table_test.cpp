@@ -40,7 +40,7 @@ TEST(Table, KeepsOrderFindsKeysAndDestroysInOrder) {
     const void *key = jxhost_table_key(at, &key_bytes);
     ASSERT_EQ(at->value, &value);
     ASSERT_EQ(key_bytes, value % 3 == 0 ? 0 : sizeof value);
-    ASSERT_EQ(std::memcmp(key, &value, key_bytes), 0);
+    ASSERT_TRUE(key_bytes == 0 || std::memcmp(key, &value, key_bytes) == 0);
     at = jxhost_table_next(at);
   }
   EXPECT_EQ(at, nullptr);

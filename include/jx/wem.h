@@ -415,7 +415,10 @@ JX_EXPORT JX_NODISCARD JXStatus sk_buf_write(JXFile *file, const void *source, u
    character-set service; a failure leaves none of that direction. */
 JX_EXPORT JX_NODISCARD JXStatus setupCCTable(JXFile *file, uint32_t direction, uint32_t group);
 
-/* Text lines. A read gives one record without its line end; JXWEM_E_PARTIAL marks a record whose
+/* Records of every format: a read of a handle that only writes answers JXWEM_E_NOTSUPPORTED, a
+   write to an input handle JXWEM_E_READONLY.
+
+   Text lines. A read gives one record without its line end; JXWEM_E_PARTIAL marks a record whose
    line end was not seen, JXWEM_E_EOF the end. Any other failure is of the host read or of the
    transcoder. The "r" routines are direct: one transfer each. */
 JX_EXPORT JXStatus skwem_read_var(JXFile *file, void **data, uint32_t *length, uint32_t unused,
@@ -443,7 +446,9 @@ JX_EXPORT JXStatus skwem_write_rbin(JXFile *file, const void *data, uint32_t len
                                     uint32_t unused, int64_t *offset);
 
 /* Stream records: as binary, with transcoding and byte-order marks, and the transcoder's failures
-   added. A direct write at offset 0 that places a byte-order mark moves *offset past it. */
+   added. A direct write at offset 0 that places a byte-order mark moves *offset past it. A direct
+   read that skips a byte-order mark reads once more to make up for it, and without a transcoder
+   answers with the status of that read: JXWEM_E_EOF may then come with bytes, as *length tells. */
 JX_EXPORT JXStatus skwem_read_stream(JXFile *file, void **data, uint32_t *length, uint32_t unused,
                                      int64_t *offset);
 JX_EXPORT JXStatus skwem_read_rstream(JXFile *file, void **data, uint32_t *length, uint32_t unused,
@@ -470,7 +475,8 @@ extern JX_EXPORT JXControlString sk_inbound_cc[6];
 /* Expands variables, "~", leading dots and relative paths; drops trailing slashes. *path_out must
    be null before; when it is not null afterwards, whatever the status, the caller gives it back
    with bkwemexpand_path_free and the instance's pool. 0, JX_E_NOMEM, JXWEM_E_FAILED (not
-   convertible, above the root, no current directory) or JXWEM_E_NAMETOOLONG. */
+   convertible, a zero character in the path, above the root, no current directory) or
+   JXWEM_E_NAMETOOLONG. */
 JX_EXPORT JX_NODISCARD JXStatus bkwemexpand_path(JXInstance *instance, const JXChar *path,
                                                  uint32_t path_chars, JXChar **path_out,
                                                  uint32_t *path_chars_out);

@@ -2,7 +2,6 @@
 #include <sys/resource.h>
 #include <sys/syscall.h>
 
-#include <atomic>
 #include <thread>
 
 #include "support/path_fixture.hpp"
@@ -124,9 +123,8 @@ TEST_F(Remove, AnAttackerWhoSwapsAFolderAndALink) {
   make_outside();
   const std::string tree = dir.file("tree");
   const std::string first = tree + "/d", second = tree + "/link";
-  std::atomic<bool> stop = false;
-  std::thread attacker([&] {
-    while (!stop) {
+  const std::jthread attacker([&](const std::stop_token &stop) {
+    while (!stop.stop_requested()) {
       syscall(SYS_renameat2, AT_FDCWD, first.c_str(), AT_FDCWD, second.c_str(), 2);
     }
   });
@@ -144,8 +142,6 @@ TEST_F(Remove, AnAttackerWhoSwapsAFolderAndALink) {
       unlink(second.c_str());
     }
   }
-  stop = true;
-  attacker.join();
   EXPECT_GT(removed, 0u);
   journal.take_lines();  // what the attacker made fail
 }

@@ -40,10 +40,10 @@ inline Binary fraction_of(Binary value) {
 
 // The longest integer part, 2^1024 and what lies just above it, has 309 digits. A fraction has at
 // most 767 digits after its leading zeros: 1074 places, of which the 307 of a significand that
-// ends at 2^-1074 are zeros. Digits are made in groups of nine, and the first may stop short.
+// ends at 2^-1074 are zeros. Digits are made in groups, and the first may stop short.
 inline constexpr uint32_t kIntegerDigits = 309;
 inline constexpr uint32_t kFractionDigits = 767;
-inline constexpr uint32_t kDecimalDigits = kFractionDigits + kGroupDigits;
+inline constexpr uint32_t kDecimalDigits = kFractionDigits + kLongGroupDigits;
 
 // A decimal number 0.d1d2d3... * 10^point with d1 not zero. Digits beyond count are zeros; count 0
 // is the number zero, with point 0.

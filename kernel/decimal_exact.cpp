@@ -1,5 +1,5 @@
-// The exact decimal expansion of a double by arithmetic on arrays of 32-bit words: the integer part
-// is divided by 10^9 again and again, the fraction multiplied by it.
+// The exact decimal expansion of a double by arithmetic on arrays of machine words: the integer
+// part is divided by a power of ten again and again, the fraction multiplied by it.
 #include <algorithm>
 
 #include "kernel/decimal.hpp"
@@ -8,41 +8,96 @@ namespace jx {
 
 namespace {
 
-constexpr uint32_t kWordBits = 32;
-constexpr uint32_t kIntegerWords = (1024 + kWordBits) / kWordBits;  // up to just above 2^1024
-constexpr uint32_t kIntegerGroups = (kIntegerDigits + kGroupDigits - 1) / kGroupDigits;
-constexpr uint32_t kFractionWords = (-kLowestExponent + kWordBits - 1) / kWordBits;
+// The machine's word, the digits that one step makes, as many as a word always holds, and how they
+// are stored.
+#ifdef __SIZEOF_INT128__
+using Word = uint64_t;
+__extension__ using DoubleWord = unsigned __int128;
+constexpr uint32_t kStepDigits = kLongGroupDigits;
+void write_step(JXChar *destination, Word value) { write_long_group(destination, value); }
+#else
+using Word = uint32_t;
+using DoubleWord = uint64_t;
+constexpr uint32_t kStepDigits = kGroupDigits;
+void write_step(JXChar *destination, Word value) { write_group(destination, value); }
+#endif
 
-// Stores value * 2^shift, shift below 32, in three words, least significant first.
-void store_shifted(uint64_t value, uint32_t shift, uint32_t *words) {
+constexpr uint32_t kWordBits = 8 * sizeof(Word);
+constexpr Word kStep = static_cast<Word>(kSmallPowers[kStepDigits]);
+constexpr uint32_t kIntegerWords = (1024 + kWordBits) / kWordBits;  // up to just above 2^1024
+constexpr uint32_t kIntegerSteps = (kIntegerDigits + kStepDigits - 1) / kStepDigits;
+constexpr uint32_t kFractionWords = (-kLowestExponent + kWordBits - 1) / kWordBits;
+constexpr uint32_t kShiftedWords = 64 / kWordBits + 1;  // of 64 bits that begin inside a word
+
+// Stores value * 2^shift, shift below the bits of a word, least significant word first.
+void store_shifted(uint64_t value, uint32_t shift, Word *words) {
   const uint64_t low = value << shift;
-  words[0] = static_cast<uint32_t>(low);
-  words[1] = static_cast<uint32_t>(low >> kWordBits);
-  words[2] = shift == 0 ? 0 : static_cast<uint32_t>(value >> (64 - shift));
+  for (uint32_t i = 0; i + 1 < kShiftedWords; ++i) {
+    words[i] = static_cast<Word>(low >> (i * kWordBits));
+  }
+  words[kShiftedWords - 1] = shift == 0 ? 0 : static_cast<Word>(value >> (64 - shift));
 }
 
-// Integers of 64 bits and more: groups of nine digits from the last to the first.
+// Divides a stream of words, most significant first, by kStep. Without the machine's division,
+// which is slow for two words: the divisor and the dividend are shifted until the divisor's highest
+// bit is set, a product with the reciprocal estimates the quotient, and the remainder tells by how
+// much it is off.
+class StepDivider {
+ public:
+  // Takes the next word of the dividend and returns the next one of the quotient.
+  Word next_word(Word word) {
+    const DoubleWord dividend = ((DoubleWord{remainder_} << kWordBits) | word) << kShift;
+    const DoubleWord estimate =
+        DoubleWord{kReciprocal} * static_cast<Word>(dividend >> kWordBits) + dividend;
+    Word quotient = static_cast<Word>(estimate >> kWordBits) + 1;
+    Word rest = static_cast<Word>(dividend) - quotient * kDivisor;
+    // One time in two, so that a branch would often be guessed wrong.
+    const Word one_too_many = rest > static_cast<Word>(estimate) ? ~Word{0} : 0;
+    quotient += one_too_many;
+    rest += kDivisor & one_too_many;
+    if (rest >= kDivisor) [[unlikely]] {
+      ++quotient;
+      rest -= kDivisor;
+    }
+    remainder_ = rest >> kShift;
+    return quotient;
+  }
+
+  Word remainder() const { return remainder_; }
+
+ private:
+  static constexpr uint32_t kShift = std::countl_zero(kStep);
+  static constexpr Word kDivisor = kStep << kShift;
+  static constexpr Word kReciprocal = static_cast<Word>(~DoubleWord{0} / kDivisor);  // above 1
+
+  Word remainder_ = 0;
+};
+
+// Integers of 64 bits and more: groups of digits from the last to the first. One pass over the
+// words divides four times, each division taking the words of the one before it as they come, so
+// that the processor works on all of them at once.
 uint32_t write_large_integer(Binary value, JXChar *digits) {
   const auto shift = static_cast<uint32_t>(value.exponent);
-  uint32_t words[kIntegerWords + 2] = {};
+  Word words[kIntegerWords + kShiftedWords - 1] = {};
   store_shifted(value.significand, shift % kWordBits, words + shift / kWordBits);
-  uint32_t size = std::min(shift / kWordBits + 3, kIntegerWords);
-  uint32_t groups[kIntegerGroups] __attribute__((uninitialized));
+  uint32_t size = std::min(shift / kWordBits + kShiftedWords, kIntegerWords);
+  Word groups[kIntegerSteps + 3] __attribute__((uninitialized));
   uint32_t group_count = 0;
   while (size > 0) {
-    uint64_t remainder = 0;
+    StepDivider first, second, third, fourth;
     for (uint32_t i = size; i-- > 0;) {
-      const uint64_t dividend = (remainder << kWordBits) | words[i];
-      words[i] = static_cast<uint32_t>(dividend / kGroup);
-      remainder = dividend % kGroup;
+      words[i] = fourth.next_word(third.next_word(second.next_word(first.next_word(words[i]))));
     }
-    groups[group_count++] = static_cast<uint32_t>(remainder);
+    for (const StepDivider &divider : {first, second, third, fourth}) {
+      groups[group_count++] = divider.remainder();
+    }
     while (size > 0 && words[size - 1] == 0) --size;
   }
+  while (groups[group_count - 1] == 0) --group_count;
   uint32_t count = decimal_count(groups[group_count - 1]);
   write_decimal(digits + count, groups[group_count - 1]);
-  for (uint32_t i = group_count - 1; i-- > 0; count += kGroupDigits) {
-    write_group(digits + count, groups[i]);
+  for (uint32_t i = group_count - 1; i-- > 0; count += kStepDigits) {
+    write_step(digits + count, groups[i]);
   }
   return count;
 }
@@ -57,27 +112,27 @@ class Fraction {
     size_ = (bits + kWordBits - 1) / kWordBits;
     store_shifted(fraction.significand, size_ * kWordBits - bits, words_);
     // A fraction of few bits leaves zeros beyond its words.
-    high_ = std::min<uint32_t>(3, size_);
+    high_ = std::min(kShiftedWords, size_);
     while (high_ > 0 && words_[high_ - 1] == 0) --high_;
     drop_low_zeros();
   }
 
   bool is_zero() const { return low_ >= high_; }
 
-  // Takes off the next nine digits.
-  uint32_t next_group() {
-    uint64_t carry = 0;
+  // Takes off the next kStepDigits digits.
+  Word next_group() {
+    DoubleWord carry = 0;
     for (uint32_t i = low_; i < high_; ++i) {
-      carry += uint64_t{words_[i]} * kGroup;
-      words_[i] = static_cast<uint32_t>(carry);
+      carry += DoubleWord{words_[i]} * kStep;
+      words_[i] = static_cast<Word>(carry);
       carry >>= kWordBits;
     }
     if (high_ < size_ && carry != 0) {
-      words_[high_++] = static_cast<uint32_t>(carry);
+      words_[high_++] = static_cast<Word>(carry);
       carry = 0;
     }
     drop_low_zeros();
-    return static_cast<uint32_t>(carry);
+    return static_cast<Word>(carry);
   }
 
  private:
@@ -88,16 +143,16 @@ class Fraction {
   uint32_t low_ = 0;   // first word that is not zero
   uint32_t high_ = 0;  // just after the last word that is not zero
   uint32_t size_;      // words after the binary point
-  uint32_t words_[kFractionWords + 2];
+  Word words_[kFractionWords + kShiftedWords - 1];
 };
 
 // The first digits of a number below 1: skips the zeros after the point, then stores the group that
 // holds the first digit.
 void start_below_one(Fraction *fraction, Decimal *out) {
-  uint32_t group = 0;
+  Word group = 0;
   while (group == 0) {
     group = fraction->next_group();
-    out->point -= static_cast<int32_t>(kGroupDigits);
+    out->point -= static_cast<int32_t>(kStepDigits);
   }
   out->count = decimal_count(group);
   out->point += static_cast<int32_t>(out->count);
@@ -124,8 +179,8 @@ void expand_exactly(Binary value, uint32_t wanted, Decimal *out) {
   Fraction fraction __attribute__((uninitialized)) (value);
   if (out->count == 0 && !fraction.is_zero()) start_below_one(&fraction, out);
   while (out->count < wanted && !fraction.is_zero()) {
-    write_group(out->digits + out->count, fraction.next_group());
-    out->count += kGroupDigits;
+    write_step(out->digits + out->count, fraction.next_group());
+    out->count += kStepDigits;
   }
 }
 

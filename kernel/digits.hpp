@@ -39,6 +39,7 @@ inline constexpr std::array<uint64_t, 20> kSmallPowers = [] {
 
 inline constexpr uint32_t kGroupDigits = 9;  // decimal digits that always fit 32 bits
 inline constexpr uint32_t kGroup = 1000000000;
+inline constexpr uint32_t kLongGroupDigits = 19;  // decimal digits that always fit 64 bits
 
 // The number of decimal digits of value; 1 for 0.
 template <typename Word>
@@ -62,6 +63,15 @@ inline void write_group(JXChar *destination, uint32_t value) {
   write_pair(destination + 3, high % 100);
   write_pair(destination + 5, low / 100);
   write_pair(destination + 7, low % 100);
+}
+
+// Stores exactly nineteen digits, with leading zeros.
+inline void write_long_group(JXChar *destination, uint64_t value) {
+  const uint64_t high = value / kGroup;
+  const auto middle = static_cast<uint32_t>(high % kGroup);
+  destination[0] = '0' + static_cast<uint32_t>(high / kGroup);
+  write_group(destination + 1, middle);
+  write_group(destination + 1 + kGroupDigits, static_cast<uint32_t>(value % kGroup));
 }
 
 // Stores the decimal digits of value so that the last one is just before end.

@@ -98,17 +98,31 @@ inline bool owes_bom(const FileHandle *handle) {
   return handle->bom_pending != 0 && may_write_bom(handle);
 }
 
+// What write_all does after a short write; *written_bytes_out counts on from it.
+JXStatus write_rest(FileHandle *handle, const void *source, uint32_t bytes, const int64_t *offset,
+                    uint32_t *written_bytes_out);
+
 // Host writes until every byte is written; a short write is continued. *written_bytes_out receives
 // how many went, on failure too. offset null: at the descriptor's offset. 0 or the failure.
-JXStatus write_all(FileHandle *handle, const void *source, uint32_t bytes, const int64_t *offset,
-                   uint32_t *written_bytes_out);
+inline JXStatus write_all(FileHandle *handle, const void *source, uint32_t bytes,
+                          const int64_t *offset, uint32_t *written_bytes_out) {
+  *written_bytes_out = 0;
+  const JXStatus status =
+      handle->methods.host_write(&handle->head, source, bytes, written_bytes_out, offset);
+  return status != JX_OK || *written_bytes_out == bytes
+             ? status
+             : write_rest(handle, source, bytes, offset, written_bytes_out);
+}
 
 // Host writes the first bytes of the record buffer and empties it, whatever the write returned.
 JXStatus write_pending(FileHandle *handle, uint32_t bytes);
 
+// What place does with bytes that fill a block.
+JXStatus place_in_blocks(FileHandle *handle, const void *source, uint32_t bytes);
+
 // Places bytes in the record buffer, writing each block that becomes full. 0 or a write failure.
 inline JXStatus place(FileHandle *handle, const void *source, uint32_t bytes) {
-  if (bytes >= handle->buffer_count) return sk_buf_write(&handle->head, source, bytes);
+  if (bytes >= handle->buffer_count) return place_in_blocks(handle, source, bytes);
   copy_bytes(handle->record_buffer + handle->buffer_offset, source, bytes);
   handle->buffer_offset += bytes;
   handle->buffer_count -= bytes;

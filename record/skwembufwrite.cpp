@@ -4,9 +4,9 @@
 
 #include "record/record.hpp"
 
-extern "C" JXStatus sk_buf_write(JXFile *file, const void *source, uint32_t bytes) {
-  if (!file) return JXWEM_E_NOHANDLE;
-  jx::FileHandle *handle = jx::handle_of(file);
+namespace jx {
+
+JXStatus place_in_blocks(FileHandle *handle, const void *source, uint32_t bytes) {
   const auto *data = static_cast<const uint8_t *>(source);
   while (bytes != 0) {
     const uint32_t piece = std::min(bytes, handle->buffer_count);
@@ -16,9 +16,19 @@ extern "C" JXStatus sk_buf_write(JXFile *file, const void *source, uint32_t byte
     data += piece;
     bytes -= piece;
     if (handle->buffer_count == 0) {
-      const JXStatus status = jx::write_pending(handle, handle->block_bytes);
+      const JXStatus status = write_pending(handle, handle->block_bytes);
       if (status != JX_OK) return status;
     }
   }
   return JX_OK;
+}
+
+}  // namespace jx
+
+extern "C" JXStatus sk_buf_write(JXFile *file, const void *source, uint32_t bytes) {
+  const JXStatus status = jx::check_writer(file);
+  if (status != JX_OK) return status;
+  jx::FileHandle *handle = jx::handle_of(file);
+  if (handle->buffered == 0 || !handle->record_buffer) return JXWEM_E_NOTSUPPORTED;
+  return jx::place_in_blocks(handle, source, bytes);
 }

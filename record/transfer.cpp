@@ -100,20 +100,18 @@ JXStatus encode(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record) {
   return JX_OK;
 }
 
-JXStatus write_all(FileHandle *handle, const void *source, uint32_t bytes, const int64_t *offset,
-                   uint32_t *written_bytes_out) {
+JXStatus write_rest(FileHandle *handle, const void *source, uint32_t bytes, const int64_t *offset,
+                    uint32_t *written_bytes_out) {
   const auto *data = static_cast<const uint8_t *>(source);
   uint32_t &done = *written_bytes_out;
-  done = 0;
-  do {
+  for (uint32_t written = done; done < bytes; done += written) {
+    if (written == 0) return JXWEM_E_SYSTEM;  // no progress, no reason given
+    written = 0;
     const int64_t next_offset = offset ? *offset + done : 0;
-    uint32_t written = 0;
     const JXStatus status = handle->methods.host_write(&handle->head, data + done, bytes - done,
                                                        &written, offset ? &next_offset : nullptr);
     if (status != JX_OK) return status;
-    if (written == 0 && bytes != 0) return JXWEM_E_SYSTEM;  // no progress, no reason given
-    done += written;
-  } while (done < bytes);
+  }
   return JX_OK;
 }
 

@@ -85,5 +85,8 @@ struct FileHandle {
 
 // The handle behind the pointer that the host holds.
 inline FileHandle *handle_of(JXFile *file) { return reinterpret_cast<FileHandle *>(file); }
+inline const FileHandle *handle_of(const JXFile *file) {
+  return reinterpret_cast<const FileHandle *>(file);
+}
 
 }  // namespace jx

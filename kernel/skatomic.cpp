@@ -27,7 +27,13 @@ using Cell = std::atomic_ref<uint32_t>;
 using Head = std::atomic_ref<void *>;
 static_assert(Cell::is_always_lock_free && Head::is_always_lock_free);
 
-bool is_busy(void *head) { return (reinterpret_cast<uintptr_t>(head) & kBusyBit) != 0; }
+// No node, whatever the busy bit says.
+bool is_empty(void *head) { return (reinterpret_cast<uintptr_t>(head) & ~kBusyBit) == 0; }
+
+// A pop is at work. The bit without a node is no pop's doing, and nobody would clear it.
+bool is_busy(void *head) {
+  return (reinterpret_cast<uintptr_t>(head) & kBusyBit) != 0 && !is_empty(head);
+}
 
 void *with_busy_bit(void *node) {
   return reinterpret_cast<void *>(reinterpret_cast<uintptr_t>(node) | kBusyBit);
@@ -105,7 +111,7 @@ void *jxAStackPop(void **head, uint32_t link_offset) {
   Backoff backoff;
   for (;;) {
     void *top = settled(shared);
-    if (top == nullptr) return nullptr;
+    if (is_empty(top)) return nullptr;
     // The link's line is on its way while the exchange runs: the busy bit is held for less time.
     // A prefetch never faults, so the node may have left the stack meanwhile.
     __builtin_prefetch(link_field(top, link_offset));

@@ -146,7 +146,7 @@ JXStatus make_room_for(const FileHandle *handle, uint32_t encoding, uint64_t *bu
   JXEncodingInfo info{};
   const JXStatus status = handle->nls->encoding_info(handle->nls, encoding, &info);
   if (status != JX_OK) return status;
-  if (info.max_bytes_per_char <= 0) return JXWEM_E_FAILED;
+  if (info.max_bytes_per_char < 0) return JXWEM_E_FAILED;
   const uint64_t chars = uint64_t{handle->record_length} + handle->control_extra_bytes;
   const auto max_bytes = static_cast<uint64_t>(info.max_bytes_per_char);
   *buffer_bytes = std::max(*buffer_bytes, chars * max_bytes);
@@ -159,8 +159,10 @@ JXStatus make_transcoders(FileHandle *handle, const JXOpenOptions &options, JXOw
   JXNls *nls = handle->nls;
   const bool reads =
       handle->access_mode == JX_ACCESS_INPUT || handle->access_mode == JX_ACCESS_UPDATE;
+  const bool is_conversion_needed =
+      nls->needs_conversion(nls, options.file_encoding, options.record_encoding) != 0;
   uint64_t buffer_bytes = 0;
-  if (reads && nls->needs_conversion(nls, options.file_encoding, options.record_encoding)) {
+  if (reads && is_conversion_needed) {
     handle->read_transcoder =
         nls->create_transcoder(nls, handle->file_encoding, handle->record_encoding, 0, owner);
     if (!handle->read_transcoder) return JXWEM_E_FAILED;

@@ -109,8 +109,10 @@ JXStatus take_long_or_last_line(FileHandle *handle, const LineSearch &search, Li
   const uint32_t limit = handle->record_length;
   const uint32_t look_ahead =
       handle->inbound[kCarriageReturn].bytes + handle->inbound[kLineFeed].bytes;
-  while (handle->buffer_count - std::min(handle->buffer_count, limit) < look_ahead &&
-         handle->end_seen == 0) {
+  // A search that ends behind the limit has no line end to look for, only the end of the file.
+  const uint32_t end_of_full = search.end_of(limit);
+  const uint32_t decisive_bytes = end_of_full == limit ? limit + look_ahead : end_of_full + 1;
+  while (handle->buffer_count < decisive_bytes && handle->end_seen == 0) {
     const JXStatus status = read_block(handle);
     if (status != JX_OK) return status;
   }
@@ -135,7 +137,9 @@ JXStatus find_line(FileHandle *handle, Line *line) {
       *line = trim_line_end(handle, data, search.position());
       return JX_OK;
     }
-    if (count >= handle->record_length || handle->end_seen != 0) {
+    // The last unit that begins within the record length must be in hand as a whole.
+    const uint32_t limit = handle->record_length;
+    if ((count >= limit && count >= search.end_of(limit)) || handle->end_seen != 0) {
       return take_long_or_last_line(handle, search, line);
     }
     const JXStatus status = read_block(handle);

@@ -22,7 +22,7 @@ void release_record_layer(FileHandle *handle);
 // writes, whose buffer holds no unread bytes.
 inline JXStatus check_reader(const JXFile *file) {
   if (!file) return JXWEM_E_NOHANDLE;
-  const uint32_t mode = reinterpret_cast<const FileHandle *>(file)->access_mode;
+  const uint32_t mode = handle_of(file)->access_mode;
   const bool reads = mode == JX_ACCESS_INPUT || mode == JX_ACCESS_UPDATE;
   return reads ? JX_OK : JXWEM_E_NOTSUPPORTED;
 }
@@ -30,8 +30,20 @@ inline JXStatus check_reader(const JXFile *file) {
 // What every writer asks first: 0, JXWEM_E_NOHANDLE, or JXWEM_E_READONLY for an input handle.
 inline JXStatus check_writer(const JXFile *file) {
   if (!file) return JXWEM_E_NOHANDLE;
-  const uint32_t mode = reinterpret_cast<const FileHandle *>(file)->access_mode;
-  return mode == JX_ACCESS_INPUT ? JXWEM_E_READONLY : JX_OK;
+  return handle_of(file)->access_mode == JX_ACCESS_INPUT ? JXWEM_E_READONLY : JX_OK;
+}
+
+// Direct transfers of bytes need nothing of the handle but its descriptor, which a lock mode may
+// have opened for both ways: the host call answers. Text that is converted needs the transcoder of
+// the direction, and is checked as above.
+inline bool converts(const JXFile *file) {
+  return handle_of(file)->file_encoding != handle_of(file)->record_encoding;
+}
+inline JXStatus check_direct_reader(const JXFile *file) {
+  return file && !converts(file) ? JX_OK : check_reader(file);
+}
+inline JXStatus check_direct_writer(const JXFile *file) {
+  return file && !converts(file) ? JX_OK : check_writer(file);
 }
 
 // True when a host read delivered bytes.
@@ -88,9 +100,9 @@ inline JXStatus transcode_out(FileHandle *handle, uint32_t capacity_bytes, Outgo
   return handle->write_transcoder ? encode(handle, capacity_bytes, record) : JX_OK;
 }
 
-// True when the caller lets byte-order marks be written and the encoding has one.
+// True when the caller lets byte-order marks be written.
 inline bool may_write_bom(const FileHandle *handle) {
-  return handle->bom_bytes != 0 && (handle->open_flags & JX_OPEN_NO_BOM) == 0;
+  return (handle->open_flags & JX_OPEN_NO_BOM) == 0;
 }
 
 // True when a byte-order mark is due before the next data at the descriptor's offset.
@@ -131,5 +143,9 @@ inline JXStatus place(FileHandle *handle, const void *source, uint32_t bytes) {
 
 // Places the byte-order mark when it is due. 0 or a write failure.
 JXStatus place_bom(FileHandle *handle);
+
+// Host writes the byte-order mark, which is due no longer then. *written_bytes_out as write_all's;
+// an encoding without a mark writes nothing. 0 or a write failure.
+JXStatus write_bom(FileHandle *handle, const int64_t *offset, uint32_t *written_bytes_out);
 
 }  // namespace jx

@@ -50,7 +50,7 @@ JXStatus skwem_write_bin(JXFile *file, const void *data, uint32_t length, uint32
 }
 
 JXStatus skwem_read_rbin(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *offset) {
-  JXStatus status = jx::check_reader(file);
+  JXStatus status = jx::check_direct_reader(file);
   if (status != JX_OK) return status;
   FileHandle *handle = jx::handle_of(file);
   void *destination = handle->record_buffer;
@@ -69,7 +69,7 @@ JXStatus skwem_read_rbin(JXFile *file, void **data, uint32_t *length, uint32_t, 
 
 JXStatus skwem_write_rbin(JXFile *file, const void *data, uint32_t length, uint32_t,
                           int64_t *offset) {
-  JXStatus status = jx::check_writer(file);
+  JXStatus status = jx::check_direct_writer(file);
   if (status != JX_OK) return status;
   uint32_t written = 0;
   return jx::write_all(jx::handle_of(file), data, length, offset, &written);

@@ -63,11 +63,11 @@ JXStatus encode_entries(const FileHandle *handle, const Direction &direction,
   return JX_OK;
 }
 
-// Makes the copies and stores the size of one control character in the file's encoding.
+// Makes the copies. Stores the size of a converted line feed, 0 when nothing is converted.
 JXStatus make_copies(FileHandle *handle, const Direction &direction, uint32_t *char_bytes_out) {
   JXNls *nls = handle->nls;
   if (!nls->needs_conversion(nls, JX_ENCODING_UTF32LE, handle->file_encoding)) {
-    *char_bytes_out = jx::kJXCharBytes;
+    *char_bytes_out = 0;
     return copy_entries(handle, direction);
   }
   jx::Transcoder transcoder(
@@ -99,7 +99,9 @@ extern "C" JXStatus setupCCTable(JXFile *file, uint32_t direction, uint32_t grou
   uint32_t char_bytes = 0;
   JXStatus status = make_copies(handle, strings, &char_bytes);
   // A line feed of no bytes would end every record before it began.
-  if (status == JX_OK && strings.copies[jx::kLineFeed].bytes == 0) status = JXWEM_E_FAILED;
+  if (status == JX_OK && direction == kInbound && strings.copies[jx::kLineFeed].bytes == 0) {
+    status = JXWEM_E_FAILED;
+  }
   if (status != JX_OK) {
     release(handle, strings.copies);
     return status;
@@ -108,7 +110,8 @@ extern "C" JXStatus setupCCTable(JXFile *file, uint32_t direction, uint32_t grou
     // Readers look for a line end as long as the one that is written.
     const JXControlString &line_end =
         sk_outbound_cc[(group - 1) * jx::kOutboundCount + jx::kLineEnd];
-    handle->control_extra_bytes = char_bytes * chars_of(line_end);
+    const uint32_t line_feed_bytes = char_bytes ? char_bytes : strings.copies[jx::kLineFeed].bytes;
+    handle->control_extra_bytes = line_feed_bytes * chars_of(line_end);
   } else {
     handle->control_extra_bytes = std::max(char_bytes, longest(strings.copies));
   }

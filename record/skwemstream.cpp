@@ -16,7 +16,7 @@ struct Route {
   uint32_t destination_capacity;  // in bytes
 };
 
-// Chooses the route. 0, JXWEM_E_TOOLONG, or JXWEM_E_FAILED when direct transfer has no destination.
+// Chooses the route. 0, JXWEM_E_TOOLONG, or JXWEM_E_FAILED when there is nowhere to convert to.
 JXStatus choose_route(const FileHandle *handle, void *caller_data, uint32_t wanted, Route *route) {
   const bool is_direct_transfer = (handle->open_flags & JX_OPEN_DIRECT_TRANSFER) != 0;
   if (!is_direct_transfer) {
@@ -28,9 +28,9 @@ JXStatus choose_route(const FileHandle *handle, void *caller_data, uint32_t want
     }
     return JX_OK;
   }
-  if (!caller_data) return JXWEM_E_FAILED;
   *route = {static_cast<uint8_t *>(caller_data), wanted, caller_data, wanted};
   if (handle->read_transcoder) {
+    if (!caller_data) return JXWEM_E_FAILED;
     route->area = handle->transcode_buffer;
     route->area_bytes = handle->record_length;
   }
@@ -53,15 +53,13 @@ JXStatus replace_bom(FileHandle *handle, const Route &route, const int64_t *offs
 
 // Writes the byte-order mark where a direct write needs it: at offset 0 always, without an offset
 // when it is due. An offset given moves past it.
-JXStatus write_bom(FileHandle *handle, int64_t *offset) {
+JXStatus write_due_bom(FileHandle *handle, int64_t *offset) {
   const bool is_due = offset ? *offset == 0 && jx::may_write_bom(handle) : jx::owes_bom(handle);
   if (!is_due) return JX_OK;
   uint32_t written = 0;
-  const JXStatus status = jx::write_all(handle, handle->bom, handle->bom_bytes, offset, &written);
-  if (status != JX_OK) return status;
-  handle->bom_pending = 0;
-  if (offset) *offset = written;
-  return JX_OK;
+  const JXStatus status = jx::write_bom(handle, offset, &written);
+  if (status == JX_OK && offset) *offset = written;
+  return status;
 }
 
 }  // namespace
@@ -106,13 +104,14 @@ JXStatus skwem_write_stream(JXFile *file, const void *data, uint32_t length, uin
 
 JXStatus skwem_read_rstream(JXFile *file, void **data, uint32_t *length, uint32_t,
                             int64_t *offset) {
-  JXStatus status = jx::check_reader(file);
+  JXStatus status = jx::check_direct_reader(file);
   if (status != JX_OK) return status;
   FileHandle *handle = jx::handle_of(file);
   Route route;
   status = choose_route(handle, *data, *length, &route);
-  if (status != JX_OK) return status;
+  if (status == JXWEM_E_TOOLONG) return status;
   *length = 0;
+  if (status != JX_OK) return status;
   uint32_t read_bytes = 0;
   status = handle->methods.host_read(file, route.area, route.area_bytes, &read_bytes, offset);
   if (!jx::has_read(status)) return status;
@@ -132,13 +131,13 @@ JXStatus skwem_read_rstream(JXFile *file, void **data, uint32_t *length, uint32_
 
 JXStatus skwem_write_rstream(JXFile *file, const void *data, uint32_t length, uint32_t,
                              int64_t *offset) {
-  JXStatus status = jx::check_writer(file);
+  JXStatus status = jx::check_direct_writer(file);
   if (status != JX_OK) return status;
   FileHandle *handle = jx::handle_of(file);
   jx::Outgoing chunk = {data, length};
   status = jx::transcode_out(handle, handle->transcode_buffer_bytes, &chunk);
   if (status != JX_OK) return status;
-  status = write_bom(handle, offset);
+  status = write_due_bom(handle, offset);
   if (status != JX_OK) return status;
   uint32_t written = 0;
   return jx::write_all(handle, chunk.data, chunk.bytes, offset, &written);

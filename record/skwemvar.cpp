@@ -109,23 +109,16 @@ bool has_too_many_chars(const FileHandle *handle, const jx::Outgoing &record) {
 // the record buffer. 0, JXWEM_E_TOOLONG, or a failure of the transcoding.
 JXStatus lay_out_record(FileHandle *handle, jx::Outgoing *record, uint8_t **buffer_out) {
   if (handle->write_transcoder) {
-    if (has_too_many_chars(handle, *record)) return JXWEM_E_TOOLONG;
-    *buffer_out = handle->transcode_buffer;
     const uint32_t line_end_bytes = handle->outbound[jx::kLineEnd].bytes;
-    return jx::transcode_out(handle, handle->transcode_buffer_bytes - line_end_bytes, record);
+    const uint32_t room_bytes = handle->transcode_buffer_bytes;
+    if (has_too_many_chars(handle, *record) || room_bytes < line_end_bytes) return JXWEM_E_TOOLONG;
+    *buffer_out = handle->transcode_buffer;
+    return jx::transcode_out(handle, room_bytes - line_end_bytes, record);
   }
   if (record->bytes > handle->record_length) return JXWEM_E_TOOLONG;
   *buffer_out = handle->record_buffer;
   if (record->bytes != 0) std::memmove(*buffer_out, record->data, record->bytes);
   return JX_OK;
-}
-
-// Writes at the descriptor's offset and moves the tracked position by what went.
-JXStatus write_tracked(FileHandle *handle, const void *data, uint32_t bytes) {
-  uint32_t written = 0;
-  const JXStatus status = jx::write_all(handle, data, bytes, nullptr, &written);
-  handle->tracked_position += written;
-  return status;
 }
 
 }  // namespace
@@ -186,12 +179,15 @@ JXStatus skwem_write_rvar(JXFile *file, const void *data, uint32_t length, uint3
   status = lay_out_record(handle, &record, &buffer);
   if (status != JX_OK) return status;
   std::memcpy(buffer + record.bytes, line_end.text, line_end.bytes);
+  uint32_t written = 0;
   if (jx::owes_bom(handle)) {
-    status = write_tracked(handle, handle->bom, handle->bom_bytes);
+    status = jx::write_bom(handle, nullptr, &written);
+    handle->tracked_position += written;
     if (status != JX_OK) return status;
-    handle->bom_pending = 0;
   }
-  return write_tracked(handle, buffer, record.bytes + line_end.bytes);
+  status = jx::write_all(handle, buffer, record.bytes + line_end.bytes, nullptr, &written);
+  handle->tracked_position += written;
+  return status;
 }
 
 }  // extern "C"

@@ -131,4 +131,15 @@ JXStatus place_bom(FileHandle *handle) {
   return JX_OK;
 }
 
+JXStatus write_bom(FileHandle *handle, const int64_t *offset, uint32_t *written_bytes_out) {
+  *written_bytes_out = 0;
+  if (handle->bom_bytes != 0) {
+    const JXStatus status =
+        write_all(handle, handle->bom, handle->bom_bytes, offset, written_bytes_out);
+    if (status != JX_OK) return status;
+  }
+  handle->bom_pending = 0;
+  return JX_OK;
+}
+
 }  // namespace jx

@@ -85,9 +85,11 @@ struct JXFileAttributes {
   uint32_t user_value_count;                 /* after clamping */
 };
 
-/* Reads a record. Stores where the data lies in *data and its size in bytes in *length. The data
-   is valid until the next call on the file. *offset, when given, is a byte offset for binary and
-   stream files without buffering; null reads at the current offset. */
+/* Reads a record. Stores where the data lies in *data and its size in bytes in *length; for binary
+   and stream files *length tells before how many bytes are wanted. The data lies in the file's own
+   memory, valid until the next call on it; with direct transfer *data is the caller's memory, given
+   before. *offset is a byte offset for binary and stream files without buffering or with direct
+   transfer; null reads at the current offset, and the other files do not look at it. */
 typedef JXStatus (*JXReadSlot)(JXFile *file, void **data, uint32_t *length, uint32_t unused,
                                int64_t *offset);
 /* Writes a record of length bytes. *offset as for reading. */
@@ -325,12 +327,13 @@ JX_EXPORT JXStatus bkwemerror(JXInstance *instance, int system_error, JXJournal 
 /* ---- Files -------------------------------------------------------------------------------- */
 
 /* Opens a file and returns its handle, owned by the caller until close; null with the reason in
-   *status_out. name_chars is 1 to 1024. caller_tag8 is copied; it may be null.
+   *status_out. name_chars is 1 to 1024. caller_tag8 is copied; it may be null. The record length
+   counts bytes of the file when reading; when writing converted text directly, characters.
    Statuses: 0 with a null result when a required argument is missing or the name is empty;
    JXWEM_E_NOHANDLE (null instance), JXWEM_E_NAMETOOLONG, JX_E_NOMEM, JXWEM_E_FAILED (lock,
-   transcoder, expansion), JXWEM_E_BADACCESS, JXWEM_E_BADBUFFERING, JXWEM_E_BADRECFORMAT,
-   JXWEM_E_BADSWITCH, JXWEM_E_BADLOCKMODE, JXWEM_E_BADOPTIONS, what bkwem_open returns, and the
-   host's own statuses for an encoding. */
+   transcoder, expansion, impossible encoding), JXWEM_E_BADACCESS, JXWEM_E_BADBUFFERING,
+   JXWEM_E_BADRECFORMAT, JXWEM_E_BADSWITCH, JXWEM_E_BADLOCKMODE, JXWEM_E_BADOPTIONS, what bkwem_open
+   returns, and the host's own statuses for an encoding. */
 JX_EXPORT JX_NODISCARD JXFile *jxwemopen(JXInstance *instance, const JXChar *name,
                                          uint32_t name_chars, const JXOpenOptions *options,
                                          uint32_t unused, JXOwner owner, const char *caller_tag8,
@@ -359,12 +362,12 @@ JX_EXPORT JX_NODISCARD JXStatus bkwem_open(JXFile *file);
 /* Closes the file and frees the host file block. Always 0 for a handle. */
 JX_EXPORT JXStatus bkwem_close(JXFile *file);
 
-/* Reads up to count bytes at *offset, or at the descriptor's offset when offset is null, and
+/* Reads up to so many bytes at *offset, or at the descriptor's offset when offset is null, and
    stores how many came. 0 (a short read too), JXWEM_E_EOF (nothing left) or JXWEM_E_SYSTEM. */
 JX_EXPORT JX_NODISCARD JXStatus bkwem_read(JXFile *file, void *destination, uint32_t bytes,
                                            uint32_t *bytes_out, const int64_t *offset);
 
-/* Writes up to count bytes at *offset, or at the descriptor's offset, and stores how many went.
+/* Writes up to so many bytes at *offset, or at the descriptor's offset, and stores how many went.
    0 (a short write too), JXWEM_E_DISKFULL or JXWEM_E_SYSTEM. */
 JX_EXPORT JX_NODISCARD JXStatus bkwem_write(JXFile *file, const void *source, uint32_t bytes,
                                             uint32_t *bytes_out, const int64_t *offset);
@@ -376,7 +379,7 @@ JX_EXPORT JX_NODISCARD JXStatus bkwem_write(JXFile *file, const void *source, ui
 JX_EXPORT JXStatus bkwem_flush(JXFile *file);
 
 /* Stores the descriptor's offset in bytes. 0, JXWEM_E_NOTSUPPORTED (buffered handle) or
-   JXWEM_E_FAILED (reported). */
+   JXWEM_E_FAILED (reported; *offset_out is then -1). */
 JX_EXPORT JX_NODISCARD JXStatus bkwem_note(JXFile *file, int64_t *offset_out);
 
 /* Moves the descriptor by mode (JX_POINT_*) and stores the new absolute offset. 0,
@@ -407,20 +410,27 @@ JX_EXPORT JXStatus skwem_close(JXFile *file);
 JX_EXPORT JXStatus skwem_flush(JXFile *file);
 
 /* Places bytes in the record buffer and writes each block that becomes full. The status of the
-   last block write, 0 when there was none. */
+   last block write, 0 when there was none; JXWEM_E_NOTSUPPORTED for a handle that gathers no
+   blocks, JXWEM_E_READONLY for an input handle. */
 JX_EXPORT JX_NODISCARD JXStatus sk_buf_write(JXFile *file, const void *source, uint32_t bytes);
 
 /* Builds the handle's control strings in the file's encoding: direction 0 inbound, 1 outbound, of
-   group 1 or 2. 0, JXWEM_E_FAILED (direction or transcoder), JX_E_NOMEM, or a status of the
-   character-set service; a failure leaves none of that direction. */
+   group 1 or 2. 0, JXWEM_E_FAILED (direction, group, transcoder, or an encoding without a line
+   feed), JX_E_NOMEM, or a status of the character-set service; a failure leaves none of that
+   direction. */
 JX_EXPORT JX_NODISCARD JXStatus setupCCTable(JXFile *file, uint32_t direction, uint32_t group);
 
 /* Records of every format: a read of a handle that only writes answers JXWEM_E_NOTSUPPORTED, a
-   write to an input handle JXWEM_E_READONLY.
+   write to an input handle JXWEM_E_READONLY. Only direct transfers of binary records, and of stream
+   records that are not converted, leave it to the descriptor, which JX_LOCK_* may have opened for
+   both: JXWEM_E_SYSTEM where it was not. The "r" routines are direct: one transfer each, and
+   one more for a byte-order mark or where the system made a transfer short. Buffered readers decide
+   a record from the bytes in hand and read on only when these do not decide it.
 
    Text lines. A read gives one record without its line end; JXWEM_E_PARTIAL marks a record whose
-   line end was not seen, JXWEM_E_EOF the end. Any other failure is of the host read or of the
-   transcoder. The "r" routines are direct: one transfer each. */
+   line end was not seen, JXWEM_E_EOF the end. A byte-order mark is skipped before every line. Any
+   other failure is of the host read, of the transcoder, or, JXWEM_E_FAILED, of the direct routine's
+   step back to the next record, which a pipe cannot do: the record is handed back all the same. */
 JX_EXPORT JXStatus skwem_read_var(JXFile *file, void **data, uint32_t *length, uint32_t unused,
                                   int64_t *offset);
 JX_EXPORT JXStatus skwem_read_rvar(JXFile *file, void **data, uint32_t *length, uint32_t unused,
@@ -446,9 +456,10 @@ JX_EXPORT JXStatus skwem_write_rbin(JXFile *file, const void *data, uint32_t len
                                     uint32_t unused, int64_t *offset);
 
 /* Stream records: as binary, with transcoding and byte-order marks, and the transcoder's failures
-   added. A direct write at offset 0 that places a byte-order mark moves *offset past it. A direct
-   read that skips a byte-order mark reads once more to make up for it, and without a transcoder
-   answers with the status of that read: JXWEM_E_EOF may then come with bytes, as *length tells. */
+   added; JXWEM_E_FAILED only when converted text is given no destination. A direct write at offset
+   0 that places a byte-order mark moves *offset past it. A direct read that skips a byte-order mark
+   reads once more to make up for it, and without a transcoder answers with the status of that read:
+   JXWEM_E_EOF may then come with bytes, as *length tells. */
 JX_EXPORT JXStatus skwem_read_stream(JXFile *file, void **data, uint32_t *length, uint32_t unused,
                                      int64_t *offset);
 JX_EXPORT JXStatus skwem_read_rstream(JXFile *file, void **data, uint32_t *length, uint32_t unused,

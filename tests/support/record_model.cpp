@@ -77,7 +77,7 @@ bool RecordModel::begins_with_bom(std::string_view bytes) const {
 // ---- Reading -----------------------------------------------------------------------------------
 
 ModelRead RecordModel::read(uint32_t wanted, const int64_t *offset) {
-  if (!reads()) return {JXWEM_E_NOTSUPPORTED, ModelRead::stays, wanted};
+  if (!reads() && !is_plain()) return {JXWEM_E_NOTSUPPORTED, ModelRead::stays, wanted};
   if (is_text()) return is_buffered() ? read_lines() : read_line_directly();
   if (!transfers() && wanted > record_length()) return {JXWEM_E_TOOLONG, ModelRead::stays, wanted};
   return is_buffered() && !transfers() ? read_buffered(wanted) : read_directly(wanted, offset);
@@ -155,7 +155,7 @@ ModelRead RecordModel::read_buffered(uint32_t wanted) {
 // A host read.
 JXStatus RecordModel::fetch(uint32_t count, const int64_t *offset, std::string *bytes_out) {
   bytes_out->clear();
-  if (offset && *offset < 0) return JXWEM_E_SYSTEM;
+  if (!can_read() || (offset && *offset < 0)) return JXWEM_E_SYSTEM;
   *bytes_out = rest(offset ? *offset : offset_).substr(0, count);
   if (!offset) offset_ += static_cast<int64_t>(bytes_out->size());
   return bytes_out->empty() && count != 0 ? JXWEM_E_EOF : JX_OK;
@@ -179,7 +179,8 @@ ModelRead RecordModel::read_directly(uint32_t wanted, const int64_t *offset) {
 // ---- Writing -----------------------------------------------------------------------------------
 
 JXStatus RecordModel::write(std::string_view data, int64_t *offset) {
-  if (!writes()) return JXWEM_E_READONLY;
+  if (!writes() && !is_plain()) return JXWEM_E_READONLY;
+  if (!can_write()) return JXWEM_E_SYSTEM;
   if (is_text() && !is_buffered()) return write_line_directly(data);
   const bool is_direct = !is_buffered() || transfers();
   if (!is_direct) offset = nullptr;

@@ -46,6 +46,13 @@ class RecordModel {
 
  private:
   bool is_binary() const { return options_.record_format == JX_FORMAT_BINARY; }
+  // What the lock modes 2 and 3 open besides.
+  bool can_read() const { return reads() || options_.lock_mode == 2; }
+  bool can_write() const { return writes() || options_.lock_mode == 3; }
+  // Unconverted direct transfers, which only the descriptor can refuse.
+  bool is_plain() const {
+    return !is_text() && (!is_buffered() || transfers()) && file_encoding_ == record_encoding_;
+  }
   bool may_write_bom() const { return !(options_.open_flags & JX_OPEN_NO_BOM); }
   void set_up_text();
   // The file from an offset on; empty beyond its end.

@@ -19,6 +19,7 @@ namespace {
 struct Way {
   const char *name;
   uint32_t format, buffered, flags, file_encoding, record_encoding;
+  friend void PrintTo(const Way &way, std::ostream *out) { *out << way.name; }
 };
 
 // Most names are literal: the expansion has sweeps of its own.

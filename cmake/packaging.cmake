@@ -12,12 +12,10 @@ install(TARGETS jxwem LIBRARY DESTINATION ${jx_module_folder})
 install(DIRECTORY include/jx DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS jxhost ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS jxfile RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(FILES docs/man/jxfile.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(FILES docs/completion/jxfile.bash
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME jxfile)
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs FILES_MATCHING PATTERN "*.md")
+install(FILES examples/host.c examples/host.cpp DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+install(FILES docs/architecture.md docs/host-guide.md docs/performance.md docs/status-codes.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
 
 # Both are what `jxfile generate` prints; the tests compare them.
 install(FILES docs/man/jxfile.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)

@@ -52,7 +52,7 @@ struct FileHandle {
   uint32_t name_chars;                        // length of name
   uint32_t access_mode;                       // JX_ACCESS_*
   uint32_t buffered;                          // 0 in update mode
-  uint32_t record_length;                     // longest record, in bytes of the file
+  uint32_t record_length;                     // longest record, as in JXOpenOptions
   uint32_t record_format;                     // JX_FORMAT_*
   uint32_t reserved_switch;                   // reported back
   uint32_t lock_mode;                         // JX_LOCK_*

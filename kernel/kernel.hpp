@@ -1,5 +1,6 @@
-// The kernel layer's contract with the other layers: owners for everything the host lends, size
-// arithmetic that cannot wrap, and the scans and digit routines that several layers share.
+// The kernel layer's contract with the other layers: owners for everything the host lends, and the
+// test that a size can be handed to the host. Scans, digits and the file handle have headers of
+// their own (scan.hpp, digits.hpp, handle.hpp).
 #pragma once
 
 #include <cstddef>
@@ -22,7 +23,7 @@ struct Text {
 };
 
 // Tells whether a size computed in 64 bits can be handed to the host, which counts bytes in 32.
-// Every product and sum that becomes a size is computed in 64 bits and goes through here.
+// PoolBlock::allocate asks the same of the size of a block.
 constexpr bool is_valid_size(uint64_t bytes) { return bytes <= UINT32_MAX; }
 
 // Owns a block of a pool and gives it back to that pool. T is what the block holds.

@@ -45,76 +45,76 @@ typedef void *JXOwner;
 
 #define JX_OK ((JXStatus)0u) /* success */
 
-/* Status codes shared with the host kernel. */
-#define JX_E_NOMEM ((JXStatus)0x803fc002u)       /* out of memory */
-#define JX_E_BADARG ((JXStatus)0x803fc003u)      /* invalid argument */
-#define JX_E_UNSUPPORTED ((JXStatus)0x803fc004u) /* operation not supported */
-#define JX_E_BADFORMAT ((JXStatus)0x803fc009u)   /* invalid format string */
-#define JX_E_TRUNCATED ((JXStatus)0x803fc0c9u)   /* the output did not fit the destination */
+/* Status codes shared with the host kernel. The meaning of each stands in JX_STATUS_LIST. */
+#define JX_E_NOMEM ((JXStatus)0x803fc002u)
+#define JX_E_BADARG ((JXStatus)0x803fc003u)
+#define JX_E_UNSUPPORTED ((JXStatus)0x803fc004u)
+#define JX_E_BADFORMAT ((JXStatus)0x803fc009u)
+#define JX_E_TRUNCATED ((JXStatus)0x803fc0c9u)
 
 /* Status codes of the module. */
-#define JXWEM_E_NOTFOUND ((JXStatus)0x80bfe801u)     /* file or directory not found */
-#define JXWEM_E_ACCESS ((JXStatus)0x80bfe803u)       /* access denied */
-#define JXWEM_E_BADOPTIONS ((JXStatus)0x80bfe804u)   /* invalid combination of options */
-#define JXWEM_E_BADMEMBER ((JXStatus)0x80bfe805u)    /* member name missing or empty */
-#define JXWEM_E_INUSE ((JXStatus)0x80bfe807u)        /* file busy or locked */
-#define JXWEM_E_FAILED ((JXStatus)0x80bfe808u)       /* operation failed */
-#define JXWEM_E_EOF ((JXStatus)0x80bfe80au)          /* end of file or of the directory */
-#define JXWEM_E_READONLY ((JXStatus)0x80bfe80bu)     /* the file is open for input only */
-#define JXWEM_E_OPENREFUSED ((JXStatus)0x80bfe80du)  /* the file-open extension refused the open */
-#define JXWEM_E_NOHANDLE ((JXStatus)0x80bfe80eu)     /* instance or handle missing or not valid */
-#define JXWEM_E_PARTIAL ((JXStatus)0x80bfe80fu)      /* the record came without its line end */
-#define JXWEM_E_BADRECFORMAT ((JXStatus)0x80bfe810u) /* invalid record format */
-#define JXWEM_E_DISKFULL ((JXStatus)0x80bfe811u)     /* no space left on the device */
-#define JXWEM_E_NAMETOOLONG ((JXStatus)0x80bfe812u)  /* name or path too long */
-#define JXWEM_E_BADNAME ((JXStatus)0x80bfe813u)      /* a required name is missing or empty */
-#define JXWEM_E_NOTSUPPORTED ((JXStatus)0x80bfe814u) /* not available for this handle or device */
-#define JXWEM_E_SYSTEM ((JXStatus)0x80bfe815u)       /* system error */
-#define JXWEM_E_NOPATH ((JXStatus)0x80bfe816u)       /* a directory on the path is missing */
-#define JXWEM_E_BADACCESS ((JXStatus)0x80bfe819u)    /* invalid access mode */
-#define JXWEM_E_BADBUFFERING ((JXStatus)0x80bfe81au) /* invalid buffering value */
-#define JXWEM_E_TOOLONG ((JXStatus)0x80bfe81bu)      /* more than the record length */
-#define JXWEM_E_BADSWITCH ((JXStatus)0x80bfe81cu)    /* invalid reserved switch */
-#define JXWEM_E_NOTEMPTY ((JXStatus)0x80bfe81du)     /* directory not empty */
-#define JXWEM_E_EXISTS ((JXStatus)0x80bfe81eu)       /* the target exists */
-#define JXWEM_E_NOROOM ((JXStatus)0x80bfe820u)       /* the name does not fit the buffer */
-#define JXWEM_E_BADLOCKMODE ((JXStatus)0x80bfe824u)  /* invalid lock mode */
-#define JXWEM_E_NOMEMBER ((JXStatus)0x80bfe825u)     /* the name has no member part */
+#define JXWEM_E_NOTFOUND ((JXStatus)0x80bfe801u)
+#define JXWEM_E_ACCESS ((JXStatus)0x80bfe803u)
+#define JXWEM_E_BADOPTIONS ((JXStatus)0x80bfe804u)
+#define JXWEM_E_BADMEMBER ((JXStatus)0x80bfe805u)
+#define JXWEM_E_INUSE ((JXStatus)0x80bfe807u)
+#define JXWEM_E_FAILED ((JXStatus)0x80bfe808u)
+#define JXWEM_E_EOF ((JXStatus)0x80bfe80au)
+#define JXWEM_E_READONLY ((JXStatus)0x80bfe80bu)
+#define JXWEM_E_OPENREFUSED ((JXStatus)0x80bfe80du)
+#define JXWEM_E_NOHANDLE ((JXStatus)0x80bfe80eu)
+#define JXWEM_E_PARTIAL ((JXStatus)0x80bfe80fu)
+#define JXWEM_E_BADRECFORMAT ((JXStatus)0x80bfe810u)
+#define JXWEM_E_DISKFULL ((JXStatus)0x80bfe811u)
+#define JXWEM_E_NAMETOOLONG ((JXStatus)0x80bfe812u)
+#define JXWEM_E_BADNAME ((JXStatus)0x80bfe813u)
+#define JXWEM_E_NOTSUPPORTED ((JXStatus)0x80bfe814u)
+#define JXWEM_E_SYSTEM ((JXStatus)0x80bfe815u)
+#define JXWEM_E_NOPATH ((JXStatus)0x80bfe816u)
+#define JXWEM_E_BADACCESS ((JXStatus)0x80bfe819u)
+#define JXWEM_E_BADBUFFERING ((JXStatus)0x80bfe81au)
+#define JXWEM_E_TOOLONG ((JXStatus)0x80bfe81bu)
+#define JXWEM_E_BADSWITCH ((JXStatus)0x80bfe81cu)
+#define JXWEM_E_NOTEMPTY ((JXStatus)0x80bfe81du)
+#define JXWEM_E_EXISTS ((JXStatus)0x80bfe81eu)
+#define JXWEM_E_NOROOM ((JXStatus)0x80bfe820u)
+#define JXWEM_E_BADLOCKMODE ((JXStatus)0x80bfe824u)
+#define JXWEM_E_NOMEMBER ((JXStatus)0x80bfe825u)
 
-/* Every status code above with its meaning, X(name, text): catalogues and tools expand it, so that
-   a code and its text are stated together once. */
-#define JX_STATUS_LIST(X)                                     \
-  X(JX_E_NOMEM, "out of memory")                              \
-  X(JX_E_BADARG, "invalid argument")                          \
-  X(JX_E_UNSUPPORTED, "operation not supported")              \
-  X(JX_E_BADFORMAT, "invalid format string")                  \
-  X(JX_E_TRUNCATED, "the output did not fit the destination") \
-  X(JXWEM_E_NOTFOUND, "file or directory not found")          \
-  X(JXWEM_E_ACCESS, "access denied")                          \
-  X(JXWEM_E_BADOPTIONS, "invalid combination of options")     \
-  X(JXWEM_E_BADMEMBER, "member name missing or empty")        \
-  X(JXWEM_E_INUSE, "file busy or locked")                     \
-  X(JXWEM_E_FAILED, "operation failed")                       \
-  X(JXWEM_E_EOF, "end of file or of the directory")           \
-  X(JXWEM_E_READONLY, "the file is open for input only")      \
-  X(JXWEM_E_OPENREFUSED, "the file-open extension refused")   \
-  X(JXWEM_E_NOHANDLE, "instance or handle missing")           \
-  X(JXWEM_E_PARTIAL, "the record came without its line end")  \
-  X(JXWEM_E_BADRECFORMAT, "invalid record format")            \
-  X(JXWEM_E_DISKFULL, "no space left on the device")          \
-  X(JXWEM_E_NAMETOOLONG, "name or path too long")             \
-  X(JXWEM_E_BADNAME, "a required name is missing or empty")   \
-  X(JXWEM_E_NOTSUPPORTED, "not available for this handle")    \
-  X(JXWEM_E_SYSTEM, "system error")                           \
-  X(JXWEM_E_NOPATH, "a directory on the path is missing")     \
-  X(JXWEM_E_BADACCESS, "invalid access mode")                 \
-  X(JXWEM_E_BADBUFFERING, "invalid buffering value")          \
-  X(JXWEM_E_TOOLONG, "longer than the record length")         \
-  X(JXWEM_E_BADSWITCH, "invalid reserved switch")             \
-  X(JXWEM_E_NOTEMPTY, "directory not empty")                  \
-  X(JXWEM_E_EXISTS, "the target exists already")              \
-  X(JXWEM_E_NOROOM, "the name does not fit the buffer")       \
-  X(JXWEM_E_BADLOCKMODE, "invalid lock mode")                 \
+/* Every status code above with its meaning, X(name, text): the one place for the texts, which
+   catalogues and tools expand. */
+#define JX_STATUS_LIST(X)                                            \
+  X(JX_E_NOMEM, "out of memory")                                     \
+  X(JX_E_BADARG, "invalid argument")                                 \
+  X(JX_E_UNSUPPORTED, "operation not supported")                     \
+  X(JX_E_BADFORMAT, "invalid format string")                         \
+  X(JX_E_TRUNCATED, "the output did not fit the destination")        \
+  X(JXWEM_E_NOTFOUND, "file or directory not found")                 \
+  X(JXWEM_E_ACCESS, "access denied")                                 \
+  X(JXWEM_E_BADOPTIONS, "invalid combination of options")            \
+  X(JXWEM_E_BADMEMBER, "member name missing or empty")               \
+  X(JXWEM_E_INUSE, "file busy or locked")                            \
+  X(JXWEM_E_FAILED, "operation failed")                              \
+  X(JXWEM_E_EOF, "end of file or of the directory")                  \
+  X(JXWEM_E_READONLY, "the file is open for input only")             \
+  X(JXWEM_E_OPENREFUSED, "the file-open extension refused the open") \
+  X(JXWEM_E_NOHANDLE, "instance or handle missing or not valid")     \
+  X(JXWEM_E_PARTIAL, "the record came without its line end")         \
+  X(JXWEM_E_BADRECFORMAT, "invalid record format")                   \
+  X(JXWEM_E_DISKFULL, "no space left on the device")                 \
+  X(JXWEM_E_NAMETOOLONG, "name or path too long")                    \
+  X(JXWEM_E_BADNAME, "a required name is missing or empty")          \
+  X(JXWEM_E_NOTSUPPORTED, "not available for this handle or device") \
+  X(JXWEM_E_SYSTEM, "system error")                                  \
+  X(JXWEM_E_NOPATH, "a directory on the path is missing")            \
+  X(JXWEM_E_BADACCESS, "invalid access mode")                        \
+  X(JXWEM_E_BADBUFFERING, "invalid buffering value")                 \
+  X(JXWEM_E_TOOLONG, "longer than the record length")                \
+  X(JXWEM_E_BADSWITCH, "invalid reserved switch")                    \
+  X(JXWEM_E_NOTEMPTY, "directory not empty")                         \
+  X(JXWEM_E_EXISTS, "the target exists already")                     \
+  X(JXWEM_E_NOROOM, "the name does not fit the buffer")              \
+  X(JXWEM_E_BADLOCKMODE, "invalid lock mode")                        \
   X(JXWEM_E_NOMEMBER, "the name has no member part")
 
 #endif

@@ -203,30 +203,30 @@ struct JXOpenFile {
 #define JXELM_LOCK_EXCLUSIVE 2u /* no other lock at the same time */
 #define JXELM_LOCK_WAIT 0x8u    /* added: wait for the lock instead of refusing */
 
-/* Statuses of "jxelm". The module answers NOMEM, NOTFOUND, NOPATH, ACCESS, REFUSED, LOCKED and the
-   five BUSY codes with codes of its own; every other code of the family counts there as a system
-   error. */
-#define JXELM_E_NOMEM ((JXStatus)0x80ffe001u)    /* out of memory */
-#define JXELM_E_SYSTEM ((JXStatus)0x80ffe002u)   /* an error without a code of its own */
-#define JXELM_E_BADARG ((JXStatus)0x80ffe003u)   /* request, flags or lock word make no sense */
-#define JXELM_E_TOOLONG ((JXStatus)0x80ffe004u)  /* path too long */
-#define JXELM_E_NOSPACE ((JXStatus)0x80ffe005u)  /* no space or quota left */
-#define JXELM_E_NOTFOUND ((JXStatus)0x80ffe006u) /* no such file */
-#define JXELM_E_NOPATH ((JXStatus)0x80ffe007u)   /* a directory on the path is missing */
-#define JXELM_E_LIMIT ((JXStatus)0x80ffe008u)    /* too many open files */
-#define JXELM_E_ACCESS ((JXStatus)0x80ffe009u)   /* access denied */
-#define JXELM_E_LOOP ((JXStatus)0x80ffe00au)     /* too many links on the path */
-#define JXELM_E_NODEVICE ((JXStatus)0x80ffe00bu) /* no device, or nobody at the other end */
-#define JXELM_E_TOOBIG ((JXStatus)0x80ffe00cu)   /* file too large for this process */
-#define JXELM_E_EXISTS ((JXStatus)0x80ffe00du)   /* the file exists already */
-#define JXELM_E_REFUSED ((JXStatus)0x80ffe00eu)  /* the name may not be opened as a file */
-#define JXELM_E_LOCKED ((JXStatus)0x80ffe00fu)   /* another holder's lock is in the way */
-#define JXELM_E_BUSY1 ((JXStatus)0x80ffe010u)    /* in use: a program that is being executed */
-#define JXELM_E_BUSY2 ((JXStatus)0x80ffe011u)    /* in use: a busy device */
-#define JXELM_E_BUSY3 ((JXStatus)0x80ffe012u)    /* in use: waiting for the lock would deadlock */
-#define JXELM_E_BUSY4 ((JXStatus)0x80ffe013u)    /* in use: the system has no lock left */
-#define JXELM_E_NOLOCKS ((JXStatus)0x80ffe014u)  /* the file system has no locks */
-#define JXELM_E_BUSY5 ((JXStatus)0x80ffe016u)    /* in use: another process's lease or lock */
+/* Statuses of "jxelm"; their meanings stand in JXELM_STATUS_LIST. The module answers NOMEM,
+   NOTFOUND, NOPATH, ACCESS, REFUSED, LOCKED and the five BUSY codes with codes of its own; every
+   other code of the family counts there as a system error. */
+#define JXELM_E_NOMEM ((JXStatus)0x80ffe001u)
+#define JXELM_E_SYSTEM ((JXStatus)0x80ffe002u)
+#define JXELM_E_BADARG ((JXStatus)0x80ffe003u)
+#define JXELM_E_TOOLONG ((JXStatus)0x80ffe004u)
+#define JXELM_E_NOSPACE ((JXStatus)0x80ffe005u)
+#define JXELM_E_NOTFOUND ((JXStatus)0x80ffe006u)
+#define JXELM_E_NOPATH ((JXStatus)0x80ffe007u)
+#define JXELM_E_LIMIT ((JXStatus)0x80ffe008u)
+#define JXELM_E_ACCESS ((JXStatus)0x80ffe009u)
+#define JXELM_E_LOOP ((JXStatus)0x80ffe00au)
+#define JXELM_E_NODEVICE ((JXStatus)0x80ffe00bu)
+#define JXELM_E_TOOBIG ((JXStatus)0x80ffe00cu)
+#define JXELM_E_EXISTS ((JXStatus)0x80ffe00du)
+#define JXELM_E_REFUSED ((JXStatus)0x80ffe00eu)
+#define JXELM_E_LOCKED ((JXStatus)0x80ffe00fu)
+#define JXELM_E_BUSY1 ((JXStatus)0x80ffe010u)
+#define JXELM_E_BUSY2 ((JXStatus)0x80ffe011u)
+#define JXELM_E_BUSY3 ((JXStatus)0x80ffe012u)
+#define JXELM_E_BUSY4 ((JXStatus)0x80ffe013u)
+#define JXELM_E_NOLOCKS ((JXStatus)0x80ffe014u)
+#define JXELM_E_BUSY5 ((JXStatus)0x80ffe016u)
 
 /* Every status of "jxelm" with its meaning, X(name, text). */
 #define JXELM_STATUS_LIST(X)                                      \

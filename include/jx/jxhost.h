@@ -89,16 +89,17 @@ const char *jxhost_encoding_name(uint32_t encoding);
 /* The encoding of the index-th entry of the list of all known encodings; 0 past its end. */
 uint32_t jxhost_encoding_at(uint32_t index);
 
-/* Statuses of the NLS service and of the host's other operations. */
-#define JXHOST_E_MALFORMED ((JXStatus)0x803fd001u)   /* input is not valid in its encoding */
-#define JXHOST_E_UNMAPPABLE ((JXStatus)0x803fd002u)  /* no such character in the target encoding */
-#define JXHOST_E_NOROOM ((JXStatus)0x803fd003u)      /* the destination is too small */
-#define JXHOST_E_BADENCODING ((JXStatus)0x803fd004u) /* no encoding of that number */
-#define JXHOST_E_NOOPTION ((JXStatus)0x803fd005u)    /* no option of that name or type */
-#define JXHOST_E_BADOBJECT ((JXStatus)0x803fd006u)   /* the object is not of this host */
-#define JXHOST_E_LOCKSTATE ((JXStatus)0x803fd007u)   /* the lock is held, or not by this thread */
-#define JXHOST_E_OUTPUT ((JXStatus)0x803fd008u)      /* the journal could not be written */
-#define JXHOST_E_LEAKED ((JXStatus)0x803fd009u)      /* the object outlived its host */
+/* Statuses of the NLS service and of the host's other operations; their meanings stand in
+   JXHOST_STATUS_LIST. */
+#define JXHOST_E_MALFORMED ((JXStatus)0x803fd001u)
+#define JXHOST_E_UNMAPPABLE ((JXStatus)0x803fd002u)
+#define JXHOST_E_NOROOM ((JXStatus)0x803fd003u)
+#define JXHOST_E_BADENCODING ((JXStatus)0x803fd004u)
+#define JXHOST_E_NOOPTION ((JXStatus)0x803fd005u)
+#define JXHOST_E_BADOBJECT ((JXStatus)0x803fd006u)
+#define JXHOST_E_LOCKSTATE ((JXStatus)0x803fd007u)
+#define JXHOST_E_OUTPUT ((JXStatus)0x803fd008u)
+#define JXHOST_E_LEAKED ((JXStatus)0x803fd009u)
 
 /* Each of them with its meaning, X(name, text). */
 #define JXHOST_STATUS_LIST(X)                                        \

@@ -17,9 +17,24 @@ JX_EXTERN_C_BEGIN
    locale gives the decimal point; null means ".". format_chars 0: the format ends at its first
    zero. *length_out (may be null) receives the length of the complete output in JXChars, whatever
    fitted; it stops at the highest 32-bit number. 0, JX_E_TRUNCATED (the pieces that fitted are in
-   the buffer), JX_E_BADFORMAT (an argument number outside 1 to 10; the length is 0) or JX_E_BADARG
-   (a negative format_chars). A directive is %[N$][-+ #0][width][.precision][h|l|ll|L]conversion;
-   one that is not valid appears between "<<" and ">>". Takes no heap and at most 6 KiB of stack. */
+   the buffer), JX_E_BADFORMAT (an argument number outside 1 to 10, or "*" and digits without "$";
+   the length is 0) or JX_E_BADARG (a negative format_chars). Takes no heap and at most 6 KiB of
+   stack.
+
+   A directive is %[N$][-+ #0][width][.precision][h|l|ll|L]conversion. Width and precision are
+   digits, "*" (the next argument, an int) or "*N$" (argument N). The conversions, with the argument
+   each takes; a combination that is not listed is not valid and appears between "<<" and ">>":
+     d i          int, l long, ll long long: decimal digits with their sign
+     u o x X      the same without a sign, in base 10, 8 and 16
+     p P          a pointer, in base 16
+     c C          int: one JXChar (h and L change nothing)
+     s            JXChars up to a zero, at most precision of them; null is empty
+     hs           bytes up to a zero, at most precision of them, decoded by the host's native
+                  decoder, for which jxextent must have been called before
+     S hS         the same of exactly precision units, counted rather than ended by a zero; without
+                  a precision not valid
+     e E f g G    double, L long double
+     %            a percent sign, of "%%" only */
 JX_EXPORT JXStatus jxzFormatBuffV(const JXLocale *locale, const JXChar *format,
                                   int32_t format_chars, JXChar *buffer, int32_t capacity_chars,
                                   uint32_t *length_out, va_list args);

@@ -35,27 +35,29 @@ typedef struct JXCreateName JXCreateName;
 #define JX_ACCESS_OUTPUT 2u /* write; created, emptied */
 #define JX_ACCESS_UPDATE 3u /* read and write; created if missing; always direct */
 
+/* A read of text lines or of stream records passes over a byte-order mark of the file's encoding
+   that it begins with, wherever in the file that is. */
 #define JX_FORMAT_VARIABLE 0u   /* text lines */
 #define JX_FORMAT_BINARY 1u     /* bytes as they are */
 #define JX_FORMAT_VARIABLE_3 3u /* text lines, second number */
 #define JX_FORMAT_STREAM 4u     /* text without line ends */
-
-#define JX_LOCK_DEFAULT 0u   /* shared for input, exclusive for the other access modes */
-#define JX_LOCK_NONE 1u      /* no lock */
-#define JX_LOCK_SHARED 2u    /* shared */
-#define JX_LOCK_EXCLUSIVE 3u /* exclusive */
-#define JX_LOCK_WAIT 4u      /* the default lock, waited for */
+#define JX_LOCK_DEFAULT 0u      /* shared for input, exclusive for the other access modes */
+#define JX_LOCK_NONE 1u         /* no lock */
+#define JX_LOCK_SHARED 2u       /* shared */
+#define JX_LOCK_EXCLUSIVE 3u    /* exclusive */
+#define JX_LOCK_WAIT 4u         /* the default lock, waited for */
 
 #define JX_OPEN_DIRECT_TRANSFER 0x1u /* binary and stream: no record buffer, even when buffered */
 #define JX_OPEN_LITERAL_NAME 0x2u    /* the name is used as it is, without path expansion */
 #define JX_OPEN_NO_BOM 0x4u          /* no byte-order mark is written */
 
-/* What the caller asks of open. Filled by the caller, read during the call only. */
+/* What the caller asks of open. Filled by the caller, read during the call only. The record length
+   counts bytes of the file; a direct write of text lines that converts counts characters. */
 struct JXOpenOptions {
   uint32_t leading[8];                       /* not read */
   uint32_t access_mode;                      /* JX_ACCESS_* */
   uint32_t buffered;                         /* 1: through the record buffer; 0: direct */
-  uint32_t record_length;                    /* the longest record, in characters or bytes */
+  uint32_t record_length;                    /* the longest record */
   uint32_t not_read;                         /* not read; reported back as 0 */
   uint32_t record_format;                    /* JX_FORMAT_* */
   uint32_t reserved_switch;                  /* 0 or 1, reported back */
@@ -99,15 +101,15 @@ typedef JXStatus (*JXWriteSlot)(JXFile *file, const void *data, uint32_t length,
 /* The part of a file handle that a host may use. It ends with the attributes; the rest of the
    block is the module's own. Made by open, ended by close, used by one caller at a time. */
 struct JXFile {
-  char eye_catcher[4];                                             /* "nevo" */
-  char *caller_tag;                                                /* 8-bit text, or null */
-  JXStatus (*close)(JXFile *file);                                 /* jxwemclose */
-  JXStatus (*flush)(JXFile *file);                                 /* skwem_flush, bkwem_flush */
-  void *empty1[9];                                                 /* null */
-  JXReadSlot read;                                                 /* by format and buffering */
-  JXWriteSlot write;                                               /* by format and buffering */
-  void *empty2[1];                                                 /* null */
-  JXStatus (*note)(JXFile *file, int64_t *offset_out);             /* bkwem_note */
+  char eye_catcher[4];                                 /* "nevo" */
+  char *caller_tag;                                    /* 8-bit text, or null */
+  JXStatus (*close)(JXFile *file);                     /* jxwemclose */
+  JXStatus (*flush)(JXFile *file);                     /* skwem_flush, bkwem_flush */
+  void *empty1[9];                                     /* null */
+  JXReadSlot read;                                     /* skwem_read_*, by format and buffering */
+  JXWriteSlot write;                                   /* skwem_write_*, by format and buffering */
+  void *empty2[1];                                     /* null */
+  JXStatus (*note)(JXFile *file, int64_t *offset_out); /* bkwem_note */
   JXStatus (*point)(JXFile *file, int64_t *offset, uint32_t mode); /* bkwem_point */
   JXStatus (*position_to_record)(JXFile *file, ...);               /* jxwemposition2record */
   JXStatus (*record_to_position)(JXFile *file, ...);               /* jxwemrecord2position */
@@ -134,9 +136,9 @@ struct JXDirectory {
   char *name;                                /* 8-bit label, or null */
   JXStatus (*close)(JXDirectory *directory); /* jxwemdirectoryclose */
   JXStatus (*member_exist)(JXDirectory *directory, const JXChar *name,
-                           uint32_t name_chars); /* see the routine */
+                           uint32_t name_chars); /* jxwemdirectorymemberexist */
   JXTable *(*member_list)(JXDirectory *directory, JXPool *pool, uint32_t flags, uint64_t *count_out,
-                          JXStatus *status_out);                             /* see the routine */
+                          JXStatus *status_out); /* jxwemdirectorymemberlist */
   JXStatus (*read)(JXDirectory *directory, JXChar *buffer, uint32_t *chars); /* bkwemreaddir */
   void *empty1;                                                              /* null */
   JXInstance *instance;                                                      /* opened through */
@@ -237,45 +239,51 @@ struct JXCreateName {
 struct JXInstance {
   char eye_catcher[4]; /* "nevo" */
   void *empty1[2];     /* null */
-  JXStatus (*get_required_version)(JXInstance *instance, uint32_t *a, uint32_t *b, uint32_t *c);
-  JXStatus (*get_version)(JXInstance *instance, uint32_t *a, uint32_t *b, uint32_t *c);
+  JXStatus (*get_required_version)(JXInstance *instance, uint32_t *a, uint32_t *b,
+                                   uint32_t *c); /* jxwemgetreqversion */
+  JXStatus (*get_version)(JXInstance *instance, uint32_t *a, uint32_t *b,
+                          uint32_t *c);      /* jxwemgetversion */
   JXHost *host;                              /* the handle given to jxwem */
   JXStatus (*destroy)(JXInstance *instance); /* jxwemdestroy */
   void *empty2[2];                           /* null */
   JXDirectory *(*directory_open)(JXInstance *instance, const JXChar *path, uint32_t path_chars,
                                  uint32_t options, uint32_t unused, JXOwner owner,
-                                 const char *name8, JXStatus *status_out);
+                                 const char *name8, JXStatus *status_out); /* jxwemdirectoryopen */
   JXFile *(*open)(JXInstance *instance, const JXChar *name, uint32_t name_chars,
                   const JXOpenOptions *options, uint32_t unused, JXOwner owner,
-                  const char *caller_tag8, JXStatus *status_out);
-  void *empty3; /* null */
+                  const char *caller_tag8, JXStatus *status_out); /* jxwemopen */
+  void *empty3;                                                   /* null */
   JXStatus (*build_path)(JXInstance *instance, const JXChar *directory, uint32_t directory_chars,
                          const JXChar *member, uint32_t member_chars, const JXChar *extension,
-                         uint32_t extension_chars, JXChar **path_out, uint32_t *path_chars_out);
-  JXStatus (*build_path_release)(JXInstance *instance, JXChar *path);
+                         uint32_t extension_chars, JXChar **path_out,
+                         uint32_t *path_chars_out);                   /* bkwembuildpath */
+  JXStatus (*build_path_release)(JXInstance *instance, JXChar *path); /* bkwembuildpathdestroy */
   JXStatus (*split_path)(JXInstance *instance, const JXChar *path, uint32_t path_chars,
                          JXChar **directory_out, int32_t *directory_chars_out, JXChar **member_out,
                          int32_t *member_chars_out, JXChar **base_out, int32_t *base_chars_out,
-                         JXChar **extension_out, int32_t *extension_chars_out);
+                         JXChar **extension_out, int32_t *extension_chars_out); /* bkwemsplitpath */
   JXStatus (*split_path_release)(JXInstance *instance, JXChar *directory, JXChar *member,
-                                 JXChar *base, JXChar *extension);
+                                 JXChar *base, JXChar *extension); /* bkwemsplitpathdestroy */
   JXStatus (*copy)(JXInstance *instance, const JXChar *source, uint32_t source_chars,
-                   const JXChar *target, uint32_t target_chars);
-  JXStatus (*exist)(JXInstance *instance, const JXChar *path, uint32_t path_chars);
-  JXStatus (*make_directory)(JXInstance *instance, const JXChar *path, uint32_t path_chars);
-  JXStatus (*remove)(JXInstance *instance, const JXChar *path, uint32_t path_chars, uint32_t flags);
+                   const JXChar *target, uint32_t target_chars);                    /* bkwemcopy */
+  JXStatus (*exist)(JXInstance *instance, const JXChar *path, uint32_t path_chars); /* bkwemexist */
+  JXStatus (*make_directory)(JXInstance *instance, const JXChar *path,
+                             uint32_t path_chars); /* bkwemmakedirectory */
+  JXStatus (*remove)(JXInstance *instance, const JXChar *path, uint32_t path_chars,
+                     uint32_t flags); /* bkwemremove */
   JXStatus (*rename)(JXInstance *instance, const JXChar *old_path, uint32_t old_chars,
-                     const JXChar *new_path, uint32_t new_chars);
+                     const JXChar *new_path, uint32_t new_chars); /* bkwemrename */
   JXTable *(*info)(JXInstance *instance, JXPool *pool, const JXChar *name, uint32_t name_chars,
-                   JXStatus *status_out);
+                   JXStatus *status_out); /* jxweminfo */
   JXTable *(*file_system_info)(JXInstance *instance, const JXChar *name, uint32_t name_chars,
-                               JXStatus *status_out);
+                               JXStatus *status_out); /* jxwemfsinfo */
   JXStatus (*create_name)(JXInstance *instance, const JXChar *directory, uint32_t directory_chars,
-                          const JXCreateName *request, JXChar **path_out, uint32_t *path_chars_out);
+                          const JXCreateName *request, JXChar **path_out,
+                          uint32_t *path_chars_out);                   /* jxwemcreatename */
   JXStatus (*create_name_release)(JXInstance *instance, JXChar *path); /* bkwembuildpathdestroy */
   JXTable *(*directory_list)(JXInstance *instance, const JXChar *path, uint32_t path_chars,
                              uint32_t kind, uint32_t flags, uint64_t *count_out,
-                             JXStatus *status_out);
+                             JXStatus *status_out); /* jxwemdirectorylist */
   JXHost *pool_host;     /* the handle that open and directory open make pools from */
   JXPool *pool;          /* "jxwem pool"; holds the instance itself */
   JXPool *working_pool;  /* the same pool */

@@ -7,8 +7,10 @@
 //   if (!file) return report(file.status());
 //   for (const wem::Record &record : file->records()) use(record.text());
 //
-// Module and the walk over tables come from the reference host and need libjxhost; a host with a
-// kernel of its own wraps its instance in wem::Instance and needs only these headers.
+// A host with a kernel of its own wraps its instance in wem::Instance and needs only these headers,
+// except for what only the reference host can do, which links with libjxhost: Module; begin(),
+// size(), empty() and find() of a Table; and Instance::info() and file_system_info(), which look
+// their facts up in one. Table::raw() is for its own walk.
 #pragma once
 
 #include "jx/wem/file.hpp"

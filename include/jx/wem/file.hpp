@@ -24,7 +24,8 @@ class [[nodiscard]] OpenOptions {
   static OpenOptions append() { return OpenOptions(JX_ACCESS_APPEND); }
   static OpenOptions update() { return OpenOptions(JX_ACCESS_UPDATE); }
 
-  // The record format with the longest record: characters for text and stream, bytes for binary.
+  // The record format with the longest record. The length counts bytes of the file; a direct write
+  // of text lines that converts counts characters.
   OpenOptions text(uint32_t length) const { return format(JX_FORMAT_VARIABLE, length); }
   OpenOptions binary(uint32_t length) const { return format(JX_FORMAT_BINARY, length); }
   OpenOptions stream(uint32_t length) const { return format(JX_FORMAT_STREAM, length); }

@@ -50,15 +50,15 @@ class Instance {
   Version version() const { return version_from(instance_->get_version); }
 
   // Opens a file. An append or update of a text or stream file that is not empty gets no
-  // byte-order mark in its middle, whatever the options say. caller_tag8 is copied; it may be null.
+  // byte-order mark in its middle, whatever the options say: the file is opened a second time, to
+  // be measured, while it is opened. caller_tag8 is copied; it may be null.
   Result<File> open(std::u32string_view name, const OpenOptions &options,
                     const char *caller_tag8 = nullptr) const {
-    const OpenOptions asked = extends_text(name, options) ? options.no_byte_order_mark() : options;
-    JXStatus status = JX_OK;
-    JXFile *file = instance_->open(instance_, as_chars(name), char_count(name), &asked.raw(), 0,
-                                   nullptr, caller_tag8, &status);
-    if (file) return File(file);
-    return Status(status == JX_OK ? JXWEM_E_BADNAME : status);
+    // Closed last: a pipe whose only writer went away in between would end for its reader.
+    Result<File> measured = open_to_measure(name, options);
+    const auto size = measured ? measured->point(0, JX_POINT_END) : measured.status();
+    const bool has_text = size && *size > 0;
+    return open_as_asked(name, has_text ? options.no_byte_order_mark() : options, caller_tag8);
   }
   // Opens a directory for reading names, by JX_DIRECTORY_* options.
   Result<Directory> open_directory(std::u32string_view path, uint32_t options = 0) const {
@@ -187,21 +187,31 @@ class Instance {
     if (!table) return Status(status == JX_OK ? JXWEM_E_FAILED : status);
     return Table<Value>(table);
   }
-  // Whether an open adds to text that is there already. A literal name cannot be asked for its
-  // size through the table, which expands; it is opened and measured.
-  bool extends_text(std::u32string_view name, const OpenOptions &options) const {
+  Result<File> open_as_asked(std::u32string_view name, const OpenOptions &options,
+                             const char *caller_tag8) const {
+    JXStatus status = JX_OK;
+    JXFile *file = instance_->open(instance_, as_chars(name), char_count(name), &options.raw(), 0,
+                                   nullptr, caller_tag8, &status);
+    if (file) return File(file);
+    return Status(status == JX_OK ? JXWEM_E_BADNAME : status);
+  }
+  // A second opening of a file whose size decides about its byte-order mark; a failure when the
+  // size does not matter or the file is not there. It opens for what was asked and nothing more, so
+  // that it neither waits longer nor needs other rights than the opening that follows.
+  Result<File> open_to_measure(std::u32string_view name, const OpenOptions &options) const {
     const JXOpenOptions &raw = options.raw();
     const bool keeps = raw.access_mode == JX_ACCESS_APPEND || raw.access_mode == JX_ACCESS_UPDATE;
-    if (!keeps || raw.record_format == JX_FORMAT_BINARY) return false;
-    if ((raw.open_flags & JX_OPEN_LITERAL_NAME) == 0) {
-      const auto found = info(name);
-      return found && found->size_bytes > 0;
+    const bool may_mark = (raw.open_flags & JX_OPEN_NO_BOM) == 0;
+    if (!keeps || !may_mark || raw.record_format == JX_FORMAT_BINARY) {
+      return Status(JXWEM_E_NOTSUPPORTED);
     }
-    auto file =
-        open(name, OpenOptions::input().binary(1).direct().literal_name().lock(JX_LOCK_NONE));
-    if (!file) return false;
-    const auto size = file->point(0, JX_POINT_END);
-    return size && *size > 0;
+    const bool is_literal = (raw.open_flags & JX_OPEN_LITERAL_NAME) != 0;
+    // A literal name cannot be asked for, because the question expands; what is not there is made.
+    if (!is_literal && !exist(name).ok()) return Status(JXWEM_E_NOTFOUND);
+    const OpenOptions bytes =
+        raw.access_mode == JX_ACCESS_APPEND ? OpenOptions::append() : OpenOptions::update();
+    const OpenOptions unlocked = bytes.binary(1).direct().lock(JX_LOCK_NONE);
+    return open_as_asked(name, is_literal ? unlocked.literal_name() : unlocked, nullptr);
   }
 
   JXInstance *instance_ = nullptr;

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "jx/base.h"
+#include "jx/jxhost.h"
 
 namespace wem {
 
@@ -35,16 +36,18 @@ std::u32string_view as_view(const JXChar *data, Count chars) {
   return {reinterpret_cast<const char32_t *>(data), static_cast<size_t>(chars)};
 }
 
-// The outcome of an operation.
+// The outcome of an operation. It knows the names and meanings of the module's statuses and of
+// those that the reference host adds; a host whose own statuses are others looks these up by
+// code().
 class [[nodiscard]] Status {
  public:
   constexpr Status(JXStatus code = JX_OK) : code_(code) {}  // implicit: compares with JXWEM_E_*
 
   constexpr JXStatus code() const { return code_; }
   constexpr bool ok() const { return code_ == JX_OK; }
-  // The constant's name, "JXWEM_E_EOF"; null for a status of the host's own.
+  // The constant's name, "JXWEM_E_EOF"; "unknown" for a status that is none of these. Never null.
   constexpr const char *name() const { return ok() ? "JX_OK" : row().name; }
-  // The meaning in words; null for a status of the host's own.
+  // The meaning in words; "unknown status" for a status that is none of these. Never null.
   constexpr const char *text() const { return ok() ? "success" : row().text; }
 
   friend constexpr bool operator==(Status, Status) = default;
@@ -56,14 +59,17 @@ class [[nodiscard]] Status {
     const char *text;
   };
 #define JXWEM_STATUS_ROW(name, text) Row{name, #name, text},
-  static constexpr auto rows() { return std::to_array<Row>({JX_STATUS_LIST(JXWEM_STATUS_ROW)}); }
+  static constexpr auto rows() {
+    return std::to_array<Row>(
+        {JX_STATUS_LIST(JXWEM_STATUS_ROW) JXHOST_STATUS_LIST(JXWEM_STATUS_ROW)});
+  }
 #undef JXWEM_STATUS_ROW
 
   constexpr Row row() const {
     for (const Row &candidate : rows()) {
       if (candidate.code == code_) return candidate;
     }
-    return {code_, nullptr, nullptr};
+    return {code_, "unknown", "unknown status"};
   }
 
   JXStatus code_;

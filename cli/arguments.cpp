@@ -84,6 +84,9 @@ std::vector<std::string> collect_operands(const CLI::App &app, const Command &co
   std::vector<std::string> operands;
   for (const Operand &operand : command.operands) {
     const auto given = app.get_option(operand.name)->results();
+    for (const std::string &word : given) {
+      if (word.empty()) throw UsageError(std::string(operand.name) + " is empty");
+    }
     operands.insert(operands.end(), given.begin(), given.end());
   }
   return operands;
@@ -162,47 +165,68 @@ void add_commands(CLI::App &app) {
   formatter->label("REQUIRED", "");
   app.formatter(formatter);
   app.require_subcommand(1);
-  app.footer(
-      "jxfile COMMAND --help explains a command with an example.\n"
-      "Exit codes: 0 done, 1 an operation failed, 2 the command line is wrong.");
+  std::string footer = "jxfile COMMAND --help explains a command with an example.\n";
+  for (const Note &note : notes()) {
+    footer += "\n" + wrap(std::string(note.title) + ": " + note.text) + "\n";
+  }
+  app.footer(footer);
+  add_option(app, {"--version", nullptr, "the same as the command version"});
   for (const Option &option : common_options()) add_option(app, option);
   for (const Command &command : commands()) add_command(app, command);
 }
 
+// Puts the command in the place of the option "--version" and returns where the command is.
+int find_command_word(int argc, char **argv) {
+  static char version[] = "version";
+  const int at = skip_options(1, argc, argv, {});
+  char **found = std::find(argv + 1, argv + at, std::string_view("--version"));
+  if (found == argv + at) return at;
+  *found = version;
+  return static_cast<int>(found - argv);
+}
+
+// What is wrong with a command line; an unknown option goes before what it caused to be missing.
+UsageError to_usage_error(const CLI::App &app, const CLI::ParseError &error) {
+  for (const std::string &word : app.remaining(true)) {
+    if (word.starts_with('-')) return UsageError("'" + word + "' is not an option");
+  }
+  return UsageError(app.get_subcommands().empty() ? "a command is required" : error.what());
+}
+
 }  // namespace
 
-Invocation parse_command_line(int argc, char **argv) {
+bool parse_command_line(int argc, char **argv, Invocation *invocation) {
   CLI::App app("Files and directories through the file-access module.", "jxfile");
   add_commands(app);
-  const int command_at = skip_options(1, argc, argv, {});
-  const Command *command = command_at < argc ? find_command(argv[command_at]) : nullptr;
   if (argc < 2) throw UsageError("a command is required");
+  const int command_at = find_command_word(argc, argv);
+  const Command *command = command_at < argc ? find_command(argv[command_at]) : nullptr;
   if (command_at < argc && !command) {
     throw UsageError(std::string("'") + argv[command_at] + "' is not a command");
   }
+  invocation->command = command;
   std::vector<std::string> operands;
   if (command) operands = split_off_operands(*command, command_at, &argc, argv);
-  Invocation invocation;
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp &) {
     std::cout << app.help() << std::flush;
     if (!std::cout) throw Failure("standard output", JXWEM_E_SYSTEM);
-    return invocation;
+    return false;
   } catch (const CLI::ParseError &error) {
-    throw UsageError(error.what());
+    throw to_usage_error(app, error);
   }
   const CLI::App &chosen = *app.get_subcommands().front();
-  invocation.command = command;
-  collect_options(app, common_options(), invocation.arguments);
-  collect_options(chosen, command->options, invocation.arguments);
-  collect_options(chosen, common_options(), invocation.arguments);
+  Arguments &arguments = invocation->arguments;
+  collect_options(app, common_options(), arguments);
+  collect_options(chosen, command->options, arguments);
+  collect_options(chosen, common_options(), arguments);
   if (!command->takes_anything) operands = collect_operands(chosen, *command);
   if (command->takes_anything && operands.empty()) {
     throw UsageError(std::string(command->operands[0].name) + " is required");
   }
-  invocation.arguments.set_operands(std::move(operands));
-  return invocation;
+  arguments.set_operands(std::move(operands));
+  return true;
 }
 
 uint64_t parse_number(const std::string &what, const std::string &text, uint64_t minimum,

@@ -22,6 +22,10 @@ class Arguments {
   // 1024); a UsageError otherwise.
   uint64_t number(const std::string &option, uint64_t fallback, uint64_t minimum,
                   uint64_t maximum) const;
+  // The value of --record-length.
+  uint32_t record_length(uint32_t fallback, uint32_t minimum) const {
+    return static_cast<uint32_t>(number("--record-length", fallback, minimum, 1 << 26));
+  }
   // The number of an encoding given by name or number, 0 when the option was not given; a
   // UsageError for one that is not known.
   uint32_t encoding(const std::string &option) const;
@@ -43,13 +47,13 @@ class Arguments {
 
 // A command to run with its arguments.
 struct Invocation {
-  const Command *command = nullptr;  // null: help was asked for and printed
+  const Command *command = nullptr;  // set as soon as it is known
   Arguments arguments;
 };
 
 // Parses the command line by the table of commands. Prints help to standard output when asked for
-// it; a UsageError for anything that is wrong.
-Invocation parse_command_line(int argc, char **argv);
+// it and returns false then; a UsageError for anything that is wrong.
+bool parse_command_line(int argc, char **argv, Invocation *invocation);
 
 // A number in full, decimal or hexadecimal after "0x", with an optional suffix k, M or G; a
 // UsageError that names what for anything else.

@@ -9,11 +9,14 @@ namespace {
 constexpr Option kJson = {"--json", nullptr, "one JSON object a line instead of text"};
 constexpr Option kFrom = {"--from", "ENC",
                           "encoding of the input (default: its byte-order mark, else utf-8)"};
-constexpr Option kTo = {"--to", "ENC", "encoding of the output (default: utf-8)"};
+constexpr Option kTo = {"--to", "ENC",
+                        "encoding of the output (default: utf-8; in place, as a mark there says)"};
 constexpr Option kAppend = {"--append", nullptr, "add to the end of the file, in place"};
 constexpr Option kBom = {"--bom", nullptr, "begin the output with a byte-order mark"};
-constexpr Option kRecordLength = {"--record-length", "N",
-                                  "longest record in characters or bytes (default: 65536)"};
+constexpr std::span<const Operand> kNoOperands;
+constexpr std::span<const Option> kNoOptions;
+constexpr Option kReadLength = {"--record-length", "N",
+                                "longest record in bytes of the file (default: 65536)"};
 
 constexpr auto kCommonOptions = std::to_array<Option>({
     {"--module", "FILE", "load this module"},
@@ -23,7 +26,7 @@ constexpr auto kLinesOperands =
     std::to_array<Operand>({{"FILE", 1, kAnyNumber, "text files; - is standard input"}});
 constexpr auto kLinesOptions = std::to_array<Option>({
     kFrom,
-    kRecordLength,
+    kReadLength,
     {"--direct", nullptr, "read without the record buffer, one transfer a record"},
     {"-n,--number", nullptr, "number the lines"},
     {"--mark", nullptr, "show each record's length and line end; longer lines come in parts"},
@@ -38,7 +41,7 @@ constexpr auto kConvertOptions = std::to_array<Option>({
     kBom,
     {"--no-bom", nullptr, "write no byte-order mark (default: as the input has it)"},
     kAppend,
-    kRecordLength,
+    kReadLength,
     {"--records", "KIND",
      "stream: everything as it is (default); text: every line ends in a line feed"},
 });
@@ -49,12 +52,13 @@ constexpr auto kWriteOptions = std::to_array<Option>({
     kTo,
     kBom,
     kAppend,
-    {"--update", nullptr, "overwrite from the start, in place"},
+    {"--update", nullptr, "overwrite from the start or from behind a byte-order mark, in place"},
     {"--at", "OFFSET", "overwrite from this byte on, in place"},
-    kRecordLength,
+    {"--record-length", "N", "longest record in characters, binary in bytes (default: 65536)"},
 });
 
-constexpr auto kBytesOperands = std::to_array<Operand>({{"FILE", 1, 1, "file to read"}});
+constexpr auto kBytesOperands =
+    std::to_array<Operand>({{"FILE", 1, 1, "file to read; - is standard input"}});
 constexpr auto kBytesOptions = std::to_array<Option>({
     {"--raw", nullptr, "the bytes themselves"},
     {"--record-length", "N", "bytes a record (default: 8192)"},
@@ -95,7 +99,7 @@ constexpr auto kNewnameOptions = std::to_array<Option>({
     {"--prefix", "TEXT", "what the name begins with (default: tmp)"},
     {"--extension", "TEXT", "extension, without its dot"},
     {"--host", nullptr, "a name with the machine's name in it"},
-    {"--count", "N", "how many names (default: 1)"},
+    {"--count", "N", "how many names, up to 65535 (default: 1)"},
     kJson,
 });
 
@@ -120,8 +124,7 @@ constexpr auto kGenerateOperands = std::to_array<Operand>({{"KIND", 1, 1, "man o
 
 constexpr auto kCommands = std::to_array<Command>({
     {"lines", "print the lines of text files",
-     "Prints text records in UTF-8. A line longer than the record length is printed whole, "
-     "although "
+     "Prints text records in UTF-8. A line longer than the record length is printed whole, though "
      "it arrives in parts; a missing last line end stays missing. --mark shows what arrives.",
      "jxfile lines --from latin1 --number notes.txt", kLinesOperands, kLinesOptions, run_lines},
     {"convert", "copy a text file into another encoding",
@@ -138,13 +141,9 @@ constexpr auto kCommands = std::to_array<Command>({
      kWriteOptions, run_write},
     {"bytes", "print the bytes of a file", "Reads binary records and prints them as a hex dump.",
      "jxfile bytes --offset 16 --count 32 jxwem.so", kBytesOperands, kBytesOptions, run_bytes},
-    {"truncate",
-     "set the length of a file",
-     "Cuts a file off or fills it up with zeros. The file must exist.",
-     "jxfile truncate out.txt 0",
-     kTruncateOperands,
-     {},
-     run_truncate},
+    {"truncate", "set the length of a file",
+     "Cuts a file off or fills it up with zeros. The file must exist.", "jxfile truncate out.txt 0",
+     kTruncateOperands, kNoOptions, run_truncate},
     {"info", "show size, time and kind of files",
      "Prints the information table of each path, with the modification time as a local date.",
      "jxfile info README.md docs", kInfoOperands, kJsonOnly, run_info},
@@ -156,74 +155,73 @@ constexpr auto kCommands = std::to_array<Command>({
      "jxfile ls --long --full docs", kLsOperands, kLsOptions, run_ls},
     {"exists", "test whether files exist", "Ends with 1 when one of the paths names nothing.",
      "jxfile exists ~/.profile", kPathsOperands, kJsonOnly, run_exists},
-    {"mkdir",
-     "make directories",
-     "Makes each directory; one that exists already is fine.",
-     "jxfile mkdir work",
-     kPathsOperands,
-     {},
-     run_mkdir},
+    {"mkdir", "make directories", "Makes each directory; one that exists already is fine.",
+     "jxfile mkdir work", kPathsOperands, kNoOptions, run_mkdir},
     {"rm", "remove files and directories",
-     "Removes files, links and empty directories. Links inside a tree are removed, never followed.",
-     "jxfile rm -r work", kPathsOperands, kRmOptions, run_rm},
-    {"mv",
-     "rename a file or directory",
-     "Renames within one file system; a file NEW is replaced.",
-     "jxfile mv draft.txt final.txt",
-     kPairOperands,
-     {},
-     run_mv},
-    {"cp",
-     "copy a file or a tree",
-     "Copies to a name that does not exist yet.",
-     "jxfile cp docs docs.bak",
-     kPairOperands,
-     {},
-     run_cp},
+     "Removes files, links to files and empty directories. A link to a directory or to nothing is "
+     "not found and ends the removal of its tree; no link is followed. Paths are expanded: '~' is "
+     "the home directory, quoted or not, and ./~ a file of that name.",
+     "jxfile rm -r ./work", kPathsOperands, kRmOptions, run_rm},
+    {"mv", "rename a file or directory", "Renames within one file system; a file NEW is replaced.",
+     "jxfile mv draft.txt final.txt", kPairOperands, kNoOptions, run_mv},
+    {"cp", "copy a file or a tree",
+     "Copies to a name that does not exist yet. A file's copy has its permissions, as far as the "
+     "umask allows; the files of a tree all get those that the umask leaves of rwxrwxrwx.",
+     "jxfile cp docs docs.bak", kPairOperands, kNoOptions, run_cp},
     {"newname", "make unique names",
      "Prints names that no one else was given recently. No file is made.",
      "jxfile newname --prefix job --extension tmp /tmp", kNewnameOperands, kNewnameOptions,
      run_newname},
     {"split", "take a path apart", "Prints directory, member, base name and extension.",
      "jxfile split /usr/lib/libx.so", kSplitOperands, kJsonOnly, run_split},
-    {"build",
-     "put a path together",
-     "Joins the parts and expands the result.",
-     "jxfile build --directory ~ --member notes --extension txt",
-     {},
-     kBuildOptions,
+    {"build", "put a path together", "Joins the parts and expands the result.",
+     "jxfile build --directory ~ --member notes --extension txt", kNoOperands, kBuildOptions,
      run_build},
     {"expand", "expand a path",
      "Replaces $NAME, a leading ~ and leading dots, and makes the path absolute.",
      "jxfile expand '~/$USER.txt'", kExpandOperands, kJsonOnly, run_expand},
     {"format", "format text",
-     "Formats the arguments by the directives of FORMAT: d i u o x X c s S p e f g and %, with "
-     "flags, width, precision, h, l, ll, L and argument numbers. Options come before FORMAT.",
+     "Formats the arguments by the directives of FORMAT: d i u o x X for integers, c C for one "
+     "character, s for text and hs for bytes, S for text as long as the precision, which it needs, "
+     "p P for addresses, e E f g G for doubles, and %; with flags, width, precision, h, l, ll, L "
+     "and argument numbers. Options come before FORMAT.",
      "jxfile format '%05d|%-8s|%.3e' 42 left 1234.5", kFormatOperands, kFormatOptions, run_format,
      true},
     {"status", "explain a status code", "Prints name and meaning of one status, or of every one.",
      "jxfile status 0x80bfe801", kStatusOperands, kJsonOnly, run_status},
-    {"version",
-     "show the module that is used",
+    {"version", "show the module that is used",
      "Prints the module's versions, the file it was loaded from and its binary interface.",
-     "jxfile version",
-     {},
-     kJsonOnly,
-     run_version},
-    {"generate",
-     "print the man page or the completion",
-     "For the build of this program.",
-     "jxfile generate man",
-     kGenerateOperands,
-     {},
-     run_generate,
-     false,
-     true},
+     "jxfile version", kNoOperands, kJsonOnly, run_version},
+    {"generate", "print the man page or the completion", "For the build of this program.",
+     "jxfile generate man", kGenerateOperands, kNoOptions, run_generate, false, true},
+});
+
+constexpr auto kNotes = std::to_array<Note>({
+    {"NAMES",
+     "Every path is expanded, even where a shell leaves it alone: a leading ~ or ~USER becomes a "
+     "home directory, and $NAME, up to the next / . or $, the value of that variable if it is set. "
+     "'~' is the home directory, quoted or not, and ./~ a file of that name: a script writes ./ "
+     "before names that it did not choose. A name that holds the $NAME of a variable is reached "
+     "with the variable taken away: env -u NAME jxfile ..."},
+    {"STANDARD INPUT",
+     "- is standard input where lines, convert and bytes read a file, and refused where convert "
+     "and write write one: /dev/stdout is the way into a pipe. Elsewhere it is a name like "
+     "others."},
+    {"ENCODINGS",
+     "ENC is a name such as utf-8, utf-16le, utf-16be, utf-32le, utf-32be, ascii, latin1, "
+     "iso-8859-15, windows-1252, koi8-r, shift_jis, euc-jp, gb18030, big5 or ibm037, in capitals "
+     "or not, or its number, such as 20 for utf-8."},
+    {"NUMBERS",
+     "N, OFFSET and LENGTH are decimal, or hexadecimal after 0x; k, M and G at the end multiply "
+     "by 1024 once, twice and three times."},
+    {"EXIT STATUS",
+     "0 when everything was done, 1 when an operation failed, 2 when the command line is wrong."},
 });
 
 }  // namespace
 
 std::span<const Command> commands() { return kCommands; }
 std::span<const Option> common_options() { return kCommonOptions; }
+std::span<const Note> notes() { return kNotes; }
 
 }  // namespace cli

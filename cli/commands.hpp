@@ -37,10 +37,18 @@ struct Command {
   bool is_hidden = false;  // not in help, man page and completion
 };
 
+// What holds for more than one command.
+struct Note {
+  const char *title;
+  const char *text;
+};
+
 // Every command, in the order of the help.
 std::span<const Command> commands();
 // Options that every command takes.
 std::span<const Option> common_options();
+// Notes for the end of the help and of the man page.
+std::span<const Note> notes();
 
 // The commands, by family. Each returns the exit code and throws Failure or UsageError.
 int run_lines(Session &session, const Arguments &arguments);

@@ -1,5 +1,5 @@
 // The hidden command "generate": man page and completion from the table of commands.
-#include <cctype>
+#include <map>
 #include <string>
 
 #include "cli/commands.hpp"
@@ -10,19 +10,12 @@ namespace {
 
 // Text for the man page's formatter: a backslash, a hyphen and a leading dot mean something there.
 std::string to_roff(std::string_view text) {
+  const std::map<char, const char *> escapes = {
+      {'\\', "\\e"}, {'-', "\\-"}, {'\'', "\\(aq"}, {'~', "\\(ti"}};
   std::string escaped;
   for (const char c : text) {
-    if (c == '\\') {
-      escaped += "\\e";
-    } else if (c == '-') {
-      escaped += "\\-";
-    } else if (c == '\'') {
-      escaped += "\\(aq";
-    } else if (c == '~') {
-      escaped += "\\(ti";
-    } else {
-      escaped += c;
-    }
+    const auto escape = escapes.find(c);
+    escaped += escape == escapes.end() ? std::string(1, c) : escape->second;
   }
   return escaped.starts_with('.') ? "\\&" + escaped : escaped;
 }
@@ -57,11 +50,9 @@ std::string man_page() {
       ".TH JXFILE 1\n.SH NAME\njxfile \\- files and directories through the file\\-access module\n"
       ".SH SYNOPSIS\n\\fBjxfile\\fR \\fICOMMAND\\fR [\\fIOPTIONS\\fR] [\\fIOPERANDS\\fR]\n"
       ".SH DESCRIPTION\nEvery command goes through the operation table of the module jxwem, so "
-      "that "
-      "what it does is what any host gets. Results go to standard output, messages to standard "
-      "error. Names are handed on as the bytes they are; in JSON a name that is not UTF\\-8 "
-      "appears "
-      "in base64 under its key with \"_base64\" added.\n.SH COMMANDS\n";
+      "that what it does is what any host gets. Results go to standard output, messages to "
+      "standard error. The bytes of names are kept; in JSON a name that is not UTF\\-8 appears in "
+      "base64 under its key with \"_base64\" added.\n.SH COMMANDS\n";
   for (const Command &command : commands()) {
     if (command.is_hidden) continue;
     page += ".SS " + synopsis(command) + "\n" + to_roff(command.description) + "\n";
@@ -73,12 +64,13 @@ std::string man_page() {
   }
   page += ".SH COMMON OPTIONS\n";
   add_options(page, common_options());
+  for (const Note &note : notes()) {
+    page += std::string(".SH ") + note.title + "\n" + to_roff(note.text) + "\n";
+  }
   page +=
-      ".SH EXIT STATUS\n0 when everything was done, 1 when an operation failed, 2 when the command "
-      "line is wrong.\n"
       ".SH ENVIRONMENT\n.TP\n\\fBJXWEM_MODULE\\fR\nThe module to load, unless \\fB\\-\\-module\\fR "
       "names one. Otherwise jxwem.so is looked for beside the program and in the install folder.\n"
-      ".TP\n\\fBNO_COLOR\\fR\nMessages are printed without colour.\n";
+      ".TP\n\\fBNO_COLOR\\fR\nMessages are printed without colour, unless it is empty.\n";
   return page;
 }
 
@@ -109,7 +101,7 @@ std::string completion() {
          "  if ((COMP_CWORD == 1)); then\n"
          "    COMPREPLY=($(compgen -W '" +
          names +
-         " --help' -- \"$word\"))\n"
+         " --help --version' -- \"$word\"))\n"
          "    return\n"
          "  fi\n"
          "  case ${COMP_WORDS[1]} in\n" +

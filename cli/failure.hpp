@@ -13,6 +13,12 @@ namespace cli {
 struct Failure : std::exception {
   Failure(std::string failed_path, wem::Status failed_status, std::string more = {})
       : path(std::move(failed_path)), status(failed_status), detail(std::move(more)) {}
+  // The same failure in words of its own.
+  Failure saying(std::string text, std::string advice = {}) && {
+    meaning = std::move(text);
+    hint = std::move(advice);
+    return std::move(*this);
+  }
 
   std::string path;     // as the user gave it, in bytes; may be empty
   wem::Status status;   // why

@@ -34,24 +34,27 @@ int run(const cli::Invocation &invocation) {
 }  // namespace
 
 int main(int argc, char **argv) {
-  // A reader that went away shows up as an error of the write.
+  // A reader that went away and a file at its size limit show up as an error of the write.
   std::signal(SIGPIPE, SIG_IGN);
-  std::string command = "jxfile";
+  std::signal(SIGXFSZ, SIG_IGN);
+  cli::Invocation invocation;
+  const auto name = [&invocation](const char *separator) {
+    return invocation.command ? std::string("jxfile") + separator + invocation.command->name
+                              : "jxfile";
+  };
   try {
-    const cli::Invocation invocation = cli::parse_command_line(argc, argv);
-    if (!invocation.command) return 0;
-    command = std::string("jxfile: ") + invocation.command->name;
-    return run(invocation);
+    return cli::parse_command_line(argc, argv, &invocation) ? run(invocation) : 0;
   } catch (const cli::OutputClosed &) {
     return 0;
   } catch (const cli::UsageError &error) {
-    std::fprintf(stderr, "%s: %s\nhint: jxfile --help\n", command.c_str(), error.message.c_str());
+    std::fprintf(stderr, "%s: %s\nhint: %s --help\n", name(": ").c_str(), error.message.c_str(),
+                 name(" ").c_str());
     return kWrongUsage;
   } catch (const cli::Failure &failure) {
     cli::print_failure("help", failure);
     return kFailed;
   } catch (const std::exception &error) {
-    std::fprintf(stderr, "%s: %s\n", command.c_str(), error.what());
+    std::fprintf(stderr, "%s: %s\n", name(": ").c_str(), error.what());
     return kFailed;
   }
 }

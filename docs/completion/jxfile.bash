@@ -2,7 +2,7 @@
 _jxfile() {
   local word=${COMP_WORDS[COMP_CWORD]} options=''
   if ((COMP_CWORD == 1)); then
-    COMPREPLY=($(compgen -W 'lines convert write bytes truncate info fsinfo ls exists mkdir rm mv cp newname split build expand format status version --help' -- "$word"))
+    COMPREPLY=($(compgen -W 'lines convert write bytes truncate info fsinfo ls exists mkdir rm mv cp newname split build expand format status version --help --version' -- "$word"))
     return
   fi
   case ${COMP_WORDS[1]} in

@@ -9,7 +9,6 @@
 namespace cli {
 namespace {
 
-constexpr uint64_t kLongestRecord = 1 << 26;
 constexpr uint64_t kFurthest = std::numeric_limits<int64_t>::max();
 constexpr size_t kBytesPerRow = 16;
 
@@ -63,8 +62,7 @@ int run_bytes(Session &session, const Arguments &arguments) {
   if (arguments.has("--raw") && arguments.has("--json")) {
     throw UsageError("--raw and --json cannot be given together");
   }
-  const auto length = static_cast<uint32_t>(
-      arguments.number("--record-length", JX_RECORD_BLOCK_BYTES, 1, kLongestRecord));
+  const uint32_t length = arguments.record_length(JX_RECORD_BLOCK_BYTES, 1);
   uint64_t offset = arguments.number("--offset", 0, 0, kFurthest);
   uint64_t left = arguments.number("--count", kFurthest, 0, kFurthest);
   Input input(session, arguments.operand(0), Input::Pipe::kDirect);

@@ -10,11 +10,9 @@
 namespace cli {
 namespace {
 
-constexpr uint64_t kLongestRecord = 1 << 26;
-
 struct Conversion {
   uint32_t from;  // 0: by the byte-order mark
-  uint32_t to;
+  uint32_t to;    // 0: by the target
   uint32_t record_length;
   bool wants_mark;    // --bom
   bool refuses_mark;  // --no-bom
@@ -24,9 +22,8 @@ struct Conversion {
 Conversion conversion_of(const Arguments &arguments) {
   Conversion conversion = {};
   conversion.from = arguments.encoding("--from");
-  conversion.to = arguments.has("--to") ? arguments.encoding("--to") : JX_ENCODING_UTF8;
-  conversion.record_length =
-      static_cast<uint32_t>(arguments.number("--record-length", 65536, 4, kLongestRecord));
+  conversion.to = arguments.encoding("--to");
+  conversion.record_length = arguments.record_length(65536, 4);
   conversion.wants_mark = arguments.has("--bom");
   conversion.refuses_mark = arguments.has("--no-bom");
   conversion.is_append = arguments.has("--append");
@@ -120,7 +117,7 @@ void convert_text(const Conversion &conversion, Input &input, Target &target) {
 }  // namespace
 
 int run_convert(Session &session, const Arguments &arguments) {
-  const Conversion conversion = conversion_of(arguments);
+  Conversion conversion = conversion_of(arguments);
   const std::string kind = arguments.text("--records", "stream");
   if (kind != "stream" && kind != "text") throw UsageError("--records is text or stream");
   const bool is_text = kind == "text";
@@ -129,6 +126,8 @@ int run_convert(Session &session, const Arguments &arguments) {
   Target target(session, arguments.operand(1),
                 conversion.is_append ? Target::Mode::kAppend : Target::Mode::kReplace);
   target.refuse_same(input.file_status());
+  conversion.to = target.encoding(conversion.to);
+  if (conversion.wants_mark) target.require_mark(conversion.to);
   if (is_text) {
     convert_text(conversion, input, target);
   } else {

@@ -4,10 +4,11 @@
 #include <algorithm>
 #include <span>
 
+#include "cli/input.hpp"
+
 namespace cli {
 namespace {
 
-constexpr size_t kFirstBytes = 4;  // the longest byte-order mark
 constexpr uint32_t kSlackChars = 16;
 
 wem::Status write_bytes(wem::File &file, std::string_view bytes) {
@@ -17,7 +18,7 @@ wem::Status write_bytes(wem::File &file, std::string_view bytes) {
 }  // namespace
 
 std::string_view ByteReader::next() {
-  const size_t wanted = is_first_ ? kFirstBytes : 1;
+  const size_t wanted = is_first_ ? kLongestMark : 1;
   is_first_ = false;
   size_t used = 0;
   while (used < wanted && !is_at_end_) {

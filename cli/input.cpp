@@ -15,7 +15,6 @@ namespace cli {
 namespace {
 
 constexpr uint32_t kChunkBytes = 65536;
-constexpr size_t kLongestMark = 4;
 
 struct ByteOrderMark {
   uint32_t encoding;

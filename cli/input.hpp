@@ -15,6 +15,8 @@
 
 namespace cli {
 
+inline constexpr size_t kLongestMark = 4;  // of the byte-order marks, in bytes
+
 // The encoding whose byte-order mark text begins with; 0 for none.
 uint32_t sniff(std::string_view head);
 // The byte-order mark of an encoding; empty when it has none.

@@ -4,12 +4,6 @@
 #include <cstring>
 
 namespace cli {
-namespace {
-
-constexpr uint32_t kLongestMark = 4;
-
-}  // namespace
-
 LineEnds::LineEnds(Session &session, Input &input, const wem::OpenOptions &options,
                    uint32_t encoding)
     : text_(input.open(options.encodings(encoding, encoding))),

@@ -12,6 +12,10 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "cli/descriptor.hpp"
+#include "cli/input.hpp"
+#include "jx/jxhost.h"
+
 namespace cli {
 namespace {
 
@@ -36,10 +40,8 @@ void remove_on_signal(const std::string &path) {
   }
 }
 
-mode_t current_umask() {
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  return mask;
+bool is_same(const struct ::stat &a, const struct ::stat &b) {
+  return a.st_ino == b.st_ino && a.st_dev == b.st_dev;
 }
 
 Failure creation_failure(const std::string &path, int error) {
@@ -63,14 +65,17 @@ Failure creation_failure(const std::string &path, int error) {
 
 Target::Target(Session &session, const std::string &name, Mode mode)
     : session_(session), shown_(name), path_(session.expand(name)), mode_(mode) {
+  if (name == "-") throw UsageError("- is standard input; write /dev/stdout, or ./- for a file");
   exists_ = ::stat(path_.c_str(), &old_) == 0;
   // What has no old content to keep is written as it stands, links that lead nowhere too.
   struct ::stat link = {};
   const bool is_dangling = !exists_ && ::lstat(path_.c_str(), &link) == 0;
-  if (mode != Mode::kReplace || is_dangling || (exists_ && !S_ISREG(old_.st_mode))) return;
-  std::array<char, PATH_MAX> resolved;
-  if (exists_ && ::realpath(path_.c_str(), resolved.data())) path_ = resolved.data();
-  make_neighbour();
+  if (is_dangling || (exists_ && !S_ISREG(old_.st_mode))) return;
+  if (mode != Mode::kReplace) {
+    read_head();
+  } else if (!exists_ || resolve_links()) {
+    make_neighbour();
+  }
 }
 
 Target::~Target() {
@@ -81,12 +86,44 @@ Target::~Target() {
 }
 
 void Target::refuse_same(const struct ::stat &source) const {
-  if (!exists_ || source.st_ino != old_.st_ino || source.st_dev != old_.st_dev) return;
-  if (!S_ISREG(old_.st_mode)) return;
-  Failure failure(shown_, JXWEM_E_BADOPTIONS);
-  failure.meaning = "input and output are the same file";
-  failure.hint = "write to another file and rename it with: jxfile mv";
-  throw failure;
+  if (!exists_ || !is_same(source, old_) || !S_ISREG(old_.st_mode)) return;
+  throw Failure(shown_, JXWEM_E_BADOPTIONS)
+      .saying("input and output are the same file",
+              "write to another file and rename it with: jxfile mv");
+}
+
+// False when the path that links lead to is not that of the file: a link of /proc leads to an open
+// file that has no name any more, and a new content in the link's place would take the link away.
+bool Target::resolve_links() {
+  std::array<char, PATH_MAX> resolved;
+  struct ::stat found = {};
+  const bool is_found = ::realpath(path_.c_str(), resolved.data()) &&
+                        ::stat(resolved.data(), &found) == 0 && is_same(found, old_);
+  if (is_found) path_ = resolved.data();
+  return is_found;
+}
+
+// A file that cannot be read has no mark as far as anyone can tell.
+void Target::read_head() {
+  const Descriptor file(::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file.get() >= 0) head_ = read_fully(file.get(), kLongestMark, shown_);
+}
+
+uint32_t Target::encoding(uint32_t asked) const {
+  const uint32_t found = sniff(head_);
+  if (found == 0 || found == asked) return asked != 0 ? asked : JX_ENCODING_UTF8;
+  if (asked == 0) return found;
+  const std::string meaning = "its byte-order mark is that of ";
+  throw Failure(shown_, JXWEM_E_BADOPTIONS)
+      .saying(meaning + jxhost_encoding_name(found), "leave --to out");
+}
+
+void Target::require_mark(uint32_t encoding) const {
+  if (byte_order_mark(encoding).empty()) {
+    throw UsageError(std::string("--bom: ") + jxhost_encoding_name(encoding) + " has no mark");
+  }
+  if (head_.empty() || byte_order_mark_size(head_, encoding) > 0) return;
+  throw UsageError("--bom: '" + shown_ + "' begins without a mark and is changed in place");
 }
 
 // Makes an empty file in the target's directory that nobody else can have made.
@@ -124,14 +161,12 @@ wem::OpenOptions Target::options() const {
 
 wem::File &Target::open(const wem::OpenOptions &options) {
   // The module makes files executable as far as the mask allows; text is not.
-  const mode_t mask = current_umask();
-  ::umask(mask | kExecutable);
+  const CreationMask mask(kExecutable);
   JXJournal *journal = session_.instance().raw()->journal;
   auto opened =
       neighbour_.empty()
           ? session_.instance().open(widen(shown_), options.journal(journal))
           : session_.instance().open(widen(neighbour_), options.journal(journal).literal_name());
-  ::umask(mask);
   file_ = require(std::move(opened), shown_);
   return file_;
 }
@@ -145,7 +180,7 @@ void Target::commit() {
   require(tolerable(file_.flush()), shown_);
   require(tolerable(file_.close()), shown_);
   if (neighbour_.empty()) return;
-  const mode_t mode = exists_ ? old_.st_mode & 07777 : 0666 & ~current_umask();
+  const mode_t mode = exists_ ? old_.st_mode & 07777 : 0666 & ~CreationMask(0).umask();
   // Only the superuser can give a file away; for others the owner is the same or stays their own.
   if (exists_ && ::chown(neighbour_.c_str(), old_.st_uid, old_.st_gid) != 0) errno = 0;
   if (::chmod(neighbour_.c_str(), mode) != 0) throw creation_failure(shown_, errno);

@@ -7,17 +7,17 @@
 #include "cli/commands.hpp"
 #include "cli/copying.hpp"
 #include "cli/descriptor.hpp"
+#include "cli/input.hpp"
 #include "cli/target.hpp"
 
 namespace cli {
 namespace {
 
-constexpr uint64_t kLongestRecord = 1 << 26;
 constexpr size_t kChunkBytes = 65536;
 const std::string kSource = "standard input";
 
 struct Writing {
-  uint32_t to;
+  uint32_t to;  // 0: by the target
   uint32_t record_length;
   std::optional<int64_t> at;
   bool wants_mark;
@@ -123,6 +123,14 @@ void write_text(Session &session, const Writing &writing, Target &target) {
   writer.finish();
 }
 
+// Text goes on in the encoding of what is there, behind its byte-order mark.
+void adapt(Writing &writing, const Target &target, Target::Mode mode) {
+  writing.to = target.encoding(writing.to);
+  if (writing.wants_mark) target.require_mark(writing.to);
+  const size_t mark_bytes = byte_order_mark_size(target.head(), writing.to);
+  if (mode == Target::Mode::kUpdate && !writing.at) writing.at = static_cast<int64_t>(mark_bytes);
+}
+
 Target::Mode mode_of(const Arguments &arguments) {
   const bool is_update = arguments.has("--update") || arguments.has("--at");
   if (arguments.has("--append") && is_update) {
@@ -136,9 +144,8 @@ Target::Mode mode_of(const Arguments &arguments) {
 
 int run_write(Session &session, const Arguments &arguments) {
   Writing writing = {};
-  writing.to = arguments.has("--to") ? arguments.encoding("--to") : JX_ENCODING_UTF8;
-  writing.record_length =
-      static_cast<uint32_t>(arguments.number("--record-length", 65536, 1, kLongestRecord));
+  writing.to = arguments.encoding("--to");
+  writing.record_length = arguments.record_length(65536, 1);
   writing.wants_mark = arguments.has("--bom");
   const uint64_t furthest = std::numeric_limits<int64_t>::max();
   if (arguments.has("--at")) {
@@ -148,8 +155,17 @@ int run_write(Session &session, const Arguments &arguments) {
   if (kind != "text" && kind != "binary" && kind != "stream") {
     throw UsageError("--records is text, binary or stream");
   }
-  Target target(session, arguments.operand(0), mode_of(arguments));
-  if (kind == "binary") write_binary(writing, target);
+  const bool is_binary = kind == "binary";
+  if (is_binary && (writing.to != 0 || writing.wants_mark)) {
+    throw UsageError("--records binary takes neither --to nor --bom");
+  }
+  if (kind == "stream" && arguments.has("--record-length")) {
+    throw UsageError("--records stream takes no --record-length");
+  }
+  const Target::Mode mode = mode_of(arguments);
+  Target target(session, arguments.operand(0), mode);
+  if (!is_binary) adapt(writing, target, mode);
+  if (is_binary) write_binary(writing, target);
   if (kind == "stream") write_stream(session, writing, target);
   if (kind == "text") write_text(session, writing, target);
   target.commit();

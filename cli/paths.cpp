@@ -1,4 +1,4 @@
-// The commands that work on paths as text: "split", "build" and "expand".
+// The commands that work on paths as text: "split", "build" and "expand", and "newname".
 #include "cli/commands.hpp"
 #include "cli/session.hpp"
 
@@ -51,6 +51,25 @@ int run_build(Session &session, const Arguments &arguments) {
 
 int run_expand(Session &session, const Arguments &arguments) {
   print_path(session, arguments, session.expand(arguments.operand(0)));
+  return 0;
+}
+
+int run_newname(Session &session, const Arguments &arguments) {
+  constexpr uint64_t kMostNames = 0xffff;  // then the module's numbers begin again
+  const std::u32string prefix = widen(arguments.text("--prefix", "tmp"));
+  const std::u32string extension = widen(arguments.text("--extension"));
+  if (arguments.has("--host") && arguments.has("--prefix")) {
+    throw UsageError("--host and --prefix cannot be given together");
+  }
+  wem::NameRequest request;
+  if (!arguments.has("--host")) request.prefix = prefix;
+  if (arguments.has("--extension")) request.extension = extension;
+  const std::string directory = arguments.operand(0);
+  const uint64_t count = arguments.number("--count", 1, 1, kMostNames);
+  for (uint64_t i = 0; i < count; ++i) {
+    const auto name = session.instance().create_name(widen(directory), request);
+    print_path(session, arguments, narrow(require(name, directory)));
+  }
   return 0;
 }
 

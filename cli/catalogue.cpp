@@ -55,9 +55,7 @@ int run_status(Session &session, const Arguments &arguments) {
   const auto status = find_status(given);
   if (!status) throw UsageError("CODE: '" + given + "' is neither a number nor a known name");
   if (*status != JX_OK && !jxhost_status_name(*status)) {
-    Failure failure(given, *status);
-    failure.hint = "list every status with: jxfile status";
-    throw failure;
+    throw Failure(given, *status).saying({}, "list every status with: jxfile status");
   }
   print_status(session, arguments, *status);
   return 0;

@@ -13,11 +13,13 @@ namespace {
 
 constexpr double kSecondsTo1970 = 315619200;  // from 1 January 1960
 
-// A local date and time in the form 2026-01-31T12:00:00; the value is local time already.
-std::string to_date(double modified) {
-  const auto seconds = static_cast<std::time_t>(std::floor(modified - kSecondsTo1970));
+// A local date and time in the form 2026-01-31T12:00:00. The value is local time by today's
+// distance from UTC, which may not be that of its own day.
+std::string to_date(Session &session, double modified) {
+  const double utc = modified - kSecondsTo1970 + session.module().host()->time_zone;
+  const auto seconds = static_cast<std::time_t>(std::floor(utc));
   std::tm parts = {};
-  if (!::gmtime_r(&seconds, &parts)) return std::to_string(modified);
+  if (!::localtime_r(&seconds, &parts)) return std::to_string(modified);
   char text[64];
   std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &parts);
   return text;
@@ -28,18 +30,18 @@ struct ListedName {
   std::optional<wem::FileInfo> info;  // when asked for and found
 };
 
-void add_info(Row &row, const std::optional<wem::FileInfo> &info) {
+void add_info(Session &session, Row &row, const std::optional<wem::FileInfo> &info) {
   if (!info) return;
-  row.add("size", info->size_bytes).add("modified", to_date(info->modified));
+  row.add("size", info->size_bytes).add("modified", to_date(session, info->modified));
   row.add("is_dir", info->is_directory);
 }
 
-std::string long_line(const ListedName &listed) {
+std::string long_line(Session &session, const ListedName &listed) {
   if (!listed.info) return std::string("?") + std::string(35, ' ') + listed.name + "\n";
   char text[64];
   std::snprintf(text, sizeof text, "%c %12llu  %s  ", listed.info->is_directory ? 'd' : '-',
                 static_cast<unsigned long long>(listed.info->size_bytes),
-                to_date(listed.info->modified).c_str());
+                to_date(session, listed.info->modified).c_str());
   return text + listed.name + "\n";
 }
 
@@ -136,13 +138,13 @@ int run_info(Session &session, const Arguments &arguments) {
     }
     if (arguments.has("--json")) {
       Row row;
-      add_info(row.add_name("path", path), *info);
+      add_info(session, row.add_name("path", path), *info);
       session.output() << row;
       continue;
     }
     session.output() << path + "\n  size      " + std::to_string(info->size_bytes) +
-                            " bytes\n  modified  " + to_date(info->modified) + "\n  kind      " +
-                            (info->is_directory ? "directory" : "file") + "\n";
+                            " bytes\n  modified  " + to_date(session, info->modified) +
+                            "\n  kind      " + (info->is_directory ? "directory" : "file") + "\n";
   }
   return code;
 }
@@ -165,17 +167,24 @@ int run_fsinfo(Session &session, const Arguments &arguments) {
 
 int run_ls(Session &session, const Arguments &arguments) {
   const ListRequest request = list_request(session, arguments);
-  std::vector<ListedName> names =
-      arguments.has("--all") ? list_all(session, request) : list_visible(session, request);
+  std::vector<ListedName> names;
+  try {
+    names = arguments.has("--all") ? list_all(session, request) : list_visible(session, request);
+  } catch (Failure &failure) {
+    const bool is_there = session.instance().exist(widen(request.directory)).ok();
+    if (failure.status != JXWEM_E_NOTFOUND || !is_there) throw;
+    failure.hint = "it is not a directory; show a file with: jxfile info";
+    throw;
+  }
   std::sort(names.begin(), names.end(),
             [](const ListedName &a, const ListedName &b) { return a.name < b.name; });
   for (const ListedName &listed : names) {
     if (arguments.has("--json")) {
       Row row;
-      add_info(row.add_name("name", listed.name), listed.info);
+      add_info(session, row.add_name("name", listed.name), listed.info);
       session.output() << row;
     } else {
-      session.output() << (request.is_long ? long_line(listed) : listed.name + "\n");
+      session.output() << (request.is_long ? long_line(session, listed) : listed.name + "\n");
     }
   }
   return 0;

@@ -23,7 +23,7 @@ class LinePrinter {
   void print(const wem::Record &record, const char *end) {
     if (is_json_) return print_json(record, end);
     if (is_marked_) return print_marked(record, end);
-    if (needs_line_end_) session_.output() << "\n";
+    if (std::exchange(needs_line_end_, false)) session_.output() << "\n";
     if (is_numbered_ && !is_inside_line_) print_number(line_);
     session_.print(record.text());
     needs_line_end_ = !record.partial;
@@ -51,11 +51,10 @@ class LinePrinter {
   }
 
   void print_marked(const wem::Record &record, const char *end) {
+    const std::string text = session_.to_utf8(record.text());
     if (is_numbered_) print_number(line_);
-    const size_t chars = record.text().size();
-    session_.output() << "[" + std::to_string(chars) + " " + end + "] ";
-    session_.print(record.text());
-    session_.output() << "\n";
+    const std::string length = std::to_string(record.text().size());
+    session_.output() << "[" + length + " " + end + "] " + text + "\n";
     advance(record);
   }
 
@@ -80,18 +79,22 @@ class LinePrinter {
 
 // A record that does not fit is split at a number of bytes: whole units of the encoding.
 uint32_t record_length(const Arguments &arguments, uint32_t encoding) {
-  constexpr uint64_t kDefault = 65536, kMaximum = 1 << 26;
-  const auto asked =
-      static_cast<uint32_t>(arguments.number("--record-length", kDefault, 1, kMaximum));
+  const uint32_t asked = arguments.record_length(65536, 1);
   const bool is_wide = encoding >= JX_ENCODING_UTF16BE && encoding <= JX_ENCODING_UTF32LE;
   return is_wide ? (asked + 3) / 4 * 4 : asked;
 }
 
-// Prints every record; the status that ended the reading.
+// Prints every record; the status that ended the reading. What the module hands on unread, because
+// it is in the encoding of records already, is found malformed when it is printed.
 wem::Status print_records(wem::File &file, LineEnds *line_ends, LinePrinter &printer) {
   wem::RecordRange records = file.records();
-  for (const wem::Record &record : records) {
-    printer.print(record, line_ends ? line_ends->next(record.partial) : "");
+  try {
+    for (const wem::Record &record : records) {
+      printer.print(record, line_ends ? line_ends->next(record.partial) : "");
+    }
+  } catch (const Failure &failure) {
+    if (failure.status == JXHOST_E_MALFORMED) return failure.status;
+    throw;
   }
   return records.status();
 }

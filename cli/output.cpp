@@ -22,28 +22,35 @@ constexpr JXStatus kPathRefused = 1;
 struct Hint {
   JXStatus status;
   const char *text;
+  std::string_view command = {};  // the only one that it is for, or empty
 };
 
 constexpr auto kHints = std::to_array<Hint>({
     {JXWEM_E_INUSE, "another process holds a lock on it; try again when that has closed it"},
-    {JXWEM_E_OPENREFUSED, "a directory is not read as a file; list it with: jxfile ls"},
+    {JXWEM_E_OPENREFUSED, "a directory cannot be opened as a file; list it with: jxfile ls"},
     {JXWEM_E_NOTEMPTY, "remove a directory with everything in it with: jxfile rm -r"},
     {JXWEM_E_EXISTS, "nothing is ever replaced here; remove the target first"},
     {JXWEM_E_NOPATH, "make the missing directory first with: jxfile mkdir"},
     {JXWEM_E_TOOLONG, "allow longer records with --record-length"},
+    {JXHOST_E_MALFORMED, "other text than UTF-8 is written with: jxfile convert --from ENC - FILE",
+     "write"},
     {JXHOST_E_MALFORMED, "name the encoding of the input with --from"},
     {JXHOST_E_UNMAPPABLE, "choose an encoding that has the character, such as --to utf-8"},
 });
 
-std::string hint_for(const Failure &failure) {
+std::string hint_for(std::string_view command, const Failure &failure) {
   if (!failure.hint.empty()) return failure.hint;
   for (const Hint &hint : kHints) {
-    if (failure.status == hint.status) return hint.text;
+    const bool is_for_it = hint.command.empty() || hint.command == command;
+    if (failure.status == hint.status && is_for_it) return hint.text;
   }
   return {};
 }
 
-bool wants_colour() { return isatty(STDERR_FILENO) == 1 && !std::getenv("NO_COLOR"); }
+bool wants_colour() {
+  const char *refusal = std::getenv("NO_COLOR");
+  return isatty(STDERR_FILENO) == 1 && (!refusal || !*refusal);
+}
 
 }  // namespace
 
@@ -81,7 +88,7 @@ void print_failure(std::string_view command, const Failure &failure) {
   line += std::string(command) + ": ";
   if (!failure.path.empty()) line += failure.path + ": ";
   line += describe(failure.status, failure.meaning, failure.detail) + "\n";
-  const std::string hint = hint_for(failure);
+  const std::string hint = hint_for(command, failure);
   if (!hint.empty()) line += "hint: " + hint + "\n";
   std::fwrite(line.data(), 1, line.size(), stderr);
 }

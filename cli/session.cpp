@@ -61,16 +61,18 @@ Session::Session(std::string module_option, std::string command)
     : module_option_(std::move(module_option)), command_(std::move(command)) {}
 
 std::string Session::find_module() const {
-  if (!module_option_.empty()) return module_option_;
-  if (const char *variable = std::getenv("JXWEM_MODULE"); variable && *variable) return variable;
+  std::string named = module_option_;
+  const char *variable = std::getenv("JXWEM_MODULE");
+  if (named.empty() && variable) named = variable;
+  // The system's loader looks for a bare name in its own folders only.
+  if (!named.empty()) return named.find('/') == named.npos ? "./" + named : named;
   const std::string folder = program_folder();
   for (const char *place : {"jxwem.so", "../lib/jxwem/jxwem.so", "../lib/jxwem.so"}) {
     if (::access((folder + place).c_str(), R_OK) == 0) return folder + place;
   }
-  Failure failure("jxwem.so", JXWEM_E_NOTFOUND,
-                  "the module is neither beside jxfile nor installed");
-  failure.hint = "name it with --module or in JXWEM_MODULE";
-  throw failure;
+  throw Failure("jxwem.so", JXWEM_E_NOTFOUND)
+      .saying("the module is neither beside jxfile nor installed",
+              "name it with --module or in JXWEM_MODULE");
 }
 
 const wem::Module &Session::module() {
@@ -84,9 +86,8 @@ const wem::Module &Session::module() {
   std::string error;
   module_ = wem::Module::load(module_path_.c_str(), &config, &error);
   if (!module_) {
-    Failure failure(module_path_, JXWEM_E_FAILED, error);
-    failure.meaning = "the module cannot be loaded";
-    throw failure;
+    const bool is_named = error.find(module_path_) != error.npos;
+    throw Failure(is_named ? "" : module_path_, JXWEM_E_FAILED).saying(error);
   }
   module_.instance().raw()->journal = jxhost_journal(module_.host());
   return module_;

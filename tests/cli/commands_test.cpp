@@ -93,6 +93,17 @@ TEST_F(Commands, BytesAndWriting) {
       {2, "truncate new -3", "", "LENGTH: '-3' is not a number"},
       {2, "write --append --at 1 new", "", "--append"},
       {1, "write --record-length 2 new", "", "record 2", "ab\nabc\n"},
+      {0, "bytes --raw -", "x", "", "x"},
+      {2, "write -", "", "jxfile: write: - is standard input"},
+      {0, "write --to utf-16le --bom marked", "", "", "a\nb"},
+      {0, "write --append --bom marked", "", "", "c"},
+      {0, "write --update marked", "", "", "d"},
+      {0, "bytes --json marked", "~\"hex\":\"fffe64000a0062000a0063000a00\""},
+      {1, "write --append --to utf-8 marked", "", "its byte-order mark is that of UTF-16LE"},
+      {2, "write --append --bom new", "", "--bom: 'new' begins without a mark"},
+      {2, "write --to latin1 --bom new", "", "--bom: ISO-8859-1 has no mark"},
+      {2, "write --records binary --to utf-8 new", "", "neither --to nor --bom"},
+      {1, "write new", "", "hint: other text than UTF-8 is written with", "\xff"},
   });
   EXPECT_EQ(get("new"), "u\nq");
 }
@@ -112,9 +123,17 @@ TEST_F(Commands, Information) {
       {1, "ls --parent /", "", "JXWEM_E_NOMEMBER"},
       {0, "ls --root", "~(^|\n)usr\n"},
       {2, "ls --root --home", "", "only one"},
+      {1, "ls text", "", "hint: it is not a directory"},
+      {1, "exists --json text/x missing text", "~false}\n.*true}\n",
+       "exists: text/x: system error"},
       {1, "exists text missing", "", "missing: file or directory not found"},
       {0, "exists text", ""},
   });
+  const char *zone =
+      "export TZ=CET-1CEST,M3.5.0,M10.5.0/3; for date in 2026-01-15 2026-07-15; do "
+      "touch -d $date\\ 14:00 text; " JX_BINARY_DIR "/jxfile ls -l; done";
+  EXPECT_TRUE(matches(run({"/bin/sh", "-c", zone}).out,
+                      "~ 2026-01-15T14:00:00  text(.|\n)* 2026-07-15T14:00:00  text"));
 }
 
 TEST_F(Commands, FilesAndPaths) {
@@ -122,9 +141,11 @@ TEST_F(Commands, FilesAndPaths) {
       {0, "mkdir made made", ""},
       {1, "mkdir none/made", "", "hint: make the missing directory first"},
       {0, "cp text made/copy", ""},
-      {1, "cp text made", "", "jxfile: cp: made: the target exists already"},
+      {1, "cp text made", "", "jxfile: cp: text -> made: the target exists already"},
+      {1, "cp made made/none/inner", "", "a directory cannot be copied into itself"},
       {0, "mv made/copy made/moved", ""},
       {1, "mv missing x", "", "system error: No such file or directory (JXWEM_E_SYSTEM"},
+      {1, "rm missing dir/link", "", "hint: it is a link to a directory or to nothing"},
       {1, "rm made", "", "hint: remove a directory with everything in it"},
       {0, "rm -r made", ""},
       {0, "newname --prefix job --extension tmp --count 2 /tmp",
@@ -134,7 +155,8 @@ TEST_F(Commands, FilesAndPaths) {
        "directory  /usr/lib\nmember     libx.so\nbase       libx\nextension  so\n"},
       {0, "split --json a/",
        "{\"directory\":\"a\",\"member\":null,\"base\":null,\"extension\":null}\n"},
-      {1, "split ''", "", "(0x00000001)"},
+      {2, "newname --count 65536", "", "from 1 to 65535"},
+      {2, "split ''", "", "jxfile: split: PATH is empty\nhint: jxfile split --help\n"},
       {0, "build --directory /tmp/ --member x --extension txt", "/tmp/x.txt\n"},
       {0, "expand '/a/$JX_NOT_SET//'", "/a/$JX_NOT_SET\n"},
       {0, "expand --json '/\xff'", "{\"path_base64\":\"L/8=\"}\n"},
@@ -172,13 +194,15 @@ TEST_F(Commands, CatalogueAndUsage) {
       {1, "status 0x12345", "", "hint: list every status"},
       {2, "status nonsense", "", "neither a number nor a known name"},
       {0, "version", "~jxwem 3\\.2\\.1(.|\n)*/jxwem\\.so\n"},
-      {1, "--module missing.so version", "", "the module cannot be loaded"},
+      {1, "--module missing.so version", "", "version: cannot load the module: ./missing.so: "},
       {1, "--module missing.so format %d 1", "", "missing.so"},
       {1, "version --module missing.so", "", "missing.so"},
       {0, "--help", "~lines .*\n.*convert "},
+      {0, "--version", "~jxwem 3"},
       {2, "", "", "a command is required"},
+      {2, "--frobnicate", "", "jxfile: '--frobnicate' is not an option\nhint: jxfile --help"},
       {2, "frobnicate", "", "'frobnicate' is not a command"},
-      {2, "ls --frobnicate", "", "--frobnicate"},
+      {2, "lines --frobnicate", "", "jxfile: lines: '--frobnicate' is not an option"},
   });
 }
 

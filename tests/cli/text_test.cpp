@@ -88,6 +88,10 @@ TEST_F(Text, FaultsAreNamedAndLeaveTheTarget) {
       {"a\n\n\xe6\xbc\xa2", "utf-8", "latin1",
        "record 3, byte offset 3, bytes e6 bc a2 (JXHOST_E_UNMAPPABLE"},
       {{"a\0\n\0\0", 5}, "utf-16le", "utf-8", "record 2, byte offset 4, bytes 00, cut off"},
+      {{"a\0\0\0\n\0\0\0\0\0\x11\0", 12},
+       "utf-32le",
+       "utf-8",
+       "record 2, byte offset 8, bytes 00 00 11"},
       {{"\0a\xd8\x00\0b", 6}, "utf-16be", "utf-8", "record 1, byte offset 2, bytes d8 00 "},
   };
   for (const FaultRow &row : rows) {
@@ -154,6 +158,9 @@ TEST_F(Text, PermissionsStayAndCount) {
   EXPECT_EQ(jxfile("write --append fresh", "x").code, 0);
   ASSERT_EQ(::stat(at("fresh").c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0111, 0u);
+  EXPECT_EQ(jxfile("cp out copy").code, 0);
+  ASSERT_EQ(::stat(at("copy").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0640u);
 
   const bool as_nobody = ::geteuid() == 0;
   if (jxfile("status", {}, as_nobody).code == 126) GTEST_SKIP() << "others cannot run the build";
@@ -171,6 +178,17 @@ TEST_F(Text, ClosedPipeIsQuiet) {
   const Outcome outcome =
       run({"/bin/sh", "-c", JX_BINARY_DIR "/jxfile lines in | head -c 1 > /dev/null"});
   EXPECT_EQ(outcome.err, "");
+}
+
+// A size limit leaves no file behind; a link to an open file that has no name stays a link.
+TEST_F(Text, NothingIsLeftOrTakenAway) {
+  put("in", std::string(9000, 'x'));
+  const std::string convert = JX_BINARY_DIR "/jxfile convert in ";
+  expect_failure(run({"/bin/sh", "-c", "ulimit -f 1; exec " + convert + "out"}), "out: ");
+  ASSERT_EQ(::symlink("/proc/self/fd/1", at("link").c_str()), 0);
+  EXPECT_EQ(run({"/bin/sh", "-c", "(rm out; " + convert + "link) > out"}).code, 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(at("link")));
+  EXPECT_EQ(names(), "in link ");
 }
 
 TEST_F(Text, ExamplesRun) {

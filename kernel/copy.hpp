@@ -1,5 +1,5 @@
-// A copy for short runs of bytes whose length is not known before: records, line ends, digits. The
-// C library's costs a call and the choice of a method, as much as the copy itself.
+// Copies for short runs whose length is not known before: records, line ends, text, digits. The C
+// library's costs a call and the choice of a method, as much as the copy itself.
 #pragma once
 
 #include <emmintrin.h>
@@ -46,6 +46,21 @@ inline void copy_bytes(void *destination, const void *source, size_t count) {
   } else if (count == 1) {
     *to = *from;
   }
+}
+
+// Copies `count` 32-bit units between ranges that do not overlap. Short runs, which most are, cost
+// no call.
+inline void copy_chars(const uint32_t *source, size_t count, uint32_t *destination) {
+  constexpr size_t kStep = 4;
+  constexpr size_t kLongRun = 64;
+  if (count >= kLongRun) {
+    std::memcpy(destination, source, count * sizeof(uint32_t));
+    return;
+  }
+  for (; count >= kStep; count -= kStep, source += kStep, destination += kStep) {
+    std::memcpy(destination, source, kStep * sizeof(uint32_t));
+  }
+  for (; count > 0; --count) *destination++ = *source++;
 }
 
 }  // namespace jx

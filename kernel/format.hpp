@@ -7,9 +7,9 @@
 #include <cstdint>
 #include <utility>
 
+#include "kernel/copy.hpp"
 #include "kernel/digits.hpp"
 #include "kernel/kernel.hpp"
-#include "kernel/scan.hpp"
 
 namespace jx {
 

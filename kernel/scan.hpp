@@ -83,19 +83,4 @@ inline void fill_units(uint32_t *buffer, uint32_t value, size_t count) {
   for (; index < count; ++index) buffer[index] = value;
 }
 
-// Copies `count` 32-bit units between ranges that do not overlap. Short runs, which most are, cost
-// no call.
-inline void copy_chars(const uint32_t *source, size_t count, uint32_t *destination) {
-  constexpr size_t kStep = 4;
-  constexpr size_t kLongRun = 64;
-  if (count >= kLongRun) {
-    std::memcpy(destination, source, count * sizeof(uint32_t));
-    return;
-  }
-  for (; count >= kStep; count -= kStep, source += kStep, destination += kStep) {
-    std::memcpy(destination, source, kStep * sizeof(uint32_t));
-  }
-  for (; count > 0; --count) *destination++ = *source++;
-}
-
 }  // namespace jx

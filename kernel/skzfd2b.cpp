@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "kernel/copy.hpp"
 #include "kernel/decimal.hpp"
 #include "kernel/scan.hpp"
 

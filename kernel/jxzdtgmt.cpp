@@ -4,7 +4,8 @@
 
 double jxzdtgmt(double *gmt_offset_out) {
   const JXHost *host = Exported_JXHandle;
-  // The zone counts seconds west of UTC; as a double it can be negated whatever its value.
-  if (gmt_offset_out) *gmt_offset_out = host ? -static_cast<double>(host->time_zone) : 0.0;
+  // The zone counts seconds west of UTC; in 64 bits it can be negated whatever its value, and as an
+  // integer 0 stays without a sign.
+  if (gmt_offset_out) *gmt_offset_out = host ? static_cast<double>(-int64_t{host->time_zone}) : 0.0;
   return bkztod() + jx::kEpochShift;
 }

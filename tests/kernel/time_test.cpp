@@ -4,6 +4,7 @@
 #include <time.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <optional>
 
@@ -36,6 +37,7 @@ TEST(Time, Clocks) {
   } rows[] = {
       {{0, 500000}, -3600, 0.5, 3600.0},
       {{1700000000, 1}, 18000, 1700000000.000001, -18000.0},
+      {{0, 0}, 0, 0.0, 0.0},
       {{4294967296, 250000}, INT32_MIN, 4294967296.25, 2147483648.0},
   };
   for (const auto &row : rows) {
@@ -46,6 +48,7 @@ TEST(Time, Clocks) {
     EXPECT_EQ(jxzdtgmt(nullptr), row.since_1970 + 315619200.0);
     EXPECT_EQ(jxzdtgmt(&offset), row.since_1970 + 315619200.0);
     EXPECT_EQ(offset, row.offset);
+    EXPECT_EQ(std::signbit(offset), row.offset < 0);
   }
   fixed_time.reset();
   jxextent(nullptr);

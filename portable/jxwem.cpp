@@ -34,7 +34,8 @@ void fill_table(JXInstance *instance) {
   instance->directory_list = jxwemdirectorylist;
 }
 
-// Asks "jxitcp" for the machine's name; a host without it leaves the name empty.
+// Asks "jxitcp" for the machine's name; a host without it leaves the name empty. The length is what
+// the extension claims: who uses it looks at no more than the field holds.
 void fill_host_name(JXInstance *instance, JXHost *host, JXOwner owner) {
   JXExtension *extension = host->load_extension(host, kItcpName, std::size(kItcpName), owner);
   if (!extension) return;
@@ -42,8 +43,6 @@ void fill_host_name(JXInstance *instance, JXHost *host, JXOwner owner) {
   auto *itcp = reinterpret_cast<JXItcp *>(extension);
   instance->host_name_chars = JX_HOST_NAME_CHARS;
   itcp->get_host_name(itcp, instance->host_name, &instance->host_name_chars, kHostNameForm);
-  // The field is as long as the room whatever the extension claims.
-  instance->host_name_chars = std::min<uint32_t>(instance->host_name_chars, JX_HOST_NAME_CHARS);
 }
 
 // Releases "jxelm" when the entry fails after it was loaded.

@@ -37,7 +37,8 @@ struct NameParts {
   uint32_t count;
   uint32_t process_id;
   bool is_host_form;
-  jx::Text text;  // the host name or the prefix
+  jx::Text text;        // the host name or the prefix
+  int32_t width_chars;  // of the field that the text stands in
 };
 
 // Formats the member name into room for kNameChars. 0 or the formatter's status.
@@ -45,22 +46,25 @@ JXStatus format_name(const NameParts &parts, JXChar *name, uint32_t *name_chars_
   JXChar text[kNameChars];  // the formatter takes its texts with a terminator
   std::copy_n(parts.text.data, parts.text.chars, text);
   text[parts.text.chars] = 0;
-  const auto width = static_cast<int32_t>(parts.text.chars);
   if (parts.is_host_form) {
     return jxzFormatBuff(nullptr, kHostFormat, std::size(kHostFormat), name, kNameChars,
-                         name_chars_out, parts.count, parts.process_id, width, text);
+                         name_chars_out, parts.count, parts.process_id, parts.width_chars, text);
   }
   return jxzFormatBuff(nullptr, kPrefixFormat, std::size(kPrefixFormat), name, kNameChars,
-                       name_chars_out, width, text, parts.process_id & 0xFFFF, parts.count);
+                       name_chars_out, parts.width_chars, text, parts.process_id & 0xFFFF,
+                       parts.count);
 }
 
 JXStatus choose_text(const JXInstance *instance, const JXCreateName &request, NameParts *parts) {
   parts->is_host_form = (request.flags & JX_NAME_HOST) != 0;
   if (parts->is_host_form) {
-    parts->text = {instance->host_name,
-                   std::min<uint32_t>(instance->host_name_chars, JX_HOST_NAME_CHARS)};
+    // The length is the word of an extension, the room is known.
+    const uint32_t recorded_chars = instance->host_name_chars;
+    parts->text = {instance->host_name, std::min<uint32_t>(recorded_chars, JX_HOST_NAME_CHARS)};
+    parts->width_chars = static_cast<int32_t>(recorded_chars);
   } else {
     parts->text = {request.prefix, request.prefix ? request.prefix_chars : 0};
+    parts->width_chars = static_cast<int32_t>(parts->text.chars);
   }
   return parts->text.chars < kNameChars ? JX_OK : JXWEM_E_NAMETOOLONG;
 }
@@ -72,7 +76,7 @@ extern "C" JXStatus jxwemcreatename(JXInstance *instance, const JXChar *director
                                     JXChar **path_out, uint32_t *path_chars_out) {
   if (!instance) return JXWEM_E_NOHANDLE;
   if (!request || !path_out || !path_chars_out) return JXWEM_E_FAILED;
-  NameParts parts = {next_count(instance), 0, false, {}};
+  NameParts parts = {next_count(instance), 0, false, {}, 0};
   JXStatus status = read_process_id(&parts.process_id);
   if (status != JX_OK) return status;
   const bool has_extension = (request->flags & JX_NAME_EXTENSION) != 0;

@@ -18,10 +18,13 @@ TEST_F(CreateName, Forms) {
     int32_t process = 1234;
     const char *directory = "/d";
     std::string host_name = "node7";
+    uint32_t claimed_chars = 0;  // in place of its length
   };
   const std::string most(1014, 'p');  // with the ten digits: not too long to format
   const Row rows[] = {
       {4, 0, "", "", JX_OK, "/d/ZOR_util0001000004D2_node7"},
+      {4, 0, "", "", JX_OK, "/d/ZOR_util0001000004D2_node7", 1234, "/d", "node7", ~0u},
+      {4, 0, "", "", JX_E_TRUNCATED, "", 1234, "/d", "node7", ~0u >> 1},
       {6, 0xFFFC, "tmp", "x", JX_OK, "/d/ZOR_utilFFFD000004D2_node7"},
       {5, 9, "", "dat", JX_OK, "/d/ZOR_util000A000004D2_node7.dat"},
       {4, 0, "", "", JX_OK, "/d/ZOR_util0001000004D2_", 1234, "/d/", ""},
@@ -45,7 +48,7 @@ TEST_F(CreateName, Forms) {
     instance->name_counter = row.counter;
     const JXString host_name = jx(row.host_name);
     std::copy(host_name.begin(), host_name.end(), instance->host_name);
-    instance->host_name_chars = chars(host_name);
+    instance->host_name_chars = row.claimed_chars ? row.claimed_chars : chars(host_name);
     ASSERT_EQ(jxhost_set_option(host.reference(), "host.process_id", row.process), JX_OK);
     std::string name;
     EXPECT_EQ(create_name(jx(row.directory), jx(row.prefix), jx(row.extension), row.flags, &name),

@@ -6,18 +6,21 @@ namespace {
 constexpr jx::TableShape kShape = {
     {2, 0, 1, 0, 0, 0}, "JXWEM DirectoryList", jxwemDirectoryListDestroy};
 
-JXTable *table_of_entries(jx::RecordList<JXDirectoryEntry> *records, JXStatus *status_out) {
+// Moves the records into a table; releases them all when there is none.
+JXTable *table_of_entries(JXDirectoryEntry *first, JXStatus *status_out) {
   jx::HostObject<JXTable> table = jx::make_table(kShape);
+  // Behind the table, so that the records it did not get go before it.
+  jx::RecordList<JXDirectoryEntry> records(first);
   if (!table) {
     *status_out = JXWEM_E_NOHANDLE;
     return nullptr;
   }
-  while (JXDirectoryEntry *record = records->front()) {
+  while (JXDirectoryEntry *record = records.front()) {
     if (!jx::insert_value(table.get(), record)) {
       *status_out = JXWEM_E_FAILED;
       return nullptr;
     }
-    records->pop_front();
+    records.pop_front();
   }
   return table.release();
 }
@@ -36,8 +39,7 @@ JXTable *jxwemdirectorylist(JXInstance *instance, const JXChar *path, uint32_t p
   JXDirectoryEntry *first = nullptr;
   *status = bkwemdirectorylist(instance, path, path_chars, kind, flags, &first, count);
   if (*status != JX_OK) return nullptr;
-  jx::RecordList<JXDirectoryEntry> records(first);
-  JXTable *table = table_of_entries(&records, status);
+  JXTable *table = table_of_entries(first, status);
   if (!table) *count = 0;
   return table;
 }

@@ -6,10 +6,8 @@ extern "C" JXStatus jxwemdirectorymemberexist(JXDirectory *directory, const JXCh
   if (!directory || !directory->instance) return JXWEM_E_NOHANDLE;
   if (!name || name_chars == 0) return JXWEM_E_BADMEMBER;
   JXInstance *instance = directory->instance;
-  JXChar *path = nullptr;
-  uint32_t path_chars = 0;
-  const JXStatus status = bkwembuildpath(instance, directory->path, directory->path_chars, name,
-                                         name_chars, nullptr, 0, &path, &path_chars);
-  const jx::PoolBlock<JXChar> built(instance->pool, path);
-  return status == JX_OK ? bkwemexist(instance, path, path_chars) : status;
+  jx::OwnedPath path;
+  const JXStatus status =
+      jx::build_path(instance, {directory->path, directory->path_chars}, {name, name_chars}, &path);
+  return status == JX_OK ? bkwemexist(instance, path.block.get(), path.chars) : status;
 }

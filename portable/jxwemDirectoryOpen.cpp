@@ -5,34 +5,25 @@
 
 namespace {
 
-// The handle with its copies of the caller's texts. 0 or JX_E_NOMEM; what was made stays in the
-// pool, which the caller ends.
-JXStatus make_handle(JXPool *pool, jx::Text path, const char *name8, JXDirectory **handle_out) {
-  auto *handle = jx::PoolBlock<JXDirectory>::allocate(pool, 1, JX_POOL_ZERO_FILL).release();
-  if (!handle) return JX_E_NOMEM;
-  std::copy_n(JX_EYE_CATCHER, sizeof handle->eye_catcher, handle->eye_catcher);
-  if (name8) {
-    const uint64_t bytes = uint64_t{skStrLen(name8)} + 1;
-    handle->name = jx::PoolBlock<char>::allocate(pool, bytes).release();
-    if (!handle->name) return JX_E_NOMEM;
-    skStrCpy(name8, handle->name);
-  }
-  handle->path = jx::PoolBlock<JXChar>::allocate(pool, uint64_t{path.chars} + 1).release();
-  if (!handle->path) return JX_E_NOMEM;
-  std::copy_n(path.data, path.chars, handle->path);
-  handle->path[path.chars] = 0;
-  handle->path_chars = path.chars;
-  handle->pool = pool;
-  handle->working_pool = pool;
-  *handle_out = handle;
-  return JX_OK;
+// The handle's own copy of the caller's label, which may be missing. False when memory is out.
+bool copy_label(const char *name8, JXPool *pool, JXDirectory *handle) {
+  if (!name8) return true;
+  const uint64_t bytes = uint64_t{skStrLen(name8)} + 1;
+  handle->name = jx::PoolBlock<char>::allocate(pool, bytes).release();
+  if (handle->name) skStrCpy(name8, handle->name);
+  return handle->name != nullptr;
 }
 
-void fill_slots(JXDirectory *handle) {
+void fill_handle(JXInstance *instance, JXPool *pool, uint32_t options, JXDirectory *handle) {
+  std::copy_n(JX_EYE_CATCHER, sizeof handle->eye_catcher, handle->eye_catcher);
   handle->close = jxwemdirectoryclose;
   handle->member_exist = jxwemdirectorymemberexist;
   handle->member_list = jxwemdirectorymemberlist;
   handle->read = bkwemreaddir;
+  handle->instance = instance;
+  handle->pool = pool;
+  handle->working_pool = pool;
+  handle->options = options;
 }
 
 }  // namespace
@@ -48,18 +39,22 @@ extern "C" JXDirectory *jxwemdirectoryopen(JXInstance *instance, const JXChar *p
   *status_out = JXWEM_E_NAMETOOLONG;
   if (!jx::is_valid_size((uint64_t{path_chars} + 1) * jx::kJXCharBytes)) return nullptr;
   JXHost *host = instance->pool_host;
-  // Ending the pool ends the handle and everything made for it.
+  // A failure gives back the path, the handle and the pool, which ends what else was made in it.
   jx::HostObject<JXPool> pool(host->create_pool(host, 0, 0, 0, owner, "jxwemd%d"));
   *status_out = JX_E_NOMEM;
   if (!pool) return nullptr;
-  JXDirectory *handle = nullptr;
-  *status_out = make_handle(pool.get(), {path, path_chars}, name8, &handle);
+  auto handle = jx::PoolBlock<JXDirectory>::allocate(pool.get(), 1, JX_POOL_ZERO_FILL);
+  if (!handle || !copy_label(name8, pool.get(), handle.get())) return nullptr;
+  auto path_copy = jx::PoolBlock<JXChar>::allocate(pool.get(), uint64_t{path_chars} + 1);
+  if (!path_copy) return nullptr;
+  std::copy_n(path, path_chars, path_copy.get());
+  path_copy[path_chars] = 0;
+  fill_handle(instance, pool.get(), options, handle.get());
+  handle->path = path_copy.get();
+  handle->path_chars = path_chars;
+  *status_out = jx::open_stream(handle.get(), name8 == jx::kCopyHandleName);
   if (*status_out != JX_OK) return nullptr;
-  fill_slots(handle);
-  handle->instance = instance;
-  handle->options = options;
-  *status_out = bkwemopendir(handle);
-  if (*status_out != JX_OK) return nullptr;
+  static_cast<void>(path_copy.release());
   static_cast<void>(pool.release());
-  return handle;
+  return handle.release();
 }

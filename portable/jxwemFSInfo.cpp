@@ -19,8 +19,7 @@ JXTable *jxwemfsinfo(JXInstance *instance, const JXChar *name, uint32_t name_cha
   uint32_t count = 0;
   *status = bkwemfsinfo(instance, name, name_chars, &array, &count);
   if (*status != JX_OK) return nullptr;
-  jx::InfoItems items(instance->pool, array, count);
-  return jx::table_of_items(kShape, &items, status);
+  return jx::table_of_items(kShape, instance->pool, array, count, status);
 }
 
 JXStatus jxwemFSInfoDestroy(JXTableEntry *entry) {

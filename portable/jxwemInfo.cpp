@@ -3,18 +3,21 @@
 
 namespace jx {
 
-JXTable *table_of_items(const TableShape &shape, InfoItems *items, JXStatus *status_out) {
+JXTable *table_of_items(const TableShape &shape, JXPool *pool, JXInfoItem **array, uint32_t count,
+                        JXStatus *status_out) {
   HostObject<JXTable> table = make_table(shape);
+  // Behind the table, so that the records it did not get go before it.
+  InfoItems items(pool, array, count);
   if (!table) {
     *status_out = JXWEM_E_NOHANDLE;
     return nullptr;
   }
-  while (JXInfoItem *item = items->front()) {
+  while (JXInfoItem *item = items.front()) {
     if (!insert_value(table.get(), item, {item->name, item->name_chars})) {
       *status_out = JXWEM_E_FAILED;
       return nullptr;
     }
-    items->pop_front();
+    items.pop_front();
   }
   *status_out = JX_OK;
   return table.release();
@@ -43,8 +46,7 @@ JXTable *jxweminfo(JXInstance *instance, JXPool *pool, const JXChar *name, uint3
   uint32_t count = 0;
   *status = bkweminfo(instance, pool, name, name_chars, &array, &count);
   if (*status != JX_OK) return nullptr;
-  jx::InfoItems items(pool, array, count);
-  return jx::table_of_items(kShape, &items, status);
+  return jx::table_of_items(kShape, pool, array, count, status);
 }
 
 JXStatus jxwemInfoDestroy(JXTableEntry *entry) {

@@ -37,9 +37,11 @@ inline bool insert_value(JXTable *table, void *value, Text key = {}) {
          0;
 }
 
-// Moves information records into a new table, each under its name. Null with JXWEM_E_NOHANDLE (no
-// table) or JXWEM_E_FAILED (a record refused) in *status_out; every record is released then.
-JXTable *table_of_items(const TableShape &shape, InfoItems *items, JXStatus *status_out);
+// Moves information records of the pool into a new table, each under its name, and frees their
+// array. Null with JXWEM_E_NOHANDLE (no table) or JXWEM_E_FAILED (a record refused) in *status_out;
+// every record is released then.
+JXTable *table_of_items(const TableShape &shape, JXPool *pool, JXInfoItem **array, uint32_t count,
+                        JXStatus *status_out);
 
 // Frees the information record of an entry, if it has one.
 void free_entry_item(JXTableEntry *entry);

@@ -39,20 +39,9 @@ class WorkText {
   uint32_t chars_ = 0;
 };
 
-// A component as its caller gave it; a null one is empty.
-jx::Text component(const JXChar *text, uint32_t chars) { return {text, text ? chars : 0}; }
-
-// A component without its trailing blanks. A length that no memory holds is left as it is, for
-// the test of its size to refuse.
-jx::Text trimmed(jx::Text text) {
-  if (!jx::is_valid_size(uint64_t{text.chars} * jx::kJXCharBytes)) return text;
-  while (text.chars != 0 && text.data[text.chars - 1] == ' ') --text.chars;
-  return text;
-}
-
 JXStatus append_directory(JXInstance *instance, jx::Text directory, WorkText *work) {
-  if (directory.chars == 0) return work->append_current_directory(instance);
-  directory = trimmed(directory);
+  if (!directory.data || directory.chars == 0) return work->append_current_directory(instance);
+  directory = jx::trimmed(directory);
   if (directory.chars > work->free_chars()) return kBadDirectory;
   work->append(directory);
   return JX_OK;
@@ -67,7 +56,7 @@ JXStatus append_separator(WorkText *work) {
 }
 
 JXStatus append_member(jx::Text member, WorkText *work) {
-  member = trimmed(member);
+  member = jx::trimmed(member);
   if (member.chars > work->free_chars()) return JXWEM_E_NAMETOOLONG;
   work->append(member);
   return JX_OK;
@@ -75,14 +64,15 @@ JXStatus append_member(jx::Text member, WorkText *work) {
 
 // One character always stays free behind an extension.
 JXStatus append_extension(jx::Text extension, WorkText *work) {
-  if (extension.chars == 0) return JX_OK;
-  extension = trimmed(extension);
+  if (!extension.data || extension.chars == 0) return JX_OK;
+  extension = jx::trimmed(extension);
   if (uint64_t{extension.chars} + 2 > work->free_chars()) return JXWEM_E_NAMETOOLONG;
   work->append('.');
   work->append(extension);
   return JX_OK;
 }
 
+// The components are as the caller gave them: a length of a null one still asks for a separator.
 JXStatus assemble(JXInstance *instance, jx::Text directory, jx::Text member, jx::Text extension,
                   WorkText *work) {
   JXStatus status = append_directory(instance, directory, work);
@@ -97,29 +87,35 @@ JXStatus assemble(JXInstance *instance, jx::Text directory, jx::Text member, jx:
 
 }  // namespace
 
+namespace jx {
+
+Text trimmed(Text component) {
+  if (!component.data) return {};
+  if (!is_valid_size(uint64_t{component.chars} * kJXCharBytes)) return component;
+  while (component.chars != 0 && component.data[component.chars - 1] == ' ') --component.chars;
+  return component;
+}
+
+}  // namespace jx
+
 extern "C" {
 
 JXStatus bkwembuildpath(JXInstance *instance, const JXChar *directory, uint32_t directory_chars,
                         const JXChar *member, uint32_t member_chars, const JXChar *extension,
                         uint32_t extension_chars, JXChar **path_out, uint32_t *path_chars_out) {
-  if (!path_out || !path_chars_out) return JXWEM_E_FAILED;
-  *path_out = nullptr;
-  *path_chars_out = 0;
+  jx::clear_results(path_out, path_chars_out);
   if (!instance) return JXWEM_E_NOHANDLE;
+  if (!path_out || !path_chars_out) return JXWEM_E_FAILED;
   __attribute__((uninitialized)) WorkText work;  // written before it is read; 4 KiB
-  JXStatus status =
-      assemble(instance, component(directory, directory_chars), component(member, member_chars),
-               component(extension, extension_chars), &work);
+  JXStatus status = assemble(instance, {directory, directory_chars}, {member, member_chars},
+                             {extension, extension_chars}, &work);
   if (status != JX_OK) return status;
-  JXChar *expanded = nullptr;
-  uint32_t expanded_chars = 0;
-  status =
-      bkwemexpand_path(instance, work.text().data, work.text().chars, &expanded, &expanded_chars);
   // The expansion is a block of the same pool and as long as the path: it becomes the result.
-  jx::PoolBlock<JXChar> path(instance->pool, expanded);
+  jx::OwnedPath path;
+  status = jx::expand_path(instance, work.text(), &path);
   if (status != JX_OK) return status;
-  *path_out = path.release();
-  *path_chars_out = expanded_chars;
+  *path_out = path.block.release();
+  *path_chars_out = path.chars;
   return JX_OK;
 }
 

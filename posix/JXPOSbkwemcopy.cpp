@@ -9,7 +9,6 @@
 namespace {
 
 constexpr mode_t kPermissions = 0777;  // before the process's creation mask
-constexpr char kHandleName[] = "BKWEMCOPY";
 
 constexpr jx::ErrnoRow kOpenRows[] = {{EACCES, JXWEM_E_ACCESS},
                                       {ENOTDIR, JXWEM_E_NOPATH},
@@ -66,8 +65,11 @@ JXStatus copy_file(JXInstance *instance, const char *source, const char *target,
   jx::Descriptor to(open64(target, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kPermissions));
   if (!to) return failure(instance, kOpenErrors, errno);
   const JXStatus status = copy_blocks(instance, from.get(), to.get(), block_bytes);
-  // Some file systems tell only now that the data found no place.
-  if (to.close() != 0 && status == JX_OK) return failure(instance, kWriteErrors, errno);
+  // Some file systems tell only now that the data found no place. A close that a signal interrupts
+  // has closed all the same, and the copy is whole.
+  if (to.close() != 0 && errno != EINTR && status == JX_OK) {
+    return failure(instance, kWriteErrors, errno);
+  }
   return status;
 }
 
@@ -148,7 +150,7 @@ class TreeCopy {
   TreeCopy(const TreeCopy &) = delete;
   TreeCopy &operator=(const TreeCopy &) = delete;
   ~TreeCopy() {
-    while (deepest_) leave();
+    while (deepest_) static_cast<void>(leave());
   }
 
   // Copies a directory whose names have passed their check.
@@ -185,36 +187,33 @@ class TreeCopy {
     auto level = jx::PoolBlock<Level>::allocate(instance_->pool, 1);
     if (!level) return JX_E_NOMEM;
     const jx::Text path = paths_->source.text();
-    // The names in the path are those of the tree, not variables.
-    const bool is_literal =
-        std::find(path.data, path.data + path.chars, JXChar{'$'}) != path.data + path.chars;
-    const uint32_t options = JX_DIRECTORY_ALL | (is_literal ? jx::kDirectoryLiteral : 0);
     JXStatus status = JX_OK;
-    JXDirectory *directory = instance_->directory_open(instance_, path.data, path.chars, options, 0,
-                                                       nullptr, kHandleName, &status);
+    JXDirectory *directory =
+        instance_->directory_open(instance_, path.data, path.chars, JX_DIRECTORY_ALL, 0, nullptr,
+                                  jx::kCopyHandleName, &status);
     if (!directory) return status;
     *level.get() = {deepest_, directory, path.chars, paths_->target.text().chars};
     deepest_ = level.release();
     return JX_OK;
   }
 
-  void leave() {
-    deepest_->directory->close(deepest_->directory);
+  // Ends the deepest level, whose copy has the status of its directory's close.
+  JXStatus leave() {
+    const JXStatus status = deepest_->directory->close(deepest_->directory);
     Level *above = deepest_->above;
     instance_->pool->pool_free(instance_->pool, deepest_);
     deepest_ = above;
+    return status;
   }
 
   // Copies the next member of the deepest level; a level without another one is left, whatever
   // kept the read from delivering it.
   JXStatus copy_next() {
-    JXChar name[JX_NAME_MAX_CHARS];
+    // The length read is the name's on the system; a decoder may have filled less.
+    JXChar name[JX_NAME_MAX_CHARS] = {};
     uint32_t name_chars = JX_NAME_MAX_CHARS;
     JXDirectory *directory = deepest_->directory;
-    if (directory->read(directory, name, &name_chars) != JX_OK) {
-      leave();
-      return JX_OK;
-    }
+    if (directory->read(directory, name, &name_chars) != JX_OK) return leave();
     if (jx::is_dot_name(name, name_chars)) return JX_OK;
     return copy_member({name, name_chars});
   }

@@ -8,24 +8,8 @@ namespace {
 constexpr JXChar kRootPath[] = {'/'};
 constexpr JXChar kHomePath[] = {'~'};
 
-// The path of the directory to list, a block of the instance's pool.
-struct DirectoryPath {
-  jx::PoolBlock<JXChar> block;
-  uint32_t chars = 0;
-
-  jx::Text text() const { return {block.get(), chars}; }
-};
-
-JXStatus build_directory(JXInstance *instance, jx::Text path, DirectoryPath *directory) {
-  JXChar *built = nullptr;
-  const JXStatus status = bkwembuildpath(instance, path.data, path.chars, nullptr, 0, nullptr, 0,
-                                         &built, &directory->chars);
-  directory->block = jx::PoolBlock<JXChar>(instance->pool, built);
-  return status;
-}
-
 // Puts the directory that holds the object of a built path in the path's place.
-JXStatus take_parent(JXInstance *instance, DirectoryPath *directory) {
+JXStatus take_parent(JXInstance *instance, jx::OwnedPath *directory) {
   JXChar *parts[4] = {};
   int32_t chars[4] = {};
   const JXStatus status =
@@ -43,12 +27,12 @@ JXStatus take_parent(JXInstance *instance, DirectoryPath *directory) {
 }
 
 JXStatus choose_directory(JXInstance *instance, jx::Text path, uint32_t kind,
-                          DirectoryPath *directory) {
+                          jx::OwnedPath *directory) {
   if (kind > JX_DIRECTORY_HOME) return JX_E_BADARG;
   if (kind == JX_DIRECTORY_ROOT) path = {kRootPath, std::size(kRootPath)};
   if (kind == JX_DIRECTORY_HOME) path = {kHomePath, std::size(kHomePath)};
   if (path.chars > JX_NAME_MAX_CHARS) return JXWEM_E_NAMETOOLONG;
-  JXStatus status = build_directory(instance, path, directory);
+  JXStatus status = jx::build_path(instance, path, {}, directory);
   if (status == JX_OK && kind == JX_DIRECTORY_PARENT) status = take_parent(instance, directory);
   if (status == JX_OK && directory->chars > JX_NAME_MAX_CHARS) return JXWEM_E_NAMETOOLONG;
   return status;
@@ -121,25 +105,23 @@ class DirectoryList {
     if (!record) return JX_E_NOMEM;
     // A plain path into this directory needs no building to ask for what it names.
     const bool is_here = plain_is_here_ && paths_.is_plain(name);
-    jx::PoolBlock<JXChar> path;
-    uint32_t path_chars = 0;
+    jx::OwnedPath path;
     JXStatus status = JX_OK;
     if (wants_paths_ || (wants_facts_ && !is_here)) {
-      status = paths_.build(name, instance_->pool, &path, &path_chars);
+      status = paths_.build(name, instance_->pool, &path);
       if (status != JX_OK) return status;
     }
     if (wants_facts_) {
-      status = is_here ? ask_here(native_name, record.get())
-                       : ask_by_path({path.get(), path_chars}, record.get());
+      status =
+          is_here ? ask_here(native_name, record.get()) : ask_by_path(path.text(), record.get());
       if (status != JX_OK) return status;
     }
     if (!wants_paths_) {
-      path = jx::copy_text(instance_->pool, name);
-      if (!path) return JX_E_NOMEM;
-      path_chars = name.chars;
+      path = {jx::copy_text(instance_->pool, name), name.chars};
+      if (!path.block) return JX_E_NOMEM;
     }
-    record->name = path.release();
-    record->name_chars = static_cast<int32_t>(path_chars);
+    record->name = path.block.release();
+    record->name_chars = static_cast<int32_t>(path.chars);
     records->append(record.release());
     return JX_OK;
   }
@@ -179,7 +161,7 @@ class DirectoryList {
   double zone_seconds_;
 };
 
-JXStatus list(JXInstance *instance, DirectoryPath *directory, uint32_t flags,
+JXStatus list(JXInstance *instance, jx::OwnedPath *directory, uint32_t flags,
               jx::RecordList<JXDirectoryEntry> *records) {
   jx::SystemPath path;
   const JXStatus status = path.convert(instance, directory->text(), instance->pool);
@@ -203,11 +185,10 @@ JXStatus list(JXInstance *instance, DirectoryPath *directory, uint32_t flags,
 extern "C" JXStatus bkwemdirectorylist(JXInstance *instance, const JXChar *path,
                                        uint32_t path_chars, uint32_t kind, uint32_t flags,
                                        JXDirectoryEntry **first_out, uint64_t *count_out) {
-  if (!first_out || !count_out) return JXWEM_E_FAILED;
-  *first_out = nullptr;
-  *count_out = 0;
+  jx::clear_results(first_out, count_out);
   if (!instance) return JXWEM_E_NOHANDLE;
-  DirectoryPath directory;
+  if (!first_out || !count_out) return JXWEM_E_FAILED;
+  jx::OwnedPath directory;
   JXStatus status = choose_directory(instance, {path, path_chars}, kind, &directory);
   if (status != JX_OK) return status;
   jx::RecordList<JXDirectoryEntry> records;

@@ -8,13 +8,13 @@ class MemberList {
   MemberList(JXInstance *instance, JXDirectory *directory, JXPool *pool, uint32_t flags)
       : instance_(instance), directory_(directory), pool_(pool), flags_(flags) {}
 
-  JXStatus read(jx::RecordList<JXMember> *records) const {
+  JXStatus read(jx::RecordList<JXMember> *records) {
     const bool wants_paths = (flags_ & (JX_LIST_FULL_PATH | JX_LIST_INFORMATION)) != 0;
     const jx::Text given =
         wants_paths ? jx::Text{directory_->path, directory_->path_chars} : jx::Text{};
     const jx::MemberPaths paths(instance_, given);
     JXChar buffer[JX_NAME_MAX_CHARS];
-    for (;;) {
+    while (!is_ended_) {
       dirent64 entry;
       JXStatus status = next(&entry);
       if (status != JX_OK) return status == JXWEM_E_EOF ? JX_OK : status;
@@ -24,39 +24,40 @@ class MemberList {
       if (status == JX_OK) status = append(name, wants_paths ? &paths : nullptr, records);
       if (status != JX_OK) return status;
     }
+    return JX_OK;
   }
 
  private:
   JXStatus next(dirent64 *entry) const {
     const bool wants_all = (directory_->options & JX_DIRECTORY_ALL) != 0;
-    auto *stream = static_cast<DIR *>(*directory_->stream_holder);
     for (;;) {
-      const JXStatus status = jx::read_entry(stream, entry, instance_, instance_->journal);
+      const JXStatus status =
+          jx::read_entry(jx::stream_of(directory_), entry, instance_, instance_->journal);
       if (status != JX_OK || wants_all || entry->d_name[0] != '.') return status;
     }
   }
 
-  JXStatus append(jx::Text name, const jx::MemberPaths *paths,
-                  jx::RecordList<JXMember> *records) const {
+  JXStatus append(jx::Text name, const jx::MemberPaths *paths, jx::RecordList<JXMember> *records) {
     auto record = jx::PoolBlock<JXMember>::allocate(pool_, 1, JX_POOL_ZERO_FILL);
     if (!record) return JX_E_NOMEM;
-    jx::PoolBlock<JXChar> record_name;
-    uint32_t record_name_chars = name.chars;
+    jx::OwnedPath path;
     JXStatus status = JX_OK;
     if (paths) {
-      status = paths->build(name, pool_, &record_name, &record_name_chars);
+      status = paths->build(name, pool_, &path);
     } else {
-      record_name = jx::copy_text(pool_, name);
-      if (!record_name) status = JX_E_NOMEM;
+      path = {jx::copy_text(pool_, name), name.chars};
+      if (!path.block) status = JX_E_NOMEM;
     }
     if (status != JX_OK) return status;
     if ((flags_ & JX_LIST_INFORMATION) != 0) {
       record->information =
-          instance_->info(instance_, pool_, record_name.get(), record_name_chars, &status);
-      if (!record->information) return status;
+          instance_->info(instance_, pool_, path.block.get(), path.chars, &status);
+      // No table ends the list whatever the status: with 0 it is good as far as it goes.
+      is_ended_ = !record->information;
+      if (is_ended_) return status;
     }
-    record->name = record_name.release();
-    record->name_chars = static_cast<int32_t>(record_name_chars);
+    record->name = path.block.release();
+    record->name_chars = static_cast<int32_t>(path.chars);
     record->pool = pool_;
     records->append(record.release());
     return JX_OK;
@@ -66,6 +67,7 @@ class MemberList {
   JXDirectory *directory_;
   JXPool *pool_;
   uint32_t flags_;
+  bool is_ended_ = false;
 };
 
 }  // namespace
@@ -73,11 +75,9 @@ class MemberList {
 extern "C" JXStatus bkwemdirectorymemberlist(JXInstance *instance, JXDirectory *directory,
                                              JXPool *pool, uint32_t flags, JXMember **first_out,
                                              uint64_t *count_out) {
-  if (!first_out || !count_out) return JXWEM_E_FAILED;
-  *first_out = nullptr;
-  *count_out = 0;
-  if (!instance || !directory || !directory->stream_holder) return JXWEM_E_NOHANDLE;
-  if (!pool) return JXWEM_E_FAILED;
+  jx::clear_results(first_out, count_out);
+  if (!instance || !directory || !jx::stream_of(directory)) return JXWEM_E_NOHANDLE;
+  if (!first_out || !count_out || !pool) return JXWEM_E_FAILED;
   if (directory->path_chars > JX_NAME_MAX_CHARS) return JXWEM_E_NAMETOOLONG;
   jx::RecordList<JXMember> records;
   const JXStatus status = MemberList(instance, directory, pool, flags).read(&records);

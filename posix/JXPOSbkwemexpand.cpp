@@ -145,22 +145,13 @@ class Expansion {
 static_assert(jx::kHomeAreaBytes <= kPathAreaBytes,
               "a home directory is kept where the current is");
 
-// The platform form of a path: one byte a character, terminated. Empty when memory is out.
+// The platform form of a path: one byte a character, terminated. 0 or a status of encode_native;
+// JXWEM_E_FAILED also for a zero character.
 JXStatus make_form(JXInstance *instance, jx::Text path, jx::PoolBlock<char> *form_out) {
-  auto form = jx::PoolBlock<char>::allocate(instance->pool, uint64_t{path.chars} + 1);
-  if (!form) return JX_E_NOMEM;
-  const uint64_t source_bytes = uint64_t{path.chars} * jx::kJXCharBytes;
-  if (!jx::is_valid_size(source_bytes)) return JXWEM_E_NAMETOOLONG;
-  JXTranscoder *encoder = instance->native_encoder;
-  if (encoder->transcode(encoder, path.data, static_cast<uint32_t>(source_bytes), form.get(),
-                         path.chars, nullptr, 0) != JX_OK) {
-    return JXWEM_E_FAILED;
-  }
+  const JXStatus status = jx::encode_native(instance, path, instance->pool, form_out);
+  if (status != JX_OK) return status;
   // A zero would end the form early: it would name something else.
-  if (std::memchr(form.get(), '\0', path.chars)) return JXWEM_E_FAILED;
-  form[path.chars] = '\0';
-  *form_out = std::move(form);
-  return JX_OK;
+  return std::memchr(form_out->get(), '\0', path.chars) ? JXWEM_E_FAILED : JX_OK;
 }
 
 }  // namespace
@@ -170,6 +161,7 @@ extern "C" {
 JXStatus bkwemexpand_path(JXInstance *instance, const JXChar *path, uint32_t path_chars,
                           JXChar **path_out, uint32_t *path_chars_out) {
   if (!instance) return JXWEM_E_NOHANDLE;
+  if (!path && path_chars != 0) return JXWEM_E_FAILED;
   jx::PoolBlock<char> form;
   JXStatus status = make_form(instance, {path, path_chars}, &form);
   if (status != JX_OK) return status;

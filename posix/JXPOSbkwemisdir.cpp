@@ -16,9 +16,9 @@ namespace jx {
 
 JXStatus test_directory(JXInstance *instance, int directory_fd, const char *name) {
   struct stat64 info;
-  if (fstatat64(directory_fd, name, &info, 0) != 0) {
-    return status_of_errno(kErrors, errno, instance, instance->journal);
-  }
+  const int result =
+      directory_fd == AT_FDCWD ? stat64(name, &info) : fstatat64(directory_fd, name, &info, 0);
+  if (result != 0) return status_of_errno(kErrors, errno, instance, instance->journal);
   return S_ISDIR(info.st_mode) ? JX_OK : kNotDirectory;
 }
 

@@ -1,6 +1,5 @@
 // Full paths of the members of one directory.
 #include <algorithm>
-#include <iterator>
 
 #include "posix/posix.hpp"
 
@@ -9,9 +8,14 @@ namespace {
 constexpr JXChar kProbeName[] = {'x'};  // a name that every expansion leaves alone
 constexpr uint32_t kPlainMaxChars = JX_NAME_MAX_CHARS - 1;  // fits the build and the expansion
 
-jx::Text without_trailing_blanks(jx::Text text) {
-  while (text.chars != 0 && text.data[text.chars - 1] == ' ') --text.chars;
-  return text;
+bool has_variable(jx::Text text) {
+  return std::find(text.data, text.data + text.chars, JXChar{'$'}) != text.data + text.chars;
+}
+
+// Tells whether the platform encoding has every character; a zero has no place in a path.
+bool is_convertible(jx::Text text) {
+  return std::all_of(text.data, text.data + text.chars,
+                     [](JXChar character) { return character - 1 < 0xFF; });
 }
 
 }  // namespace
@@ -20,52 +24,49 @@ namespace jx {
 
 MemberPaths::MemberPaths(JXInstance *instance, Text directory)
     : instance_(instance), directory_(directory) {
-  const Text trimmed = without_trailing_blanks(directory);
-  // Without a directory before it a leading "~" or "." of the name itself would be expanded.
-  if (trimmed.chars == 0) return;
-  JXChar *path = nullptr;
-  uint32_t path_chars = 0;
-  if (bkwembuildpath(instance, directory.data, directory.chars, kProbeName, std::size(kProbeName),
-                     nullptr, 0, &path, &path_chars) != JX_OK) {
-    return;
-  }
-  prefix_ = PoolBlock<JXChar>(instance->pool, path);
-  prefix_chars_ = path_chars - static_cast<uint32_t>(std::size(kProbeName));
-  joined_chars_ = trimmed.chars + 1;
+  const Text given = trimmed(directory);
+  // Without a directory before it a leading "~" or "." of the name itself would be expanded. A
+  // variable's value may be cut where the work area ends, and what stands behind it is lost.
+  if (given.chars == 0 || has_variable(given)) return;
+  OwnedPath probe;
+  const JXStatus status = build_path(instance, directory, {kProbeName, 1}, &probe);
+  // These hold for every member; other failures may depend on the member's name.
+  if (status == JX_E_NOMEM || status == JXWEM_E_FAILED) status_ = status;
+  if (status != JX_OK) return;
+  prefix_ = std::move(probe);
+  --prefix_.chars;
+  joined_chars_ = given.chars + 1;
 }
 
 bool MemberPaths::is_plain(Text name) const {
-  return prefix_ && name.chars != 0 && name.data[name.chars - 1] != ' ' &&
+  return prefix_.block && name.chars != 0 && name.data[name.chars - 1] != ' ' &&
          !is_dot_name(name.data, name.chars) &&
-         std::max(prefix_chars_, joined_chars_) + name.chars <= kPlainMaxChars &&
-         std::find(name.data, name.data + name.chars, JXChar{'$'}) == name.data + name.chars;
+         std::max(prefix_.chars, joined_chars_) + name.chars <= kPlainMaxChars &&
+         !has_variable(name) && is_convertible(name);
 }
 
 bool MemberPaths::lead_into(Text directory) const {
-  if (!prefix_ || prefix_chars_ == 0) return false;
+  if (prefix_.chars == 0) return false;
   // The root's path is its own separator.
-  const uint32_t chars = prefix_chars_ == 1 ? 1 : prefix_chars_ - 1;
-  return directory.chars == chars &&
-         std::equal(prefix_.get(), prefix_.get() + chars, directory.data);
+  const uint32_t chars = prefix_.chars == 1 ? 1 : prefix_.chars - 1;
+  const JXChar *prefix = prefix_.block.get();
+  return directory.chars == chars && std::equal(prefix, prefix + chars, directory.data);
 }
 
-JXStatus MemberPaths::build(Text name, JXPool *pool, PoolBlock<JXChar> *path_out,
-                            uint32_t *chars_out) const {
+JXStatus MemberPaths::build(Text name, JXPool *pool, OwnedPath *path_out) const {
+  if (status_ != JX_OK) return status_;
   if (is_plain(name)) {
-    *chars_out = prefix_chars_ + name.chars;
-    *path_out = PoolBlock<JXChar>::allocate(pool, *chars_out);
-    if (!*path_out) return JX_E_NOMEM;
-    std::copy_n(prefix_.get(), prefix_chars_, path_out->get());
-    std::copy_n(name.data, name.chars, path_out->get() + prefix_chars_);
+    path_out->chars = prefix_.chars + name.chars;
+    path_out->block = PoolBlock<JXChar>::allocate(pool, path_out->chars);
+    if (!path_out->block) return JX_E_NOMEM;
+    JXChar *path = path_out->block.get();
+    std::copy_n(name.data, name.chars, std::copy_n(prefix_.block.get(), prefix_.chars, path));
     return JX_OK;
   }
-  JXChar *path = nullptr;
-  const JXStatus status = bkwembuildpath(instance_, directory_.data, directory_.chars, name.data,
-                                         name.chars, nullptr, 0, &path, chars_out);
-  PoolBlock<JXChar> built(instance_->pool, path);
-  if (status != JX_OK) return status;
-  *path_out = pool == instance_->pool ? std::move(built) : copy_text(pool, {path, *chars_out});
-  return *path_out ? JX_OK : JX_E_NOMEM;
+  const JXStatus status = build_path(instance_, directory_, name, path_out);
+  if (status != JX_OK || pool == instance_->pool) return status;
+  path_out->block = copy_text(pool, path_out->text());
+  return path_out->block ? JX_OK : JX_E_NOMEM;
 }
 
 }  // namespace jx

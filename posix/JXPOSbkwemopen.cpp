@@ -77,43 +77,19 @@ JXStatus status_of_elm(JXStatus status) {
   return JXWEM_E_SYSTEM;
 }
 
-// The path that is opened: the name itself or its expansion, given back at the end.
-class OpenPath {
- public:
-  OpenPath() = default;
-  OpenPath(const OpenPath &) = delete;
-  OpenPath &operator=(const OpenPath &) = delete;
-  ~OpenPath() {
-    if (expanded_) bkwemexpand_path_free(pool_, expanded_);
-  }
-
-  JXStatus prepare(const FileHandle *handle) {
-    text_ = {handle->name, handle->name_chars};
-    if ((handle->open_flags & JX_OPEN_LITERAL_NAME) != 0) return JX_OK;
-    pool_ = handle->instance->pool;
-    uint32_t chars = 0;
-    const JXStatus status =
-        bkwemexpand_path(handle->instance, handle->name, handle->name_chars, &expanded_, &chars);
-    text_ = {expanded_, chars};
-    return status;
-  }
-  const jx::Text &text() const { return text_; }
-
- private:
-  JXPool *pool_ = nullptr;
-  JXChar *expanded_ = nullptr;
-  jx::Text text_;
-};
-
 JXStatus open_host_file(const FileHandle *handle, jx::HostFile *host_file) {
   JXElm *elm = handle->instance->elm;
   if (!elm) return JXWEM_E_SYSTEM;
-  OpenPath path;
-  JXStatus status = path.prepare(handle);
-  if (status != JX_OK) return status;
+  jx::Text path = {handle->name, handle->name_chars};
+  jx::OwnedPath expansion;
+  JXStatus status = JX_OK;
+  if ((handle->open_flags & JX_OPEN_LITERAL_NAME) == 0) {
+    status = jx::expand_path(handle->instance, path, &expansion);
+    if (status != JX_OK) return status;
+    path = expansion.text();
+  }
   const JXOpenRequest request = {
-      path.text().data, path.text().chars, kPermissions, open_flags_of(handle), {0, 0, 0, 0}};
-  status = JX_OK;
+      path.data, path.chars, kPermissions, open_flags_of(handle), {0, 0, 0, 0}};
   JXOpenFile *open_file =
       elm->open_file(elm, &request, 1, lock_word_of(handle), handle->journal, &status);
   if (status != JX_OK || !open_file) return status_of_elm(status);

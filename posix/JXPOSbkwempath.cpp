@@ -6,15 +6,19 @@
 namespace jx {
 
 JXStatus encode_native(JXInstance *instance, Text text, char *destination) {
-  const uint64_t source_bytes = uint64_t{text.chars} * kJXCharBytes;
-  if (!is_valid_size(source_bytes)) return JXWEM_E_FAILED;
   JXTranscoder *encoder = instance->native_encoder;
-  if (encoder->transcode(encoder, text.data, static_cast<uint32_t>(source_bytes), destination,
-                         text.chars, nullptr, 0) != JX_OK) {
+  if (encoder->transcode(encoder, text.data, text.chars * kJXCharBytes, destination, text.chars,
+                         nullptr, 0) != JX_OK) {
     return JXWEM_E_FAILED;
   }
   destination[text.chars] = '\0';
   return JX_OK;
+}
+
+JXStatus encode_native(JXInstance *instance, Text text, JXPool *pool, PoolBlock<char> *native_out) {
+  if (!is_valid_size(uint64_t{text.chars} * kJXCharBytes)) return JXWEM_E_NAMETOOLONG;
+  *native_out = PoolBlock<char>::allocate(pool, uint64_t{text.chars} + 1);
+  return *native_out ? encode_native(instance, text, native_out->get()) : JX_E_NOMEM;
 }
 
 JXStatus decode_native(JXInstance *instance, const char *name, uint32_t bytes, JXChar *destination,
@@ -27,20 +31,26 @@ JXStatus decode_native(JXInstance *instance, const char *name, uint32_t bytes, J
   return status;
 }
 
-JXStatus SystemPath::prepare(JXInstance *instance, Text path, JXPool *pool) {
-  if (!path.data && path.chars != 0) return JXWEM_E_BADNAME;
-  JXChar *expansion = nullptr;
+JXStatus expand_path(JXInstance *instance, Text path, OwnedPath *path_out) {
+  JXChar *expanded = nullptr;
   const JXStatus status =
-      bkwemexpand_path(instance, path.data, path.chars, &expansion, &expanded_chars_);
-  expansion_ = PoolBlock<JXChar>(instance->pool, expansion);
-  if (status != JX_OK) return status;
-  return convert(instance, expanded(), pool);
+      bkwemexpand_path(instance, path.data, path.chars, &expanded, &path_out->chars);
+  path_out->block = PoolBlock<JXChar>(instance->pool, expanded);
+  return status;
 }
 
-JXStatus SystemPath::convert(JXInstance *instance, Text path, JXPool *pool) {
-  native_ = PoolBlock<char>::allocate(pool, uint64_t{path.chars} + 1);
-  if (!native_) return JX_E_NOMEM;
-  return encode_native(instance, path, native_.get());
+JXStatus build_path(JXInstance *instance, Text directory, Text member, OwnedPath *path_out) {
+  JXChar *built = nullptr;
+  const JXStatus status = bkwembuildpath(instance, directory.data, directory.chars, member.data,
+                                         member.chars, nullptr, 0, &built, &path_out->chars);
+  path_out->block = PoolBlock<JXChar>(instance->pool, built);
+  return status;
+}
+
+JXStatus SystemPath::prepare(JXInstance *instance, Text path, JXPool *pool) {
+  if (!path.data && path.chars != 0) return JXWEM_E_BADNAME;
+  const JXStatus status = expand_path(instance, path, &expansion_);
+  return status == JX_OK ? convert(instance, expanded(), pool) : status;
 }
 
 PoolBlock<JXChar> copy_text(JXPool *pool, Text text) {

@@ -2,10 +2,10 @@
 #include "posix/posix.hpp"
 
 extern "C" JXStatus bkwemreaddir(JXDirectory *directory, JXChar *buffer, uint32_t *chars) {
-  if (!directory || !directory->stream_holder) return JXWEM_E_NOHANDLE;
+  DIR *stream = directory ? jx::stream_of(directory) : nullptr;
+  if (!stream) return JXWEM_E_NOHANDLE;
   if (!buffer || !chars) return JXWEM_E_FAILED;
   const bool wants_all = (directory->options & JX_DIRECTORY_ALL) != 0;
-  auto *stream = static_cast<DIR *>(*directory->stream_holder);
   dirent64 entry;
   do {
     const JXStatus status = jx::read_entry(stream, &entry, directory->instance, directory->journal);
@@ -13,5 +13,8 @@ extern "C" JXStatus bkwemreaddir(JXDirectory *directory, JXChar *buffer, uint32_
   } while (!wants_all && entry.d_name[0] == '.');
   const uint32_t bytes = skStrLen(entry.d_name);
   if (*chars < bytes) return JXWEM_E_NOROOM;
-  return jx::decode_native(directory->instance, entry.d_name, bytes, buffer, chars);
+  // The name is as long as it is on the system, whatever the decoder makes of it.
+  *chars = bytes;
+  uint32_t decoded_chars = 0;
+  return jx::decode_native(directory->instance, entry.d_name, bytes, buffer, &decoded_chars);
 }

@@ -1,7 +1,9 @@
 // Removal of a file, a directory or a whole tree. A tree is removed by a loop over a list of
 // levels, one for each directory between the named one and the one being emptied. Below the named
-// directory every call names its entry relative to an open descriptor and follows no link, so
-// nothing that is put in an entry's place can lead out of the tree.
+// directory every call that removes or opens names its entry relative to an open descriptor and
+// follows no link, so nothing that is put in an entry's place can lead out of the tree. Only the
+// test of what a name is follows links: a link to a file is removed itself, a link to a directory
+// or to nothing is JXWEM_E_NOTFOUND, stays, and ends the removal.
 #include <fcntl.h>
 
 #include <climits>
@@ -21,9 +23,21 @@ constexpr jx::ErrnoRow kRemoveRows[] = {{EPERM, JXWEM_E_ACCESS},      {ENOENT, J
 static_assert(jx::is_ordered(kRemoveRows));
 constexpr jx::ErrnoMap kRemoveErrors = {kRemoveRows};
 
-// Removes a name relative to a directory's descriptor: a directory by rmdir, anything else by
-// unlink. What it is comes from a test that follows links; where the directory's entry tells the
-// type of something that is no link, the test is made only when the removal fails.
+// Removes a directory or anything else by its name relative to a directory's descriptor, or by its
+// path. Tells errno.
+int remove_by_kind(int directory_fd, const char *name, bool is_dir) {
+  int result;
+  if (directory_fd == AT_FDCWD) {
+    result = is_dir ? rmdir(name) : unlink(name);
+  } else {
+    result = unlinkat(directory_fd, name, is_dir ? AT_REMOVEDIR : 0);
+  }
+  return result == 0 ? 0 : errno;
+}
+
+// Removes a name, relative to a directory's descriptor or AT_FDCWD. What it is comes from
+// a test that follows links; where the directory's entry tells the type of something that is no
+// link, the test is made only when the removal fails.
 JXStatus remove_name(JXInstance *instance, int directory_fd, const char *name, unsigned char type,
                      bool *is_dir_out) {
   const bool is_known = type != DT_UNKNOWN && type != DT_LNK;
@@ -31,8 +45,8 @@ JXStatus remove_name(JXInstance *instance, int directory_fd, const char *name, u
   if (!is_known) test = jx::test_directory(instance, directory_fd, name);
   if (test > 1) return JXWEM_E_NOTFOUND;
   *is_dir_out = test == JX_OK;
-  if (unlinkat(directory_fd, name, *is_dir_out ? AT_REMOVEDIR : 0) == 0) return JX_OK;
-  const int error = errno;
+  const int error = remove_by_kind(directory_fd, name, *is_dir_out);
+  if (error == 0) return JX_OK;
   if (is_known && error != ENOTEMPTY && jx::test_directory(instance, directory_fd, name) > 1) {
     return JXWEM_E_NOTFOUND;
   }
@@ -61,6 +75,7 @@ class TreeRemoval {
   }
 
   JXStatus run() {
+    // Not by opendir, which would follow a link put in the directory's place.
     JXStatus status = enter(AT_FDCWD, path_);
     while (status == JX_OK && deepest_) {
       dirent64 entry;
@@ -152,9 +167,8 @@ class TreeRemoval {
       if (status != JX_OK) return status;
     }
     close_deepest();
-    const int removed =
-        above ? unlinkat(dirfd(above->stream), deepest_->name, AT_REMOVEDIR) : rmdir(path_);
-    const int error = removed == 0 ? 0 : errno;
+    const int error = above ? remove_by_kind(dirfd(above->stream), deepest_->name, true)
+                            : remove_by_kind(AT_FDCWD, path_, true);
     drop_deepest();
     if (error == 0) return JX_OK;
     return jx::status_of_errno(kRemoveErrors, error, instance_, instance_->journal);

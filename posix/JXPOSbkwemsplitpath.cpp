@@ -61,9 +61,9 @@ JXStatus bkwemsplitpath(JXInstance *instance, const JXChar *path, uint32_t path_
 
 JXStatus bkwemsplitpathdestroy(JXInstance *instance, JXChar *directory, JXChar *member,
                                JXChar *base, JXChar *extension) {
-  if (!instance) return JXWEM_E_NOHANDLE;
   for (JXChar *component : {directory, member, base, extension}) {
     if (!component) continue;
+    if (!instance) return JXWEM_E_NOHANDLE;
     instance->pool->pool_free(instance->pool, component);
     break;
   }

@@ -40,6 +40,12 @@ constexpr bool is_ordered(std::span<const ErrnoRow> rows) {
   return true;
 }
 
+// Sets the results that a caller asks for to nothing, before anything can fail.
+template <typename... Result>
+void clear_results(Result *...results_out) {
+  ((results_out ? static_cast<void>(*results_out = {}) : static_cast<void>(0)), ...);
+}
+
 // Turns the errno of a failed call into the operation's status by the call's table and, where the
 // table says so, writes the system's text to the journal (which may be null).
 JXStatus status_of_errno(const ErrnoMap &map, int error, JXInstance *instance, JXJournal *journal);
@@ -58,9 +64,30 @@ inline constexpr ErrnoMap kOpenDirectoryErrors = {kOpenDirectoryRows};  // opend
 
 // ---- Paths
 
+// A path in a block of its own.
+struct OwnedPath {
+  PoolBlock<JXChar> block;
+  uint32_t chars = 0;
+
+  Text text() const { return {block.get(), chars}; }
+};
+
+// Expands a path into a block of the instance's pool. The statuses of bkwemexpand_path.
+JXStatus expand_path(JXInstance *instance, Text path, OwnedPath *path_out);
+// Joins a directory and a member into a block of the instance's pool. The statuses of
+// bkwembuildpath.
+JXStatus build_path(JXInstance *instance, Text directory, Text member, OwnedPath *path_out);
+
+// A component without its trailing blanks; empty when it is null. A length that no memory holds is
+// left as it is, for the test of its size to refuse.
+Text trimmed(Text component);
+
 // Converts text to the platform encoding, one byte a character, and terminates it; destination
-// holds text.chars + 1 bytes. 0, or JXWEM_E_FAILED.
+// holds text.chars + 1 bytes. The text is one that memory holds. 0, or JXWEM_E_FAILED.
 JXStatus encode_native(JXInstance *instance, Text text, char *destination);
+// The same into a block of the pool, for any length. 0, JXWEM_E_NAMETOOLONG (no memory holds such
+// a text), JX_E_NOMEM or JXWEM_E_FAILED.
+JXStatus encode_native(JXInstance *instance, Text text, JXPool *pool, PoolBlock<char> *native_out);
 
 // Converts a name of the platform into JXChars; destination holds one a byte. *chars_out receives
 // the length. 0, or the transcoder's status.
@@ -77,22 +104,24 @@ class SystemPath {
   JXStatus prepare(JXInstance *instance, const JXChar *path, uint32_t path_chars) {
     return prepare(instance, {path, path_chars}, instance->pool);
   }
-  // Converts a path that is used as it is. 0, JX_E_NOMEM or JXWEM_E_FAILED.
-  JXStatus convert(JXInstance *instance, Text path, JXPool *pool);
+  // Converts a path that is used as it is. 0, JXWEM_E_NAMETOOLONG, JX_E_NOMEM or JXWEM_E_FAILED.
+  JXStatus convert(JXInstance *instance, Text path, JXPool *pool) {
+    return encode_native(instance, path, pool, &native_);
+  }
 
-  const char *native() const { return native_.get(); }                   // terminated
-  Text expanded() const { return {expansion_.get(), expanded_chars_}; }  // after prepare
+  const char *native() const { return native_.get(); }  // terminated
+  Text expanded() const { return expansion_.text(); }   // after prepare
 
  private:
-  PoolBlock<JXChar> expansion_;
-  uint32_t expanded_chars_ = 0;
+  OwnedPath expansion_;
   PoolBlock<char> native_;
 };
 
 // Tells whether a path names anything. 0, or a status of kStatErrors.
 JXStatus test_exists(JXInstance *instance, const char *path);
-// Tells what a name, relative to a directory's descriptor or AT_FDCWD, is: 0 for a directory, 1
-// for anything else that exists, JXWEM_E_NOPATH when missing, JXWEM_E_ACCESS, JXWEM_E_SYSTEM.
+// Tells what a name, relative to a directory's descriptor or AT_FDCWD, is: 0 for a
+// directory, 1 for anything else that exists, JXWEM_E_NOPATH when missing, JXWEM_E_ACCESS,
+// JXWEM_E_SYSTEM.
 JXStatus test_directory(JXInstance *instance, int directory_fd, const char *name);
 // Makes one directory; an existing one is success. The statuses of bkwemmakedirectory.
 JXStatus make_directory(JXInstance *instance, const char *path);
@@ -147,8 +176,19 @@ constexpr bool is_dot_name(const Char *name, uint32_t length) {
   return length >= 1 && length <= 2 && name[0] == '.' && name[length - 1] == '.';
 }
 
-// A directory-open option between the copy and its handles: the path is used as it is.
-inline constexpr uint32_t kDirectoryLiteral = 0x80000000u;
+// The stream of a directory handle; null once it is closed.
+inline DIR *stream_of(const JXDirectory *directory) {
+  void **holder = directory->stream_holder;
+  return holder ? static_cast<DIR *>(*holder) : nullptr;
+}
+
+// The name that the copy of a tree gives its directory handles. Handles opened with this very
+// pointer, which no host has, use their path as it is: the names in it are those of the tree.
+inline constexpr char kCopyHandleName[] = "BKWEMCOPY";
+
+// Opens the stream of a directory handle, by its path as it is or expanded. The statuses of
+// bkwemopendir.
+JXStatus open_stream(JXDirectory *directory, bool is_literal);
 
 // ---- Information
 
@@ -239,8 +279,8 @@ class RecordList {
 PoolBlock<JXChar> copy_text(JXPool *pool, Text text);
 
 // Builds the full paths of one directory's members, each as bkwembuildpath would. What comes
-// before a member's name is found once; a name that the expansion would not change is put behind
-// it without another call.
+// before a member's name is found once, unless it holds variables; a name that the expansion would
+// not change is put behind it without another call.
 class MemberPaths {
  public:
   // The directory's text is lent for the object's lifetime.
@@ -251,14 +291,14 @@ class MemberPaths {
   // Tells whether plain paths lead into the directory of that expanded path.
   bool lead_into(Text directory) const;
   // The path of a member as a block of the pool. 0, or a status of bkwembuildpath.
-  JXStatus build(Text name, JXPool *pool, PoolBlock<JXChar> *path_out, uint32_t *chars_out) const;
+  JXStatus build(Text name, JXPool *pool, OwnedPath *path_out) const;
 
  private:
   JXInstance *instance_;
   Text directory_;
+  JXStatus status_ = JX_OK;    // why no path into the directory can be had
   uint32_t joined_chars_ = 0;  // the directory as given, its separator included
-  PoolBlock<JXChar> prefix_;   // the expanded directory and its slash; empty: none to use
-  uint32_t prefix_chars_ = 0;
+  OwnedPath prefix_;           // the expanded directory and its slash; empty: none to use
 };
 
 }  // namespace jx

@@ -36,6 +36,8 @@ TEST_F(Directory, ReadsEveryName) {
     all.insert(name);
   }
   fs::current_path(dir.path());
+  setenv("HOME", dir.path().c_str(), 1);
+  EXPECT_TRUE(open_all(jx("~"), ~0u)) << "no option keeps a path from being expanded";
   const auto some = open_all(jx("."), 0);
   const auto every = open_all(jx("."));
   ASSERT_TRUE(some && every);
@@ -65,6 +67,12 @@ TEST_F(Directory, ANameThatDoesNotFitIsLost) {
   EXPECT_EQ(directory->read(directory.get(), name, &length), JX_OK);
   EXPECT_EQ(length, 4u);
   EXPECT_EQ(directory->read(directory.get(), name, &length), JXWEM_E_EOF);
+  // The length is that of the name, also where the decoder refuses it.
+  const auto again = open_all(at(""), 0);
+  length = 9;
+  host.arm(calls(Call::transcode), 0);
+  EXPECT_EQ(again->read(again.get(), name, &length), kFaultStatus);
+  EXPECT_EQ(length, 4u);
 }
 
 TEST_F(Directory, MemberExist) {
@@ -88,7 +96,15 @@ TEST_F(Directory, MemberExist) {
 
 TEST_F(Directory, Refusals) {
   make_file("file");
+  // What an open made goes before its pool, the records that a table did not get before the table.
+  host.start_trace();
   EXPECT_EQ(open_status(at("file")), JXWEM_E_NOTFOUND);
+  const auto trace = host.take_trace();
+  EXPECT_TRUE(trace.at(trace.size() - 3).starts_with("pool_free pool jxwemd"));
+  host.start_trace();
+  host.arm(calls(Call::table_insert), 0);
+  EXPECT_EQ(list_status(at(""), JX_DIRECTORY_NAMED), JXWEM_E_FAILED);
+  EXPECT_TRUE(host.take_trace().back().starts_with("destroy_table"));
   EXPECT_EQ(open_status({}), JXWEM_E_BADNAME);
   const JXChar text = '/';
   JXStatus status = 9;
@@ -96,6 +112,15 @@ TEST_F(Directory, Refusals) {
   EXPECT_EQ(status, JXWEM_E_NAMETOOLONG);
   EXPECT_FALSE(jxwemdirectoryopen(nullptr, &text, 1, 0, 0, nullptr, nullptr, nullptr));
   EXPECT_FALSE(jxwemdirectorylist(nullptr, &text, 1, 0, 0, nullptr, nullptr));
+  // The instance or handle goes before other arguments; a closed handle is none.
+  uint64_t count = 7;
+  EXPECT_EQ(bkwemdirectorylist(nullptr, nullptr, 0, 9, 0, nullptr, &count), JXWEM_E_NOHANDLE);
+  EXPECT_EQ(count, 0u);
+  const auto closed = open_all(at(""));
+  EXPECT_EQ(bkwemclosedir(closed.get()), JX_OK);
+  EXPECT_EQ(bkwemreaddir(closed.get(), nullptr, nullptr), JXWEM_E_NOHANDLE);
+  EXPECT_EQ(bkwemdirectorymemberlist(instance, closed.get(), pool, 0, nullptr, &count),
+            JXWEM_E_NOHANDLE);
   EXPECT_EQ(bkwemreaddir(nullptr, nullptr, nullptr), JXWEM_E_NOHANDLE);
   EXPECT_EQ(jxwemdirectoryclose(nullptr), JXWEM_E_NOHANDLE);
 }
@@ -107,15 +132,20 @@ TEST_F(Directory, FullPathsAreBuiltPaths) {
   setenv("JX_TEST_DIR", dir.path().c_str(), 1);
   setenv("JX_TEST_D", "a/$JX_TEST_E", 1);
   setenv("JX_TEST_E", "b", 1);
+  // A value that the work area cuts: no member's name is left behind it, whatever the value ends
+  // in.
+  const std::string cut = dir.file("a/b/x");
+  setenv("JX_TEST_CUT", (cut + std::string(1022 - cut.size(), '/')).c_str(), 1);
+  make_folder("a/b/x");
   for (const char *folder : {"home", "a/b", "a/x y", "$JX_TEST_UNSET"}) {
     make_folder(folder);
     for (const std::string &name : kHardNames) make_file(std::string(folder) + "/" + name);
   }
   for (const std::string &working : {dir.file("a/b"), std::string("/")}) {
     fs::current_path(working);
-    for (const char *path :
-         {".", "./", "..", "../b//", "../x y", "~", "~/", "$JX_TEST_D/..", "../../$JX_TEST_D",
-          "../../$JX_TEST_UNSET/", "$JX_TEST_DIR/a//b///", "/", "//", "/proc/self/fdinfo  "}) {
+    for (const char *path : {".", "./", "..", "../b//", "../x y", "~", "~/", "$JX_TEST_D/..",
+                             "../../$JX_TEST_D", "../../$JX_TEST_UNSET/", "$JX_TEST_DIR/a//b///",
+                             "/", "//", "/proc/self/fdinfo  ", "/$JX_TEST_CUT"}) {
       SCOPED_TRACE(path);
       JXStatus status = 0;
       const auto directory = open(jx(path), JX_DIRECTORY_ALL, &status);
@@ -161,6 +191,13 @@ TEST_F(Directory, MemberList) {
     EXPECT_EQ(found, (std::set<std::string>{"/.=1", "/..=1", "/.profile=3", "/name=5", "/sub=1"}));
     EXPECT_EQ(count, 5u);
   }
+  // Information with neither a table nor a failure ends the list: what came before it is good.
+  instance->info = [](auto... arguments) {
+    static int calls = 0;
+    return ++calls == 2 ? nullptr : jxweminfo(arguments...);
+  };
+  EXPECT_TRUE(members(open_all(at("")), pool, JX_LIST_INFORMATION, &count, &status));
+  EXPECT_EQ(count, 1u);
   // No names: no table and no failure. A member that cannot be asked about ends the list.
   EXPECT_FALSE(members(open_all(at("sub"), 0), pool, 0, &count, &status));
   EXPECT_EQ(status, JX_OK);

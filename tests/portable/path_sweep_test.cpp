@@ -42,11 +42,12 @@ class PathSweep : public PathTest {
       {"make", [this] { return make(at("new")); }},
       {"rename", [this] { return rename(at("tree"), at("other")); }},
       {"remove", [this] { return remove_all(); }},
+      {"remove file", [this] { return remove(at("tree/file")); }},
       {"copy", [this] { return copy(at("tree"), at("copy")); }},
       {"read", [this] { return read_status(at("tree")); }},
       {"member list", [this] { return members_status(at("tree")); }},
-      {"list", [this] { return list_status(at("tree/file"), JX_DIRECTORY_PARENT, 3); }},
-      {"list with attributes", [this] { return list_status(at("tree"), 0, 2); }},
+      {"list", [this] { return list_status(at("tree/file"), JX_DIRECTORY_PARENT, 1); }},
+      {"list with attributes", [this] { return list_status(at("tree"), 0, 3); }},
       {"create name", [this] { return create_name({}, {}, {}, JX_NAME_HOST, &made_name); }},
   };
 };
@@ -59,9 +60,10 @@ TEST_F(PathSweep, EachHostCall) {
       return operation();
     };
     for (const SweepRun &met : sweep(host, kAllFailing, run)) {
-      // Memory has a status of its own; a prefix that could not be had is done without.
+      // Memory has a status of its own; a member that cannot be asked about keeps its place.
       if (met.failed == "pool_allocate" || met.failed == "create_pool") {
-        EXPECT_TRUE(met.status == JX_E_NOMEM || met.status == JX_OK) << met.n;
+        const bool may_go_on = name == std::string_view("list with attributes");
+        EXPECT_TRUE(met.status == JX_E_NOMEM || (may_go_on && met.status == JX_OK)) << met.n;
       }
       if (met.failed == "create_table") {
         EXPECT_EQ(met.status, JXWEM_E_NOHANDLE) << met.n;

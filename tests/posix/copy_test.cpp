@@ -102,6 +102,14 @@ TEST_F(Copy, TreeOfHardNames) {
   EXPECT_EQ(remove(at("copy"), JX_REMOVE_CONTENTS), JX_OK);
   EXPECT_FALSE(exists("copy"));
   EXPECT_EQ(names_below("tree").size() + 1, expected.size());
+  // What a slot that stands in for the module's close answers is the outcome of the copy.
+  instance->directory_open = [](auto... arguments) {
+    JXDirectory *directory = jxwemdirectoryopen(arguments...);
+    EXPECT_EQ(directory->options, JX_DIRECTORY_ALL);
+    directory->close = [](JXDirectory *closed) { return jxwemdirectoryclose(closed) + 77; };
+    return directory;
+  };
+  EXPECT_EQ(copy_names("tree/plain/sub", "copy"), 77u);
 }
 
 TEST_F(Copy, ATreeIntoItselfEnds) {

@@ -111,6 +111,14 @@ TEST_F(Expand, Bounds) {
   };
   for (const auto &[path, expected] : rows) EXPECT_EQ(expand(path), expected) << path;
   EXPECT_EQ(expand(JXString{'/', 0x100}), failed);  // a character that is no byte
+  // No path of a length, and a length that cannot be: refused before memory is asked for.
+  JXChar *path = nullptr;
+  uint32_t path_chars = 0;
+  const JXChar root = '/';
+  const uint64_t asked = host.count(Call::pool_allocate);
+  EXPECT_EQ(bkwemexpand_path(instance, nullptr, 1, &path, &path_chars), JXWEM_E_FAILED);
+  EXPECT_EQ(bkwemexpand_path(instance, &root, 1u << 30, &path, &path_chars), JXWEM_E_NAMETOOLONG);
+  EXPECT_EQ(host.count(Call::pool_allocate), asked);
 }
 
 TEST_F(Expand, ValuesNestSixteenDeep) {

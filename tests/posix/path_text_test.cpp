@@ -92,6 +92,12 @@ TEST_F(PathText, BuildRefusesWhatCannotBe) {
               JXWEM_E_NAMETOOLONG);
   }
   EXPECT_EQ(bkwembuildpath(instance, text, ~0u, text, 1, text, 0, &path, &path_chars), 1u);
+  // Its instance goes before its other arguments; the results it is given are cleared.
+  path_chars = 7;
+  EXPECT_EQ(bkwembuildpath(nullptr, text, 5, text, 1, text, 0, nullptr, &path_chars),
+            JXWEM_E_NOHANDLE);
+  EXPECT_EQ(path_chars, 0u);
+  EXPECT_EQ(bkwemsplitpathdestroy(nullptr, nullptr, nullptr, nullptr, nullptr), JX_OK);
 }
 
 }  // namespace

@@ -84,9 +84,9 @@ TEST_F(Remove, AnEntrySwappedForALinkDoesNotLeadOutside) {
   make_outside();
   // Before the first removal of the tree's root, before its opening, before the removal and the
   // opening of the folder in it, before that folder is removed at last.
-  const std::pair<const char *, uint32_t> rows[] = {{"unlinkat", 0}, {"openat64", 0},
-                                                    {"unlinkat", 1}, {"openat64", 1},
-                                                    {"unlinkat", 3}, {"rmdir", 0}};
+  const std::pair<const char *, uint32_t> rows[] = {{"rmdir", 0},    {"openat64", 0},
+                                                    {"unlinkat", 0}, {"openat64", 1},
+                                                    {"unlinkat", 2}, {"rmdir", 1}};
   for (const char *swapped : {"tree", "tree/sub"}) {
     for (const auto &[swap_call, n] : rows) {
       SCOPED_TRACE(std::string(swapped) + " " + swap_call + std::to_string(n));

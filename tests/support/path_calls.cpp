@@ -76,6 +76,7 @@ JX_CALL(int, stat64, -1, noexcept, (const char *path, Info *info), (path, info))
 JX_CALL(int, fstatat64, -1, noexcept, (int fd, const char *path, Info *info, int flags),
         (fd, path, info, flags))
 JX_CALL(int, fstat64, -1, noexcept, (int fd, Info *info), (fd, info))
+JX_CALL(int, unlink, -1, noexcept, (const char *path), (path))
 JX_CALL(int, unlinkat, -1, noexcept, (int fd, const char *path, int flags), (fd, path, flags))
 JX_CALL(int, rmdir, -1, noexcept, (const char *path), (path))
 JX_CALL(int, rename, -1, noexcept, (const char *from, const char *to), (from, to))

@@ -13,7 +13,7 @@
 namespace jx::test {
 
 inline constexpr const char *kPathCalls[] = {
-    "stat64", "fstatat64", "fstat64",   "statvfs64", "unlinkat", "rmdir",       "rename",
+    "stat64", "fstatat64", "fstat64",   "statvfs64", "unlink",   "unlinkat",    "rmdir", "rename",
     "mkdir",  "opendir",   "fdopendir", "open64",    "openat64", "readdir64_r", "close"};
 
 // Runs `before` ahead of the n-th such call from now on, from 0; then the call fails with the

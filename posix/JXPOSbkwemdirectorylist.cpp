@@ -1,7 +1,7 @@
 // A directory and its members, as a linked list of records.
 #include <iterator>
 
-#include "posix/posix.hpp"
+#include "posix/member_paths.hpp"
 
 namespace {
 

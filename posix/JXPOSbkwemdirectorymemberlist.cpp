@@ -1,5 +1,5 @@
 // The members of an open directory, as a linked list of records.
-#include "posix/posix.hpp"
+#include "posix/member_paths.hpp"
 
 namespace {
 

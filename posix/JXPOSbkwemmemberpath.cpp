@@ -1,7 +1,7 @@
 // Full paths of the members of one directory.
 #include <algorithm>
 
-#include "posix/posix.hpp"
+#include "posix/member_paths.hpp"
 
 namespace {
 

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -180,6 +181,16 @@ class PathTest : public InstanceTest {
         directory->member_list(directory.get(), own.get(), 3, &count, &status));
     EXPECT_EQ(table != nullptr, status == JX_OK);
     return status;
+  }
+  // The records of a list by their names.
+  template <typename Record>
+  static std::map<std::string, Record *> by_name(const Owned<JXTable> &table) {
+    std::map<std::string, Record *> records;
+    for (void *value : FaultHost::values(table.get())) {
+      auto *record = static_cast<Record *>(value);
+      records[narrow(record->name, static_cast<size_t>(record->name_chars))] = record;
+    }
+    return records;
   }
   // Adds the names that the reads of a handle deliver; JX_OK at their end.
   static JXStatus read_names(const Owned<JXDirectory> &directory, std::set<std::string> *names) {

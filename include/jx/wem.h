@@ -293,7 +293,7 @@ struct JXInstance {
   uint32_t name_counter; /* of unique names; atomic */
   JXExtension *secure;   /* held for the instance's lifetime */
   JXChar host_name[JX_HOST_NAME_CHARS]; /* the machine's name */
-  uint32_t host_name_chars;             /* length of host_name; 0 without "jxitcp" */
+  uint32_t host_name_chars;             /* its length as "jxitcp" gave it; 0 without */
   JXTranscoder *native_encoder;         /* JXChar to encoding 62 */
   JXTranscoder *native_decoder;         /* encoding 62 to JXChar */
 };
@@ -493,14 +493,14 @@ extern JX_EXPORT JXControlString sk_inbound_cc[6];
 
 /* Expands variables, "~", leading dots and relative paths; drops trailing slashes. *path_out must
    be null before; when it is not null afterwards, whatever the status, the caller gives it back
-   with bkwemexpand_path_free and the instance's pool. 0, JX_E_NOMEM, JXWEM_E_FAILED (not
-   convertible, a zero character in the path, above the root, no current directory) or
-   JXWEM_E_NAMETOOLONG. */
+   with bkwemexpand_path_free and the instance's pool. 0, JX_E_NOMEM, JXWEM_E_FAILED (a length
+   without a path, not convertible, a zero character in the path, above the root, no current
+   directory) or JXWEM_E_NAMETOOLONG. */
 JX_EXPORT JX_NODISCARD JXStatus bkwemexpand_path(JXInstance *instance, const JXChar *path,
                                                  uint32_t path_chars, JXChar **path_out,
                                                  uint32_t *path_chars_out);
 
-/* Gives an expanded path back to its pool. The status of the pool. */
+/* Gives an expanded path back to its pool. The status of the pool; 0 for a null path. */
 JX_EXPORT JXStatus bkwemexpand_path_free(JXPool *pool, JXChar *path);
 
 /* Takes a path apart into directory, member, base name and extension; an absent component is null
@@ -513,14 +513,16 @@ JX_EXPORT JX_NODISCARD JXStatus bkwemsplitpath(JXInstance *instance, const JXCha
                                                int32_t *base_chars_out, JXChar **extension_out,
                                                int32_t *extension_chars_out);
 
-/* Gives the block of one split back; takes its four components. Returns 0. */
+/* Gives the block of one split back; takes its four components, and does nothing when all are
+   null. Returns 0. */
 JX_EXPORT JXStatus bkwemsplitpathdestroy(JXInstance *instance, JXChar *directory, JXChar *member,
                                          JXChar *base, JXChar *extension);
 
 /* Joins directory (empty: the current one), member and extension (without dot) and expands the
    result, which bkwembuildpathdestroy gives back. 0, 1 (directory too long or the current one not
    convertible), JX_E_NOMEM, JXWEM_E_NAMETOOLONG, JXWEM_E_BADNAME (nothing to build),
-   JXWEM_E_FAILED (no current directory), or a status of the expansion. */
+   JXWEM_E_FAILED (no current directory, nowhere to put the result), or a status of the
+   expansion. */
 JX_EXPORT JX_NODISCARD JXStatus bkwembuildpath(JXInstance *instance, const JXChar *directory,
                                                uint32_t directory_chars, const JXChar *member,
                                                uint32_t member_chars, const JXChar *extension,
@@ -536,17 +538,20 @@ JX_EXPORT JXStatus bkwembuildpathdestroy(JXInstance *instance, JXChar *path);
    convertible), JXWEM_E_ACCESS, JXWEM_E_SYSTEM (reported to the instance's journal) and those of
    the expansion. */
 
-/* 0 when the path names something; JXWEM_E_NOTFOUND. */
+/* 0 when the path names something; JXWEM_E_NOTFOUND, JXWEM_E_BADNAME (a length without a path). */
 JX_EXPORT JX_NODISCARD JXStatus bkwemexist(JXInstance *instance, const JXChar *path,
                                            uint32_t path_chars);
 
-/* 0 for a directory, 1 for anything else that exists; JXWEM_E_NOPATH when missing. */
+/* 0 for a directory, 1 for anything else that exists; JXWEM_E_NOPATH when missing,
+   JXWEM_E_BADNAME (a length without a path). */
 JX_EXPORT JX_NODISCARD JXStatus bkwemisdir(JXInstance *instance, const JXChar *path,
                                            uint32_t path_chars);
 
 /* Removes a file, a link or an empty directory; with JX_REMOVE_CONTENTS a whole tree, depth first,
-   never following a link below the named directory. What was removed before a failure stays
-   removed. JXWEM_E_BADNAME, JXWEM_E_NOTFOUND, JXWEM_E_NOTEMPTY, JXWEM_E_INUSE,
+   removing and opening nothing through a link below the named directory. A test that follows
+   links tells what a name is: a link to a file is removed itself; a link to a directory, or to
+   nothing, is JXWEM_E_NOTFOUND, stays, and inside a tree ends the removal. What was removed before
+   a failure stays removed. JXWEM_E_BADNAME, JXWEM_E_NOTFOUND, JXWEM_E_NOTEMPTY, JXWEM_E_INUSE,
    JXWEM_E_NAMETOOLONG, or the transcoder's status. */
 JX_EXPORT JX_NODISCARD JXStatus bkwemremove(JXInstance *instance, const JXChar *path,
                                             uint32_t path_chars, uint32_t flags);
@@ -564,7 +569,7 @@ JX_EXPORT JX_NODISCARD JXStatus bkwemmakedirectory(JXInstance *instance, const J
 /* Copies a file or a tree to a name that does not exist yet. What was copied before a failure
    stays. JXWEM_E_BADNAME, JXWEM_E_EXISTS, JXWEM_E_NOTFOUND, JXWEM_E_NOPATH, JXWEM_E_INUSE,
    JXWEM_E_DISKFULL, JXWEM_E_NOTSUPPORTED (device gone), JXWEM_E_NAMETOOLONG, JXWEM_E_FAILED
-   (reported). */
+   (reported); for a tree also what its directories' close slot answers. */
 JX_EXPORT JX_NODISCARD JXStatus bkwemcopy(JXInstance *instance, const JXChar *source,
                                           uint32_t source_chars, const JXChar *target,
                                           uint32_t target_chars);
@@ -601,11 +606,17 @@ JX_EXPORT JX_NODISCARD JXDirectory *jxwemdirectoryopen(JXInstance *instance, con
                                                        const char *name8, JXStatus *status_out);
 /* Ends a directory handle. Returns 0. */
 JX_EXPORT JXStatus jxwemdirectoryclose(JXDirectory *directory);
-/* Opens and closes the stream of a handle; called by the two routines above. */
+/* Opens the stream of a handle by its path, in the second step of the open. 0, JXWEM_E_NOHANDLE
+   (also a handle without an instance), JX_E_NOMEM, JXWEM_E_NOTFOUND (also what is no directory),
+   JXWEM_E_ACCESS, JXWEM_E_NAMETOOLONG, JXWEM_E_SYSTEM (reported to the instance's journal),
+   JXWEM_E_FAILED (not convertible), JXWEM_E_BADNAME (a length without a path), or a status of the
+   expansion. */
 JX_EXPORT JX_NODISCARD JXStatus bkwemopendir(JXDirectory *directory);
+/* Closes the stream of a handle, which is no handle for reads and lists afterwards. Returns 0. */
 JX_EXPORT JXStatus bkwemclosedir(JXDirectory *directory);
-/* The next name into buffer; *chars holds the room before and the length after. JXWEM_E_EOF,
-   JXWEM_E_NOROOM (the entry is passed over), JXWEM_E_SYSTEM, or the transcoder's status. */
+/* The next name into buffer; *chars holds the room before and the length after, which is that of
+   the name on the system, a character a byte. JXWEM_E_EOF, JXWEM_E_NOROOM (the entry is passed
+   over), JXWEM_E_FAILED (no buffer or no length), JXWEM_E_SYSTEM, or the transcoder's status. */
 JX_EXPORT JX_NODISCARD JXStatus bkwemreaddir(JXDirectory *directory, JXChar *buffer,
                                              uint32_t *chars);
 /* 0 when the directory holds a member of that name; JXWEM_E_BADMEMBER, JXWEM_E_NOTFOUND. */
@@ -614,11 +625,14 @@ JX_EXPORT JX_NODISCARD JXStatus jxwemdirectorymemberexist(JXDirectory *directory
 
 /* The members not read yet, as a table of JXMember records of the caller's pool, owned by the
    caller; null with status 0 when there are none. Flags JX_LIST_*. JXWEM_E_FAILED (no pool or
-   handle), JXWEM_E_NOHANDLE (table), JXWEM_E_NAMETOOLONG, JXWEM_E_SYSTEM. */
+   handle), JXWEM_E_NOHANDLE (table), JXWEM_E_NAMETOOLONG, JXWEM_E_SYSTEM, the transcoder's status;
+   with JX_LIST_FULL_PATH or JX_LIST_INFORMATION a status of the path build; with
+   JX_LIST_INFORMATION a status of the information operation: JXWEM_E_NOTFOUND for a link to
+   nothing. */
 JX_EXPORT JX_NODISCARD JXTable *jxwemdirectorymemberlist(JXDirectory *directory, JXPool *pool,
                                                          uint32_t flags, uint64_t *count_out,
                                                          JXStatus *status_out);
-/* The same as a linked list of records. */
+/* The same as a linked list of records. JXWEM_E_NOHANDLE for a missing or closed handle. */
 JX_EXPORT JX_NODISCARD JXStatus bkwemdirectorymemberlist(JXInstance *instance,
                                                          JXDirectory *directory, JXPool *pool,
                                                          uint32_t flags, JXMember **first_out,
@@ -628,7 +642,9 @@ JX_EXPORT JXStatus jxwemDirectoryMemberListDestroy(JXTableEntry *entry);
 
 /* The directory and its members as a table of JXDirectoryEntry records, owned by the caller. kind
    is JX_DIRECTORY_*, flags JX_LIST_*. JX_E_BADARG (kind), JXWEM_E_NOMEMBER (no parent),
-   JXWEM_E_NOTFOUND, JXWEM_E_NAMETOOLONG, JXWEM_E_NOHANDLE (table), JXWEM_E_FAILED (insert). */
+   JXWEM_E_BADNAME (a path of blanks), 1 (no path, and the current directory is not convertible; or
+   the parent of a path that expands to nothing), JXWEM_E_NOTFOUND, JXWEM_E_NAMETOOLONG,
+   JXWEM_E_NOHANDLE (table), JXWEM_E_FAILED (insert), or the transcoder's status. */
 JX_EXPORT JX_NODISCARD JXTable *jxwemdirectorylist(JXInstance *instance, const JXChar *path,
                                                    uint32_t path_chars, uint32_t kind,
                                                    uint32_t flags, uint64_t *count_out,
@@ -643,8 +659,9 @@ JX_EXPORT JXStatus jxwemDirectoryListDestroy(JXTableEntry *entry);
 
 /* Makes a name no other caller of this instance was given recently, and joins it to a directory
    (empty: the current one). The result is given back with bkwembuildpathdestroy. JXWEM_E_FAILED
-   (no request), JXWEM_E_BADOPTIONS (no kind of name), JXWEM_E_NAMETOOLONG, the host's status for
-   the option "host.process_id", or a status of the path build. */
+   (no request), JXWEM_E_BADOPTIONS (no kind of name), JX_E_TRUNCATED (a prefix of 1015 to 1023
+   characters, which leaves no room for its digits), JXWEM_E_NAMETOOLONG (a longer one), the host's
+   status for the option "host.process_id", or a status of the path build. */
 JX_EXPORT JX_NODISCARD JXStatus jxwemcreatename(JXInstance *instance, const JXChar *directory,
                                                 uint32_t directory_chars,
                                                 const JXCreateName *request, JXChar **path_out,

@@ -5,6 +5,7 @@
 #include <cwchar>
 
 #include "bench/paired.hpp"
+#include "bench/wide.hpp"
 #include "jx/runtime.h"
 
 namespace {
@@ -12,13 +13,6 @@ namespace {
 using namespace jx::bench;
 
 constexpr int32_t kRoom = 64;
-
-template <size_t kSize>
-constexpr auto wide(const char (&text)[kSize]) {
-  std::array<JXChar, kSize - 1> result{};
-  for (size_t i = 0; i + 1 < kSize; ++i) result[i] = static_cast<unsigned char>(text[i]);
-  return result;
-}
 
 template <size_t kSize, typename... Args>
 void ours(const std::array<JXChar, kSize> &format, Args... args) {

@@ -12,19 +12,15 @@
 #include <random>
 #include <string_view>
 
+#include "bench/wide.hpp"
 #include "jx/runtime.h"
 
 namespace {
 
+using jx::bench::wide;
+
 constexpr size_t kValues = 1024;
 constexpr int32_t kRoom = 400;
-
-template <size_t kSize>
-constexpr auto wide(const char (&text)[kSize]) {
-  std::array<JXChar, kSize - 1> result{};
-  for (size_t i = 0; i + 1 < kSize; ++i) result[i] = static_cast<unsigned char>(text[i]);
-  return result;
-}
 
 // What is converted: the counter of unique names, integers of every length, doubles of everyday
 // size and of every exponent.

@@ -138,5 +138,20 @@ TEST_F(Elm, WaitsThroughSignals) {
   waiter.join();
 }
 
+// What the system cannot be brought to refuse here is refused for it.
+TEST_F(Elm, ErrnosOfOpen) {
+  const std::pair<int, JXStatus> rows[] = {
+      {EPERM, JXELM_E_ACCESS},   {ENXIO, JXELM_E_NODEVICE}, {EAGAIN, JXELM_E_BUSY5},
+      {ENOMEM, JXELM_E_NOMEM},   {EBUSY, JXELM_E_BUSY2},    {EMFILE, JXELM_E_LIMIT},
+      {ENFILE, JXELM_E_LIMIT},   {ETXTBSY, JXELM_E_BUSY1},  {EFBIG, JXELM_E_TOOBIG},
+      {ENOSPC, JXELM_E_NOSPACE}, {EROFS, JXELM_E_ACCESS},   {EDEADLK, JXELM_E_BUSY3},
+      {EDQUOT, JXELM_E_NOSPACE}, {EIO, JXELM_E_SYSTEM},     {EINTR, JX_OK}};
+  for (const auto &[error, expected] : rows) {
+    arm_path_call("open64", 0, error);
+    EXPECT_EQ(try_open(path, O_RDWR | O_CREAT, JXELM_LOCK_EXCLUSIVE), expected) << error;
+    EXPECT_TRUE(disarm_path_calls());
+  }
+}
+
 }  // namespace
 }  // namespace jx::test

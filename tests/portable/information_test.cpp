@@ -76,9 +76,31 @@ TEST_F(Information, Failures) {
   EXPECT_FALSE(jxweminfo(instance, nullptr, &text, 1, nullptr));
   EXPECT_FALSE(jxweminfo(nullptr, pool, &text, 1, nullptr));
   EXPECT_FALSE(jxwemfsinfo(nullptr, &text, 1, nullptr));
+  for (const uint32_t n : {0u, 1u, 2u}) {
+    host.arm(calls(Call::table_insert), n);
+    EXPECT_EQ(info_status(at("")), JXWEM_E_FAILED) << n;
+  }
   jxextent(nullptr);
   EXPECT_EQ(info_status(at("")), JXWEM_E_NOHANDLE);
   jxextent(host.host());
+}
+
+// What each list asks of the host for its table.
+TEST_F(Information, Tables) {
+  const std::pair<const char *, std::function<JXStatus()>> rows[] = {
+      {"create_table 1 536870912 JXWEM Info", [this] { return info_status(at("")); }},
+      {"create_table 1 536870912 JXWEM FSInfo", [this] { return space_status(at("")); }},
+      {"create_table 2 1 JXWEM MemberList", [this] { return members_status(at("")); }},
+      {"create_table 2 1 JXWEM DirectoryList",
+       [this] { return list_status(at(""), JX_DIRECTORY_NAMED); }},
+  };
+  make_file("member");
+  for (const auto &[expected, ask] : rows) {
+    host.start_trace();
+    EXPECT_EQ(ask(), JX_OK);
+    const auto trace = host.take_trace();
+    EXPECT_EQ(std::count(trace.begin(), trace.end(), expected), 1) << expected;
+  }
 }
 
 TEST_F(Information, FileSystem) {

@@ -38,6 +38,14 @@ TEST_F(Copy, Files) {
   EXPECT_EQ(copy_names("source", "target"), JX_OK);
   EXPECT_TRUE(disarm_syscalls());
   EXPECT_TRUE(read_file(dir.file("target")) == content) << "after short writes";
+  fs::remove(dir.file("target"));
+  // Copied in the blocks of the source's own size; what was written before a fault stays.
+  struct stat64 facts;
+  ASSERT_EQ(stat64(dir.file("source").c_str(), &facts), 0);
+  arm_syscalls(syscalls(Syscall::write), {.n = 1, .error = ENOSPC});
+  EXPECT_EQ(copy_names("source", "target"), JXWEM_E_DISKFULL);
+  EXPECT_TRUE(disarm_syscalls());
+  EXPECT_EQ(fs::file_size(dir.file("target")), static_cast<uint64_t>(facts.st_blksize));
 }
 
 TEST_F(Copy, Refusals) {

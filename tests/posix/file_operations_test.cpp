@@ -61,6 +61,10 @@ class FileOperations : public PathTest {
 TEST_F(FileOperations, RightsOfAnotherUser) {
   ASSERT_EQ(chmod(dir.path().c_str(), 0755), 0);
   ASSERT_EQ(chmod(dir.file("folder").c_str(), 0), 0);
+  make_folder("public/listed");
+  make_file("public/listed/inner");
+  ASSERT_EQ(chmod(dir.file("public").c_str(), 0777), 0);
+  ASSERT_EQ(chmod(dir.file("public/listed").c_str(), 0744), 0);
   run_unprivileged([&] {
     EXPECT_EQ(exist(at("folder/inner")), kAccess);
     EXPECT_EQ(is_dir(at("folder/inner")), kAccess);
@@ -69,6 +73,8 @@ TEST_F(FileOperations, RightsOfAnotherUser) {
     EXPECT_EQ(open_status(at("folder")), kAccess);
     EXPECT_EQ(list_status(at("folder"), JX_DIRECTORY_NAMED), kAccess);
     EXPECT_EQ(remove(at("folder/inner")), kMissing);
+    // Its names can be listed, but not asked what they are.
+    EXPECT_EQ(remove(at("public/listed"), JX_REMOVE_CONTENTS), kMissing);
     EXPECT_EQ(remove(at("file")), kAccess);
     EXPECT_EQ(rename(at("file"), at("x")), kAccess);
     EXPECT_EQ(make(at("x")), kAccess);

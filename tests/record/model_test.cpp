@@ -1,6 +1,7 @@
 // Random scripts of file operations, each run on the module and on the model: statuses, records,
 // positions and the file itself must agree.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -8,6 +9,7 @@
 #include <sstream>
 #include <vector>
 
+#include "kernel/handle.hpp"
 #include "support/instance.hpp"
 #include "support/record_model.hpp"
 #include "support/record_script.hpp"
@@ -17,6 +19,8 @@
 namespace {
 
 using namespace jx::test;
+using jx::FileHandle;
+using jx::handle_of;
 
 // How many scripts: JX_RECORD_SCRIPTS, or a number that takes seconds.
 uint32_t script_count() {
@@ -51,6 +55,7 @@ class Comparison {
       } else if (file_) {
         operate(step);
       }
+      compare_tracked();
       if (!difference_.str().empty()) return "step " + std::to_string(i) + difference_.str();
     }
     return "";
@@ -67,6 +72,17 @@ class Comparison {
     difference_ << std::hex;
     compare("status", actual, expected);
     difference_ << std::dec;
+  }
+  // Direct text handles know where their descriptor stands.
+  void compare_tracked() {
+    if (!file_ || !model_->is_text() || model_->is_buffered()) return;
+    const FileHandle *handle = handle_of(file_);
+    const auto stands = static_cast<uint64_t>(lseek64(handle->host_file->descriptor, 0, SEEK_CUR));
+    // An append begins at the end, which the position does not know; nor does it after a point that
+    // failed.
+    if (handle->access_mode != JX_ACCESS_APPEND && !is_lost_) {
+      compare("tracked position", handle->tracked_position, stands);
+    }
   }
   void compare_files() {
     const std::string actual = content_ ? read_file(path_) : "";
@@ -85,6 +101,7 @@ class Comparison {
     compare_status(status, model_->open(options));
     compare("handle", file_ != nullptr, status == JX_OK);
     last_ = nullptr;
+    is_lost_ = false;
   }
 
   void operate(const Step &step) {
@@ -161,6 +178,7 @@ class Comparison {
       case Act::point:
         compare_status(file_->point(file_, &offset_, step.count),
                        model_->point(&expected, step.count));
+        is_lost_ = offset_ < 0;
         break;
       case Act::truncate:
         compare_status(file_->truncate(file_, &offset_), model_->truncate(expected));
@@ -186,6 +204,7 @@ class Comparison {
   JXFile *file_ = nullptr;
   std::unique_ptr<char[]> memory_;  // of the caller, exactly as much as it asks for
   int64_t offset_ = 0;
+  bool is_lost_ = false;  // the last point failed
   void *last_ = nullptr;  // what the last step read, and where
   std::string last_record_;
   std::ostringstream difference_;

@@ -177,8 +177,13 @@ struct HostCalls {
 
   static JXExtension operations(JXExtension *) { return {release<JXExtension>}; }
   static JXElm operations(JXElm *) { return {release<JXElm>, open_file}; }
-  static JXItcp operations(JXItcp *) {
-    return {release<JXItcp>, Pass<Call::get_host_name, &JXItcp::get_host_name>::call};
+  static JXItcp operations(JXItcp *) { return {release<JXItcp>, get_host_name}; }
+
+  static JXStatus get_host_name(JXItcp *itcp, JXChar *buffer, uint32_t *chars, uint32_t form) {
+    if (*chars != JX_HOST_NAME_CHARS || form != 2) {
+      shell_of(itcp)->owner->complain("get_host_name: another room or form\n");
+    }
+    return Pass<Call::get_host_name, &JXItcp::get_host_name>::call(itcp, buffer, chars, form);
   }
 
   static JXExtension *load_extension(JXHost *host, const JXChar *name, uint32_t name_chars,

@@ -27,7 +27,7 @@ JXStatus get_host_name(JXItcp *itcp, JXChar *buffer, uint32_t *length_chars, uin
   char machine[HOST_NAME_MAX + 1] = "";
   const char *name = static_cast<Itcp *>(itcp)->host->host_name.get();
   if (!name) {
-    if (::gethostname(machine, HOST_NAME_MAX) != 0) machine[0] = 0;
+    if (::gethostname(machine, sizeof machine) != 0) return JXHOST_E_BADOBJECT;
     name = machine;
   }
   const size_t chars = std::min<size_t>(std::strlen(name), *length_chars);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include "host/nls.hpp"
 
@@ -66,8 +67,13 @@ Host::Host()
 }
 
 Host::~Host() {
-  if (locale_context.native_decoder) nls->destroy_transcoder(nls, locale_context.native_decoder);
+  drop_native_decoder();
   destroy_nls(nls);
+}
+
+void Host::drop_native_decoder() {
+  JXTranscoder *decoder = std::exchange(locale_context.native_decoder, nullptr);
+  if (decoder) nls->destroy_transcoder(nls, decoder);
 }
 
 bool Host::set_up(const JXHostConfig &config) {
@@ -83,7 +89,7 @@ bool Host::set_up(const JXHostConfig &config) {
   if (config.process_id != 0 && options.set("host.process_id", config.process_id) != JX_OK) {
     return false;
   }
-  nls = create_nls(&live_objects);
+  nls = create_nls(this);
   if (!nls) return false;
   locale_context.native_decoder = nls->create_decoder(nls, JX_ENCODING_NATIVE, 0, 0);
   return locale_context.native_decoder != nullptr;
@@ -115,6 +121,7 @@ uint32_t jxhost_destroy(JXHost *host) {
   const std::unique_ptr<Host> owner(static_cast<Host *>(host));
   jxhost::unload_all(owner.get());
   const uint32_t leaked_count = jxhost_live_objects(host);
+  owner->drop_native_decoder();
   // The newest first: an object may need those made before it.
   for (Live *object = owner->newest, *older; object; object = older) {
     older = object->previous;

@@ -116,9 +116,11 @@ struct Host : JXHost {
   ~Host();
   // Takes over the configuration and makes the character-set service. False when memory is out.
   bool set_up(const JXHostConfig &config);
+  // Ends the decoder of the locale, if it is there.
+  void drop_native_decoder();
 
   JXLocale locale_context{};             // what locale points to
-  std::atomic<uint32_t> live_objects{};  // length of the list and the transcoders of others
+  std::atomic<uint32_t> live_objects{};  // length of the list
   mutable std::mutex mutex;              // guards the list
   Live *oldest = nullptr;                // the list of live objects
   Live *newest = nullptr;

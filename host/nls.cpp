@@ -2,6 +2,7 @@
 #include "host/nls.hpp"
 
 #include <algorithm>
+#include <cstdio>
 #include <new>
 
 #include "host/code_page.hpp"
@@ -12,7 +13,7 @@ namespace jxhost {
 namespace {
 
 struct Nls : JXNls {
-  std::atomic<uint32_t> *live_objects;  // counts the transcoders
+  JXHost *host;  // whose service it is
 };
 
 std::unique_ptr<Transcoder> make_transcoder(uint32_t from, uint32_t to) {
@@ -24,35 +25,37 @@ std::unique_ptr<Transcoder> make_transcoder(uint32_t from, uint32_t to) {
   return transcoder;
 }
 
-JXTranscoder *lend(JXNls *nls, std::unique_ptr<Transcoder> transcoder) {
-  if (transcoder) static_cast<Nls *>(nls)->live_objects->fetch_add(1, std::memory_order_relaxed);
+// Makes a transcoder in the host's list, under the names of its encodings.
+JXTranscoder *lend(JXNls *nls, uint32_t from, uint32_t to) {
+  std::unique_ptr<Transcoder> transcoder = nls ? make_transcoder(from, to) : nullptr;
+  if (!transcoder) return nullptr;
+  char name[sizeof transcoder->name];
+  std::snprintf(name, sizeof name, "%u to %u", from, to);
+  enlist(static_cast<Nls *>(nls)->host, transcoder.get(), "transcoder", name);
   return transcoder.release();
 }
 
 JXTranscoder *create_transcoder(JXNls *nls, uint32_t from, uint32_t to, uint32_t /*zero*/,
                                 JXOwner /*owner*/) {
-  return lend(nls, make_transcoder(from, to));
+  return lend(nls, from, to);
 }
 
 JXTranscoder *create_decoder(JXNls *nls, uint32_t encoding, uint32_t /*zero1*/,
                              uint32_t /*zero2*/) {
-  return lend(nls, make_transcoder(encoding, JX_ENCODING_UTF32LE));
+  return lend(nls, encoding, JX_ENCODING_UTF32LE);
 }
 
 JXTranscoder *create_encoder(JXNls *nls, uint32_t encoding, uint32_t /*zero1*/,
                              uint32_t /*zero2*/) {
-  return lend(nls, make_transcoder(JX_ENCODING_UTF32LE, encoding));
+  return lend(nls, JX_ENCODING_UTF32LE, encoding);
 }
 
-JXStatus destroy_transcoder(JXNls *nls, JXTranscoder *transcoder) {
-  if (!transcoder) return JXHOST_E_BADOBJECT;
-  delete static_cast<Transcoder *>(transcoder);
-  static_cast<Nls *>(nls)->live_objects->fetch_sub(1, std::memory_order_relaxed);
-  return JX_OK;
+JXStatus destroy_transcoder(JXNls * /*nls*/, JXTranscoder *transcoder) {
+  return end_live(static_cast<Transcoder *>(transcoder));
 }
 
-// Converts the text piece by piece into a buffer that is thrown away. Only the steps' ends of
-// pieces are cut, not the state of the conversion, so that the sum is what one call would produce.
+// Converts the text piece by piece into a buffer that is thrown away. The state of the conversion
+// goes on from piece to piece, so that the sum is what one call would produce.
 JXStatus measure(const Transcoder &transcoder, const uint8_t *text, uint32_t bytes,
                  uint64_t &total_bytes) {
   constexpr size_t kPieceBytes = 256;
@@ -73,6 +76,7 @@ JXStatus measure(const Transcoder &transcoder, const uint8_t *text, uint32_t byt
 
 JXStatus measure_conversion(JXNls * /*nls*/, uint32_t from, const void *text, uint32_t bytes,
                             uint32_t to, uint32_t *bytes_out) {
+  if (!bytes_out) return JX_E_BADARG;
   *bytes_out = 0;
   if (!find_encoding(from) || !find_encoding(to)) return JXHOST_E_BADENCODING;
   const std::unique_ptr<Transcoder> transcoder = make_transcoder(from, to);
@@ -91,6 +95,7 @@ int32_t needs_conversion(JXNls * /*nls*/, uint32_t a, uint32_t b) {
 }
 
 JXStatus encoding_info(JXNls * /*nls*/, uint32_t number, JXEncodingInfo *info_out) {
+  if (!info_out) return JX_E_BADARG;
   *info_out = {};
   const Encoding *encoding = find_encoding(number);
   if (!encoding) return JXHOST_E_BADENCODING;
@@ -100,7 +105,7 @@ JXStatus encoding_info(JXNls * /*nls*/, uint32_t number, JXEncodingInfo *info_ou
 
 }  // namespace
 
-JXNls *create_nls(std::atomic<uint32_t> *live_objects) {
+JXNls *create_nls(JXHost *host) {
   auto *nls = new (std::nothrow) Nls();
   if (!nls) return nullptr;
   nls->measure_conversion = measure_conversion;
@@ -110,7 +115,7 @@ JXNls *create_nls(std::atomic<uint32_t> *live_objects) {
   nls->create_decoder = create_decoder;
   nls->create_encoder = create_encoder;
   nls->destroy_transcoder = destroy_transcoder;
-  nls->live_objects = live_objects;
+  nls->host = host;
   return nls;
 }
 

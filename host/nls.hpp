@@ -1,21 +1,15 @@
 // The character-set service of the reference host: what the host core needs of it.
-#ifndef JXHOST_NLS_HPP
-#define JXHOST_NLS_HPP
-
-#include <atomic>
-#include <cstdint>
+#pragma once
 
 #include "jx/host.h"
 
 namespace jxhost {
 
-// Makes the service, owned by the caller until destroy_nls. live_objects counts the transcoders
-// that are alive, up and down, and must outlive the service. Null when memory is out.
-JXNls *create_nls(std::atomic<uint32_t> *live_objects);
+// Makes the service of a host, owned by the caller until destroy_nls; its transcoders are in the
+// host's list of live objects. Null when memory is out.
+JXNls *create_nls(JXHost *host);
 
-// Ends the service; null is allowed. Transcoders are destroyed before it: those still alive leak.
+// Ends the service; null is allowed. Its transcoders do not need it.
 void destroy_nls(JXNls *nls);
 
 }  // namespace jxhost
-
-#endif

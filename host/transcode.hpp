@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "host/encodings.hpp"
+#include "host/host.hpp"
 #include "jx/host.h"
 
 namespace jxhost {
@@ -78,7 +79,7 @@ inline constexpr size_t kHeldBytesMax = 16;
 // What a JXTranscoder of this host is. One caller at a time, except that a call writes to the
 // object only when it cuts a character: calls on whole characters between encodings without state
 // may run side by side.
-struct Transcoder : JXTranscoder {
+struct Transcoder final : JXTranscoder, Live {
   Step step;
   uint8_t held_bytes = 0;
   uint8_t held[kHeldBytesMax] = {};

@@ -140,7 +140,8 @@ struct JXNls {
    complete it on the next call. */
 struct JXTranscoder {
   /* Converts source_bytes bytes into at most capacity_bytes bytes and stores the number produced
-     (produced_bytes_out may be null). 0, or a status of the host: malformed input, no room. */
+     (produced_bytes_out may be null). 0, or a status of the host: malformed input, no room; the
+     start of a character that was held is lost then. */
   JXStatus (*transcode)(JXTranscoder *transcoder, const void *source, uint32_t source_bytes,
                         void *destination, uint32_t capacity_bytes, uint32_t *produced_bytes_out,
                         uint32_t zero);
@@ -171,9 +172,11 @@ struct JXElm {
      - The file is emptied (O_TRUNC) only after its lock is held: a refused lock leaves the content
        as it was. A file that the open created stays, empty, when its lock is refused.
      - The lock covers the whole file and belongs to this opening of it: it keeps out every other
-       opening that asks for a lock, in this process too, and ends with the close.
+       opening that asks for a lock, in this process too, and ends with the close, where a process
+       has forked with that of every copy. Two callers that wait for one another wait on.
      - Only regular files are locked. Devices, FIFOs and pipes are opened without a lock.
-     - A directory is refused for reading too. */
+     - A directory is refused for reading too, and so is emptying a file that is only read
+       (JXELM_E_BADARG). */
   JXOpenFile *(*open_file)(JXElm *elm, const JXOpenRequest *request, uint32_t one,
                            uint32_t lock_word, JXJournal *journal, JXStatus *status_out);
 };
@@ -229,27 +232,27 @@ struct JXOpenFile {
 #define JXELM_E_BUSY5 ((JXStatus)0x80ffe016u)
 
 /* Every status of "jxelm" with its meaning, X(name, text). */
-#define JXELM_STATUS_LIST(X)                                      \
-  X(JXELM_E_NOMEM, "out of memory")                               \
-  X(JXELM_E_SYSTEM, "an error without a code of its own")         \
-  X(JXELM_E_BADARG, "request, flags or lock word make no sense")  \
-  X(JXELM_E_TOOLONG, "path too long")                             \
-  X(JXELM_E_NOSPACE, "no space or quota left")                    \
-  X(JXELM_E_NOTFOUND, "no such file")                             \
-  X(JXELM_E_NOPATH, "a directory on the path is missing")         \
-  X(JXELM_E_LIMIT, "too many open files")                         \
-  X(JXELM_E_ACCESS, "access denied")                              \
-  X(JXELM_E_LOOP, "too many links on the path")                   \
-  X(JXELM_E_NODEVICE, "no device, or nobody at the other end")    \
-  X(JXELM_E_TOOBIG, "file too large for this process")            \
-  X(JXELM_E_EXISTS, "the file exists already")                    \
-  X(JXELM_E_REFUSED, "the name may not be opened as a file")      \
-  X(JXELM_E_LOCKED, "another holder's lock is in the way")        \
-  X(JXELM_E_BUSY1, "in use: a program that is being executed")    \
-  X(JXELM_E_BUSY2, "in use: a busy device")                       \
-  X(JXELM_E_BUSY3, "in use: waiting for the lock would deadlock") \
-  X(JXELM_E_BUSY4, "in use: the system has no lock left")         \
-  X(JXELM_E_NOLOCKS, "the file system has no locks")              \
+#define JXELM_STATUS_LIST(X)                                     \
+  X(JXELM_E_NOMEM, "out of memory")                              \
+  X(JXELM_E_SYSTEM, "an error without a code of its own")        \
+  X(JXELM_E_BADARG, "request, flags or lock word make no sense") \
+  X(JXELM_E_TOOLONG, "path too long")                            \
+  X(JXELM_E_NOSPACE, "no space or quota left")                   \
+  X(JXELM_E_NOTFOUND, "no such file")                            \
+  X(JXELM_E_NOPATH, "a directory on the path is missing")        \
+  X(JXELM_E_LIMIT, "too many open files")                        \
+  X(JXELM_E_ACCESS, "access denied")                             \
+  X(JXELM_E_LOOP, "too many links on the path")                  \
+  X(JXELM_E_NODEVICE, "no device, or nobody at the other end")   \
+  X(JXELM_E_TOOBIG, "file too large for this process")           \
+  X(JXELM_E_EXISTS, "the file exists already")                   \
+  X(JXELM_E_REFUSED, "the name may not be opened as a file")     \
+  X(JXELM_E_LOCKED, "another holder's lock is in the way")       \
+  X(JXELM_E_BUSY1, "in use: a program that is being executed")   \
+  X(JXELM_E_BUSY2, "in use: a busy device")                      \
+  X(JXELM_E_BUSY3, "in use: the system sees a deadlock")         \
+  X(JXELM_E_BUSY4, "in use: the system has no lock left")        \
+  X(JXELM_E_NOLOCKS, "the file system has no locks")             \
   X(JXELM_E_BUSY5, "in use: another process's lease or lock")
 
 /* Levels of a journal line. */

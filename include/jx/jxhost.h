@@ -28,12 +28,14 @@ typedef void (*JXHostJournalSink)(void *context, uint32_t level, JXStatus status
 typedef struct JXHostConfig {
   uint32_t extensions;            /* JXHOST_* bits */
   int32_t time_zone;              /* seconds west of UTC; used when time_zone_set is not 0 */
-  uint32_t time_zone_set;         /* 0: the zone of the process is taken */
+  uint32_t time_zone_set;         /* 0: the zone of the process, as it is when the host is made */
   int32_t process_id;             /* value of "host.process_id"; 0: the real one when asked */
-  const char *host_name8;         /* what "jxitcp" answers; null: the machine's name. Copied. */
+  const char *host_name8;         /* what "jxitcp" answers, a character a byte; null: the machine's
+                                     name. Copied. */
   JXHostJournalSink journal_sink; /* where the journal goes, or null */
   void *journal_context;          /* handed to journal_sink */
-  int journal_fd;                 /* used without a sink: a descriptor, or -1 for no output */
+  int journal_fd;                 /* used without a sink: a descriptor, or -1 for no output; a pipe
+                                     without a reader raises SIGPIPE */
 } JXHostConfig;
 
 #define JXHOST_CONFIG_INIT \
@@ -80,6 +82,10 @@ const JXTableEntry *jxhost_table_find(const JXTable *table, const void *key, uin
 const void *jxhost_table_key(const JXTableEntry *entry, uint32_t *key_bytes_out);
 
 /* ---- Encodings ----------------------------------------------------------------------------- */
+
+/* The Unicode forms, ASCII and the single-byte encodings are strict: what is malformed or has no
+   place in the target is a status, never a replacement. The other encodings are the C library's,
+   which reads some characters back as their look-alikes (the yen sign as a backslash). */
 
 /* The number of an encoding by name ("utf-8", "utf-16le", "latin1", "cp1252", ...), whatever its
    case and punctuation; 0 when it is not known. */

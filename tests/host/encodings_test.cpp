@@ -48,8 +48,6 @@ void check_character(const Encoding &row, const Converter &encode, const Convert
   }
   EXPECT_GE(bytes.size(), row.min_bytes);
   EXPECT_LE(bytes.size(), row.max_bytes);
-  // The C library writes DEL in this one and refuses to read it.
-  if (row.number == 50227 && c == 0x7f) return;
   EXPECT_EQ(decode(bytes).first, JX_OK);
   if (row.form == jxhost::Form::kPage) {
     EXPECT_EQ(by_iconv("UTF-32LE", row.iconv_name, chars).second, bytes);
@@ -61,7 +59,7 @@ TEST(Encodings, EveryRowConvertsWithinItsLengths) {
   for (const Encoding *row : all_encodings()) {
     const Converter encode(host, 27, row->number);
     const Converter decode(host, row->number, 27);
-    for (char32_t c = 0; c < 0x30000; c += c < 0x500 ? 1 : 61) {
+    for (char32_t c = 0; c < 0x30000; c += c < 0x500 || c >> 8 == 0xfb ? 1 : 61) {
       if (c < 0xd800 || c > 0xdfff) check_character(*row, encode, decode, c);
     }
     for (int byte = 0; row->form == jxhost::Form::kPage && byte < 256; ++byte) {

@@ -75,7 +75,7 @@ const std::u32string kJapanese = U"日本語ab文字cdカナ、かな";
 TEST(Transcode, CompletesCharactersThatACallCut) {
   TestHost host;
   for (const uint32_t from : {20u, 24u, 25u, 26u, 27u, 54936u, 65000u, kSjis, 3001u, 51932u, 50220u,
-                              3002u, 50222u, 939u, 1399u}) {
+                              3002u, 939u, 1399u}) {
     const bool has_all = from < kSjis || from == 54936 || from == 65000;
     const std::string chars = jxchars(has_all ? kMixed : kJapanese);
     const auto [status, text] = Converter(host, 27, from)(chars);

@@ -87,6 +87,7 @@ class Table {
   // The record stored under a name, or null.
   const Value *find(std::u32string_view key) const {
     const uint32_t key_bytes = char_count(key) * static_cast<uint32_t>(sizeof(JXChar));
+    if (key_bytes / sizeof(JXChar) != key.size()) return nullptr;  // no key is that long
     const auto *entry = table_ ? jxhost_table_find(table_, as_chars(key), key_bytes) : nullptr;
     return entry ? static_cast<const Value *>(entry->value) : nullptr;
   }

@@ -83,9 +83,10 @@ const void *jxhost_table_key(const JXTableEntry *entry, uint32_t *key_bytes_out)
 
 /* ---- Encodings ----------------------------------------------------------------------------- */
 
-/* The Unicode forms, ASCII and the single-byte encodings are strict: what is malformed or has no
-   place in the target is a status, never a replacement. The other encodings are the C library's,
-   which reads some characters back as their look-alikes (the yen sign as a backslash). */
+/* UTF-8, UTF-16, UTF-32, ASCII, Latin-1 and nearly all single-byte encodings are strict: what is
+   malformed or has no place in the target is a status, never a replacement. The others are as
+   strict as the C library, which writes some characters as their look-alikes: the yen sign reads
+   back from EUC-JP as a backslash. */
 
 /* The number of an encoding by name ("utf-8", "utf-16le", "latin1", "cp1252", ...), whatever its
    case and punctuation; 0 when it is not known. */

@@ -13,6 +13,7 @@ namespace {
 
 constexpr size_t kMaxBytesPerChar = 8;  // of any encoding the host knows
 constexpr size_t kPrintChars = 16384;   // encoded at a time
+constexpr const char *kOffered = "/descriptor of jxfile";
 
 // The folder of the running program, with a slash at its end.
 std::string program_folder() {
@@ -96,6 +97,16 @@ const wem::Module &Session::module() {
 wem::File Session::open(const std::string &name, const wem::OpenOptions &options) {
   JXJournal *journal = instance().raw()->journal;
   return require(instance().open(widen(name), options.journal(journal), "jxfile"), name);
+}
+
+wem::File Session::open_descriptor(int fd, const wem::OpenOptions &options,
+                                   const std::string &shown) {
+  JXHost *host = module().host();
+  require(jxhost_offer_descriptor(host, kOffered, fd), shown);
+  JXJournal *journal = instance().raw()->journal;
+  auto file = instance().open(widen(kOffered), options.journal(journal).literal_name());
+  jxhost_withdraw_descriptor(host, kOffered);
+  return require(std::move(file), shown);
 }
 
 std::string Session::expand(const std::string &name) {

@@ -50,6 +50,9 @@ class Session {
 
   // Opens a file that the user named. A Failure when that fails.
   wem::File open(const std::string &name, const wem::OpenOptions &options);
+  // Opens what a descriptor of this program stands for, which keeps its content and its position:
+  // no name is looked up. A Failure under shown's name when that fails.
+  wem::File open_descriptor(int fd, const wem::OpenOptions &options, const std::string &shown);
   // The path that a name stands for, in bytes, as the module expands it.
   std::string expand(const std::string &name);
 

@@ -1,4 +1,5 @@
-// The extension "jxelm": opens files with open-file-description locks.
+// The extension "jxelm": opens files with open-file-description locks, or hands out a descriptor
+// that the embedding program offers.
 #include <fcntl.h>
 #include <limits.h>
 #include <sys/stat.h>
@@ -102,6 +103,16 @@ Outcome open_path(Path &path, const JXOpenRequest &request, OpenFile &file) {
   return file.fd < 0 ? failed_open(errno, path) : Outcome{};
 }
 
+// Duplicates an offered descriptor, if it goes the ways that the request asks for.
+Outcome duplicate(int fd, uint32_t flags, OpenFile &file) {
+  const int have = ::fcntl(fd, F_GETFL);
+  if (have < 0) return {elm_status_of_open(errno), errno};
+  const int access = have & O_ACCMODE;
+  if (access != O_RDWR && access != static_cast<int>(flags & O_ACCMODE)) return {JXELM_E_ACCESS};
+  file.fd = ::fcntl(fd, F_DUPFD_CLOEXEC, 0);
+  return file.fd < 0 ? Outcome{elm_status_of_open(errno), errno} : Outcome{};
+}
+
 Outcome lock_file(int fd, uint32_t lock_word) {
   if ((lock_word & ~JXELM_LOCK_WAIT) == JXELM_LOCK_NONE) return {};
   struct flock lock = {};  // from the start to the end, wherever that will be
@@ -146,6 +157,12 @@ void report_outcome(JXJournal *journal, const Outcome &outcome) {
 
 Outcome open_and_lock(const JXOpenRequest *request, uint32_t lock_word, OpenFile &file) {
   if (!is_valid(request, lock_word)) return {JXELM_E_BADARG};
+  int32_t offered_fd = -1;
+  if (file.host->offers.get(request->path, request->path_chars, &offered_fd)) {
+    const Outcome opened = duplicate(offered_fd, request->flags, file);
+    // What the descriptor stands for keeps its content: whoever offers it decides.
+    return opened.status != JX_OK ? opened : take_possession(file, 0, lock_word);
+  }
   Path path;
   if (const JXStatus status = path.assign(request->path, request->path_chars)) return {status};
   const Outcome opened = open_path(path, *request, file);
@@ -199,3 +216,16 @@ JXExtension *make_elm(JXHost *host) {
 }
 
 }  // namespace jxhost
+
+extern "C" {
+
+JXStatus jxhost_offer_descriptor(JXHost *host, const char *path8, int fd) {
+  if (!host || !path8 || !*path8 || fd < 0) return JX_E_BADARG;
+  return static_cast<jxhost::Host *>(host)->offers.set(path8, fd);
+}
+
+void jxhost_withdraw_descriptor(JXHost *host, const char *path8) {
+  if (host && path8) static_cast<jxhost::Host *>(host)->offers.remove(path8);
+}
+
+}  // extern "C"

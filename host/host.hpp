@@ -87,27 +87,29 @@ void report(JXJournal *journal, uint32_t level, JXStatus status, const char *tex
 
 // ---- option.cpp ---------------------------------------------------------------------------------
 
-// The 32-bit options of a host, by name.
-class Options {
+// 32-bit values by name: the options of a host, and the descriptors that it offers.
+class NamedValues {
  public:
-  Options() = default;
-  Options(const Options &) = delete;
-  Options &operator=(const Options &) = delete;
-  ~Options();
+  NamedValues() = default;
+  NamedValues(const NamedValues &) = delete;
+  NamedValues &operator=(const NamedValues &) = delete;
+  ~NamedValues();
 
   // Adds or replaces. name8 is not empty. 0 or JX_E_NOMEM.
   JXStatus set(const char *name8, int32_t value);
   // False when there is none of that name.
   bool get(const JXChar *name, uint32_t name_chars, int32_t *value_out) const;
+  // Forgets a name; does nothing when there is none.
+  void remove(const char *name8);
 
  private:
-  struct Option;
+  struct Entry;
   mutable std::mutex mutex_;
-  Option *first_ = nullptr;
+  Entry *first_ = nullptr;
 };
 
-// Tells whether a text of JXChars is the given ASCII text.
-bool is_text(const JXChar *text, uint32_t chars, const char *ascii8);
+// Tells whether a text of JXChars is the given text of bytes, character n for byte n.
+bool is_text(const JXChar *text, uint32_t chars, const char *text8);
 
 // ---- The host -----------------------------------------------------------------------------------
 
@@ -124,7 +126,8 @@ struct Host : JXHost {
   mutable std::mutex mutex;              // guards the list
   Live *oldest = nullptr;                // the list of live objects
   Live *newest = nullptr;
-  Options options;
+  NamedValues options;
+  NamedValues offers;  // descriptors that "jxelm" opens instead of a file, by path
   Journal journal;
   uint32_t extensions = 0;  // JXHOST_* bits
   Block<char> host_name;    // what "jxitcp" answers; null: the machine's name

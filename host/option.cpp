@@ -1,4 +1,4 @@
-// Options: 32-bit values by name.
+// 32-bit values by name, and the options that get_option answers from them.
 #include <unistd.h>
 
 #include <cstring>
@@ -16,46 +16,53 @@ constexpr const char *kProcessId = "host.process_id";
 
 }  // namespace
 
-struct Options::Option {
-  Option *next;      // of the list
-  Block<char> name;  // ASCII
+struct NamedValues::Entry {
+  Entry *next;  // of the list
+  Block<char> name;
   int32_t value;
 };
 
-bool is_text(const JXChar *text, uint32_t chars, const char *ascii8) {
+bool is_text(const JXChar *text, uint32_t chars, const char *text8) {
   for (uint32_t i = 0; i < chars; ++i) {
-    if (ascii8[i] == 0 || text[i] != static_cast<unsigned char>(ascii8[i])) return false;
+    if (text8[i] == 0 || text[i] != static_cast<unsigned char>(text8[i])) return false;
   }
-  return ascii8[chars] == 0;
+  return text8[chars] == 0;
 }
 
-Options::~Options() {
+NamedValues::~NamedValues() {
   while (first_) delete std::exchange(first_, first_->next);
 }
 
-JXStatus Options::set(const char *name8, int32_t value) {
+JXStatus NamedValues::set(const char *name8, int32_t value) {
   const std::lock_guard guard(mutex_);
-  for (Option *option = first_; option; option = option->next) {
-    if (std::strcmp(option->name.get(), name8) != 0) continue;
-    option->value = value;
+  for (Entry *entry = first_; entry; entry = entry->next) {
+    if (std::strcmp(entry->name.get(), name8) != 0) continue;
+    entry->value = value;
     return JX_OK;
   }
   Block<char> name = copy_text(name8);
   if (!name) return JX_E_NOMEM;
-  Option *option = new (std::nothrow) Option{first_, std::move(name), value};
-  if (!option) return JX_E_NOMEM;
-  first_ = option;
+  Entry *entry = new (std::nothrow) Entry{first_, std::move(name), value};
+  if (!entry) return JX_E_NOMEM;
+  first_ = entry;
   return JX_OK;
 }
 
-bool Options::get(const JXChar *name, uint32_t name_chars, int32_t *value_out) const {
+bool NamedValues::get(const JXChar *name, uint32_t name_chars, int32_t *value_out) const {
   const std::lock_guard guard(mutex_);
-  for (const Option *option = first_; option; option = option->next) {
-    if (!is_text(name, name_chars, option->name.get())) continue;
-    *value_out = option->value;
+  for (const Entry *entry = first_; entry; entry = entry->next) {
+    if (!is_text(name, name_chars, entry->name.get())) continue;
+    *value_out = entry->value;
     return true;
   }
   return false;
+}
+
+void NamedValues::remove(const char *name8) {
+  const std::lock_guard guard(mutex_);
+  Entry **link = &first_;
+  while (*link && std::strcmp((*link)->name.get(), name8) != 0) link = &(*link)->next;
+  if (*link) delete std::exchange(*link, (*link)->next);
 }
 
 JXStatus get_option(JXHost *host, const JXChar *name, uint32_t name_chars, uint32_t type,

@@ -119,6 +119,30 @@ TEST_F(Elm, EmptiesTheFileOnlyUnderTheLock) {
   EXPECT_EQ(read_file(path), "");
 }
 
+// An open descriptor is handed out as it is, whatever has the name: the request empties and creates
+// nothing, and the position is shared.
+TEST_F(Elm, HandsOutAnOfferedDescriptor) {
+  write_file(path, "content");
+  const int offered = open(path.c_str(), O_WRONLY);
+  ASSERT_EQ(lseek(offered, 3, SEEK_SET), 3);
+  const std::string name = dir.file("$nothing\xFF");
+  ASSERT_EQ(jxhost_offer_descriptor(host.get(), name.c_str(), offered), JX_OK);
+  JXOpenFile *file = open_file(jx(name), O_WRONLY | O_CREAT | O_TRUNC, JXELM_LOCK_EXCLUSIVE);
+  ASSERT_NE(file, nullptr) << std::hex << status;
+  EXPECT_EQ(fcntl(*file->descriptor, F_GETFD), FD_CLOEXEC);
+  EXPECT_EQ(write(*file->descriptor, "!", 1), 1);
+  EXPECT_EQ(try_open(path, O_RDWR, JXELM_LOCK_SHARED), JXELM_E_LOCKED);
+  close_file(file);
+  EXPECT_EQ(try_open(name, O_RDONLY, 0), JXELM_E_ACCESS) << "the descriptor only writes";
+  EXPECT_EQ(lseek(offered, 0, SEEK_CUR), 4);
+  EXPECT_EQ(read_file(path), "con!ent");
+  jxhost_withdraw_descriptor(host.get(), name.c_str());
+  EXPECT_EQ(try_open(name, O_RDONLY, 0), JXELM_E_NOTFOUND);
+  EXPECT_EQ(jxhost_offer_descriptor(host.get(), "", offered), JX_E_BADARG);
+  EXPECT_EQ(jxhost_offer_descriptor(host.get(), "/x", -1), JX_E_BADARG);
+  EXPECT_EQ(close(offered), 0);
+}
+
 TEST_F(Elm, WaitsThroughSignals) {
   struct sigaction action = {};
   action.sa_handler = [](int) {};  // without SA_RESTART: the waiting call is interrupted

@@ -12,7 +12,8 @@ install(TARGETS jxwem LIBRARY DESTINATION ${jx_module_folder})
 install(DIRECTORY include/jx DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS jxhost ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS jxfile RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md CHANGELOG.md LICENSE SECURITY.md cmake/copyright
+  DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES examples/host.c examples/host.cpp DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 install(FILES docs/architecture.md docs/host-guide.md docs/performance.md docs/status-codes.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
@@ -22,18 +23,22 @@ install(FILES docs/man/jxfile.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES docs/completion/jxfile.bash RENAME jxfile
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
-configure_package_config_file(cmake/jxwem-config.cmake.in ${CMAKE_BINARY_DIR}/jxwem-config.cmake
+configure_package_config_file(cmake/jxwem-config.cmake.in ${PROJECT_BINARY_DIR}/jxwem-config.cmake
   INSTALL_DESTINATION ${jx_config_folder}
   PATH_VARS CMAKE_INSTALL_INCLUDEDIR CMAKE_INSTALL_LIBDIR jx_module_folder)
 # The version file also refuses a build of the other pointer size.
-write_basic_package_version_file(${CMAKE_BINARY_DIR}/jxwem-config-version.cmake
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/jxwem-config-version.cmake
   COMPATIBILITY SameMajorVersion)
-install(FILES ${CMAKE_BINARY_DIR}/jxwem-config.cmake
-  ${CMAKE_BINARY_DIR}/jxwem-config-version.cmake DESTINATION ${jx_config_folder})
+install(FILES ${PROJECT_BINARY_DIR}/jxwem-config.cmake
+  ${PROJECT_BINARY_DIR}/jxwem-config-version.cmake DESTINATION ${jx_config_folder})
 file(RELATIVE_PATH jx_prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-configure_file(cmake/jxwem.pc.in ${CMAKE_BINARY_DIR}/jxwem.pc @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/jxwem.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+configure_file(cmake/jxwem.pc.in ${PROJECT_BINARY_DIR}/jxwem.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/jxwem.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
+# The packages are those of this project, not of one that contains it.
+if(NOT PROJECT_IS_TOP_LEVEL)
+  return()
+endif()
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME jxwem)
 set(CPACK_PACKAGE_CONTACT "jxwem maintainers <maintainers@jxwem.invalid>")

@@ -99,16 +99,16 @@ std::string completion() {
          "_jxfile() {\n"
          "  local word=${COMP_WORDS[COMP_CWORD]} options=''\n"
          "  if ((COMP_CWORD == 1)); then\n"
-         "    COMPREPLY=($(compgen -W '" +
+         "    mapfile -t COMPREPLY < <(compgen -W '" +
          names +
-         " --help --version' -- \"$word\"))\n"
+         " --help --version' -- \"$word\")\n"
          "    return\n"
          "  fi\n"
          "  case ${COMP_WORDS[1]} in\n" +
          cases +
          "  esac\n"
          "  if [[ $word == -* ]]; then\n"
-         "    COMPREPLY=($(compgen -W \"$options\" -- \"$word\"))\n"
+         "    mapfile -t COMPREPLY < <(compgen -W \"$options\" -- \"$word\")\n"
          "  else\n"
          "    compopt -o filenames 2>/dev/null\n"
          "    mapfile -t COMPREPLY < <(compgen -f -- \"$word\")\n"

@@ -47,7 +47,7 @@ Row &Row::add_name(const std::string &key, std::string_view bytes) {
 std::string Row::to_json() const {
   nlohmann::ordered_json object = nlohmann::ordered_json::object();
   for (const auto &[key, value] : fields_) {
-    std::visit([&object, &key = key](const auto &held) { object[key] = held; }, value);
+    std::visit([&object, &name = key](const auto &held) { object[name] = held; }, value);
   }
   return object.dump();
 }

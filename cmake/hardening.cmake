@@ -7,7 +7,8 @@ target_link_options(jx_hardening INTERFACE
 if(NOT JX_SANITIZE)
   target_compile_options(jx_hardening INTERFACE -fstack-protector-strong -fstack-clash-protection
     -ftrivial-auto-var-init=zero)
-  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  # clang before 16 takes the option only with this one beside it; clang 18 no longer knows that.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 16)
     target_compile_options(jx_hardening INTERFACE
       -enable-trivial-auto-var-init-zero-knowing-it-will-be-removed-from-clang)
   endif()

@@ -2,7 +2,7 @@
 _jxfile() {
   local word=${COMP_WORDS[COMP_CWORD]} options=''
   if ((COMP_CWORD == 1)); then
-    COMPREPLY=($(compgen -W 'lines convert write bytes truncate info fsinfo ls exists mkdir rm mv cp newname split build expand format status version --help --version' -- "$word"))
+    mapfile -t COMPREPLY < <(compgen -W 'lines convert write bytes truncate info fsinfo ls exists mkdir rm mv cp newname split build expand format status version --help --version' -- "$word")
     return
   fi
   case ${COMP_WORDS[1]} in
@@ -28,7 +28,7 @@ _jxfile() {
     version) options='--json --module --help' ;;
   esac
   if [[ $word == -* ]]; then
-    COMPREPLY=($(compgen -W "$options" -- "$word"))
+    mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
   else
     compopt -o filenames 2>/dev/null
     mapfile -t COMPREPLY < <(compgen -f -- "$word")

@@ -65,10 +65,10 @@ JX_NODISCARD JXStatus jxhost_set_option(JXHost *host, const char *name8, int32_t
    file in its place. Position, content and status flags are shared and stay as they are; nothing is
    created or emptied. A lock is taken on a regular file as the open asks: JX_LOCK_NONE leaves it
    alone; a lock that was taken lasts until the last duplicate is closed. path8 need not name
-   anything; open it with JX_OPEN_LITERAL_NAME. Copied. The descriptor stays the caller's and must be
-   open until it is withdrawn; a second offer under the path replaces the first. An open that wants
-   to write where the descriptor only reads, or the other way, is JXELM_E_ACCESS. 0, JX_E_BADARG (no
-   path, or a negative descriptor) or JX_E_NOMEM. */
+   anything; open it with JX_OPEN_LITERAL_NAME. Copied. The descriptor stays the caller's and must
+   be open until it is withdrawn; a second offer under the path replaces the first. An open that
+   wants to write where the descriptor only reads, or the other way, is JXELM_E_ACCESS. 0,
+   JX_E_BADARG (no path, or a negative descriptor) or JX_E_NOMEM. */
 JX_NODISCARD JXStatus jxhost_offer_descriptor(JXHost *host, const char *path8, int fd);
 /* Ends an offer; does nothing when there is none. Files opened by it stay open. Not while another
    thread opens that path. */

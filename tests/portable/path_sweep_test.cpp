@@ -55,9 +55,9 @@ class PathSweep : public PathTest {
 TEST_F(PathSweep, EachHostCall) {
   for (const auto &[name, operation] : operations) {
     SCOPED_TRACE(name);
-    const auto run = [this, &operation = operation] {
+    const auto run = [this, &run_it = operation] {
       restore();
-      return operation();
+      return run_it();
     };
     for (const SweepRun &met : sweep(host, kAllFailing, run)) {
       // Memory has a status of its own; a member that cannot be asked about keeps its place.

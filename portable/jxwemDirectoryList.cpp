@@ -1,5 +1,6 @@
 // A directory and its members, as a table.
 #include "portable/portable.hpp"
+#include "posix/results.hpp"
 
 namespace {
 

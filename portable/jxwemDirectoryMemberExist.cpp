@@ -1,5 +1,6 @@
 // Whether a directory holds a member of a name.
 #include "portable/portable.hpp"
+#include "posix/path.hpp"
 
 extern "C" JXStatus jxwemdirectorymemberexist(JXDirectory *directory, const JXChar *name,
                                               uint32_t name_chars) {

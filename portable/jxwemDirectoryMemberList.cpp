@@ -1,5 +1,6 @@
 // The members of an open directory, as a table.
 #include "portable/portable.hpp"
+#include "posix/results.hpp"
 
 namespace {
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "portable/portable.hpp"
+#include "posix/directory_open.hpp"
 
 namespace {
 

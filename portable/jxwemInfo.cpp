@@ -1,5 +1,6 @@
 // Information about a file, as a table; and what both information tables share.
 #include "portable/portable.hpp"
+#include "posix/results.hpp"
 
 namespace jx {
 

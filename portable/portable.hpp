@@ -5,7 +5,6 @@
 
 #include "jx/wem.h"
 #include "kernel/kernel.hpp"
-#include "posix/posix.hpp"
 
 namespace jx {
 

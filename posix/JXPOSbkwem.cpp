@@ -1,7 +1,8 @@
 // The POSIX layer's piece of the instance: the extension that opens files.
 #include <iterator>
 
-#include "posix/posix.hpp"
+#include "jx/wem.h"
+#include "kernel/kernel.hpp"
 
 namespace {
 

@@ -4,7 +4,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "posix/posix.hpp"
+#include "posix/path.hpp"
+#include "posix/results.hpp"
 
 namespace {
 

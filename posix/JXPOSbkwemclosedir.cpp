@@ -1,5 +1,8 @@
 // The stream of a directory handle, closed.
-#include "posix/posix.hpp"
+#include <dirent.h>
+#include <utility>
+
+#include "jx/wem.h"
 
 extern "C" JXStatus bkwemclosedir(JXDirectory *directory) {
   if (!directory) return JXWEM_E_NOHANDLE;

@@ -1,10 +1,18 @@
 // The copy of a file or of a tree. A tree is copied by a loop over a list of levels, one open
 // directory handle each; two paths are made longer and shorter as the walk goes down and up.
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 
-#include "posix/posix.hpp"
+#include "posix/directory_open.hpp"
+#include "posix/directory_stream.hpp"
+#include "posix/errno_map.hpp"
+#include "posix/owners.hpp"
+#include "posix/path.hpp"
+#include "posix/path_steps.hpp"
 
 namespace {
 
@@ -15,7 +23,6 @@ constexpr jx::ErrnoRow kOpenRows[] = {{EACCES, JXWEM_E_ACCESS},
                                       {ETXTBSY, JXWEM_E_INUSE},
                                       {EROFS, JXWEM_E_ACCESS}};
 constexpr jx::ErrnoRow kWriteRows[] = {{ENXIO, JXWEM_E_NOTSUPPORTED}, {ENOSPC, JXWEM_E_DISKFULL}};
-static_assert(jx::is_ordered(kOpenRows) && jx::is_ordered(kWriteRows));
 constexpr jx::ErrnoMap kOpenErrors = {kOpenRows, JXWEM_E_FAILED};
 constexpr jx::ErrnoMap kReadErrors = {{}, JXWEM_E_FAILED};
 constexpr jx::ErrnoMap kWriteErrors = {kWriteRows, JXWEM_E_FAILED};

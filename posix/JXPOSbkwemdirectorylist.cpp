@@ -1,7 +1,13 @@
 // A directory and its members, as a linked list of records.
+#include <sys/stat.h>
+#include <cerrno>
 #include <iterator>
 
+#include "posix/directory_stream.hpp"
+#include "posix/errno_map.hpp"
 #include "posix/member_paths.hpp"
+#include "posix/owners.hpp"
+#include "posix/results.hpp"
 
 namespace {
 

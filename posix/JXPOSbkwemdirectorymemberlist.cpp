@@ -1,5 +1,7 @@
 // The members of an open directory, as a linked list of records.
+#include "posix/directory_stream.hpp"
 #include "posix/member_paths.hpp"
+#include "posix/results.hpp"
 
 namespace {
 

@@ -1,19 +1,9 @@
-// System errors: their texts to the journal, their numbers to statuses.
+// The text of a system error, written to the journal.
 #include <algorithm>
 #include <cstring>
 
-#include "posix/posix.hpp"
-
-namespace jx {
-
-JXStatus status_of_errno(const ErrnoMap &map, int error, JXInstance *instance, JXJournal *journal) {
-  const auto row = std::ranges::lower_bound(map.rows, error, {}, &ErrnoRow::error);
-  if (row != map.rows.end() && row->error == error) return row->status;
-  if (map.reports_other) bkwemerror(instance, error, journal);
-  return map.other;
-}
-
-}  // namespace jx
+#include "jx/wem.h"
+#include "kernel/kernel.hpp"
 
 namespace {
 

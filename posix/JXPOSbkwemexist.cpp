@@ -1,5 +1,11 @@
 // Whether a path names anything.
-#include "posix/posix.hpp"
+#include <sys/stat.h>
+
+#include <cerrno>
+
+#include "posix/errno_map.hpp"
+#include "posix/path.hpp"
+#include "posix/path_steps.hpp"
 
 namespace jx {
 

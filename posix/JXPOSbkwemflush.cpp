@@ -1,8 +1,10 @@
 // Making data durable.
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "kernel/handle.hpp"
-#include "posix/posix.hpp"
+#include "posix/errno_map.hpp"
 
 namespace {
 
@@ -11,7 +13,6 @@ constexpr jx::ErrnoRow kFlushRows[] = {
     {EBADF, JXWEM_E_NOHANDLE},
     {ENOSPC, JXWEM_E_DISKFULL},
 };
-static_assert(jx::is_ordered(kFlushRows));
 constexpr jx::ErrnoMap kFlushErrors = {kFlushRows, JXWEM_E_FAILED};
 
 }  // namespace

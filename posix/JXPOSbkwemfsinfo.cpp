@@ -1,7 +1,11 @@
 // Information about the file system that holds a name, as records.
 #include <sys/statvfs.h>
 
-#include "posix/posix.hpp"
+#include <cerrno>
+
+#include "posix/errno_map.hpp"
+#include "posix/path.hpp"
+#include "posix/results.hpp"
 
 namespace {
 
@@ -9,13 +13,12 @@ constexpr JXChar kSpaceName[] = {'F', 'R', 'E', 'E', 'S', 'P', 'A', 'C', 'E', 0}
 constexpr JXChar kIdName[] = {'F', 'I', 'L', 'E', 'S', 'Y', 'S', 'I', 'D', 0};
 constexpr uint32_t kItemCount = 2;
 
-constexpr jx::ErrnoRow kRows[] = {{ENOENT, JXWEM_E_NOTFOUND},
-                                  {EACCES, JXWEM_E_ACCESS},
-                                  {ENOTDIR, JXWEM_E_NOTFOUND},
-                                  {ENAMETOOLONG, JXWEM_E_NAMETOOLONG},
-                                  {ENOLINK, JXWEM_E_NOTFOUND}};
-static_assert(jx::is_ordered(kRows));
-constexpr jx::ErrnoMap kErrors = {kRows};
+constexpr jx::ErrnoRow kStatfsRows[] = {{ENOENT, JXWEM_E_NOTFOUND},
+                                        {EACCES, JXWEM_E_ACCESS},
+                                        {ENOTDIR, JXWEM_E_NOTFOUND},
+                                        {ENAMETOOLONG, JXWEM_E_NAMETOOLONG},
+                                        {ENOLINK, JXWEM_E_NOTFOUND}};
+constexpr jx::ErrnoMap kStatfsErrors = {kStatfsRows};
 
 JXStatus make_items(const struct statvfs64 &info, jx::InfoItems *items) {
   JXStatus status = items->reserve(kItemCount);
@@ -42,7 +45,7 @@ extern "C" JXStatus bkwemfsinfo(JXInstance *instance, const JXChar *name, uint32
   if (status != JX_OK) return status;
   struct statvfs64 info;
   if (statvfs64(path.native(), &info) != 0) {
-    return jx::status_of_errno(kErrors, errno, instance, instance->journal);
+    return jx::status_of_errno(kStatfsErrors, errno, instance, instance->journal);
   }
   jx::InfoItems items(instance->pool);
   status = make_items(info, &items);

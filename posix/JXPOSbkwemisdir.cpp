@@ -1,14 +1,18 @@
 // Whether a path names a directory.
 #include <fcntl.h>
+#include <sys/stat.h>
 
-#include "posix/posix.hpp"
+#include <cerrno>
+
+#include "posix/errno_map.hpp"
+#include "posix/path.hpp"
+#include "posix/path_steps.hpp"
 
 namespace {
 
 constexpr JXStatus kNotDirectory = 1;  // exists and is something else
-constexpr jx::ErrnoRow kRows[] = {{ENOENT, JXWEM_E_NOPATH}, {EACCES, JXWEM_E_ACCESS}};
-static_assert(jx::is_ordered(kRows));
-constexpr jx::ErrnoMap kErrors = {kRows};
+constexpr jx::ErrnoRow kDirectoryTestRows[] = {{ENOENT, JXWEM_E_NOPATH}, {EACCES, JXWEM_E_ACCESS}};
+constexpr jx::ErrnoMap kDirectoryTestErrors = {kDirectoryTestRows};
 
 }  // namespace
 
@@ -18,7 +22,7 @@ JXStatus test_directory(JXInstance *instance, int directory_fd, const char *name
   struct stat64 info;
   const int result =
       directory_fd == AT_FDCWD ? stat64(name, &info) : fstatat64(directory_fd, name, &info, 0);
-  if (result != 0) return status_of_errno(kErrors, errno, instance, instance->journal);
+  if (result != 0) return status_of_errno(kDirectoryTestErrors, errno, instance, instance->journal);
   return S_ISDIR(info.st_mode) ? JX_OK : kNotDirectory;
 }
 

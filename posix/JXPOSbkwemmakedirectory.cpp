@@ -1,18 +1,22 @@
 // A new directory.
 #include <fcntl.h>
+#include <sys/stat.h>
 
-#include "posix/posix.hpp"
+#include <cerrno>
+
+#include "posix/errno_map.hpp"
+#include "posix/path.hpp"
+#include "posix/path_steps.hpp"
 
 namespace {
 
 constexpr mode_t kPermissions = 0777;  // before the process's creation mask
 
-constexpr jx::ErrnoRow kRows[] = {{EPERM, JXWEM_E_ACCESS},    {ENOENT, JXWEM_E_NOPATH},
-                                  {EACCES, JXWEM_E_ACCESS},   {EEXIST, JXWEM_E_EXISTS},
-                                  {ENOTDIR, JXWEM_E_NOPATH},  {ETXTBSY, JXWEM_E_INUSE},
-                                  {ENOSPC, JXWEM_E_DISKFULL}, {EROFS, JXWEM_E_ACCESS}};
-static_assert(jx::is_ordered(kRows));
-constexpr jx::ErrnoMap kErrors = {kRows};
+constexpr jx::ErrnoRow kMkdirRows[] = {{EPERM, JXWEM_E_ACCESS},    {ENOENT, JXWEM_E_NOPATH},
+                                       {EACCES, JXWEM_E_ACCESS},   {EEXIST, JXWEM_E_EXISTS},
+                                       {ENOTDIR, JXWEM_E_NOPATH},  {ETXTBSY, JXWEM_E_INUSE},
+                                       {ENOSPC, JXWEM_E_DISKFULL}, {EROFS, JXWEM_E_ACCESS}};
+constexpr jx::ErrnoMap kMkdirErrors = {kMkdirRows};
 
 }  // namespace
 
@@ -20,7 +24,7 @@ namespace jx {
 
 JXStatus make_directory(JXInstance *instance, const char *path) {
   if (mkdir(path, kPermissions) == 0) return JX_OK;
-  const JXStatus status = status_of_errno(kErrors, errno, instance, instance->journal);
+  const JXStatus status = status_of_errno(kMkdirErrors, errno, instance, instance->journal);
   if (status != JXWEM_E_EXISTS) return status;
   return test_directory(instance, AT_FDCWD, path) == JX_OK ? JX_OK : JXWEM_E_EXISTS;
 }

@@ -3,7 +3,7 @@
 #include <unistd.h>
 
 #include "kernel/handle.hpp"
-#include "posix/posix.hpp"
+#include "posix/path.hpp"
 
 namespace {
 

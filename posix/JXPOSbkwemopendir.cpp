@@ -1,5 +1,13 @@
 // The stream of a directory handle, opened.
-#include "posix/posix.hpp"
+#include <dirent.h>
+
+#include <cerrno>
+
+#include "posix/directory_open.hpp"
+#include "posix/directory_stream.hpp"
+#include "posix/errno_map.hpp"
+#include "posix/owners.hpp"
+#include "posix/path.hpp"
 
 namespace jx {
 

@@ -1,8 +1,10 @@
 // The descriptor's offset: asked for and moved.
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "kernel/handle.hpp"
-#include "posix/posix.hpp"
+#include "posix/errno_map.hpp"
 
 namespace {
 

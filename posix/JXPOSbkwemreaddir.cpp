@@ -1,5 +1,8 @@
 // The next name of a directory handle.
-#include "posix/posix.hpp"
+#include <dirent.h>
+
+#include "posix/directory_stream.hpp"
+#include "posix/path.hpp"
 
 extern "C" JXStatus bkwemreaddir(JXDirectory *directory, JXChar *buffer, uint32_t *chars) {
   DIR *stream = directory ? jx::stream_of(directory) : nullptr;

@@ -4,12 +4,20 @@
 // follows no link, so nothing that is put in an entry's place can lead out of the tree. Only the
 // test of what a name is follows links: a link to a file is removed itself, a link to a directory
 // or to nothing is JXWEM_E_NOTFOUND, stays, and ends the removal.
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <climits>
 #include <cstring>
 
-#include "posix/posix.hpp"
+#include "posix/directory_stream.hpp"
+#include "posix/errno_map.hpp"
+#include "posix/owners.hpp"
+#include "posix/path.hpp"
+#include "posix/path_steps.hpp"
 
 namespace {
 
@@ -20,7 +28,6 @@ constexpr jx::ErrnoRow kRemoveRows[] = {{EPERM, JXWEM_E_ACCESS},      {ENOENT, J
                                         {EACCES, JXWEM_E_ACCESS},     {ENOTDIR, JXWEM_E_NOTFOUND},
                                         {ETXTBSY, JXWEM_E_INUSE},     {EROFS, JXWEM_E_ACCESS},
                                         {ENOTEMPTY, JXWEM_E_NOTEMPTY}};
-static_assert(jx::is_ordered(kRemoveRows));
 constexpr jx::ErrnoMap kRemoveErrors = {kRemoveRows};
 
 // Removes a directory or anything else by its name relative to a directory's descriptor, or by its

@@ -1,17 +1,18 @@
 // A file or directory under another name.
+#include <cerrno>
 #include <cstdio>
 
-#include "posix/posix.hpp"
+#include "posix/errno_map.hpp"
+#include "posix/path.hpp"
 
 namespace {
 
-constexpr jx::ErrnoRow kRows[] = {{EPERM, JXWEM_E_ACCESS},
-                                  {ENOMEM, JX_E_NOMEM},
-                                  {EACCES, JXWEM_E_ACCESS},
-                                  {ENOSPC, JXWEM_E_DISKFULL},
-                                  {EROFS, JXWEM_E_ACCESS}};
-static_assert(jx::is_ordered(kRows));
-constexpr jx::ErrnoMap kErrors = {kRows};
+constexpr jx::ErrnoRow kRenameRows[] = {{EPERM, JXWEM_E_ACCESS},
+                                        {ENOMEM, JX_E_NOMEM},
+                                        {EACCES, JXWEM_E_ACCESS},
+                                        {ENOSPC, JXWEM_E_DISKFULL},
+                                        {EROFS, JXWEM_E_ACCESS}};
+constexpr jx::ErrnoMap kRenameErrors = {kRenameRows};
 
 }  // namespace
 
@@ -26,5 +27,5 @@ extern "C" JXStatus bkwemrename(JXInstance *instance, const JXChar *old_path, ui
   status = to.prepare(instance, new_path, new_chars);
   if (status != JX_OK) return status;
   if (std::rename(from.native(), to.native()) == 0) return JX_OK;
-  return jx::status_of_errno(kErrors, errno, instance, instance->journal);
+  return jx::status_of_errno(kRenameErrors, errno, instance, instance->journal);
 }

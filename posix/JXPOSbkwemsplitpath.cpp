@@ -1,7 +1,7 @@
 // A path taken apart.
 #include <algorithm>
 
-#include "posix/posix.hpp"
+#include "posix/path.hpp"
 
 namespace {
 

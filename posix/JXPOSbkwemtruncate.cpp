@@ -1,8 +1,10 @@
 // Setting a file's length.
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "kernel/handle.hpp"
-#include "posix/posix.hpp"
+#include "posix/errno_map.hpp"
 
 extern "C" JXStatus bkwemtruncate(JXFile *file, const int64_t *length_bytes) {
   if (!file) return JXWEM_E_NOHANDLE;

@@ -1,5 +1,11 @@
 // Information about a file, as records.
-#include "posix/posix.hpp"
+#include <sys/stat.h>
+
+#include <cerrno>
+
+#include "posix/errno_map.hpp"
+#include "posix/path.hpp"
+#include "posix/results.hpp"
 
 namespace {
 

@@ -1,8 +1,10 @@
 // Writing to the descriptor.
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "kernel/handle.hpp"
-#include "posix/posix.hpp"
+#include "posix/errno_map.hpp"
 
 namespace {
 
@@ -11,7 +13,6 @@ constexpr jx::ErrnoRow kWriteRows[] = {
     {ENOSPC, JXWEM_E_DISKFULL},
     {EDQUOT, JXWEM_E_DISKFULL},
 };
-static_assert(jx::is_ordered(kWriteRows));
 constexpr jx::ErrnoMap kWriteErrors = {kWriteRows, JXWEM_E_SYSTEM, false};
 
 }  // namespace

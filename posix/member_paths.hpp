@@ -1,7 +1,7 @@
 // Full paths of the members of one directory, as the lists need them.
 #pragma once
 
-#include "posix/posix.hpp"
+#include "posix/path.hpp"
 
 namespace jx {
 

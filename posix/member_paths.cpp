@@ -1,7 +1,9 @@
 // Full paths of the members of one directory.
+#include "posix/member_paths.hpp"
+
 #include <algorithm>
 
-#include "posix/member_paths.hpp"
+#include "posix/directory_stream.hpp"
 
 namespace {
 

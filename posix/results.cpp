@@ -1,27 +1,11 @@
-// Directory entries, and the records of information tables and of lists.
-#include <algorithm>
+// The records of information tables and of lists: made, filled and freed.
+#include "posix/results.hpp"
 
-#include "posix/posix.hpp"
+#include <sys/stat.h>
 
-namespace {
-
-constexpr jx::ErrnoMap kReadEntryErrors = {};
-
-}  // namespace
+#include "posix/path.hpp"
 
 namespace jx {
-
-JXStatus read_entry(DIR *stream, dirent64 *entry, JXInstance *instance, JXJournal *journal) {
-  dirent64 *found = nullptr;
-  // The call leaves no doubt between the end and a failure and needs no errno; the C library
-  // deprecates it for systems with longer names than its entry holds.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-  const int error = readdir64_r(stream, entry, &found);
-#pragma GCC diagnostic pop
-  if (error != 0) return status_of_errno(kReadEntryErrors, error, instance, journal);
-  return found ? JX_OK : JXWEM_E_EOF;
-}
 
 double time_zone_seconds() {
   double seconds = 0;

@@ -1,7 +1,7 @@
 // Paths on their way to the system and names on their way from it.
-#include <algorithm>
+#include "posix/path.hpp"
 
-#include "posix/posix.hpp"
+#include <algorithm>
 
 namespace jx {
 

@@ -1,11 +1,12 @@
 // Path expansion: variables, home directories, leading dots, relative paths, trailing slashes.
+#include "posix/expand.hpp"
+
 #include <unistd.h>
 
 #include <cstdlib>
 #include <cstring>
 
-#include "posix/expand.hpp"
-#include "posix/posix.hpp"
+#include "posix/path.hpp"
 
 namespace {
 

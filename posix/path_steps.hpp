@@ -1,0 +1,18 @@
+// Steps on a path in the platform encoding that several operations take. Each is defined beside the
+// exported routine that consists of it.
+#pragma once
+
+#include "jx/wem.h"
+
+namespace jx {
+
+// Tells whether a path names anything. 0, or a status of kStatErrors.
+JXStatus test_exists(JXInstance *instance, const char *path);
+// Tells what a name, relative to a directory's descriptor or AT_FDCWD, is: 0 for a
+// directory, 1 for anything else that exists, JXWEM_E_NOPATH when missing, JXWEM_E_ACCESS,
+// JXWEM_E_SYSTEM.
+JXStatus test_directory(JXInstance *instance, int directory_fd, const char *name);
+// Makes one directory; an existing one is success. The statuses of bkwemmakedirectory.
+JXStatus make_directory(JXInstance *instance, const char *path);
+
+}  // namespace jx

@@ -21,7 +21,7 @@ namespace jxhost {
 
 namespace {
 
-constexpr Version kHostVersion = {3, 2, 1};
+constexpr Version kHostVersion = {JX_VERSION_MAJOR, JX_VERSION_MINOR, JX_VERSION_PATCH};
 
 // All modules of the process, the newest first. The module keeps the host's handle in a variable of
 // its own, so that two hosts cannot share one.

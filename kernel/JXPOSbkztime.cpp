@@ -2,7 +2,7 @@
 #include <sys/time.h>
 #include <time.h>
 
-#include "kernel/kernel.hpp"
+#include "jx/runtime.h"
 
 namespace {
 

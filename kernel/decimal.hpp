@@ -5,8 +5,8 @@
 #include <bit>
 #include <cstdint>
 
+#include "jx/runtime.h"
 #include "kernel/digits.hpp"
-#include "kernel/kernel.hpp"
 
 namespace jx {
 

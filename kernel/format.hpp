@@ -7,9 +7,9 @@
 #include <cstdint>
 #include <utility>
 
+#include "jx/runtime.h"
 #include "kernel/copy.hpp"
 #include "kernel/digits.hpp"
-#include "kernel/kernel.hpp"
 
 namespace jx {
 

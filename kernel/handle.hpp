@@ -3,7 +3,8 @@
 #pragma once
 
 #include "jx/wem.h"
-#include "kernel/kernel.hpp"
+#include "kernel/owners.hpp"
+#include "kernel/text.hpp"
 
 namespace jx {
 

@@ -1,7 +1,7 @@
 // Reversal of bytes and of 32-bit units in place.
 #include <algorithm>
 
-#include "kernel/kernel.hpp"
+#include "jx/runtime.h"
 
 int32_t jxzbytrv(void *bytes, uint32_t count) {
   auto *first = static_cast<unsigned char *>(bytes);

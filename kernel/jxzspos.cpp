@@ -1,5 +1,5 @@
 // The search for a character.
-#include "kernel/kernel.hpp"
+#include "jx/runtime.h"
 #include "kernel/scan.hpp"
 
 extern "C" int32_t jxzspos(const JXChar *buffer, int32_t count, JXChar value) {

@@ -16,7 +16,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "kernel/kernel.hpp"
+#include "jx/runtime.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // The journal forwarders: variable arguments become a list for the journal's own operations.
-#include "kernel/kernel.hpp"
+#include "jx/runtime.h"
 
 extern "C" {
 

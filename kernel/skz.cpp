@@ -2,8 +2,9 @@
 #include <cstring>
 #include <cwchar>
 
-#include "kernel/kernel.hpp"
+#include "jx/runtime.h"
 #include "kernel/scan.hpp"
+#include "kernel/text.hpp"
 
 namespace {
 

@@ -1,8 +1,9 @@
 // 8-bit strings in the platform encoding, decoded into a buffer.
 #include <algorithm>
 
+#include "jx/runtime.h"
 #include "jx/wem.h"
-#include "kernel/kernel.hpp"
+#include "kernel/text.hpp"
 
 extern "C" JXStatus skzfString(const char *source, uint32_t length_bytes, JXChar *destination,
                                uint32_t capacity_chars, uint32_t *count_out) {

@@ -1,6 +1,6 @@
 // Digits of 32- and 64-bit unsigned integers in any base from 2 to 16.
+#include "jx/runtime.h"
 #include "kernel/digits.hpp"
-#include "kernel/kernel.hpp"
 
 namespace {
 

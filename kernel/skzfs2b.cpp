@@ -1,7 +1,8 @@
 // JXChar strings into a buffer.
 #include <cstring>
 
-#include "kernel/kernel.hpp"
+#include "jx/runtime.h"
+#include "kernel/text.hpp"
 
 extern "C" JXStatus skzfJXString(const JXChar *source, uint32_t length_chars, JXChar *destination,
                                  int32_t capacity_chars, uint32_t *count_out) {

@@ -3,7 +3,7 @@
 #include <iterator>
 
 #include "jx/wem.h"
-#include "kernel/kernel.hpp"
+#include "kernel/owners.hpp"
 
 namespace {
 
@@ -64,13 +64,6 @@ class PosixLayer {
   JXInstance *instance_ = nullptr;
 };
 
-void store_version(uint32_t *a, uint32_t *b, uint32_t *c, uint32_t major, uint32_t minor,
-                   uint32_t patch) {
-  *a = major;
-  *b = minor;
-  *c = patch;
-}
-
 }  // namespace
 
 extern "C" {
@@ -127,13 +120,17 @@ JXStatus jxwemdestroy(JXInstance *instance) {
   return JX_OK;
 }
 
-JXStatus jxwemgetreqversion(JXInstance *, uint32_t *a, uint32_t *b, uint32_t *c) {
-  store_version(a, b, c, 3, 1, 1);
+JXStatus jxwemgetreqversion(JXInstance *, uint32_t *major, uint32_t *minor, uint32_t *patch) {
+  *major = 3;
+  *minor = 1;
+  *patch = 1;
   return JX_OK;
 }
 
-JXStatus jxwemgetversion(JXInstance *, uint32_t *a, uint32_t *b, uint32_t *c) {
-  store_version(a, b, c, 3, 2, 1);
+JXStatus jxwemgetversion(JXInstance *, uint32_t *major, uint32_t *minor, uint32_t *patch) {
+  *major = JX_VERSION_MAJOR;
+  *minor = JX_VERSION_MINOR;
+  *patch = JX_VERSION_PATCH;
   return JX_OK;
 }
 

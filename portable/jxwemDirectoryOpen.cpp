@@ -1,6 +1,7 @@
 // A directory handle, made in a pool of its own.
 #include <algorithm>
 
+#include "jx/runtime.h"
 #include "portable/portable.hpp"
 #include "posix/directory_open.hpp"
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "jx/runtime.h"
 #include "kernel/handle.hpp"
 
 namespace {

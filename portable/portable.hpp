@@ -4,7 +4,8 @@
 #include <array>
 
 #include "jx/wem.h"
-#include "kernel/kernel.hpp"
+#include "kernel/owners.hpp"
+#include "kernel/text.hpp"
 
 namespace jx {
 

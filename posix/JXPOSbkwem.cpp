@@ -2,7 +2,7 @@
 #include <iterator>
 
 #include "jx/wem.h"
-#include "kernel/kernel.hpp"
+#include "kernel/owners.hpp"
 
 namespace {
 

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <iterator>
 
+#include "jx/runtime.h"
 #include "posix/directory_stream.hpp"
 #include "posix/errno_map.hpp"
 #include "posix/member_paths.hpp"

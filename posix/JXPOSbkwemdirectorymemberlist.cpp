@@ -1,4 +1,5 @@
 // The members of an open directory, as a linked list of records.
+#include "jx/runtime.h"
 #include "posix/directory_stream.hpp"
 #include "posix/member_paths.hpp"
 #include "posix/results.hpp"

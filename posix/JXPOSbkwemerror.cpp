@@ -2,8 +2,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "jx/runtime.h"
 #include "jx/wem.h"
-#include "kernel/kernel.hpp"
+#include "kernel/text.hpp"
 
 namespace {
 

@@ -1,6 +1,7 @@
 // The next name of a directory handle.
 #include <dirent.h>
 
+#include "jx/runtime.h"
 #include "posix/directory_stream.hpp"
 #include "posix/path.hpp"
 

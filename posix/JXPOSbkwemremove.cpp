@@ -13,6 +13,7 @@
 #include <climits>
 #include <cstring>
 
+#include "jx/runtime.h"
 #include "posix/directory_stream.hpp"
 #include "posix/errno_map.hpp"
 #include "posix/owners.hpp"

@@ -3,6 +3,7 @@
 
 #include <sys/stat.h>
 
+#include "jx/runtime.h"
 #include "posix/path.hpp"
 
 namespace jx {
@@ -15,7 +16,8 @@ double time_zone_seconds() {
 
 FileFacts facts_of(const struct stat64 &info, double zone_seconds) {
   return {static_cast<uint64_t>(info.st_size),
-          static_cast<double>(info.st_mtime) + kEpochShift + zone_seconds, S_ISDIR(info.st_mode)};
+          static_cast<double>(info.st_mtime) + JX_SECONDS_1960_TO_1970 + zone_seconds,
+          S_ISDIR(info.st_mode)};
 }
 
 void free_info_item(JXInfoItem *item) {

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "jx/wem.h"
-#include "kernel/kernel.hpp"
+#include "kernel/owners.hpp"
 
 struct stat64;
 

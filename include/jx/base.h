@@ -22,6 +22,14 @@
 #define JX_EXPORT
 #endif
 
+/* The version of this SDK, of the module that get_version reports, and of the reference host. */
+#define JX_VERSION_MAJOR 3u
+#define JX_VERSION_MINOR 2u
+#define JX_VERSION_PATCH 1u
+
+/* Times count from 1 January 1960 00:00; this many seconds later POSIX time begins. */
+#define JX_SECONDS_1960_TO_1970 315619200.0
+
 /* One Unicode code point (UTF-32, little-endian in memory). Text is a pointer and a length in
    JXChars and is never zero-terminated unless a declaration says so. */
 typedef uint32_t JXChar;

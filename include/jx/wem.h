@@ -239,10 +239,10 @@ struct JXCreateName {
 struct JXInstance {
   char eye_catcher[4]; /* "nevo" */
   void *empty1[2];     /* null */
-  JXStatus (*get_required_version)(JXInstance *instance, uint32_t *a, uint32_t *b,
-                                   uint32_t *c); /* jxwemgetreqversion */
-  JXStatus (*get_version)(JXInstance *instance, uint32_t *a, uint32_t *b,
-                          uint32_t *c);      /* jxwemgetversion */
+  JXStatus (*get_required_version)(JXInstance *instance, uint32_t *major, uint32_t *minor,
+                                   uint32_t *patch); /* jxwemgetreqversion */
+  JXStatus (*get_version)(JXInstance *instance, uint32_t *major, uint32_t *minor,
+                          uint32_t *patch);  /* jxwemgetversion */
   JXHost *host;                              /* the handle given to jxwem */
   JXStatus (*destroy)(JXInstance *instance); /* jxwemdestroy */
   void *empty2[2];                           /* null */
@@ -317,10 +317,12 @@ JX_EXPORT JX_NODISCARD JXInstance *jxwem(JXHost *host, JXOwner owner);
 JX_EXPORT JXStatus jxwemdestroy(JXInstance *instance);
 
 /* Stores the lowest host version the module works with: 3, 1, 1. Returns 0. */
-JX_EXPORT JXStatus jxwemgetreqversion(JXInstance *instance, uint32_t *a, uint32_t *b, uint32_t *c);
+JX_EXPORT JXStatus jxwemgetreqversion(JXInstance *instance, uint32_t *major, uint32_t *minor,
+                                      uint32_t *patch);
 
-/* Stores the module's own version: 3, 2, 1. Returns 0. */
-JX_EXPORT JXStatus jxwemgetversion(JXInstance *instance, uint32_t *a, uint32_t *b, uint32_t *c);
+/* Stores the module's own version: JX_VERSION_*. Returns 0. */
+JX_EXPORT JXStatus jxwemgetversion(JXInstance *instance, uint32_t *major, uint32_t *minor,
+                                   uint32_t *patch);
 
 /* Loads the file-open extension into the instance (null when the host has none). Returns 0. */
 JX_EXPORT JXStatus bkwem(JXInstance *instance);

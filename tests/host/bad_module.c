@@ -4,11 +4,12 @@
 
 #include "jx/wem.h"
 
-static JXStatus get_required_version(JXInstance *instance, uint32_t *a, uint32_t *b, uint32_t *c) {
+static JXStatus get_required_version(JXInstance *instance, uint32_t *major, uint32_t *minor,
+                                     uint32_t *patch) {
   (void)instance;
-  *a = 3;
-  *b = 2;
-  *c = 2;
+  *major = JX_VERSION_MAJOR;
+  *minor = JX_VERSION_MINOR;
+  *patch = JX_VERSION_PATCH + 1;
   return JX_OK;
 }
 

@@ -1,6 +1,4 @@
-// The kernel layer's contract with the other layers: owners for everything the host lends, and the
-// test that a size can be handed to the host. Scans, digits and the file handle have headers of
-// their own (scan.hpp, digits.hpp, handle.hpp).
+// Owners of what the host lends: pool blocks, pools, locks, tables, extensions and transcoders.
 #pragma once
 
 #include <cstddef>
@@ -9,22 +7,8 @@
 
 #include "jx/base.h"
 #include "jx/host.h"
-#include "jx/runtime.h"
 
 namespace jx {
-
-inline constexpr uint32_t kJXCharBytes = sizeof(JXChar);
-inline constexpr double kEpochShift = 315619200.0;  // seconds from 1 January 1960 to 1970
-
-// Text lent by its owner: JXChars with a length, not terminated.
-struct Text {
-  const JXChar *data = nullptr;
-  uint32_t chars = 0;
-};
-
-// Tells whether a size computed in 64 bits can be handed to the host, which counts bytes in 32.
-// PoolBlock::allocate asks the same of the size of a block.
-constexpr bool is_valid_size(uint64_t bytes) { return bytes <= UINT32_MAX; }
 
 // Owns a block of a pool and gives it back to that pool. T is what the block holds.
 template <typename T>
@@ -67,7 +51,7 @@ class PoolBlock {
   T *block_ = nullptr;
 };
 
-// How each host object that ends itself is ended; HostObject picks by type.
+// Releases a host object through its own slot.
 inline JXStatus end_host_object(JXPool *pool) { return pool->destroy_pool(pool); }
 inline JXStatus end_host_object(JXLock *lock) { return lock->destroy_lock(lock); }
 inline JXStatus end_host_object(JXTable *table) { return table->destroy_table(table); }

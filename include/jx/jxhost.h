@@ -84,9 +84,14 @@ const void *jxhost_table_key(const JXTableEntry *entry, uint32_t *key_bytes_out)
 /* ---- Encodings ----------------------------------------------------------------------------- */
 
 /* UTF-8, UTF-16, UTF-32, ASCII, Latin-1 and nearly all single-byte encodings are strict: what is
-   malformed or has no place in the target is a status, never a replacement. The others are as
-   strict as the C library, which writes some characters as their look-alikes: the yen sign reads
-   back from EUC-JP as a backslash. */
+   malformed or has no place in the target is a status, never a replacement. The others are
+   converted by the C library. Where it would write a substitute (some characters in IBM's Asian
+   encodings) or take a stray byte from 80 to 9F for a control character (EUC-JP, EUC-KR, Big5), the
+   host answers with a status too. Look-alikes remain: the yen sign reads back from EUC-JP as a
+   backslash.
+
+   UTF-7 is for stream records. It writes a line feed as one byte but a form feed as five, and text
+   lines need both in the same length: their open is refused with JXHOST_E_NOROOM. */
 
 /* The number of an encoding by name ("utf-8", "utf-16le", "latin1", "cp1252", ...), whatever its
    case and punctuation; 0 when it is not known. */

@@ -19,8 +19,9 @@ JX_EXTERN_C_BEGIN
 #define JXHOST_ALL 0x7u    /* all of them */
 
 /* Called with each journal line, one call at a time, on the thread that writes it: text8 is UTF-8
-   without control characters, zero-terminated, valid during the call. Where the writer gave no text
-   it is the catalogue's meaning of the status. It must not write to the same journal. */
+   without control characters and invisible ones, zero-terminated, valid during the call. Where the
+   writer gave no text it is the catalogue's meaning of the status. It must not write to the same
+   journal. */
 typedef void (*JXHostJournalSink)(void *context, uint32_t level, JXStatus status,
                                   const char *text8);
 

@@ -6,19 +6,12 @@
 #include "jx/jxhost.h"
 #include "jx/wem.h"
 
-/* The name of a file as the module takes it: byte n is the character n. Returns its length. */
-static uint32_t to_name(const char *bytes, JXChar *name) {
-  uint32_t length = 0;
-  for (; bytes[length] && length < JX_NAME_MAX_CHARS; ++length) {
-    name[length] = (unsigned char)bytes[length];
-  }
-  return length;
-}
-
 static JXFile *open_text(JXInstance *instance, const char *path, uint32_t access,
                          JXStatus *status) {
   JXChar name[JX_NAME_MAX_CHARS];
-  const uint32_t length = to_name(path, name);
+  uint32_t name_chars = JX_NAME_MAX_CHARS;
+  *status = jxhost_utf8_to_name(path, name, &name_chars);
+  if (*status != JX_OK) return NULL;
   JXOpenOptions options = {0};
   options.access_mode = access;
   options.buffered = 1;
@@ -26,7 +19,7 @@ static JXFile *open_text(JXInstance *instance, const char *path, uint32_t access
   options.record_format = JX_FORMAT_VARIABLE;
   options.file_encoding = JX_ENCODING_UTF16LE;
   options.record_encoding = JX_ENCODING_UTF8;
-  return instance->open(instance, name, length, &options, 0, NULL, "example", status);
+  return instance->open(instance, name, name_chars, &options, 0, NULL, "example", status);
 }
 
 static JXStatus write_lines(JXInstance *instance, const char *path) {

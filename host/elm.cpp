@@ -18,6 +18,9 @@ namespace jxhost {
 
 namespace {
 
+// Reading, writing and executing; a new file does not get another user's rights by its mode.
+constexpr uint32_t kPermissionsMax = 0777;
+
 struct OpenFile final : JXOpenFile, Live {
   OpenFile();
   ~OpenFile() override { close(); }
@@ -73,6 +76,7 @@ class Path {
 
 bool is_valid(const JXOpenRequest *request, uint32_t lock_word) {
   if (!request || (!request->path && request->path_chars > 0)) return false;
+  if (request->permissions > kPermissionsMax || lock_word == JXELM_LOCK_WAIT) return false;
   const uint32_t access = request->flags & O_ACCMODE;
   switch (lock_word & ~JXELM_LOCK_WAIT) {
     case JXELM_LOCK_NONE:

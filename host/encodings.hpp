@@ -20,6 +20,13 @@ enum class Form : uint8_t {
   kShifting,  // by the C library; bytes mean what the last shift or escape sequence says
 };
 
+// Where the C library loses or misreads text without a word, which the host refuses.
+enum class Laxity : uint8_t {
+  kNone,
+  kControls,     // stray bytes from 0x80 to 0x9f become control characters
+  kSubstitutes,  // unmappable characters and unassigned bytes become the substitute
+};
+
 // One encoding.
 struct Encoding {
   uint32_t number;         // its number, for ever
@@ -29,6 +36,7 @@ struct Encoding {
   uint8_t min_bytes;       // the shortest character, in bytes
   uint8_t max_bytes;       // the longest, with the shifts that it may need before and after
   Form form;
+  Laxity laxity = Laxity::kNone;
 };
 
 // The encoding of a number, or null.

@@ -1,6 +1,8 @@
 // Lines of text: how statuses and messages are worded.
 #include "host/line.hpp"
 
+#include <algorithm>
+
 #include "jx/jxhost.h"
 
 namespace jxhost {
@@ -9,10 +11,25 @@ namespace {
 
 constexpr JXChar kEllipsis = 0x2026;
 
-constexpr bool is_shown(JXChar c) {
-  const bool is_control = c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x2028 || c == 0x2029;
-  const bool is_surrogate = c >= 0xD800 && c <= 0xDFFF;
-  return !is_control && !is_surrogate && c <= 0x10FFFF;
+struct Range {
+  JXChar first, last;
+};
+
+// What would break a line, hide in it or turn its order round: controls, separators of lines and
+// paragraphs, whatever Unicode has a display ignore, and units that are no character.
+constexpr Range kHidden[] = {
+    {0, 0x1F},          {0x7F, 0x9F},       {0xAD, 0xAD},
+    {0x34F, 0x34F},     {0x61C, 0x61C},     {0x115F, 0x1160},
+    {0x17B4, 0x17B5},   {0x180B, 0x180F},   {0x200B, 0x200F},
+    {0x2028, 0x202E},   {0x2060, 0x206F},   {0x3164, 0x3164},
+    {0xD800, 0xDFFF},   {0xFE00, 0xFE0F},   {0xFEFF, 0xFEFF},
+    {0xFFA0, 0xFFA0},   {0xFFF0, 0xFFFB},   {0x1BCA0, 0x1BCA3},
+    {0x1D173, 0x1D17A}, {0xE0000, 0xE0FFF}, {0x110000, UINT32_MAX},
+};
+
+bool is_shown(JXChar c) {
+  return std::ranges::none_of(
+      kHidden, [c](const Range &range) { return c >= range.first && c <= range.last; });
 }
 
 }  // namespace

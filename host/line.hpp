@@ -1,5 +1,5 @@
 // A text of JXChars put together in memory of the caller. What goes in comes out as characters that
-// can be shown: one line, valid code points only.
+// can be seen, on one line and in their order.
 #pragma once
 
 #include <cstdarg>
@@ -17,8 +17,9 @@ class Line {
 
   // Adds an ASCII text.
   void add(const char *text8);
-  // Adds a zero-terminated text; null adds nothing. A control character, a surrogate or a unit
-  // beyond the last code point is written as \u{hexadecimal digits}.
+  // Adds a zero-terminated text; null adds nothing. A control character, one that is invisible or
+  // changes the direction of others, and a unit that is no character are written as
+  // \u{hexadecimal digits}.
   void add(const JXChar *text);
   // Adds a number, padded with zeros to the given digits.
   void add_number(uint32_t number, uint32_t base, uint32_t digits);

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "host/code_page.hpp"
+#include "host/substitutes.hpp"
 #include "jx/jxhost.h"
 
 namespace jxhost {

@@ -2,6 +2,7 @@
 // that carries a step and the start of a character which a call cut off.
 #pragma once
 
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -13,6 +14,7 @@
 namespace jxhost {
 
 class CodePage;
+class Substitutes;
 struct Chain;
 struct Step;
 
@@ -60,7 +62,10 @@ struct Step {
   IconvHandle iconv;                     // a conversion of the C library
   bool flushes = false;                  // iconv may owe characters or a shift at the end of a call
   bool maps_tags = false;                // the target of iconv has the tag characters
-  std::unique_ptr<const Chain> chain;    // the two steps this one consists of
+  bool refuses_controls = false;         // does not encode the characters 0x80 to 0x9f
+  std::bitset<256> refused;              // bytes that are malformed as characters of their own
+  std::unique_ptr<Substitutes> substitutes;  // the characters that iconv would replace, or null
+  std::unique_ptr<const Chain> chain;        // the two steps this one consists of
 
   Step();
   ~Step();
@@ -76,9 +81,9 @@ struct Chain {
 // is an escape sequence with the character behind it.
 inline constexpr size_t kHeldBytesMax = 16;
 
-// What a JXTranscoder of this host is. One caller at a time, except that a call writes to the
-// object only when it cuts a character: calls on whole characters between encodings without state
-// may run side by side.
+// What a JXTranscoder of this host is. One caller at a time, except that a call without iconv
+// writes to the object only when it cuts a character: such calls on whole characters may run side
+// by side.
 struct Transcoder final : JXTranscoder, Live {
   Step step;
   uint8_t held_bytes = 0;
@@ -114,6 +119,8 @@ bool set_up(Transcoder &transcoder, const Encoding &from, const Encoding &to);
 // Sets up a step from an encoding of the C library to JXChar, or from JXChar to it.
 bool set_up_iconv_decode(Step &step, const Encoding &from);
 bool set_up_iconv_encode(Step &step, const Encoding &to);
+// Converts the input by the C library as far as it goes. Returns 0 or the errno of the C library.
+int run_iconv(const Step &step, Cursor &cursor);
 // Writes what the conversion of the C library still owes and returns it to its first state.
 JXStatus flush_iconv(const Step &step, Cursor &cursor);
 // Returns the conversion of the C library to its first state.

@@ -19,8 +19,9 @@ JX_EXTERN_C_BEGIN
 #define JXHOST_ALL 0x7u    /* all of them */
 
 /* Called with each journal line, one call at a time, on the thread that writes it: text8 is UTF-8
-   without control characters, zero-terminated, valid during the call. Where the writer gave no text
-   it is the catalogue's meaning of the status. It must not write to the same journal. */
+   without control characters and invisible ones, zero-terminated, valid during the call. Where the
+   writer gave no text it is the catalogue's meaning of the status. It must not write to the same
+   journal. */
 typedef void (*JXHostJournalSink)(void *context, uint32_t level, JXStatus status,
                                   const char *text8);
 
@@ -96,12 +97,45 @@ const JXTableEntry *jxhost_table_find(const JXTable *table, const void *key, uin
 /* The key of an entry and its size in bytes; null for an entry without one. */
 const void *jxhost_table_key(const JXTableEntry *entry, uint32_t *key_bytes_out);
 
+/* ---- UTF-8 ----------------------------------------------------------------------------------- */
+
+/* A C program has its names and texts in UTF-8; the module takes JXChars. To the system a name or
+   path is bytes, and the module keeps it so: one JXChar a byte. "Z\u00FCrich" has 7 JXChars as a
+   name and 6 as a text. Two of these functions are for names, two for records of JXChars.
+
+   They work in memory of the caller. The last argument holds the room before the call and the
+   length after it, which is 0 when the call fails. A zero follows UTF-8 that is stored, not counted
+   in the length: 4 bytes a character and one more are always room enough. JX_E_BADARG: an argument
+   is null. */
+
+/* Makes a name of zero-terminated bytes, an argument of main for example. They need not be UTF-8.
+   Room for JX_NAME_MAX_CHARS holds every name that the module takes. 0, JX_E_BADARG or
+   JXWEM_E_NAMETOOLONG (no room). */
+JX_NODISCARD JXStatus jxhost_utf8_to_name(const char *utf8, JXChar *name, uint32_t *name_chars);
+/* Makes bytes of a name, for example of one that the module answers; they are UTF-8 if the file's
+   name is. 0, JX_E_BADARG, JXHOST_E_NOROOM or JXHOST_E_UNMAPPABLE (a JXChar of 0 or above 0xFF). */
+JX_NODISCARD JXStatus jxhost_name_to_utf8(const JXChar *name, uint32_t name_chars, char *utf8,
+                                          uint32_t *utf8_bytes);
+/* Decodes utf8_bytes bytes; there are never more characters than bytes. 0, JX_E_BADARG,
+   JXHOST_E_NOROOM or JXHOST_E_MALFORMED (not UTF-8, or the last character is cut). */
+JX_NODISCARD JXStatus jxhost_utf8_to_text(const char *utf8, uint32_t utf8_bytes, JXChar *text,
+                                          uint32_t *text_chars);
+/* Encodes text. 0, JX_E_BADARG, JXHOST_E_NOROOM or JXHOST_E_MALFORMED (a unit that is no
+   character). */
+JX_NODISCARD JXStatus jxhost_text_to_utf8(const JXChar *text, uint32_t text_chars, char *utf8,
+                                          uint32_t *utf8_bytes);
+
 /* ---- Encodings ----------------------------------------------------------------------------- */
 
 /* UTF-8, UTF-16, UTF-32, ASCII, Latin-1 and nearly all single-byte encodings are strict: what is
-   malformed or has no place in the target is a status, never a replacement. The others are as
-   strict as the C library, which writes some characters as their look-alikes: the yen sign reads
-   back from EUC-JP as a backslash. */
+   malformed or has no place in the target is a status, never a replacement. The others are
+   converted by the C library. Where it would write a substitute (some characters in IBM's Asian
+   encodings) or take a stray byte from 80 to 9F for a control character (EUC-JP, EUC-KR, Big5), the
+   host answers with a status too. Look-alikes remain: the yen sign reads back from EUC-JP as a
+   backslash.
+
+   UTF-7 is for stream records. It writes a line feed as one byte but a form feed as five, and text
+   lines need both in the same length: their open is refused with JXHOST_E_NOROOM. */
 
 /* The number of an encoding by name ("utf-8", "utf-16le", "latin1", "cp1252", ...), whatever its
    case and punctuation; 0 when it is not known. */

@@ -24,8 +24,9 @@ class Elm : public testing::Test {
     EXPECT_EQ(open_descriptors(), descriptors);
   }
 
-  JXOpenFile *open_file(const JXString &name, uint32_t flags, uint32_t lock_word) {
-    const JXOpenRequest request = {name.data(), chars(name), 0777, flags, {}};
+  JXOpenFile *open_file(const JXString &name, uint32_t flags, uint32_t lock_word,
+                        uint32_t permissions = 0777) {
+    const JXOpenRequest request = {name.data(), chars(name), permissions, flags, {}};
     return elm->open_file(elm, &request, 1, lock_word, host.journal(), &status);
   }
   // Opens and closes.
@@ -84,6 +85,7 @@ TEST_F(Elm, RefusesWithAStatusForEachReason) {
       {"file", O_RDONLY, 2 | kWait, JXELM_E_BADARG},
       {"file", O_RDONLY | O_TRUNC, 0, JXELM_E_BADARG},
       {"file", O_RDWR, 3, JXELM_E_BADARG},
+      {"file", O_RDWR, kWait, JXELM_E_BADARG},
       // What is no regular file opens without a lock.
       {"/dev/null", O_WRONLY | O_TRUNC, 2, JX_OK},
   };
@@ -91,6 +93,8 @@ TEST_F(Elm, RefusesWithAStatusForEachReason) {
     EXPECT_EQ(try_open(name[0] == '/' ? name : dir.file(name), flags, lock_word), expected)
         << name.substr(0, 80) << " flags " << flags << " lock " << lock_word;
   }
+  EXPECT_EQ(open_file(jx(dir.file("new")), O_RDWR | O_CREAT, 2, 04755), nullptr);
+  EXPECT_EQ(status, JXELM_E_BADARG);
   ASSERT_EQ(chmod(path.c_str(), 0), 0);
   run_unprivileged([&] { EXPECT_EQ(try_open(path, O_RDONLY, 1), JXELM_E_ACCESS); });
   // Only errors that the status does not tell reach the journal.

@@ -48,7 +48,9 @@ void check_character(const Encoding &row, const Converter &encode, const Convert
   }
   EXPECT_GE(bytes.size(), row.min_bytes);
   EXPECT_LE(bytes.size(), row.max_bytes);
-  EXPECT_EQ(decode(bytes).first, JX_OK);
+  const auto [decoded, back] = decode(bytes);
+  EXPECT_EQ(decoded, JX_OK);
+  EXPECT_EQ(back == jxchars(U"\x1a"), c == 0x1a) << "a substitute";
   if (row.form == jxhost::Form::kPage) {
     EXPECT_EQ(by_iconv("UTF-32LE", row.iconv_name, chars).second, bytes);
   }
@@ -67,6 +69,21 @@ TEST(Encodings, EveryRowConvertsWithinItsLengths) {
       const auto [error, expected] = by_iconv(row->iconv_name, "UTF-32LE", source);
       EXPECT_EQ(decode(source), Outcome(error ? JXHOST_E_MALFORMED : JX_OK, expected)) << row->name;
     }
+  }
+}
+
+TEST(Encodings, NothingFitsIntoNoRoom) {
+  TestHost host;
+  for (const Encoding *row : all_encodings()) {
+    JXTranscoder *encode = host->nls->create_encoder(host->nls, row->number, 0, 0);
+    for (const uint32_t source_bytes : {0u, 4u}) {
+      uint32_t produced = 1;
+      EXPECT_EQ(encode->transcode(encode, U"1", source_bytes, nullptr, 0, &produced, 0),
+                source_bytes == 0 ? JX_OK : JXHOST_E_NOROOM)
+          << row->name;
+      EXPECT_EQ(produced, 0u) << row->name;
+    }
+    EXPECT_EQ(host->nls->destroy_transcoder(host->nls, encode), JX_OK);
   }
 }
 

@@ -12,14 +12,17 @@ namespace {
 
 TEST(Journal, ShowsEveryTextOnOneLine) {
   constexpr JXChar kPlain[] = {'a', 0xE9, 0x20AC, 0x1F600, 0};
-  constexpr JXChar kBad[] = {0xD800, 0x110000, 0xFFFFFFFF, '\n', 0x1B, 0x7F, 0x85, 0x2028, 'z', 0};
+  constexpr JXChar kBad[] = {0xD800, 0x110000, 0xFFFFFFFF, '\n',   0x1B,   0x7F,
+                             0x85,   0x2028,   0xAD,       0x200B, 0x2010, 0x202E,
+                             0x2066, 0xFEFF,   0xE0041,    'z',    0};
   const JXString long_text(5000, 'x');
   const std::tuple<uint32_t, JXStatus, const JXChar *, std::string> rows[] = {
       {4, JXWEM_E_SYSTEM, kPlain,
        "error: JXWEM_E_SYSTEM 0x80bfe815: system error: a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"},
       {0, 0x12345678, kBad,
        "level 0: status 0x12345678: \\u{d800}\\u{110000}\\u{ffffffff}"
-       "\\u{a}\\u{1b}\\u{7f}\\u{85}\\u{2028}z"},
+       "\\u{a}\\u{1b}\\u{7f}\\u{85}\\u{2028}"
+       "\\u{ad}\\u{200b}\xE2\x80\x90\\u{202e}\\u{2066}\\u{feff}\\u{e0041}z"},
       {99, JX_E_NOMEM, nullptr, "level 99: JX_E_NOMEM 0x803fc002: out of memory"},
       {1, 1, long_text.c_str(),
        "trace: status 0x00000001: " + std::string(993, 'x') + "\xE2\x80\xA6"},

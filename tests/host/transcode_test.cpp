@@ -49,6 +49,17 @@ TEST(Transcode, DecidesWhatIsValid) {
       {62, 21, "a\xff", kUnmappable, "a"},
       {27, kSjis, jxchars(U"a\xe0041z"), kUnmappable, "a"},
       {27, 54936, jxchars(U"a\xe0041"), 0, "a\xd3\x36\x9c\x33"},
+      // Characters that the C library replaces, and bytes that it takes for something else.
+      {20, 939, "caf\xc3\xa9", kUnmappable, "\x83\x81\x86"},
+      {20, 943, "a\xc2\x80", kUnmappable, "a"},
+      {27, 1390, jxchars(U"\x4e00\xffee"), kUnmappable, "\x0e\x45\x41"},
+      {1390, 20, "\x0e\x45\x57\x0f\xc1\x57", kMalformed, "\xe6\x9d\xb1\x41"},
+      {51949, 20, "\xb0\xa1\x8c\x63", kMalformed, "\xea\xb0\x80"},
+      {51932, 20, "\x8e\xb1\x85", kMalformed, "\xef\xbd\xb1"},
+      {3004, 20, "\x8f\xb0\xa1\x9f", kMalformed, "\xe4\xb8\x82"},
+      {950, 20, "a\x80", kMalformed, "a"},
+      {951, 20, "\x88\x62\x80", kMalformed, "\xc3\x8a\xcc\x84"},
+      {20, 51932, "a\xc2\x85", kUnmappable, "a"},
       // By way of JXChar, and to an encoding with shifts, which every call ends unshifted.
       {1047, 437, "\x81\xc1", 0, "aA"},
       {20, 50220, "a\xe6\x97\xa5", 0, "a\x1b$BF|\x1b(B"},

@@ -88,6 +88,7 @@ class ProgramTest : public testing::Test {
   [[noreturn]] void execute(const std::vector<std::string> &arguments, int input_fd,
                             const std::string &io, bool as_nobody, const char *stdout_path) const {
     const int flags = O_WRONLY | O_CREAT | O_TRUNC;
+    std::signal(SIGPIPE, SIG_DFL);
     ::dup2(input_fd, STDIN_FILENO);
     ::dup2(::open(stdout_path ? stdout_path : (io + "_out").c_str(), flags, 0600), STDOUT_FILENO);
     ::dup2(::open((io + "_err").c_str(), flags, 0600), STDERR_FILENO);

@@ -172,12 +172,21 @@ TEST_F(Text, PermissionsStayAndCount) {
   }
 }
 
-// A reader that goes away ends the program without a message.
-TEST_F(Text, ClosedPipeIsQuiet) {
+// A reader that goes away ends the program by the usual signal and without a message; where the
+// signal is ignored, the error has its name, whoever wrote.
+TEST_F(Text, ClosedPipes) {
   put("in", std::string(1 << 20, '\n'));
-  const Outcome outcome =
-      run({"/bin/sh", "-c", JX_BINARY_DIR "/jxfile lines in | head -c 1 > /dev/null"});
-  EXPECT_EQ(outcome.err, "");
+  for (const std::string arguments : {"lines in"}) {
+    const auto piped = [&](const std::string &before) {
+      const std::string script = before + "{ " JX_BINARY_DIR "/jxfile " + arguments +
+                                 "; echo $? >&2; } | head -c 1 > /dev/null";
+      return run({"/bin/sh", "-c", script}).err;
+    };
+    EXPECT_EQ(piped(""), "141\n") << arguments;
+    EXPECT_NE(piped("trap '' PIPE; ").find("standard output: system error: Broken pipe (JXWEM_E_"),
+              std::string::npos)
+        << piped("trap '' PIPE; ") << arguments;
+  }
 }
 
 // A size limit leaves no file behind; a link to an open file that has no name stays a link.

@@ -53,6 +53,11 @@ class ProgramTest : public testing::Test {
     return std::accumulate(found.begin(), found.end(), std::string());
   }
 
+  static void expect_failure(const Outcome &outcome, const std::string &message) {
+    EXPECT_EQ(outcome.code, 1) << outcome.err;
+    EXPECT_NE(outcome.err.find(message), outcome.err.npos) << outcome.err;
+  }
+
   // Runs jxfile with arguments as they are typed to a shell; as_nobody without the rights of the
   // superuser; stdout_path sends its standard output there.
   Outcome jxfile(const std::string &arguments, std::string_view input = {}, bool as_nobody = false,

@@ -91,9 +91,9 @@ void Replacement::take_empty_place() {
   // Some file systems cannot be asked not to replace.
   const bool is_unknown = !hidden_.empty() && (errno == EINVAL || errno == ENOSYS);
   struct ::stat status = {};
-  if (!is_unknown) throw errno == EEXIST ? changed_failure(shown_) : failure(errno);
+  if (!is_unknown) throw naming_failure(errno);
   if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0) throw changed_failure(shown_);
-  if (::renameat(folder, hidden_.c_str(), folder, name) != 0) throw failure(errno);
+  if (::renameat(folder, hidden_.c_str(), folder, name) != 0) throw naming_failure(errno);
 }
 
 void Replacement::replace_old() {
@@ -104,7 +104,7 @@ void Replacement::replace_old() {
   if (!is_there || !is_same_file(status, *place_.status)) throw changed_failure(shown_);
   keep_access(fd(), old_fd_, shown_);
   if (hidden_.empty()) link_hidden();
-  if (::renameat(folder, hidden_.c_str(), folder, name) != 0) throw failure(errno);
+  if (::renameat(folder, hidden_.c_str(), folder, name) != 0) throw naming_failure(errno);
 }
 
 void Replacement::put_in_place() {
@@ -129,6 +129,11 @@ void Replacement::sync_folder() const {
   const Descriptor folder(::openat(place_.folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (folder.get() < 0 || ::fsync(folder.get()) == 0 || errno == EINVAL || errno == EROFS) return;
   throw system_failure(shown_, errno);
+}
+
+// The file or the place is gone, or the place is taken: somebody else was at work.
+Failure Replacement::naming_failure(int error) const {
+  return error == ENOENT || error == EEXIST ? changed_failure(shown_) : failure(error);
 }
 
 // The failure of making or naming the file. That the old one may be written does not help.

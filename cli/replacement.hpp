@@ -37,6 +37,7 @@ class Replacement {
   void take_empty_place();
   void replace_old();
   void sync_folder() const;
+  Failure naming_failure(int error) const;
   Failure failure(int error) const;
 
   const Place &place_;

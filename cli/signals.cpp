@@ -77,7 +77,8 @@ void occupy_standard_descriptors() {
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
     if (::fcntl(fd, F_GETFD) >= 0) continue;
     // The lowest free number is this one.
-    static_cast<void>(::open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+    const int access = fd == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+    static_cast<void>(::open("/dev/null", access | O_CLOEXEC));
   }
 }
 

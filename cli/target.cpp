@@ -60,7 +60,10 @@ int Target::fd() const {
   return replacement_ ? replacement_->fd() : held_.get();
 }
 
+// What the program opened itself closes on exec, unlike what it was given.
 void Target::open_standing() {
+  const int flags = ::fcntl(fd(), F_GETFD);
+  if (flags < 0 || (flags & FD_CLOEXEC) != 0) throw system_failure(shown_, EBADF);
   if (::fstat(fd(), &status_) != 0) throw system_failure(shown_, errno);
   require_offsets();
 }

@@ -129,6 +129,19 @@ TEST_F(Target, NothingIsLeftOrTakenAway) {
   expect_failure(outcome, "out: it became another file meanwhile");
   EXPECT_EQ(outcome.out, "in\nout\npipe\nvictim\n");
   EXPECT_EQ(get("victim"), "keep");
+  // Without /proc a file cannot get its name late: it has a hidden one from the start.
+  const std::string hide = "exec unshare -m sh -c 'mount -t tmpfs none /proc && ";
+  if (run({"/bin/sh", "-c", hide + "true'"}).code == 0) {
+    for (const std::string name : {"victim", "fresh"}) {
+      const std::string convert = program + "--module " JXWEM_PATH " convert in " + name + "'";
+      EXPECT_EQ(run({"/bin/sh", "-c", hide + convert}).code, 0);
+      EXPECT_EQ(get(name), get("in"));
+    }
+    expect_failure(
+        run({"/bin/sh", "-c", hide + program + "--module " JXWEM_PATH " write fresh'"}, "\xff"),
+        "not valid");
+    ASSERT_EQ(::unlink(at("fresh").c_str()), 0);
+  }
   EXPECT_EQ(names(), "in out pipe victim ");
 }
 

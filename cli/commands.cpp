@@ -33,8 +33,9 @@ constexpr auto kLinesOptions = std::to_array<Option>({
     kJson,
 });
 
-constexpr auto kConvertOperands = std::to_array<Operand>(
-    {{"IN", 1, 1, "file to read; - is standard input"}, {"OUT", 1, 1, "file to write"}});
+constexpr auto kConvertOperands =
+    std::to_array<Operand>({{"IN", 1, 1, "file to read; - is standard input"},
+                            {"OUT", 0, 1, "file to write (default: -, standard output)"}});
 constexpr auto kConvertOptions = std::to_array<Option>({
     kFrom,
     kTo,
@@ -46,7 +47,8 @@ constexpr auto kConvertOptions = std::to_array<Option>({
      "stream: everything as it is (default); text: every line ends in a line feed"},
 });
 
-constexpr auto kWriteOperands = std::to_array<Operand>({{"FILE", 1, 1, "file to write"}});
+constexpr auto kWriteOperands =
+    std::to_array<Operand>({{"FILE", 1, 1, "file to write; - is standard output"}});
 constexpr auto kWriteOptions = std::to_array<Option>({
     {"--records", "KIND", "text: lines (default), binary: bytes, stream: text without line ends"},
     kTo,
@@ -203,10 +205,18 @@ constexpr auto kNotes = std::to_array<Note>({
      "'~' is the home directory, quoted or not, and ./~ a file of that name: a script writes ./ "
      "before names that it did not choose. A name that holds the $NAME of a variable is reached "
      "with the variable taken away: env -u NAME jxfile ..."},
-    {"STANDARD INPUT",
-     "- is standard input where lines, convert and bytes read a file, and refused where convert "
-     "and write write one: /dev/stdout is the way into a pipe. Elsewhere it is a name like "
-     "others."},
+    {"STANDARD INPUT AND OUTPUT",
+     "- is standard input where lines, convert and bytes read a file, and standard output where "
+     "convert and write write one. /dev/stdout, /dev/fd/N and links to them mean the same open "
+     "descriptor: it is written from where it stands, and neither emptied, replaced nor locked. "
+     "A file is never input and output at once. Elsewhere - is a name like others."},
+    {"REPLACED FILES",
+     "convert and write make a new file in the folder of the old one and put it in its place when "
+     "it is complete. It gets the owner, group, permissions and access list of the old one, or "
+     "less where that may not be kept: never the set-user-id, set-group-id and sticky bits, nor "
+     "other extended attributes. Links are followed; of a file with several names only the one "
+     "that was given gets the new content. In a folder where anyone may put files, links and files "
+     "that another user put there are refused."},
     {"ENCODINGS",
      "ENC is a name such as utf-8, utf-16le, utf-16be, utf-32le, utf-32be, ascii, latin1, "
      "iso-8859-15, windows-1252, koi8-r, shift_jis, euc-jp, gb18030, big5 or ibm037, in capitals "

@@ -39,6 +39,20 @@ wem::OpenOptions with_mark(const wem::OpenOptions &options, const Conversion &co
   return is_wanted ? options : options.no_byte_order_mark();
 }
 
+bool is_text_fault(wem::Status status) {
+  return status == JXHOST_E_MALFORMED || status == JXHOST_E_UNMAPPABLE;
+}
+
+// What ended a conversion: a fault of the text is one of the input, anything else the target's.
+[[noreturn]] void fail(Input &input, const Target &target, const Conversion &conversion,
+                       uint32_t from, wem::Status status, const std::string &detail = {}) {
+  if (!is_text_fault(status)) target.require_written(status);
+  if (const auto fault = input.find_fault(from, conversion.to)) {
+    throw to_failure(input.shown(), *fault);
+  }
+  throw Failure(input.shown(), status, detail);
+}
+
 // Everything as it is: bytes in, one conversion by the module, bytes out.
 void convert_stream(Session &session, const Conversion &conversion, Input &input, Target &target) {
   const uint32_t room = conversion.record_length;
@@ -57,23 +71,17 @@ void convert_stream(Session &session, const Conversion &conversion, Input &input
   StreamWriter writer(session, target, from, conversion.to,
                       is_checked ? std::optional<uint64_t>(mark_bytes) : std::nullopt);
   writer.open(with_mark(target.options(), conversion, mark_bytes > 0), room);
-  Progress progress(input.size());
-  const auto fail = [&](wem::Status status) {
-    if (const auto fault = input.find_fault(from, conversion.to)) {
-      throw to_failure(input.shown(), *fault);
-    }
-    throw Failure(target.shown(), status);
-  };
+  Progress progress(target.is_terminal() ? 0 : input.size());
   uint64_t done = head.size();
   for (std::string_view chunk = head.substr(mark_bytes);;
        chunk = reader.next(), done += chunk.size()) {
     const wem::Status status = writer.write(chunk, input.shown());
-    if (!status.ok()) fail(status);
+    if (!status.ok()) fail(input, target, conversion, from, status);
     if (reader.is_at_end()) break;
     progress.show(done);
   }
   const wem::Status status = writer.finish(input.shown());
-  if (!status.ok()) fail(status);
+  if (!status.ok()) fail(input, target, conversion, from, status);
   if (is_checked) return;
   if (const auto fault = input.find_cut_end(from, conversion.to)) {
     throw to_failure(input.shown(), *fault);
@@ -93,21 +101,22 @@ void convert_text(const Conversion &conversion, Input &input, Target &target) {
                                     .stream(room)
                                     .encodings(conversion.to, JX_ENCODING_UTF32LE));
   uint64_t record_number = 1;
-  const auto fail = [&](wem::Status status) {
-    static_cast<void>(source.close());
-    if (const auto fault = input.find_fault(from, conversion.to)) {
-      throw to_failure(input.shown(), *fault);
-    }
-    throw Failure(input.shown(), status, "record " + std::to_string(record_number));
-  };
+  const auto place = [&record_number] { return "record " + std::to_string(record_number); };
   wem::RecordRange records = source.records();
   for (const wem::Record &record : records) {
     wem::Status status = file.write(record.text());
     if (status.ok() && !record.partial) status = file.write(U"\n");
-    if (!status.ok()) fail(status);
+    if (!status.ok()) {
+      static_cast<void>(source.close());
+      fail(input, target, conversion, from, status, place());
+    }
     if (!record.partial) ++record_number;
   }
-  if (records.status() != JXWEM_E_EOF) fail(records.status());
+  if (records.status() != JXWEM_E_EOF) {
+    static_cast<void>(source.close());
+    if (!is_text_fault(records.status())) throw Failure(input.shown(), records.status(), place());
+    fail(input, target, conversion, from, records.status(), place());
+  }
   input.require_complete();
   if (const auto fault = input.find_cut_end(from, conversion.to)) {
     throw to_failure(input.shown(), *fault);
@@ -123,7 +132,8 @@ int run_convert(Session &session, const Arguments &arguments) {
   const bool is_text = kind == "text";
   Input input(session, arguments.operand(0),
               is_text ? Input::Pipe::kRelayed : Input::Pipe::kDirect);
-  Target target(session, arguments.operand(1),
+  const std::string output = arguments.operands().size() > 1 ? arguments.operand(1) : "-";
+  Target target(session, output,
                 conversion.is_append ? Target::Mode::kAppend : Target::Mode::kReplace);
   target.refuse_same(input.file_status());
   conversion.to = target.encoding(conversion.to);

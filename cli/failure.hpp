@@ -33,9 +33,6 @@ struct UsageError : std::exception {
   std::string message;
 };
 
-// Whoever read standard output has gone away: the command ends without a message.
-struct OutputClosed : std::exception {};
-
 // Throws a Failure unless the status is 0.
 inline void require(wem::Status status, const std::string &path) {
   if (!status.ok()) throw Failure(path, status);

@@ -8,6 +8,7 @@
 #include "cli/failure.hpp"
 #include "cli/output.hpp"
 #include "cli/session.hpp"
+#include "cli/signals.hpp"
 
 namespace {
 
@@ -34,9 +35,10 @@ int run(const cli::Invocation &invocation) {
 }  // namespace
 
 int main(int argc, char **argv) {
-  // A reader that went away and a file at its size limit show up as an error of the write.
-  std::signal(SIGPIPE, SIG_IGN);
+  // A file at its size limit is an error of the write, with a message. A reader that went away ends
+  // the program by its signal, without one, as a shell expects; unless that was ignored before.
   std::signal(SIGXFSZ, SIG_IGN);
+  cli::occupy_standard_descriptors();
   cli::Invocation invocation;
   const auto name = [&invocation](const char *separator) {
     return invocation.command ? std::string("jxfile") + separator + invocation.command->name
@@ -44,8 +46,6 @@ int main(int argc, char **argv) {
   };
   try {
     return cli::parse_command_line(argc, argv, &invocation) ? run(invocation) : 0;
-  } catch (const cli::OutputClosed &) {
-    return 0;
   } catch (const cli::UsageError &error) {
     std::fprintf(stderr, "%s: %s\nhint: %s --help\n", name(": ").c_str(), error.message.c_str(),
                  name(" ").c_str());

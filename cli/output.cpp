@@ -8,8 +8,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
+#include "cli/descriptor.hpp"
 #include "jx/jxhost.h"
 
 namespace cli {
@@ -107,21 +107,8 @@ std::span<char> Output::reserve(size_t bytes) {
 }
 
 void Output::flush() {
-  size_t written = 0;
-  while (written < used_) {
-    const ssize_t count = ::write(STDOUT_FILENO, buffer_.data() + written, used_ - written);
-    if (count >= 0) {
-      written += static_cast<size_t>(count);
-      continue;
-    }
-    const int error = errno;
-    if (error == EINTR) continue;
-    used_ = 0;
-    if (error == EPIPE) throw OutputClosed();
-    if (error == ENOSPC) throw Failure("standard output", JXWEM_E_DISKFULL);
-    throw Failure("standard output", JXWEM_E_SYSTEM, std::strerror(error));
-  }
-  used_ = 0;
+  const std::string_view gathered(buffer_.data(), std::exchange(used_, 0));
+  if (!write_fully(STDOUT_FILENO, gathered)) throw system_failure("standard output", errno);
 }
 
 }  // namespace cli

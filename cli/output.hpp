@@ -30,8 +30,7 @@ class Row {
   std::vector<std::pair<std::string, Value>> fields_;
 };
 
-// Standard output, gathered in blocks. A full device or another error throws a Failure, a reader
-// that went away OutputClosed.
+// Standard output, gathered in blocks. A full device or another error throws a Failure.
 class Output {
  public:
   Output &operator<<(std::string_view bytes);

@@ -9,6 +9,8 @@
 #include <array>
 #include <cerrno>
 
+#include "cli/signals.hpp"
+
 namespace cli {
 namespace {
 
@@ -27,6 +29,7 @@ Relay::Relay(Session &session, int source_fd, std::string head, size_t mark_byte
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw Failure("", JXWEM_E_SYSTEM, "no pipe");
   read_end_ = Descriptor(ends[0]);
   write_end_ = Descriptor(ends[1]);
+  const SignalsBlocked guard;
   thread_ = std::thread([this] { run(); });
 }
 

@@ -7,6 +7,7 @@
 #include <array>
 #include <climits>
 #include <cstdlib>
+#include <exception>
 
 namespace cli {
 namespace {
@@ -82,7 +83,8 @@ const wem::Module &Session::module() {
   JXHostConfig config = JXHOST_CONFIG_INIT;
   config.journal_context = &journal_text_;
   config.journal_sink = [](void *context, uint32_t, JXStatus, const char *text8) {
-    *static_cast<std::string *>(context) = text8;
+    // What goes wrong while a failure closes files is not the failure's cause.
+    if (std::uncaught_exceptions() == 0) *static_cast<std::string *>(context) = text8;
   };
   std::string error;
   module_ = wem::Module::load(module_path_.c_str(), &config, &error);

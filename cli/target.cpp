@@ -2,111 +2,138 @@
 #include "cli/target.hpp"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
-#include <climits>
-#include <csignal>
-#include <cstdlib>
 #include <cstring>
 
-#include "cli/descriptor.hpp"
 #include "cli/input.hpp"
 #include "jx/jxhost.h"
 
 namespace cli {
 namespace {
 
-constexpr int kAttempts = 100;
-constexpr mode_t kExecutable = 0111;
+constexpr mode_t kForAll = 0666;  // reduced by the umask
 
-// The file to remove when a signal ends the program.
-std::array<char, PATH_MAX> unfinished_path;
-
-void remove_unfinished(int signal) {
-  ::unlink(unfinished_path.data());
-  std::signal(signal, SIG_DFL);
-  std::raise(signal);
+// The first bytes of a file; none where it cannot be read: it has no mark as far as anyone can
+// tell.
+std::string read_head(int fd) {
+  std::string head(kLongestMark, '\0');
+  const ssize_t count = ::pread(fd, head.data(), head.size(), 0);
+  head.resize(count > 0 ? static_cast<size_t>(count) : 0);
+  return head;
 }
 
-void remove_on_signal(const std::string &path) {
-  const size_t length = std::min(path.size(), unfinished_path.size() - 1);
-  std::copy_n(path.begin(), length, unfinished_path.begin());
-  unfinished_path[length] = '\0';
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    std::signal(signal, path.empty() ? SIG_DFL : remove_unfinished);
-  }
-}
-
-bool is_same(const struct ::stat &a, const struct ::stat &b) {
-  return a.st_ino == b.st_ino && a.st_dev == b.st_dev;
-}
-
-Failure creation_failure(const std::string &path, int error) {
-  switch (error) {
-    case ENOENT:
-    case ENOTDIR:
-      return Failure(path, JXWEM_E_NOPATH);
-    case EACCES:
-    case EPERM:
-    case EROFS:
-      return Failure(path, JXWEM_E_ACCESS);
-    case ENOSPC:
-    case EDQUOT:
-      return Failure(path, JXWEM_E_DISKFULL);
-    default:
-      return Failure(path, JXWEM_E_SYSTEM, std::strerror(error));
-  }
+bool is_reader_gone(int fd) {
+  struct ::pollfd poll = {fd, 0, 0};
+  return ::poll(&poll, 1, 0) == 1 && (poll.revents & POLLERR) != 0;
 }
 
 }  // namespace
 
 Target::Target(Session &session, const std::string &name, Mode mode)
-    : session_(session), shown_(name), path_(session.expand(name)), mode_(mode) {
-  if (name == "-") throw UsageError("- is standard input; write /dev/stdout, or ./- for a file");
-  exists_ = ::stat(path_.c_str(), &old_) == 0;
-  // What has no old content to keep is written as it stands, links that lead nowhere too.
-  struct ::stat link = {};
-  const bool is_dangling = !exists_ && ::lstat(path_.c_str(), &link) == 0;
-  if (is_dangling || (exists_ && !S_ISREG(old_.st_mode))) return;
-  if (mode != Mode::kReplace) {
-    read_head();
-  } else if (!exists_ || resolve_links()) {
-    make_neighbour();
+    : session_(session),
+      shown_(name == "-" ? "standard output" : name),
+      mode_(mode),
+      place_(find_place(name, shown_)) {
+  const bool is_file = !place_.status || S_ISREG(place_.status->st_mode);
+  if (place_.own_fd >= 0) {
+    open_standing();
+  } else if (mode != Mode::kReplace || !is_file) {
+    open_in_place();
+  } else {
+    if (place_.status) open_old();
+    replacement_.emplace(place_, held_.get(), shown_);
   }
 }
 
 Target::~Target() {
   static_cast<void>(file_.close());
-  if (neighbour_.empty()) return;
-  ::unlink(neighbour_.c_str());
-  remove_on_signal({});
+  struct ::stat status = {};
+  const bool is_empty = is_new_ && ::fstat(held_.get(), &status) == 0 && status.st_size == 0;
+  if (is_empty) unlink_own(place_.folder.get(), place_.name.c_str(), held_.get());
+}
+
+int Target::fd() const {
+  if (place_.own_fd >= 0) return place_.own_fd;
+  return replacement_ ? replacement_->fd() : held_.get();
+}
+
+// What the program opened itself closes on exec, unlike what it was given.
+void Target::open_standing() {
+  const int flags = ::fcntl(fd(), F_GETFD);
+  if (flags < 0 || (flags & FD_CLOEXEC) != 0) throw system_failure(shown_, EBADF);
+  if (::fstat(fd(), &status_) != 0) throw system_failure(shown_, errno);
+  require_offsets();
+}
+
+// The lock keeps others from it until the new content has its place.
+void Target::open_old() {
+  if (place_.is_elsewhere) {
+    throw Failure(shown_, JXWEM_E_BADOPTIONS)
+        .saying("it is what another process has open, which is not replaced",
+                "name the file itself, or add to it with --append");
+  }
+  status_ = *place_.status;
+  const auto unbuffered = [](const wem::OpenOptions &options) {
+    return options.binary(1).direct().lock(JX_LOCK_EXCLUSIVE);
+  };
+  held_ = open_place(place_, O_RDWR | O_NONBLOCK, shown_);
+  const bool is_readable = held_.get() >= 0;
+  if (!is_readable && errno == EACCES) held_ = open_place(place_, O_WRONLY | O_NONBLOCK, shown_);
+  if (held_.get() < 0) throw system_failure(shown_, errno);
+  const auto access = is_readable ? wem::OpenOptions::input() : wem::OpenOptions::append();
+  guard_ = session_.open_descriptor(held_.get(), unbuffered(access), shown_);
+}
+
+// A file is opened for reading too, for the mark at its start, where that is allowed.
+void Target::open_in_place() {
+  if (!place_.status) create();
+  if (place_.status) {
+    const bool is_file = S_ISREG(place_.status->st_mode);
+    const int both = is_file || mode_ == Mode::kUpdate ? O_RDWR : O_WRONLY;
+    held_ = open_place(place_, both | append_flag(), shown_);
+    const bool is_refused = held_.get() < 0 && errno == EACCES && mode_ == Mode::kAppend;
+    if (is_refused) held_ = open_place(place_, O_WRONLY | append_flag(), shown_);
+  }
+  if (held_.get() < 0 || ::fstat(fd(), &status_) != 0) throw system_failure(shown_, errno);
+  require_offsets();
+}
+
+// Makes the target, unless someone else did so a moment ago.
+void Target::create() {
+  const int flags = O_CREAT | O_EXCL | O_RDWR | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC;
+  held_ = Descriptor(
+      ::openat(place_.folder.get(), place_.name.c_str(), flags | append_flag(), kForAll));
+  is_new_ = held_.get() >= 0;
+  if (is_new_) return;
+  if (errno != EEXIST) throw system_failure(shown_, errno);
+  place_ = find_place(shown_, shown_);
+  if (!place_.status) throw changed_failure(shown_);
+}
+
+// Additions go to the end even when another program makes some at the same time.
+int Target::append_flag() const { return mode_ == Mode::kAppend ? O_APPEND : 0; }
+
+void Target::require_offsets() {
+  if (mode_ != Mode::kUpdate) {
+    if (place_.own_fd < 0) head_ = read_head(fd());
+    return;
+  }
+  const bool is_both = (::fcntl(fd(), F_GETFL) & O_ACCMODE) == O_RDWR;
+  if (!is_both || ::lseek(fd(), 0, SEEK_CUR) < 0) {
+    throw Failure(shown_, JXWEM_E_BADOPTIONS)
+        .saying("--update and --at need a file, open for reading and writing");
+  }
+  head_ = read_head(fd());
 }
 
 void Target::refuse_same(const struct ::stat &source) const {
-  if (!exists_ || !is_same(source, old_) || !S_ISREG(old_.st_mode)) return;
+  if (!S_ISREG(status_.st_mode) || !is_same_file(source, status_)) return;
   throw Failure(shown_, JXWEM_E_BADOPTIONS)
       .saying("input and output are the same file",
               "write to another file and rename it with: jxfile mv");
-}
-
-// False when the path that links lead to is not that of the file: a link of /proc leads to an open
-// file that has no name any more, and a new content in the link's place would take the link away.
-bool Target::resolve_links() {
-  std::array<char, PATH_MAX> resolved;
-  struct ::stat found = {};
-  const bool is_found = ::realpath(path_.c_str(), resolved.data()) &&
-                        ::stat(resolved.data(), &found) == 0 && is_same(found, old_);
-  if (is_found) path_ = resolved.data();
-  return is_found;
-}
-
-// A file that cannot be read has no mark as far as anyone can tell.
-void Target::read_head() {
-  const Descriptor file(::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  if (file.get() >= 0) head_ = read_fully(file.get(), kLongestMark, shown_);
 }
 
 uint32_t Target::encoding(uint32_t asked) const {
@@ -126,67 +153,43 @@ void Target::require_mark(uint32_t encoding) const {
   throw UsageError("--bom: '" + shown_ + "' begins without a mark and is changed in place");
 }
 
-// Makes an empty file in the target's directory that nobody else can have made.
-void Target::make_neighbour() {
-  if (exists_) {
-    guard_ =
-        session_.open(shown_, wem::OpenOptions::input().binary(1).direct().lock(JX_LOCK_EXCLUSIVE));
-  }
-  const std::string folder = path_.substr(0, std::max<size_t>(path_.rfind('/'), 1));
-  if (session_.expand(path_) != path_) throw Failure(shown_, JXWEM_E_BADNAME, path_);
-  const wem::NameRequest request{U".jxfile-", std::nullopt};
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    const auto name = require(session_.instance().create_name(widen(folder), request), shown_);
-    const std::string path = narrow(name);
-    const int flags = O_CREAT | O_EXCL | O_WRONLY | O_NOFOLLOW | O_CLOEXEC;
-    const int fd = ::open(path.c_str(), flags, S_IRUSR | S_IWUSR);
-    if (fd < 0 && errno == EEXIST) continue;
-    if (fd < 0) throw creation_failure(shown_, errno);
-    ::close(fd);
-    neighbour_ = path;
-    remove_on_signal(neighbour_);
-    return;
-  }
-  throw Failure(shown_, JXWEM_E_EXISTS, "no free name beside it");
+bool Target::is_terminal() const { return ::isatty(fd()) == 1; }
+
+bool Target::is_forced() const {
+  return place_.own_fd < 0 && (replacement_ || S_ISREG(status_.st_mode));
 }
 
 wem::OpenOptions Target::options() const {
   using wem::OpenOptions;
-  const auto options = mode_ == Mode::kReplace  ? OpenOptions::output()
-                       : mode_ == Mode::kAppend ? OpenOptions::append()
-                                                : OpenOptions::update();
+  const bool is_append = mode_ == Mode::kAppend && place_.own_fd < 0;
+  const auto options = mode_ == Mode::kUpdate ? OpenOptions::update()
+                       : is_append            ? OpenOptions::append()
+                                              : OpenOptions::output();
   // A lock on a device would only keep others from it.
-  return exists_ && !S_ISREG(old_.st_mode) ? options.lock(JX_LOCK_NONE) : options;
+  return is_forced() ? options : options.lock(JX_LOCK_NONE);
 }
 
 wem::File &Target::open(const wem::OpenOptions &options) {
-  // The module makes files executable as far as the mask allows; text is not.
-  const CreationMask mask(kExecutable);
-  JXJournal *journal = session_.instance().raw()->journal;
-  auto opened =
-      neighbour_.empty()
-          ? session_.instance().open(widen(shown_), options.journal(journal))
-          : session_.instance().open(widen(neighbour_), options.journal(journal).literal_name());
-  file_ = require(std::move(opened), shown_);
+  file_ = session_.open_descriptor(fd(), options, shown_);
   return file_;
 }
 
+void Target::require_written(wem::Status status, const std::string &detail) const {
+  if (status.ok()) return;
+  if (status != JXWEM_E_SYSTEM || is_forced()) throw Failure(shown_, status, detail);
+  const std::string why = is_reader_gone(fd()) ? std::strerror(EPIPE) : "it cannot be written";
+  throw Failure(shown_, status, detail.empty() ? why : why + ", " + detail);
+}
+
 void Target::commit() {
-  const bool is_device = exists_ && !S_ISREG(old_.st_mode);
   // A pipe or a device cannot be forced anywhere; what was written to it was accepted by then.
-  const auto tolerable = [is_device](wem::Status status) {
-    return is_device && (status == JXWEM_E_FAILED || status == JXWEM_E_SYSTEM) ? JX_OK : status;
+  const auto tolerable = [this](wem::Status status) {
+    return status == JXWEM_E_FAILED && !is_forced() ? JX_OK : status;
   };
-  require(tolerable(file_.flush()), shown_);
-  require(tolerable(file_.close()), shown_);
-  if (neighbour_.empty()) return;
-  const mode_t mode = exists_ ? old_.st_mode & 07777 : 0666 & ~CreationMask(0).umask();
-  // Only the superuser can give a file away; for others the owner is the same or stays their own.
-  if (exists_ && ::chown(neighbour_.c_str(), old_.st_uid, old_.st_gid) != 0) errno = 0;
-  if (::chmod(neighbour_.c_str(), mode) != 0) throw creation_failure(shown_, errno);
-  require(session_.instance().rename(widen(neighbour_), widen(path_)), shown_);
-  neighbour_.clear();
-  remove_on_signal({});
+  require_written(tolerable(file_.flush()));
+  require_written(tolerable(file_.close()));
+  is_new_ = false;
+  if (replacement_) replacement_->put_in_place();
 }
 
 }  // namespace cli

@@ -3,8 +3,11 @@
 
 #include <sys/stat.h>
 
+#include <optional>
 #include <string>
 
+#include "cli/place.hpp"
+#include "cli/replacement.hpp"
 #include "cli/session.hpp"
 
 namespace cli {
@@ -16,7 +19,6 @@ class CreationMask {
   CreationMask(const CreationMask &) = delete;
   CreationMask &operator=(const CreationMask &) = delete;
   ~CreationMask() { ::umask(umask_); }
-  mode_t umask() const { return umask_; }
 
  private:
   mode_t umask_;
@@ -24,20 +26,25 @@ class CreationMask {
 
 // A new content is written to a file beside the target and takes its place when it is complete:
 // until then the target stays as it was. Additions and updates are made in place, and so is
-// everything written to what is not a regular file.
+// everything written to what is not a regular file. What is open already, standard output first of
+// all, is written where it stands: it is neither emptied nor replaced nor locked.
+//
+// Everything happens through descriptors that are opened once, so no other file is ever reached.
 class Target {
  public:
   // Whether the target's old content goes (and its permissions stay) or is changed in place.
   enum class Mode { kReplace, kAppend, kUpdate };
 
-  // Nothing is changed yet.
+  // name is a path, or "-" for standard output. Makes a missing target that is changed in place;
+  // nothing else is changed yet. A Failure when it cannot be written.
   Target(Session &session, const std::string &name, Mode mode);
   Target(const Target &) = delete;
   Target &operator=(const Target &) = delete;
-  // Removes the file beside the target unless it took its place.
+  // Removes the file beside the target unless it took its place, and a target that was made and
+  // got nothing.
   ~Target();
 
-  // Throws a Failure when the file is the one with that status.
+  // Throws a Failure when the source is the same regular file.
   void refuse_same(const struct ::stat &source) const;
   // The encoding of what is written: as asked, or when that is 0 by the byte-order mark of a target
   // that is changed in place, else UTF-8. A Failure when the mark contradicts what is asked.
@@ -46,29 +53,39 @@ class Target {
   void require_mark(uint32_t encoding) const;
   // The first bytes of a target that is changed in place, enough for a byte-order mark.
   const std::string &head() const { return head_; }
+  // Whether what is written appears on a terminal.
+  bool is_terminal() const;
   // The options to add formats and encodings to.
   wem::OpenOptions options() const;
   // Opens what is written. Throws a Failure when the target is locked or may not be written.
   wem::File &open(const wem::OpenOptions &options);
-  // Forces everything to the device, closes, and puts a new content in place.
+  // Throws a Failure of the target unless the status of a write is 0. detail adds the place.
+  void require_written(wem::Status status, const std::string &detail = {}) const;
+  // Forces everything to the device if there is one, closes, and puts a new content in place.
   void commit();
   // What messages call the target.
   const std::string &shown() const { return shown_; }
 
  private:
-  bool resolve_links();
-  void read_head();
-  void make_neighbour();
+  void open_standing();
+  void open_old();
+  void open_in_place();
+  void create();
+  void require_offsets();
+  int append_flag() const;
+  int fd() const;
+  bool is_forced() const;
 
   Session &session_;
   std::string shown_;
-  std::string path_;       // expanded; for a replacement also free of links
-  std::string neighbour_;  // the file beside the target, or empty
   Mode mode_;
+  Place place_;
+  Descriptor held_;            // the target: what is changed in place, or the old file
+  struct ::stat status_ = {};  // of the target as it was found; all zero when it is to be made
+  bool is_new_ = false;        // made, and not committed yet
   std::string head_;
-  bool exists_ = false;
-  struct ::stat old_ = {};  // of the target, when it exists
-  wem::File guard_;         // holds the lock of a target that is replaced
+  wem::File guard_;  // holds the lock of a target that is replaced
+  std::optional<Replacement> replacement_;
   wem::File file_;
 };
 

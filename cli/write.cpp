@@ -14,6 +14,7 @@ namespace cli {
 namespace {
 
 constexpr size_t kChunkBytes = 65536;
+constexpr size_t kLongestUtf8 = 4;  // bytes of a character
 const std::string kSource = "standard input";
 
 struct Writing {
@@ -45,7 +46,7 @@ void write_binary(const Writing &writing, Target &target) {
   wem::File &file = target.open(target.options().binary(writing.record_length).direct());
   move_to_start(file, writing, target.shown());
   for_each_chunk(writing.record_length, [&](std::string_view chunk) {
-    require(file.write(std::as_bytes(std::span(chunk))), target.shown());
+    target.require_written(file.write(std::as_bytes(std::span(chunk))));
   });
 }
 
@@ -54,19 +55,19 @@ void write_stream(Session &session, const Writing &writing, Target &target) {
   wem::File &file = writer.open(with_mark(target.options(), writing), kChunkBytes);
   move_to_start(file, writing, target.shown());
   for_each_chunk(kChunkBytes, [&](std::string_view chunk) {
-    require(writer.write(chunk, kSource), target.shown());
+    target.require_written(writer.write(chunk, kSource));
   });
-  require(writer.finish(kSource), target.shown());
+  target.require_written(writer.finish(kSource));
 }
 
 // Splits standard input into lines and writes each as a record.
 class LineWriter {
  public:
-  LineWriter(Session &session, const Writing &writing, wem::File &file, std::string shown)
+  LineWriter(Session &session, const Writing &writing, wem::File &file, const Target &target)
       : session_(session),
         writing_(writing),
         file_(file),
-        shown_(std::move(shown)),
+        target_(target),
         finder_(session, JX_ENCODING_UTF8, writing.to) {}
 
   // The lines before one with a fault are written.
@@ -84,6 +85,7 @@ class LineWriter {
     }
     if (!is_good) throw to_failure(kSource, *finder_.fault());
     line_ += chunk;
+    if (line_.size() > uint64_t{writing_.record_length} * kLongestUtf8) refuse_long(record_ + 1);
   }
 
   void finish() {
@@ -92,21 +94,24 @@ class LineWriter {
   }
 
  private:
+  [[noreturn]] static void refuse_long(uint64_t record) {
+    throw Failure(kSource, JXWEM_E_TOOLONG, "record " + std::to_string(record));
+  }
+
   void write_line() {
     ++record_;
     const auto text = session_.from_utf8(line_);
     line_.clear();
     const std::string record = "record " + std::to_string(record_);
     if (!text) throw Failure(kSource, JXHOST_E_MALFORMED, record);
-    if (text->size() > writing_.record_length) throw Failure(kSource, JXWEM_E_TOOLONG, record);
-    const wem::Status status = file_.write(*text);
-    if (!status.ok()) throw Failure(shown_, status, record);
+    if (text->size() > writing_.record_length) refuse_long(record_);
+    target_.require_written(file_.write(*text), record);
   }
 
   Session &session_;
   const Writing &writing_;
   wem::File &file_;
-  std::string shown_;
+  const Target &target_;
   FaultFinder finder_;
   std::string line_;     // what came of the next line
   uint64_t offset_ = 0;  // of the next chunk
@@ -118,7 +123,7 @@ void write_text(Session &session, const Writing &writing, Target &target) {
                                     .text(writing.record_length)
                                     .encodings(writing.to, JX_ENCODING_UTF32LE));
   move_to_start(file, writing, target.shown());
-  LineWriter writer(session, writing, file, target.shown());
+  LineWriter writer(session, writing, file, target);
   for_each_chunk(kChunkBytes, [&writer](std::string_view chunk) { writer.feed(chunk); });
   writer.finish();
 }
@@ -164,6 +169,8 @@ int run_write(Session &session, const Arguments &arguments) {
   }
   const Target::Mode mode = mode_of(arguments);
   Target target(session, arguments.operand(0), mode);
+  struct ::stat source = {};
+  if (::fstat(STDIN_FILENO, &source) == 0) target.refuse_same(source);
   if (!is_binary) adapt(writing, target, mode);
   if (is_binary) write_binary(writing, target);
   if (kind == "stream") write_stream(session, writing, target);

@@ -53,6 +53,11 @@ class ProgramTest : public testing::Test {
     return std::accumulate(found.begin(), found.end(), std::string());
   }
 
+  static void expect_failure(const Outcome &outcome, const std::string &message) {
+    EXPECT_EQ(outcome.code, 1) << outcome.err;
+    EXPECT_NE(outcome.err.find(message), outcome.err.npos) << outcome.err;
+  }
+
   // Runs jxfile with arguments as they are typed to a shell; as_nobody without the rights of the
   // superuser; stdout_path sends its standard output there.
   Outcome jxfile(const std::string &arguments, std::string_view input = {}, bool as_nobody = false,
@@ -88,6 +93,7 @@ class ProgramTest : public testing::Test {
   [[noreturn]] void execute(const std::vector<std::string> &arguments, int input_fd,
                             const std::string &io, bool as_nobody, const char *stdout_path) const {
     const int flags = O_WRONLY | O_CREAT | O_TRUNC;
+    std::signal(SIGPIPE, SIG_DFL);
     ::dup2(input_fd, STDIN_FILENO);
     ::dup2(::open(stdout_path ? stdout_path : (io + "_out").c_str(), flags, 0600), STDOUT_FILENO);
     ::dup2(::open((io + "_err").c_str(), flags, 0600), STDERR_FILENO);

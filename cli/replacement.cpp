@@ -1,0 +1,149 @@
+// Making a file beside its target, and putting it in the target's place.
+#include "cli/replacement.hpp"
+
+#include <fcntl.h>
+#include <sys/random.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+
+#include "cli/access.hpp"
+#include "cli/output.hpp"
+
+namespace cli {
+namespace {
+
+constexpr int kAttempts = 100;
+constexpr mode_t kOwnOnly = 0600;  // until the old file's permissions are known to be safe
+constexpr mode_t kForNew = 0666;   // reduced by the umask or the folder's default access list
+constexpr size_t kNameBytes = 16;  // of chance in a hidden name
+
+std::string hidden_name(const std::string &shown) {
+  std::array<char, kNameBytes> chance;
+  if (::getrandom(chance.data(), chance.size(), 0) != static_cast<ssize_t>(chance.size())) {
+    throw system_failure(shown, errno);
+  }
+  return ".jxfile-" + to_hex({chance.data(), chance.size()}, "");
+}
+
+}  // namespace
+
+Replacement::Replacement(const Place &place, int old_fd, std::string shown)
+    : place_(place), old_fd_(old_fd), shown_(std::move(shown)) {
+  const mode_t mode = old_fd >= 0 ? kOwnOnly : kForNew;
+  file_ = Descriptor(::openat(place.folder.get(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
+  if (file_.get() >= 0 && can_be_linked()) return;
+  // What a file system or kernel without unnamed files answers.
+  const bool is_refused = file_.get() < 0 && errno != EOPNOTSUPP && errno != EISDIR &&
+                          errno != EINVAL && errno != ENOENT;
+  if (is_refused) throw failure(errno);
+  make_hidden(mode);
+}
+
+Replacement::~Replacement() {
+  if (!hidden_.empty()) unlink_own(place_.folder.get(), hidden_.c_str(), file_.get());
+}
+
+// A name is given through /proc, which may not be there.
+bool Replacement::can_be_linked() const {
+  struct ::stat own = {};
+  struct ::stat linked = {};
+  return ::fstat(fd(), &own) == 0 && ::stat(path_of(fd()).c_str(), &linked) == 0 &&
+         is_same_file(own, linked);
+}
+
+void Replacement::make_hidden(mode_t mode) {
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    std::string name = hidden_name(shown_);
+    const SignalsBlocked guard;
+    file_ = Descriptor(::openat(place_.folder.get(), name.c_str(),
+                                O_CREAT | O_EXCL | O_WRONLY | O_NOFOLLOW | O_CLOEXEC, mode));
+    if (file_.get() < 0 && errno == EEXIST) continue;
+    if (file_.get() < 0) throw failure(errno);
+    hidden_ = std::move(name);
+    on_signal_.set(place_.folder.get(), hidden_, fd());
+    return;
+  }
+  throw Failure(shown_, JXWEM_E_EXISTS, "no free name beside it");
+}
+
+void Replacement::link_hidden() {
+  std::string name = hidden_name(shown_);
+  const SignalsBlocked guard;
+  if (::linkat(AT_FDCWD, path_of(fd()).c_str(), place_.folder.get(), name.c_str(),
+               AT_SYMLINK_FOLLOW) != 0) {
+    throw failure(errno);
+  }
+  hidden_ = std::move(name);
+  on_signal_.set(place_.folder.get(), hidden_, fd());
+}
+
+// Fails when something has the name by now.
+void Replacement::take_empty_place() {
+  const int folder = place_.folder.get();
+  const char *name = place_.name.c_str();
+  const int result =
+      hidden_.empty() ? ::linkat(AT_FDCWD, path_of(fd()).c_str(), folder, name, AT_SYMLINK_FOLLOW)
+                      : ::renameat2(folder, hidden_.c_str(), folder, name, RENAME_NOREPLACE);
+  if (result == 0) return;
+  // Some file systems cannot be asked not to replace.
+  const bool is_unknown = !hidden_.empty() && (errno == EINVAL || errno == ENOSYS);
+  struct ::stat status = {};
+  if (!is_unknown) throw naming_failure(errno);
+  if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0) throw changed_failure(shown_);
+  if (::renameat(folder, hidden_.c_str(), folder, name) != 0) throw naming_failure(errno);
+}
+
+void Replacement::replace_old() {
+  const int folder = place_.folder.get();
+  const char *name = place_.name.c_str();
+  struct ::stat status = {};
+  const bool is_there = ::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0;
+  if (!is_there || !is_same_file(status, *place_.status)) throw changed_failure(shown_);
+  keep_access(fd(), old_fd_, shown_);
+  if (hidden_.empty()) link_hidden();
+  if (::renameat(folder, hidden_.c_str(), folder, name) != 0) throw naming_failure(errno);
+}
+
+void Replacement::put_in_place() {
+  if (old_fd_ >= 0) {
+    replace_old();
+  } else {
+    take_empty_place();
+  }
+  hidden_.clear();
+  on_signal_.release();
+  struct ::stat own = {};
+  struct ::stat placed = {};
+  const bool is_placed =
+      ::fstat(fd(), &own) == 0 &&
+      ::fstatat(place_.folder.get(), place_.name.c_str(), &placed, AT_SYMLINK_NOFOLLOW) == 0;
+  if (!is_placed || !is_same_file(own, placed)) throw changed_failure(shown_);
+  sync_folder();
+}
+
+// Makes the name durable. A folder that may not be read cannot be opened for that.
+void Replacement::sync_folder() const {
+  const Descriptor folder(::openat(place_.folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (folder.get() < 0 || ::fsync(folder.get()) == 0 || errno == EINVAL || errno == EROFS) return;
+  throw system_failure(shown_, errno);
+}
+
+// The file or the place is gone, or the place is taken: somebody else was at work.
+Failure Replacement::naming_failure(int error) const {
+  return error == ENOENT || error == EEXIST ? changed_failure(shown_) : failure(error);
+}
+
+// The failure of making or naming the file. That the old one may be written does not help.
+Failure Replacement::failure(int error) const {
+  Failure failure = system_failure(shown_, error);
+  const bool is_folder = error == EACCES || error == EPERM || error == EROFS || error == EBUSY;
+  if (old_fd_ < 0 || !is_folder) return failure;
+  return std::move(failure).saying(
+      "it may be written, but its folder does not let a new file take its place",
+      "give - as the output and let the shell write the file, with > FILE");
+}
+
+}  // namespace cli

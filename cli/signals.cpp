@@ -1,0 +1,85 @@
+// Removing what is unfinished from a signal handler.
+#include "cli/signals.hpp"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <utility>
+
+#include "cli/descriptor.hpp"
+
+namespace cli {
+namespace {
+
+// Those that end a program by default and that it may outlive for a moment.
+constexpr int kEndingSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGXCPU};
+
+}  // namespace
+
+SignalsBlocked::SignalsBlocked() {
+  ::sigset_t all;
+  ::sigfillset(&all);
+  ::pthread_sigmask(SIG_SETMASK, &all, &old_);
+}
+
+SignalsBlocked::~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &old_, nullptr); }
+
+constinit RemoveOnSignal *RemoveOnSignal::first = nullptr;
+
+RemoveOnSignal::RemoveOnSignal(int dirfd, std::string name, int own_fd)
+    : dirfd_(dirfd), own_fd_(own_fd), name_(std::move(name)) {
+  const SignalsBlocked guard;
+  install();
+  next_ = std::exchange(first, this);
+}
+
+RemoveOnSignal::~RemoveOnSignal() {
+  const SignalsBlocked guard;
+  RemoveOnSignal **link = &first;
+  while (*link != this) link = &(*link)->next_;
+  *link = next_;
+}
+
+void RemoveOnSignal::set(int dirfd, std::string name, int own_fd) {
+  const SignalsBlocked guard;
+  dirfd_ = dirfd;
+  own_fd_ = own_fd;
+  name_ = std::move(name);
+}
+
+// Runs with every signal blocked, on data that changes under blocked signals only. SA_RESETHAND has
+// put the default action back: the raised signal ends the program as soon as this returns.
+void RemoveOnSignal::remove_all(int signal) {
+  for (const RemoveOnSignal *item = first; item; item = item->next_) {
+    if (item->name_.empty()) continue;
+    if (item->own_fd_ < 0) {
+      ::unlinkat(item->dirfd_, item->name_.c_str(), 0);
+    } else {
+      unlink_own(item->dirfd_, item->name_.c_str(), item->own_fd_);
+    }
+  }
+  std::raise(signal);
+}
+
+void RemoveOnSignal::install() {
+  struct ::sigaction action = {};
+  action.sa_handler = remove_all;
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  ::sigfillset(&action.sa_mask);
+  for (const int signal : kEndingSignals) {
+    struct ::sigaction old = {};
+    if (::sigaction(signal, nullptr, &old) != 0 || old.sa_handler != SIG_DFL) continue;
+    ::sigaction(signal, &action, nullptr);
+  }
+}
+
+void occupy_standard_descriptors() {
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+    if (::fcntl(fd, F_GETFD) >= 0) continue;
+    // The lowest free number is this one.
+    const int access = fd == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+    static_cast<void>(::open("/dev/null", access | O_CLOEXEC));
+  }
+}
+
+}  // namespace cli

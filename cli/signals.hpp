@@ -1,0 +1,57 @@
+// What a signal may do to a command: ends it, after what is unfinished was removed.
+#pragma once
+
+#include <csignal>
+#include <string>
+
+namespace cli {
+
+// Blocks every signal in the calling thread while it lives. Threads that are started meanwhile keep
+// them blocked: signals then reach the main thread only, and a write to a closed pipe is an error
+// in the thread instead of the end of the program.
+class SignalsBlocked {
+ public:
+  SignalsBlocked();
+  SignalsBlocked(const SignalsBlocked &) = delete;
+  SignalsBlocked &operator=(const SignalsBlocked &) = delete;
+  ~SignalsBlocked();
+
+ private:
+  ::sigset_t old_;
+};
+
+// Names a file that is removed when a signal ends the program, which then ends by that signal.
+// Signals that were ignored when the program started stay ignored. Any number may live at once; on
+// the main thread, while other threads have signals blocked. The destructor removes nothing.
+class RemoveOnSignal {
+ public:
+  // Nothing is removed until a name is set.
+  RemoveOnSignal() : RemoveOnSignal(-1, {}) {}
+  // dirfd: the directory that holds the name; stays the caller's and open as long as the name is
+  // set. own_fd: remove the name only while it is that file; -1: whatever it is.
+  RemoveOnSignal(int dirfd, std::string name, int own_fd = -1);
+  RemoveOnSignal(const RemoveOnSignal &) = delete;
+  RemoveOnSignal &operator=(const RemoveOnSignal &) = delete;
+  ~RemoveOnSignal();
+
+  // Another name instead.
+  void set(int dirfd, std::string name, int own_fd = -1);
+  // Nothing is removed from now on.
+  void release() { set(-1, {}); }
+
+ private:
+  static void remove_all(int signal);
+  static void install();
+  static RemoveOnSignal *first;
+
+  RemoveOnSignal *next_ = nullptr;
+  int dirfd_ = -1;
+  int own_fd_ = -1;
+  std::string name_;
+};
+
+// Opens what cannot be read or written in the place of each standard descriptor that is closed, so
+// that no file of the program gets its number and what is meant for the descriptor.
+void occupy_standard_descriptors();
+
+}  // namespace cli

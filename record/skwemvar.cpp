@@ -11,8 +11,9 @@ using jx::Line;
 
 // Skips a byte-order mark before a record; reads on only when the bytes in hand may become one.
 JXStatus skip_bom_before_line(FileHandle *handle) {
-  if (handle->bom_bytes == 0 || *jx::first_unread(handle) != handle->bom[0]) return JX_OK;
   while (handle->buffer_count < handle->bom_bytes && handle->end_seen == 0) {
+    const uint8_t *data = jx::first_unread(handle);
+    if (std::memcmp(data, handle->bom, handle->buffer_count) != 0) return JX_OK;
     const JXStatus status = jx::read_block(handle);
     if (status != JX_OK) return status;
   }

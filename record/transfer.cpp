@@ -1,5 +1,6 @@
 // The steps that readers and writers share.
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 #include "record/record.hpp"
@@ -108,8 +109,12 @@ JXStatus write_rest(FileHandle *handle, const void *source, uint32_t bytes, cons
     if (written == 0) return JXWEM_E_SYSTEM;  // no progress, no reason given
     written = 0;
     const int64_t next_offset = offset ? *offset + done : 0;
-    const JXStatus status = handle->methods.host_write(&handle->head, data + done, bytes - done,
-                                                       &written, offset ? &next_offset : nullptr);
+    JXStatus status = JX_OK;
+    // A signal must not leave it unknown how much of the record went.
+    do {
+      status = handle->methods.host_write(&handle->head, data + done, bytes - done, &written,
+                                          offset ? &next_offset : nullptr);
+    } while (status == JXWEM_E_SYSTEM && errno == EINTR);
     if (status != JX_OK) return status;
   }
   return JX_OK;

@@ -111,7 +111,8 @@ TEST_F(Bytes, Devices) {
       if (buffered) {
         EXPECT_EQ(write_record(full, std::string(20'000, '\0')),
                   is_text ? JXHOST_E_NOROOM : JXWEM_E_DISKFULL);
-        EXPECT_EQ(write_record(full, "\1\0\0\0"), JX_OK) << "the block is lost, the next is empty";
+        EXPECT_EQ(write_record(full, {"\1\0\0\0", 4}), JX_OK)
+            << "the block is lost, the next is empty";
         EXPECT_EQ(full.close(), JXWEM_E_DISKFULL);
       }
     }

@@ -25,6 +25,10 @@ JXStatus feed(JXTranscoder *transcoder, const void *bytes, uint32_t count) {
                                0);
 }
 
+JXTranscoder *transcoder_of(const FileHandle *handle, const HeldStart *held) {
+  return held == &handle->read_held ? handle->read_transcoder : handle->write_transcoder;
+}
+
 // The length of the cut character at the end of `count` bytes, of which the last kHeldMax decide.
 uint32_t cut_of_utf8(const uint8_t *bytes, uint32_t count) {
   for (uint32_t length = 1; length <= std::min(count, kHeldMax); ++length) {
@@ -63,52 +67,22 @@ uint32_t cut_of(TextForm form, const uint8_t *bytes, uint32_t count, uint32_t to
   }
 }
 
-// Notes what is held after text that followed what was held before.
-void note_end(HeldStart *held, const uint8_t *text, uint32_t bytes) {
-  uint8_t window[2 * kHeldMax];
-  const uint32_t taken = std::min(bytes, kHeldMax);
-  std::memcpy(window, held->bytes, held->count);
-  if (taken != 0) std::memcpy(window + held->count, text + bytes - taken, taken);
-  const uint32_t count = held->count + taken;
-  // Only the remainder of the total matters, which survives its wrapping.
-  const uint32_t cut = cut_of(held->form, window, count, held->count + bytes);
-  std::memcpy(held->bytes, window + count - cut, cut);
-  held->count = static_cast<uint8_t>(cut);
-}
-
-// What needs no look at more than the last byte.
-bool ends_plainly(const HeldStart &held, const uint8_t *text, uint32_t bytes) {
-  return held.form == TextForm::utf8 && bytes != 0 && text[bytes - 1] < 0x80;
-}
-
-void drop_held(const Direction &direction) {
-  direction.held->is_stale = 0;
-  direction.held->count = 0;
-  // A transcoder that fails holds nothing afterwards.
-  if (!is_single_byte(direction)) (void)feed(direction.transcoder, kNoText, sizeof kNoText);
-}
-
 }  // namespace
 
-JXStatus transcode(const Direction &direction, const Conversion &conversion,
-                   uint32_t *produced_bytes_out) {
-  HeldStart *held = direction.held;
-  if (held->is_stale != 0) drop_held(direction);
-  JXTranscoder *transcoder = direction.transcoder;
-  const JXStatus status = transcoder->transcode(transcoder, conversion.source,
-                                                conversion.source_bytes, conversion.destination,
-                                                conversion.capacity_bytes, produced_bytes_out, 0);
-  if (status != JX_OK) {
-    leave_held(held);
-    return status;
+void note_end(HeldStart *held, const uint8_t *text, uint32_t bytes) {
+  // Only the remainder of the total matters, which survives its wrapping.
+  const uint32_t total_bytes = held->count + bytes;
+  // A short text may end a character that began before it.
+  uint8_t joined[2 * kHeldMax];
+  if (bytes < kHeldMax && held->count != 0) {
+    std::memcpy(joined, held->bytes, held->count);
+    if (bytes != 0) std::memcpy(joined + held->count, text, bytes);
+    text = joined;
+    bytes = total_bytes;
   }
-  const auto *text = static_cast<const uint8_t *>(conversion.source);
-  if (ends_plainly(*held, text, conversion.source_bytes)) {
-    held->count = 0;
-  } else {
-    note_end(held, text, conversion.source_bytes);
-  }
-  return JX_OK;
+  const uint32_t cut = cut_of(held->form, text, bytes, total_bytes);
+  if (cut != 0) std::memmove(held->bytes, text + bytes - cut, cut);
+  held->count = static_cast<uint8_t>(cut);
 }
 
 bool would_cut(const HeldStart &held, const uint8_t *text, uint32_t bytes) {
@@ -118,29 +92,37 @@ bool would_cut(const HeldStart &held, const uint8_t *text, uint32_t bytes) {
   return after.count != 0;
 }
 
-bool is_single_byte(const Direction &direction) {
-  TextForm &form = direction.held->form;
-  if (form == TextForm::other) {
-    JXEncodingInfo info{};
-    JXNls *nls = direction.nls;
-    const JXStatus status = nls->encoding_info(nls, direction.encoding, &info);
-    const bool is_single = status == JX_OK && info.max_bytes_per_char == 1;
-    form = is_single ? TextForm::single_byte : TextForm::several_bytes;
+void drop_held(FileHandle *handle, HeldStart *held) {
+  held->is_stale = 0;
+  held->count = 0;
+  // A transcoder that fails holds nothing afterwards.
+  if (!is_single_byte(handle, held)) {
+    (void)feed(transcoder_of(handle, held), kNoText, sizeof kNoText);
   }
-  return form == TextForm::single_byte;
 }
 
-JXStatus end_cut_text(const Direction &direction, const void *line_end, uint32_t line_end_bytes) {
-  if (direction.held->is_stale != 0) {
-    drop_held(direction);
+bool is_single_byte(FileHandle *handle, HeldStart *held) {
+  if (held->form == TextForm::other) {
+    const bool reads = held == &handle->read_held;
+    JXEncodingInfo info{};
+    const JXStatus status = handle->nls->encoding_info(
+        handle->nls, reads ? handle->file_encoding : handle->record_encoding, &info);
+    const bool is_single = status == JX_OK && info.max_bytes_per_char == 1;
+    held->form = is_single ? TextForm::single_byte : TextForm::several_bytes;
+  }
+  return held->form == TextForm::single_byte;
+}
+
+JXStatus end_cut_text(FileHandle *handle, HeldStart *held, const void *line_end,
+                      uint32_t line_end_bytes) {
+  if (held->is_stale != 0) {
+    drop_held(handle, held);
     return JX_OK;
   }
-  direction.held->count = 0;
-  if (is_single_byte(direction)) return JX_OK;
-  JXTranscoder *transcoder = direction.transcoder;
-  if (direction.held->form == TextForm::several_bytes) {
-    return feed(transcoder, line_end, line_end_bytes);
-  }
+  held->count = 0;
+  if (is_single_byte(handle, held)) return JX_OK;
+  JXTranscoder *transcoder = transcoder_of(handle, held);
+  if (held->form == TextForm::several_bytes) return feed(transcoder, line_end, line_end_bytes);
   const JXStatus status = feed(transcoder, kNoText, sizeof kNoText);
   // That may be the status of a character which the bytes completed. What is malformed from its
   // start gets the status of a cut character.

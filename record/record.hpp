@@ -83,8 +83,22 @@ void skip_bom(FileHandle *handle);
 
 // Transcodes from the file's to the record encoding and stores what was produced. 0 or the
 // transcoder's status.
-JXStatus transcode_in(FileHandle *handle, const void *source, uint32_t source_bytes,
-                      void *destination, uint32_t capacity_bytes, uint32_t *produced_bytes_out);
+inline JXStatus transcode_in(FileHandle *handle, const void *source, uint32_t source_bytes,
+                             void *destination, uint32_t capacity_bytes,
+                             uint32_t *produced_bytes_out) {
+  JXTranscoder *transcoder = handle->read_transcoder;
+  before_text(handle, &handle->read_held);
+  *produced_bytes_out = 0;
+  const JXStatus status = transcoder->transcode(transcoder, source, source_bytes, destination,
+                                                capacity_bytes, produced_bytes_out, 0);
+  if (status == JX_OK) {
+    after_text(&handle->read_held, source, source_bytes);
+    return JX_OK;
+  }
+  leave_held(&handle->read_held);
+  *produced_bytes_out = 0;
+  return status;
+}
 
 // Bytes on their way to the file: the caller's own, or transcoded ones in the transcode buffer.
 struct Outgoing {
@@ -107,7 +121,8 @@ inline JXStatus transcode_record_out(FileHandle *handle, uint32_t capacity_bytes
   // The line end in an encoding that is not known. A carriage return is one everywhere.
   static constexpr uint8_t kReturns[] = {0x0D, 0x0D};
   const JXStatus status = transcode_out(handle, capacity_bytes, record);
-  return status == JX_OK ? end_text(outward(handle), kReturns, sizeof kReturns) : status;
+  if (status != JX_OK) return status;
+  return end_text(handle, &handle->write_held, kReturns, sizeof kReturns);
 }
 
 // True when the caller lets byte-order marks be written.

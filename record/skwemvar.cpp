@@ -8,11 +8,11 @@ namespace {
 
 using jx::ControlCopy;
 using jx::FileHandle;
-using jx::FoundRecord;
 using jx::Line;
 
 // Skips a byte-order mark before a record; reads on only when the bytes in hand may become one.
 JXStatus skip_bom_before_line(FileHandle *handle) {
+  if (handle->bom_bytes == 0 || *jx::first_unread(handle) != handle->bom[0]) return JX_OK;
   while (handle->buffer_count < handle->bom_bytes && handle->end_seen == 0) {
     const uint8_t *data = jx::first_unread(handle);
     if (std::memcmp(data, handle->bom, handle->buffer_count) != 0) return JX_OK;
@@ -63,7 +63,7 @@ JXStatus take_line(FileHandle *handle, Line line, void **data, uint32_t *length)
   jx::consume(handle, line.consumed_bytes);
   const bool is_ended = line.consumed_bytes != line.record_bytes ||
                         (handle->end_seen != 0 && handle->buffer_count == 0);
-  if (line.record_bytes != 0) return jx::hand_back(handle, {record, line, is_ended}, data, length);
+  if (line.record_bytes != 0) return jx::hand_back(handle, record, line, is_ended, data, length);
   *data = nullptr;
   *length = 0;
   return is_ended ? jx::end_line(handle) : JX_OK;
@@ -109,7 +109,7 @@ bool has_too_many_chars(FileHandle *handle, const jx::Outgoing &record) {
   }
   const uint32_t units = record.bytes / unit_bytes;
   if (units <= handle->record_length) return false;
-  if (form >= TextForm::other) return jx::is_single_byte(jx::outward(handle));
+  if (form >= TextForm::other) return jx::is_single_byte(handle, &handle->write_held);
   uint32_t chars = 0;
   for (uint32_t i = 0; i < units; ++i) {
     chars += (bytes[size_t{i} * unit_bytes + lead_byte] & mask) != continuation;
@@ -177,11 +177,10 @@ JXStatus skwem_read_rvar(JXFile *file, void **data, uint32_t *length, uint32_t, 
     return end_status != JX_OK ? end_status : status;
   }
   if (!jx::has_read(status)) return status;
-  FoundRecord found = {};
-  status = find_whole_line(handle, &read, &found.is_ended);
-  found.data = handle->record_buffer + read.bom_bytes;
-  found.line = read.line;
-  const JXStatus transcode_status = jx::hand_back(handle, found, data, length);
+  bool is_ended = false;
+  status = find_whole_line(handle, &read, &is_ended);
+  const JXStatus transcode_status = jx::hand_back(handle, handle->record_buffer + read.bom_bytes,
+                                                  read.line, is_ended, data, length);
   // The next record is where it is, whatever became of this one.
   const JXStatus point_status = step_back(handle, read);
   if (transcode_status != JX_OK) return transcode_status;

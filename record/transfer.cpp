@@ -78,25 +78,21 @@ void skip_bom(FileHandle *handle) {
   }
 }
 
-JXStatus transcode_in(FileHandle *handle, const void *source, uint32_t source_bytes,
-                      void *destination, uint32_t capacity_bytes, uint32_t *produced_bytes_out) {
-  *produced_bytes_out = 0;
-  const JXStatus status = transcode(
-      inward(handle), {source, source_bytes, destination, capacity_bytes}, produced_bytes_out);
-  if (status != JX_OK) *produced_bytes_out = 0;
-  return status;
-}
-
 JXStatus encode(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record) {
+  JXTranscoder *transcoder = handle->write_transcoder;
+  before_text(handle, &handle->write_held);
   PoolBlock<uint8_t> copy;
   JXStatus status = detach(handle, *record, &copy);
   if (status != JX_OK) return status;
   uint32_t produced_bytes = 0;
-  status = transcode(
-      outward(handle),
-      {copy ? copy.get() : record->data, record->bytes, handle->transcode_buffer, capacity_bytes},
-      &produced_bytes);
-  if (status != JX_OK) return status;
+  const void *text = copy ? copy.get() : record->data;
+  status = transcoder->transcode(transcoder, text, record->bytes, handle->transcode_buffer,
+                                 capacity_bytes, &produced_bytes, 0);
+  if (status != JX_OK) {
+    leave_held(&handle->write_held);
+    return status;
+  }
+  after_text(&handle->write_held, text, record->bytes);
   *record = {handle->transcode_buffer, produced_bytes};
   return JX_OK;
 }

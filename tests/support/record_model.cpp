@@ -20,7 +20,6 @@ Cut end_line(std::string_view bytes, size_t end, std::string_view lf, std::strin
   return {true, is_returned ? end - cr.size() : end, end + lf.size()};
 }
 
-// Ends the text that a transcoder was given, if there is one.
 JXStatus end_text(std::optional<TextModel> &text) { return text ? text->end() : JX_OK; }
 
 // The first line feed that begins below `window`.
@@ -111,8 +110,7 @@ ModelRead RecordModel::read_lines() {
   offset_ += static_cast<int64_t>(cut.consumed);
   const bool is_ended = cut.found || rest(offset_).empty();
   if (cut.end != 0) return deliver(bytes.substr(0, cut.end), status, transcode_bytes_, is_ended);
-  const JXStatus end_status = is_ended ? end_text(in_) : JX_OK;
-  return failed(end_status != JX_OK ? end_status : status);
+  return failed(is_ended && end_text(in_) != JX_OK ? JXHOST_E_MALFORMED : status);
 }
 
 ModelRead RecordModel::read_line_directly() {
@@ -286,8 +284,7 @@ JXStatus RecordModel::point(int64_t *offset, uint32_t mode) {
   if (is_possible) offset_ = target;
   *offset = is_possible ? target : -1;
   bom_pending_ = *offset == 0 && may_write_bom();
-  (void)end_text(in_);
-  (void)end_text(out_);
+  for (auto *text : {&in_, &out_}) (void)end_text(*text);
   return is_possible ? JX_OK : JXWEM_E_FAILED;
 }
 

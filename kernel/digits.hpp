@@ -13,10 +13,10 @@
 
 namespace jx {
 
-inline constexpr JXChar kUpTable[17] = {'0', '1', '2', '3', '4', '5', '6', '7', '8',
-                                        '9', 'A', 'B', 'C', 'D', 'E', 'F', 0};
-inline constexpr JXChar kLowTable[17] = {'0', '1', '2', '3', '4', '5', '6', '7', '8',
-                                         '9', 'a', 'b', 'c', 'd', 'e', 'f', 0};
+inline constexpr JXChar UpTable[17] = {'0', '1', '2', '3', '4', '5', '6', '7', '8',
+                                       '9', 'A', 'B', 'C', 'D', 'E', 'F', 0};
+inline constexpr JXChar LowTable[17] = {'0', '1', '2', '3', '4', '5', '6', '7', '8',
+                                        '9', 'a', 'b', 'c', 'd', 'e', 'f', 0};
 
 struct DigitPair {
   JXChar tens;
@@ -153,7 +153,7 @@ void write_digits(Word value, uint32_t base, bool uppercase, JXChar *end, uint32
     write_hexadecimal(end - count, static_cast<uint32_t>(value), count, uppercase);
     return;
   }
-  const JXChar *table = uppercase ? kUpTable : kLowTable;
+  const JXChar *table = uppercase ? UpTable : LowTable;
   if ((base & (base - 1)) == 0) {
     const int bits_per_digit = std::countr_zero(base);
     for (; count > 0; --count, value >>= bits_per_digit) *--end = table[value & (base - 1)];

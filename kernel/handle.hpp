@@ -41,6 +41,22 @@ struct MethodVector {
 inline constexpr uint32_t kOutboundCount = 9;  // control strings of a group that are written
 inline constexpr uint32_t kInboundCount = 3;   // control strings of a group that are recognised
 
+// How text tells where its characters end. The last two know only by asking the host, with the
+// transcoder itself: of the one it is not known yet whether a byte of it is a character.
+enum class TextForm : uint8_t { single_byte, utf8, utf16be, utf16le, utf32, other, several_bytes };
+
+// The start of a character at the end of the text that a transcoder was given, which the transcoder
+// holds until the rest comes.
+struct HeldStart {
+  TextForm form;     // of the text
+  uint8_t count;     // of bytes held; 0: none. 1 stands for "perhaps" where the form does not tell
+  uint8_t is_stale;  // 1: nothing may follow it any more; it is dropped before other text comes
+  uint8_t bytes[3];  // the bytes, where the form tells them
+};
+
+// What is held belongs to a position that was left, or to a call that failed.
+inline void leave_held(HeldStart *held) { held->is_stale = held->count != 0; }
+
 struct FileHandle {
   JXFile head;                                // what the host sees
   JXInstance *instance;                       // opened through
@@ -82,6 +98,8 @@ struct FileHandle {
   uint32_t bom_bytes;                    // 0, 2, 3 or 4
   uint8_t bom_pending;                   // 1: to be written before the next data
   MethodVector methods;                  // the routines of this handle
+  HeldStart read_held;                   // by the read transcoder; from here on private
+  HeldStart write_held;                  // by the write transcoder
 };
 
 // The handle behind the pointer that the host holds.

@@ -4,6 +4,7 @@
 
 #include "jx/runtime.h"
 #include "kernel/handle.hpp"
+#include "record/cut.hpp"
 
 namespace {
 
@@ -167,6 +168,7 @@ JXStatus make_transcoders(FileHandle *handle, const JXOpenOptions &options, JXOw
     handle->read_transcoder =
         nls->create_transcoder(nls, handle->file_encoding, handle->record_encoding, 0, owner);
     if (!handle->read_transcoder) return JXWEM_E_FAILED;
+    handle->read_held.form = jx::form_of(handle->file_encoding);
     const JXStatus status = make_room_for(handle, handle->record_encoding, &buffer_bytes);
     if (status != JX_OK) return status;
   }
@@ -179,6 +181,7 @@ JXStatus make_transcoders(FileHandle *handle, const JXOpenOptions &options, JXOw
     handle->write_transcoder =
         nls->create_transcoder(nls, handle->record_encoding, handle->file_encoding, 0, owner);
     if (!handle->write_transcoder) return JXWEM_E_FAILED;
+    handle->write_held.form = jx::form_of(handle->record_encoding);
   }
   if (writes || reads_into_buffer) {
     const JXStatus status = make_room_for(handle, handle->file_encoding, &buffer_bytes);

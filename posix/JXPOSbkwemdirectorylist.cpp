@@ -23,14 +23,11 @@ JXStatus take_parent(JXInstance *instance, jx::OwnedPath *directory) {
       instance->split_path(instance, directory->block.get(), directory->chars, &parts[0], &chars[0],
                            &parts[1], &chars[1], &parts[2], &chars[2], &parts[3], &chars[3]);
   if (status != JX_OK) return status;
-  if (!parts[0] || !parts[1]) {
-    instance->split_path_release(instance, parts[0], parts[1], parts[2], parts[3]);
-    return JXWEM_E_NOMEMBER;
-  }
-  // The block of a split begins with its directory.
-  directory->block = jx::PoolBlock<JXChar>(instance->pool, parts[0]);
+  // The block of a split begins with its first component. A member alone, such as a "~name" that
+  // nobody has, lies in the directory without a name, which no system finds.
+  directory->block = jx::PoolBlock<JXChar>(instance->pool, parts[0] ? parts[0] : parts[1]);
   directory->chars = static_cast<uint32_t>(chars[0]);
-  return JX_OK;
+  return parts[1] ? JX_OK : JXWEM_E_NOMEMBER;
 }
 
 JXStatus choose_directory(JXInstance *instance, jx::Text path, uint32_t kind,

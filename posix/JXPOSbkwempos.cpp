@@ -43,6 +43,8 @@ JXStatus bkwem_point(JXFile *file, int64_t *offset, uint32_t mode) {
   const bool may_write_bom = (handle->open_flags & JX_OPEN_NO_BOM) == 0;
   handle->bom_pending = *offset == 0 && may_write_bom;
   handle->tracked_position = static_cast<uint64_t>(*offset);
+  jx::leave_held(&handle->read_held);
+  jx::leave_held(&handle->write_held);
   return status;
 }
 

@@ -83,46 +83,56 @@ class LineSearch {
   uint32_t searched_units_ = 0;
 };
 
-// A record as long as the record length may have its line end just behind it: a line feed, or a
-// carriage return and a line feed. True with the line that this makes.
-bool ends_behind_limit(const FileHandle *handle, Line *line) {
-  const ControlCopy &line_feed = handle->inbound[kLineFeed];
+// What follows a record as long as the record length.
+enum class Behind { line_end, text, undecided };
+
+// Compares bytes with a control string: the string itself, or bytes that are not its start, or too
+// few to tell.
+Behind compare(const ControlCopy &control, const uint8_t *data, uint32_t bytes) {
+  const uint32_t common = std::min(control.bytes, bytes);
+  if (common != 0 && std::memcmp(data, control.text, common) != 0) return Behind::text;
+  return common == control.bytes ? Behind::line_end : Behind::undecided;
+}
+
+// Looks for the line end just behind the record: a line feed, or a carriage return and a line feed.
+// Stores the line that one makes.
+Behind look_behind_limit(const FileHandle *handle, Line *line) {
   const ControlCopy &carriage_return = handle->inbound[kCarriageReturn];
+  const ControlCopy &line_feed = handle->inbound[kLineFeed];
   const uint32_t limit = handle->record_length;
   const uint32_t bytes_behind = handle->buffer_count - limit;
   const uint8_t *data = first_unread(handle);
-  if (bytes_behind >= line_feed.bytes && stands_at(line_feed, data + limit)) {
-    *line = trim_line_end(handle, data, limit);
-    return true;
+  uint32_t end = limit;
+  Behind behind = compare(line_feed, data + limit, bytes_behind);
+  if (behind == Behind::text) {
+    behind = compare(carriage_return, data + limit, bytes_behind);
+    if (behind != Behind::line_end) return behind;
+    end += carriage_return.bytes;
+    behind = compare(line_feed, data + end, bytes_behind - carriage_return.bytes);
   }
-  if (bytes_behind >= carriage_return.bytes + line_feed.bytes &&
-      stands_at(carriage_return, data + limit) &&
-      stands_at(line_feed, data + limit + carriage_return.bytes)) {
-    *line = trim_line_end(handle, data, limit + carriage_return.bytes);
-    return true;
-  }
-  return false;
+  if (behind == Behind::line_end) *line = trim_line_end(handle, data, end);
+  return behind;
 }
 
-// A line with no line feed among its first record-length bytes.
+// A line with no line feed among its first record-length bytes, which are in hand or all there is.
 JXStatus take_long_or_last_line(FileHandle *handle, const LineSearch &search, Line *line) {
   const uint32_t limit = handle->record_length;
-  const uint32_t look_ahead =
-      handle->inbound[kCarriageReturn].bytes + handle->inbound[kLineFeed].bytes;
-  // A search that ends behind the limit has no line end to look for, only the end of the file.
-  const uint32_t end_of_full = search.end_of(limit);
-  const uint32_t decisive_bytes = end_of_full == limit ? limit + look_ahead : end_of_full + 1;
-  while (handle->buffer_count < decisive_bytes && handle->end_seen == 0) {
+  for (;;) {
+    const uint32_t count = handle->buffer_count;
+    const uint32_t end = search.end_of(std::min(count, limit));
+    // A search that ends behind the limit has no line end to look for, only the end of the file.
+    Behind behind = count > end ? Behind::text : Behind::undecided;
+    if (end == limit && count > limit) behind = look_behind_limit(handle, line);
+    if (behind == Behind::line_end) return JX_OK;
+    if (behind == Behind::text || handle->end_seen != 0) {
+      // A character that the end of the file cuts off comes as it stands.
+      const uint32_t bytes = std::min(end, count);
+      *line = {bytes, bytes};
+      return end == count && handle->end_seen != 0 ? JX_OK : JXWEM_E_PARTIAL;
+    }
     const JXStatus status = read_block(handle);
     if (status != JX_OK) return status;
   }
-  const uint32_t count = handle->buffer_count;
-  const uint32_t end = search.end_of(std::min(count, limit));
-  if (end == limit && count > limit && ends_behind_limit(handle, line)) return JX_OK;
-  // A character that the end of the file cuts off comes as it stands.
-  const uint32_t bytes = std::min(end, count);
-  *line = {bytes, bytes};
-  return end == count && handle->end_seen != 0 ? JX_OK : JXWEM_E_PARTIAL;
 }
 
 }  // namespace

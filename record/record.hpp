@@ -6,6 +6,7 @@
 
 #include "kernel/copy.hpp"
 #include "kernel/handle.hpp"
+#include "record/cut.hpp"
 
 // Hidden, so that a call within the module needs no table of addresses.
 namespace [[gnu::visibility("hidden")]] jx {
@@ -82,8 +83,22 @@ void skip_bom(FileHandle *handle);
 
 // Transcodes from the file's to the record encoding and stores what was produced. 0 or the
 // transcoder's status.
-JXStatus transcode_in(const FileHandle *handle, const void *source, uint32_t source_bytes,
-                      void *destination, uint32_t capacity_bytes, uint32_t *produced_bytes_out);
+inline JXStatus transcode_in(FileHandle *handle, const void *source, uint32_t source_bytes,
+                             void *destination, uint32_t capacity_bytes,
+                             uint32_t *produced_bytes_out) {
+  JXTranscoder *transcoder = handle->read_transcoder;
+  before_text(handle, &handle->read_held);
+  *produced_bytes_out = 0;
+  const JXStatus status = transcoder->transcode(transcoder, source, source_bytes, destination,
+                                                capacity_bytes, produced_bytes_out, 0);
+  if (status == JX_OK) {
+    after_text(&handle->read_held, source, source_bytes);
+    return JX_OK;
+  }
+  leave_held(&handle->read_held);
+  *produced_bytes_out = 0;
+  return status;
+}
 
 // Bytes on their way to the file: the caller's own, or transcoded ones in the transcode buffer.
 struct Outgoing {
@@ -98,6 +113,16 @@ JXStatus encode(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record);
 // of the transcode buffer are used. 0, JX_E_NOMEM or the transcoder's status.
 inline JXStatus transcode_out(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record) {
   return handle->write_transcoder ? encode(handle, capacity_bytes, record) : JX_OK;
+}
+
+// The same for a record, which ends there: a character that it cuts off is its fault.
+inline JXStatus transcode_record_out(FileHandle *handle, uint32_t capacity_bytes,
+                                     Outgoing *record) {
+  // The line end in an encoding that is not known. A carriage return is one everywhere.
+  static constexpr uint8_t kReturns[] = {0x0D, 0x0D};
+  const JXStatus status = transcode_out(handle, capacity_bytes, record);
+  if (status != JX_OK) return status;
+  return end_text(handle, &handle->write_held, kReturns, sizeof kReturns);
 }
 
 // True when the caller lets byte-order marks be written.

@@ -62,6 +62,37 @@ JXStatus write_due_bom(FileHandle *handle, int64_t *offset) {
   return status;
 }
 
+// Reads a chunk by its route. The statuses of skwem_read_rstream.
+JXStatus read_chunk(FileHandle *handle, const Route &route, const int64_t *offset, void **data,
+                    uint32_t *length) {
+  uint32_t read_bytes = 0;
+  JXStatus status =
+      handle->methods.host_read(&handle->head, route.area, route.area_bytes, &read_bytes, offset);
+  if (!jx::has_read(status)) return status;
+  if (jx::begins_with_bom(handle, route.area, read_bytes)) {
+    status = replace_bom(handle, route, offset, &read_bytes);
+  }
+  if (!handle->read_transcoder) {
+    *data = route.area;
+    *length = read_bytes;
+    return status;
+  }
+  status = jx::transcode_in(handle, route.area, read_bytes, route.destination,
+                            route.destination_capacity, length);
+  if (status == JX_OK) *data = route.destination;
+  return status;
+}
+
+// Writes a chunk directly. The statuses of skwem_write_rstream.
+JXStatus write_chunk(FileHandle *handle, jx::Outgoing chunk, int64_t *offset) {
+  JXStatus status = jx::transcode_out(handle, handle->transcode_buffer_bytes, &chunk);
+  if (status != JX_OK) return status;
+  status = write_due_bom(handle, offset);
+  if (status != JX_OK) return status;
+  uint32_t written = 0;
+  return jx::write_all(handle, chunk.data, chunk.bytes, offset, &written);
+}
+
 }  // namespace
 
 extern "C" {
@@ -97,9 +128,10 @@ JXStatus skwem_write_stream(JXFile *file, const void *data, uint32_t length, uin
   FileHandle *handle = jx::handle_of(file);
   jx::Outgoing chunk = {data, length};
   status = jx::transcode_out(handle, handle->transcode_buffer_bytes, &chunk);
-  if (status != JX_OK) return status;
-  status = jx::place_bom(handle);
-  return status == JX_OK ? jx::place(handle, chunk.data, chunk.bytes) : status;
+  if (status == JX_OK) status = jx::place_bom(handle);
+  if (status == JX_OK) status = jx::place(handle, chunk.data, chunk.bytes);
+  if (status != JX_OK) jx::leave_held(&handle->write_held);
+  return status;
 }
 
 JXStatus skwem_read_rstream(JXFile *file, void **data, uint32_t *length, uint32_t,
@@ -112,35 +144,22 @@ JXStatus skwem_read_rstream(JXFile *file, void **data, uint32_t *length, uint32_
   if (status == JXWEM_E_TOOLONG) return status;
   *length = 0;
   if (status != JX_OK) return status;
-  uint32_t read_bytes = 0;
-  status = handle->methods.host_read(file, route.area, route.area_bytes, &read_bytes, offset);
-  if (!jx::has_read(status)) return status;
-  if (jx::begins_with_bom(handle, route.area, read_bytes)) {
-    status = replace_bom(handle, route, offset, &read_bytes);
-  }
-  if (!handle->read_transcoder) {
-    *data = route.area;
-    *length = read_bytes;
-    return status;
-  }
-  status = jx::transcode_in(handle, route.area, read_bytes, route.destination,
-                            route.destination_capacity, length);
-  if (status == JX_OK) *data = route.destination;
+  // A chunk from elsewhere neither goes on with a character nor leaves one to go on with.
+  if (offset) jx::leave_held(&handle->read_held);
+  status = read_chunk(handle, route, offset, data, length);
+  if (offset) jx::leave_held(&handle->read_held);
   return status;
 }
 
 JXStatus skwem_write_rstream(JXFile *file, const void *data, uint32_t length, uint32_t,
                              int64_t *offset) {
-  JXStatus status = jx::check_direct_writer(file);
+  const JXStatus status = jx::check_direct_writer(file);
   if (status != JX_OK) return status;
   FileHandle *handle = jx::handle_of(file);
-  jx::Outgoing chunk = {data, length};
-  status = jx::transcode_out(handle, handle->transcode_buffer_bytes, &chunk);
-  if (status != JX_OK) return status;
-  status = write_due_bom(handle, offset);
-  if (status != JX_OK) return status;
-  uint32_t written = 0;
-  return jx::write_all(handle, chunk.data, chunk.bytes, offset, &written);
+  if (offset) jx::leave_held(&handle->write_held);
+  const JXStatus write_status = write_chunk(handle, {data, length}, offset);
+  if (offset || write_status != JX_OK) jx::leave_held(&handle->write_held);
+  return write_status;
 }
 
 }  // extern "C"

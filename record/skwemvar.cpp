@@ -1,6 +1,7 @@
 // Text lines: records between line ends, read and written through the buffer or directly.
 #include <cstring>
 
+#include "record/found_record.hpp"
 #include "record/line.hpp"
 
 namespace {
@@ -13,6 +14,8 @@ using jx::Line;
 JXStatus skip_bom_before_line(FileHandle *handle) {
   if (handle->bom_bytes == 0 || *jx::first_unread(handle) != handle->bom[0]) return JX_OK;
   while (handle->buffer_count < handle->bom_bytes && handle->end_seen == 0) {
+    const uint8_t *data = jx::first_unread(handle);
+    if (std::memcmp(data, handle->bom, handle->buffer_count) != 0) return JX_OK;
     const JXStatus status = jx::read_block(handle);
     if (status != JX_OK) return status;
   }
@@ -26,35 +29,44 @@ JXStatus step_back(FileHandle *handle, const jx::DirectRead &read) {
   handle->tracked_position += consumed;
   if (consumed == read.read_bytes) return JX_OK;
   int64_t distance = int64_t{consumed} - read.read_bytes;
-  return handle->methods.host_point(&handle->head, &distance, JX_POINT_RELATIVE);
-}
-
-// Sets the record that a read hands back, converted into the record encoding.
-JXStatus convert_record(const FileHandle *handle, const uint8_t *record, uint32_t record_bytes,
-                        void **data, uint32_t *length) {
-  const JXStatus status = jx::transcode_in(handle, record, record_bytes, handle->transcode_buffer,
-                                           handle->transcode_buffer_bytes, length);
-  *data = status == JX_OK ? handle->transcode_buffer : nullptr;
+  // A part of a line may end in a character that the next part goes on with.
+  const jx::HeldStart held = handle->read_held;
+  const JXStatus status = handle->methods.host_point(&handle->head, &distance, JX_POINT_RELATIVE);
+  handle->read_held = held;
   return status;
 }
 
-// Sets the record that a read hands back, in the record encoding.
-JXStatus hand_back(const FileHandle *handle, uint8_t *record, uint32_t record_bytes, void **data,
-                   uint32_t *length) {
-  if (handle->read_transcoder) return convert_record(handle, record, record_bytes, data, length);
-  *data = record;
-  *length = record_bytes;
-  return JX_OK;
+// Finds the record among the bytes of a direct read. When these end in a cut character, though the
+// buffer has room, they may be all or not: what follows tells. 0 or JXWEM_E_PARTIAL.
+JXStatus find_whole_line(FileHandle *handle, jx::DirectRead *read, bool *is_ended_out) {
+  for (;;) {
+    const JXStatus status = jx::find_direct_line(handle, read);
+    *is_ended_out = status == JX_OK;
+    const uint32_t room = handle->record_length + handle->control_extra_bytes - read->read_bytes;
+    const uint8_t *record = handle->record_buffer + read->bom_bytes;
+    if (*is_ended_out || room == 0 || !handle->read_transcoder ||
+        !jx::would_cut(handle->read_held, record, read->line.record_bytes)) {
+      return status;
+    }
+    uint32_t more = 0;
+    const JXStatus read_status = handle->methods.host_read(
+        &handle->head, handle->record_buffer + read->read_bytes, room, &more, nullptr);
+    *is_ended_out = read_status == JXWEM_E_EOF;
+    if (!jx::has_read(read_status)) return status;
+    read->read_bytes += more;
+  }
 }
 
 // Takes a line off the unread bytes and hands its record back; an empty one has no address.
 JXStatus take_line(FileHandle *handle, Line line, void **data, uint32_t *length) {
   uint8_t *record = jx::first_unread(handle);
   jx::consume(handle, line.consumed_bytes);
-  if (line.record_bytes != 0) return hand_back(handle, record, line.record_bytes, data, length);
+  const bool is_ended = line.consumed_bytes != line.record_bytes ||
+                        (handle->end_seen != 0 && handle->buffer_count == 0);
+  if (line.record_bytes != 0) return jx::hand_back(handle, record, line, is_ended, data, length);
   *data = nullptr;
   *length = 0;
-  return JX_OK;
+  return is_ended ? jx::end_line(handle) : JX_OK;
 }
 
 // Reads a line that takes more than a look at the unread bytes. Apart from the reader, so that the
@@ -76,28 +88,28 @@ JXStatus take_line(FileHandle *handle, Line line, void **data, uint32_t *length)
 // Tells whether a record has more characters than the record length, where its encoding lets them
 // be counted: those that continue a character are left out. In other encodings the room of the
 // transcode buffer is the only bound.
-bool has_too_many_chars(const FileHandle *handle, const jx::Outgoing &record) {
+bool has_too_many_chars(FileHandle *handle, const jx::Outgoing &record) {
+  using jx::TextForm;
   const auto *bytes = static_cast<const uint8_t *>(record.data);
-  const uint32_t encoding = handle->record_encoding;
+  const TextForm form = handle->write_held.form;
   uint32_t unit_bytes = 1;
   uint32_t lead_byte = 0;       // where in a unit the bits stand that tell
   uint8_t mask = 0;             // those bits
   uint8_t continuation = 0xFF;  // and their value in a unit that continues a character
-  if (encoding == JX_ENCODING_UTF32LE || encoding == JX_ENCODING_UTF32BE) {
+  if (form == TextForm::utf32) {
     unit_bytes = jx::kJXCharBytes;
-  } else if (encoding == JX_ENCODING_UTF16LE || encoding == JX_ENCODING_UTF16BE) {
+  } else if (form == TextForm::utf16le || form == TextForm::utf16be) {
     unit_bytes = 2;
-    lead_byte = encoding == JX_ENCODING_UTF16LE ? 1 : 0;
+    lead_byte = form == TextForm::utf16le ? 1 : 0;
     mask = 0xFC;
     continuation = 0xDC;
-  } else if (encoding == JX_ENCODING_UTF8) {
+  } else if (form == TextForm::utf8) {
     mask = 0xC0;
     continuation = 0x80;
-  } else if (encoding != JX_ENCODING_NATIVE) {
-    return false;
   }
   const uint32_t units = record.bytes / unit_bytes;
   if (units <= handle->record_length) return false;
+  if (form >= TextForm::other) return jx::is_single_byte(handle, &handle->write_held);
   uint32_t chars = 0;
   for (uint32_t i = 0; i < units; ++i) {
     chars += (bytes[size_t{i} * unit_bytes + lead_byte] & mask) != continuation;
@@ -113,7 +125,7 @@ JXStatus lay_out_record(FileHandle *handle, jx::Outgoing *record, uint8_t **buff
     const uint32_t room_bytes = handle->transcode_buffer_bytes;
     if (has_too_many_chars(handle, *record) || room_bytes < line_end_bytes) return JXWEM_E_TOOLONG;
     *buffer_out = handle->transcode_buffer;
-    return jx::transcode_out(handle, room_bytes - line_end_bytes, record);
+    return jx::transcode_record_out(handle, room_bytes - line_end_bytes, record);
   }
   if (record->bytes > handle->record_length) return JXWEM_E_TOOLONG;
   *buffer_out = handle->record_buffer;
@@ -141,7 +153,7 @@ JXStatus skwem_write_var(JXFile *file, const void *data, uint32_t length, uint32
   status = jx::place_bom(handle);
   if (status != JX_OK) return status;
   jx::Outgoing record = {data, length};
-  status = jx::transcode_out(handle, handle->transcode_buffer_bytes, &record);
+  status = jx::transcode_record_out(handle, handle->transcode_buffer_bytes, &record);
   if (status != JX_OK) return status;
   status = jx::place(handle, record.data, record.bytes);
   if (status != JX_OK) return status;
@@ -159,10 +171,16 @@ JXStatus skwem_read_rvar(JXFile *file, void **data, uint32_t *length, uint32_t, 
   jx::DirectRead read = {};
   status =
       handle->methods.host_read(file, handle->record_buffer, wanted, &read.read_bytes, nullptr);
+  if (status == JXWEM_E_EOF) {
+    // A character that a part of full length cut is not going on.
+    const JXStatus end_status = jx::end_line(handle);
+    return end_status != JX_OK ? end_status : status;
+  }
   if (!jx::has_read(status)) return status;
-  status = jx::find_direct_line(handle, &read);
-  uint8_t *record = handle->record_buffer + read.bom_bytes;
-  const JXStatus transcode_status = hand_back(handle, record, read.line.record_bytes, data, length);
+  bool is_ended = false;
+  status = find_whole_line(handle, &read, &is_ended);
+  const JXStatus transcode_status = jx::hand_back(handle, handle->record_buffer + read.bom_bytes,
+                                                  read.line, is_ended, data, length);
   // The next record is where it is, whatever became of this one.
   const JXStatus point_status = step_back(handle, read);
   if (transcode_status != JX_OK) return transcode_status;

@@ -1,5 +1,6 @@
 // The steps that readers and writers share.
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 #include "record/record.hpp"
@@ -77,25 +78,21 @@ void skip_bom(FileHandle *handle) {
   }
 }
 
-JXStatus transcode_in(const FileHandle *handle, const void *source, uint32_t source_bytes,
-                      void *destination, uint32_t capacity_bytes, uint32_t *produced_bytes_out) {
-  JXTranscoder *transcoder = handle->read_transcoder;
-  *produced_bytes_out = 0;
-  const JXStatus status = transcoder->transcode(transcoder, source, source_bytes, destination,
-                                                capacity_bytes, produced_bytes_out, 0);
-  if (status != JX_OK) *produced_bytes_out = 0;
-  return status;
-}
-
 JXStatus encode(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record) {
   JXTranscoder *transcoder = handle->write_transcoder;
+  before_text(handle, &handle->write_held);
   PoolBlock<uint8_t> copy;
   JXStatus status = detach(handle, *record, &copy);
   if (status != JX_OK) return status;
   uint32_t produced_bytes = 0;
-  status = transcoder->transcode(transcoder, copy ? copy.get() : record->data, record->bytes,
-                                 handle->transcode_buffer, capacity_bytes, &produced_bytes, 0);
-  if (status != JX_OK) return status;
+  const void *text = copy ? copy.get() : record->data;
+  status = transcoder->transcode(transcoder, text, record->bytes, handle->transcode_buffer,
+                                 capacity_bytes, &produced_bytes, 0);
+  if (status != JX_OK) {
+    leave_held(&handle->write_held);
+    return status;
+  }
+  after_text(&handle->write_held, text, record->bytes);
   *record = {handle->transcode_buffer, produced_bytes};
   return JX_OK;
 }
@@ -108,8 +105,12 @@ JXStatus write_rest(FileHandle *handle, const void *source, uint32_t bytes, cons
     if (written == 0) return JXWEM_E_SYSTEM;  // no progress, no reason given
     written = 0;
     const int64_t next_offset = offset ? *offset + done : 0;
-    const JXStatus status = handle->methods.host_write(&handle->head, data + done, bytes - done,
-                                                       &written, offset ? &next_offset : nullptr);
+    JXStatus status = JX_OK;
+    // A signal must not leave it unknown how much of the record went.
+    do {
+      status = handle->methods.host_write(&handle->head, data + done, bytes - done, &written,
+                                          offset ? &next_offset : nullptr);
+    } while (status == JXWEM_E_SYSTEM && errno == EINTR);
     if (status != JX_OK) return status;
   }
   return JX_OK;

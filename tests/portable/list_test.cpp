@@ -14,7 +14,7 @@ TEST_F(DirectoryList, Statuses) {
       {at("file.txt"), JX_DIRECTORY_PARENT, JX_OK},
       {at("nothing"), JX_DIRECTORY_PARENT, JX_OK},
       {jx("/"), JX_DIRECTORY_PARENT, JXWEM_E_NOMEMBER},
-      {jx("~nosuchuser"), JX_DIRECTORY_PARENT, JXWEM_E_NOMEMBER},
+      {jx("~nosuchuser"), JX_DIRECTORY_PARENT, JXWEM_E_NOTFOUND},
       {jx("/x"), JX_DIRECTORY_PARENT, JX_OK},
       {{}, JX_DIRECTORY_NAMED, JX_OK},
       {jx("   "), JX_DIRECTORY_NAMED, JXWEM_E_BADNAME},

@@ -81,7 +81,8 @@ TEST_F(Bytes, ShortTransfers) {
   const std::string content = "0123456789abcdefghijklmnopqrstuvwxyz";
   for (const uint32_t buffered : {0u, 1u}) {
     File out(instance, path, options(JX_ACCESS_OUTPUT, buffered, JX_OPEN_DIRECT_TRANSFER));
-    arm_syscalls(syscalls(Syscall::write, Syscall::pwrite), {.most_bytes = 5, .to_the_end = true});
+    arm_syscalls(syscalls(Syscall::write, Syscall::pwrite),
+                 {.most_bytes = 5, .to_the_end = true, .interrupts = true});
     EXPECT_EQ(write_record(out, content), JX_OK);
     int64_t offset = 36;
     EXPECT_EQ(write_record(out, content, &offset), JX_OK);
@@ -110,7 +111,8 @@ TEST_F(Bytes, Devices) {
       if (buffered) {
         EXPECT_EQ(write_record(full, std::string(20'000, '\0')),
                   is_text ? JXHOST_E_NOROOM : JXWEM_E_DISKFULL);
-        EXPECT_EQ(write_record(full, "\1\0\0\0"), JX_OK) << "the block is lost, the next is empty";
+        EXPECT_EQ(write_record(full, {"\1\0\0\0", 4}), JX_OK)
+            << "the block is lost, the next is empty";
         EXPECT_EQ(full.close(), JXWEM_E_DISKFULL);
       }
     }

@@ -4,7 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
+
 #include "jx/jxhost.h"
+#include "kernel/handle.hpp"
 #include "support/instance.hpp"
 #include "support/open.hpp"
 #include "support/syscalls.hpp"
@@ -97,7 +100,8 @@ TEST_F(Lines, ShortTransfers) {
     disarm_syscalls();
     for (const uint32_t buffered : {0u, 1u}) {
       File out(instance, path, options(JX_ACCESS_OUTPUT, buffered, JX_ENCODING_UTF8, 10));
-      arm_syscalls(syscalls(Syscall::write), {.most_bytes = most_bytes, .to_the_end = true});
+      arm_syscalls(syscalls(Syscall::write),
+                   {.most_bytes = most_bytes, .to_the_end = true, .interrupts = true});
       EXPECT_EQ(write_record(out, "0123456789"), JX_OK);
       EXPECT_EQ(write_record(out, ""), JX_OK);
       EXPECT_EQ(out.close(), JX_OK);
@@ -123,22 +127,50 @@ TEST_F(Lines, Fifo) {
   EXPECT_EQ(read_record(file).data, "abc");
   send("f\n0123456789\r");
   EXPECT_EQ(read_record(file).data, "def");
-  send("\nlast");
+  send("\n");
   EXPECT_EQ(read_record(file).data, "0123456789");
+  // What the bytes in hand decide does not wait for more: here, it would fail.
+  ASSERT_EQ(fcntl(jx::handle_of(file)->host_file->descriptor, F_SETFL, O_NONBLOCK), 0);
+  const std::array<const char *, 2> rows[] = {
+      {"0123456789\n", "0123456789"},
+      {"0123456789x", "0123456789"},
+      {"\n", "x"},
+      {"0123456789\ry", "0123456789"},
+      {"\n", "\ry"},
+      {"\xEFz\n", "\xEFz"},
+  };
+  for (const auto &[sent, record] : rows) {
+    send(sent);
+    EXPECT_EQ(read_record(file).data, record) << sent;
+  }
+  send("last");
   ::close(fd);
   EXPECT_EQ(read_records(file), "last|");
 }
 
-// In an encoding whose characters cannot be counted cheaply the room alone refuses a long record.
+// A direct writer's limit is in characters; where they cannot be counted cheaply the room alone
+// refuses a long record.
 TEST_F(Lines, LongRecordOfAnotherEncoding) {
-  JXOpenOptions update = options(JX_ACCESS_UPDATE, 0, JX_ENCODING_UTF32LE, 2);
-  update.record_encoding = jxhost_encoding_by_name("shift_jis");
-  ASSERT_NE(update.record_encoding, 0u);
-  update.open_flags = JX_OPEN_NO_BOM;
-  File file(instance, path, update);
-  for (uint32_t length = 1; length < 40; ++length) {
-    const JXStatus status = write_record(file, std::string(length, 'x'));
-    EXPECT_TRUE(status == (length <= 13 ? JX_OK : JXHOST_E_NOROOM)) << length << " " << status;
+  for (const bool is_single : {true, false}) {
+    JXOpenOptions output = options(JX_ACCESS_OUTPUT, 0, JX_ENCODING_UTF32LE, 2);
+    output.record_encoding = jxhost_encoding_by_name(is_single ? "cp1252" : "shift_jis");
+    output.open_flags = JX_OPEN_NO_BOM;
+    File file(instance, path, output);
+    for (uint32_t length = 1; length < 40; ++length) {
+      const JXStatus refused = is_single ? JXWEM_E_TOOLONG : JXHOST_E_NOROOM;
+      EXPECT_EQ(write_record(file, std::string(length, 'x')),
+                length <= (is_single ? 2 : 13) ? JX_OK : refused)
+          << length;
+    }
+  }
+}
+
+// A form feed takes more room in UTF-7 than a line feed: it has no lines.
+TEST_F(Lines, EncodingWithoutLines) {
+  for (const uint32_t access : {JX_ACCESS_OUTPUT, JX_ACCESS_INPUT, JX_ACCESS_UPDATE}) {
+    JXOpenOptions utf7 = options(access, 1, jxhost_encoding_by_name("utf-7"), 80);
+    utf7.record_encoding = JX_ENCODING_UTF8;
+    EXPECT_EQ(File(instance, path, utf7).status, JXHOST_E_NOROOM);
   }
 }
 

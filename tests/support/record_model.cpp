@@ -20,6 +20,8 @@ Cut end_line(std::string_view bytes, size_t end, std::string_view lf, std::strin
   return {true, is_returned ? end - cr.size() : end, end + lf.size()};
 }
 
+JXStatus end_text(std::optional<TextModel> &text) { return text ? text->end() : JX_OK; }
+
 // The first line feed that begins below `window`.
 Cut find_line(std::string_view bytes, size_t window, std::string_view lf, std::string_view cr) {
   size_t end = 0;
@@ -106,14 +108,15 @@ ModelRead RecordModel::read_lines() {
     cut.end = cut.consumed = std::min(cut.end, bytes.size());
   }
   offset_ += static_cast<int64_t>(cut.consumed);
-  if (cut.end == 0) return {status, ModelRead::null};
-  return deliver(bytes.substr(0, cut.end), status, transcode_bytes_);
+  const bool is_ended = cut.found || rest(offset_).empty();
+  if (cut.end != 0) return deliver(bytes.substr(0, cut.end), status, transcode_bytes_, is_ended);
+  return failed(is_ended && end_text(in_) != JX_OK ? JXHOST_E_MALFORMED : status);
 }
 
 ModelRead RecordModel::read_line_directly() {
   const size_t most = size_t{record_length()} + extra_bytes_;
   const std::string_view read = rest(offset_).substr(0, most);
-  if (read.empty()) return failed(JXWEM_E_EOF);
+  if (read.empty()) return failed(end_text(in_) != JX_OK ? JXHOST_E_MALFORMED : JXWEM_E_EOF);
   const std::string_view bytes = read.substr(begins_with_bom(read) ? bom_.size() : 0);
   Cut cut = find_line(bytes, bytes.size(), line_feed_, carriage_return_);
   if (!cut.found) {
@@ -123,13 +126,16 @@ ModelRead RecordModel::read_line_directly() {
   const size_t consumed = read.size() - bytes.size() + cut.consumed;
   offset_ += static_cast<int64_t>(consumed);
   if (consumed != read.size()) bom_pending_ = offset_ == 0 && may_write_bom();
-  return deliver(bytes.substr(0, cut.end), cut.found ? JX_OK : JXWEM_E_PARTIAL, transcode_bytes_);
+  return deliver(bytes.substr(0, cut.end), cut.found ? JX_OK : JXWEM_E_PARTIAL, transcode_bytes_,
+                 cut.found || read.size() < most);
 }
 
-ModelRead RecordModel::deliver(std::string_view bytes, JXStatus status, size_t capacity) {
+ModelRead RecordModel::deliver(std::string_view bytes, JXStatus status, size_t capacity,
+                               bool is_ended) {
   std::string record(bytes);
   if (in_) {
-    const JXStatus transcode_status = in_->convert(bytes, capacity, &record);
+    JXStatus transcode_status = in_->convert(bytes, capacity, &record);
+    if (transcode_status == JX_OK && is_ended) transcode_status = in_->end();
     if (transcode_status != JX_OK) return failed(transcode_status);
   }
   return {status, ModelRead::leads, static_cast<uint32_t>(record.size()), record};
@@ -149,7 +155,7 @@ ModelRead RecordModel::read_buffered(uint32_t wanted) {
   }
   const std::string_view chunk = hand.substr(0, wanted);
   offset_ += static_cast<int64_t>(chunk.size());
-  return deliver(chunk, JX_OK, transcode_bytes_);
+  return deliver(chunk, JX_OK, transcode_bytes_, false);
 }
 
 // A host read.
@@ -162,6 +168,8 @@ JXStatus RecordModel::fetch(uint32_t count, const int64_t *offset, std::string *
 }
 
 ModelRead RecordModel::read_directly(uint32_t wanted, const int64_t *offset) {
+  // A chunk from elsewhere neither goes on with a character nor leaves one to go on with.
+  if (offset) (void)end_text(in_);
   std::string bytes;
   JXStatus status = fetch(transfers() && in_ ? record_length() : wanted, offset, &bytes);
   if (status != JX_OK) return {status, ModelRead::stays};
@@ -171,7 +179,9 @@ ModelRead RecordModel::read_directly(uint32_t wanted, const int64_t *offset) {
     status = fetch(static_cast<uint32_t>(bom_.size()), offset ? &next : nullptr, &more);
     bytes = bytes.substr(bom_.size()) + more;
   }
-  ModelRead read = deliver(bytes, in_ ? JX_OK : status, transfers() ? wanted : transcode_bytes_);
+  ModelRead read =
+      deliver(bytes, in_ ? JX_OK : status, transfers() ? wanted : transcode_bytes_, false);
+  if (offset) (void)end_text(in_);
   if (read.pointer == ModelRead::null) read.pointer = ModelRead::stays;
   return read;
 }
@@ -184,6 +194,13 @@ JXStatus RecordModel::write(std::string_view data, int64_t *offset) {
   if (is_text() && !is_buffered()) return write_line_directly(data);
   const bool is_direct = !is_buffered() || transfers();
   if (!is_direct) offset = nullptr;
+  if (offset) (void)end_text(out_);
+  const JXStatus status = write_anywhere(data, offset);
+  if (offset || status != JX_OK) (void)end_text(out_);
+  return status;
+}
+
+JXStatus RecordModel::write_anywhere(std::string_view data, int64_t *offset) {
   const bool owes_bom = may_write_bom() && (offset ? *offset == 0 : bom_pending_);
   const auto put_bom = [&] {
     if (!owes_bom || bom_.empty()) return;
@@ -219,7 +236,8 @@ JXStatus RecordModel::write_line_directly(std::string_view data) {
 }
 
 JXStatus RecordModel::prepare(std::string *data, size_t capacity) {
-  return out_ ? out_->convert(std::string(*data), capacity, data) : JX_OK;
+  const JXStatus status = out_ ? out_->convert(std::string(*data), capacity, data) : JX_OK;
+  return status == JX_OK && is_text() ? end_text(out_) : status;
 }
 
 void RecordModel::put(std::string_view bytes) {
@@ -266,6 +284,7 @@ JXStatus RecordModel::point(int64_t *offset, uint32_t mode) {
   if (is_possible) offset_ = target;
   *offset = is_possible ? target : -1;
   bom_pending_ = *offset == 0 && may_write_bom();
+  for (auto *text : {&in_, &out_}) (void)end_text(*text);
   return is_possible ? JX_OK : JXWEM_E_FAILED;
 }
 

@@ -63,10 +63,11 @@ class RecordModel {
   ModelRead read_line_directly();
   ModelRead read_buffered(uint32_t wanted);
   ModelRead read_directly(uint32_t wanted, const int64_t *offset);
-  // The record that is handed back for bytes of the file.
-  ModelRead deliver(std::string_view bytes, JXStatus status, size_t capacity);
+  // The record that is handed back for bytes of the file; a line that is ended ends its text.
+  ModelRead deliver(std::string_view bytes, JXStatus status, size_t capacity, bool is_ended);
   JXStatus fetch(uint32_t count, const int64_t *offset, std::string *bytes_out);
 
+  JXStatus write_anywhere(std::string_view data, int64_t *offset);
   JXStatus write_line_directly(std::string_view data);
   // Transcodes what is to be written.
   JXStatus prepare(std::string *data, size_t capacity);

@@ -20,6 +20,7 @@ struct State {
   std::mutex mutex;
   Syscalls armed = 0;
   SyscallFault fault;
+  bool is_signal_due = false;  // before the next call
   std::optional<Syscall> hit;
   std::array<uint64_t, kSyscallCount> counts{};
 };
@@ -36,7 +37,11 @@ int judge(Syscall call, size_t *count) {
   }
   if (!state.fault.to_the_end) state.armed = 0;
   if (!state.hit) state.hit = call;
-  if (count && !state.fault.error) *count = std::min<size_t>(*count, state.fault.most_bytes);
+  if (std::exchange(state.is_signal_due, false)) return EINTR;
+  if (count && !state.fault.error && *count > state.fault.most_bytes) {
+    *count = state.fault.most_bytes;
+    state.is_signal_due = state.fault.interrupts;
+  }
   return state.fault.error;
 }
 
@@ -63,6 +68,7 @@ void arm_syscalls(Syscalls failing, const SyscallFault &fault) {
   const std::lock_guard guard(state.mutex);
   state.armed = failing;
   state.fault = fault;
+  state.is_signal_due = false;
   state.hit.reset();
 }
 

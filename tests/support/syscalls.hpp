@@ -27,6 +27,7 @@ struct SyscallFault {
   int error = 0;            // errno it fails with; 0: it is shortened instead
   uint32_t most_bytes = 1;  // the shortened transfer
   bool to_the_end = false;  // every call from the n-th on, until disarmed
+  bool interrupts = false;  // a signal ends the call after each shortened one
 };
 
 void arm_syscalls(Syscalls failing, const SyscallFault &fault);

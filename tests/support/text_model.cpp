@@ -1,9 +1,6 @@
 #include "support/text_model.hpp"
 
 #include <algorithm>
-#include <utility>
-
-#include "jx/jxhost.h"
 
 namespace jx::test {
 

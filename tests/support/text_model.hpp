@@ -6,8 +6,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
-#include "jx/base.h"
+#include "jx/jxhost.h"
 
 namespace jx::test {
 
@@ -32,6 +33,8 @@ class TextModel {
   // Converts all of `text`; a character cut off at its end is kept for the next call. On failure
   // nothing is kept and *produced_out is what stands before the fault.
   JXStatus convert(std::string_view text, size_t capacity_bytes, std::string *produced_out);
+  // Forgets what was kept. The fault of a character that is cut off for good, else 0.
+  JXStatus end() { return std::exchange(held_, "").empty() ? JX_OK : JXHOST_E_MALFORMED; }
 
  private:
   uint32_t from_;

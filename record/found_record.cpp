@@ -1,0 +1,85 @@
+// Records whose encoding does not tell where a character is cut off.
+#include "record/found_record.hpp"
+
+#include <cstring>
+
+namespace jx {
+
+namespace {
+
+constexpr uint8_t kLineFeedCharacter = 0x0A;
+constexpr uint8_t kReturnCharacter = 0x0D;
+
+// Puts a line feed behind the last record of a file, where there is room. Its size, or 0.
+uint32_t add_line_feed(const FileHandle *handle, uint8_t *end) {
+  const ControlCopy &line_feed = handle->inbound[kLineFeed];
+  const uint8_t *buffer_end = handle->record_buffer + handle->record_buffer_bytes;
+  if (static_cast<size_t>(buffer_end - end) < line_feed.bytes) return 0;
+  std::memcpy(end, line_feed.text, line_feed.bytes);
+  return line_feed.bytes;
+}
+
+// The size of a control character at the end of converted text, by the encoding of records; 0 when
+// it is not there.
+uint32_t control_bytes_at(uint32_t encoding, const uint8_t *end, uint32_t bytes,
+                          uint8_t character) {
+  const TextForm form = form_of(encoding);
+  const bool is_utf16 = form == TextForm::utf16be || form == TextForm::utf16le;
+  const uint32_t unit_bytes = form == TextForm::utf32 ? kJXCharBytes : is_utf16 ? 2 : 1;
+  if (bytes < unit_bytes) return 0;
+  const bool is_big_endian = encoding == JX_ENCODING_UTF16BE || encoding == JX_ENCODING_UTF32BE;
+  const uint8_t *unit = end - unit_bytes;
+  const uint8_t value = is_big_endian ? end[-1] : unit[0];
+  uint32_t sum = 0;
+  for (; unit != end; ++unit) sum += *unit;
+  // In an encoding that is not known bytes below 0x40 are controls, and end no longer character.
+  const bool is_there = form == TextForm::other ? value < 0x40 : value == character;
+  return is_there && sum == value ? unit_bytes : 0;
+}
+
+// The same for any record; JXChars at once.
+inline uint32_t find_control(const FileHandle *handle, uint32_t bytes, uint8_t character) {
+  const uint8_t *end = handle->transcode_buffer + bytes;
+  if (handle->record_encoding != JX_ENCODING_UTF32LE || bytes < kJXCharBytes) {
+    return control_bytes_at(handle->record_encoding, end, bytes, character);
+  }
+  JXChar last = 0;
+  std::memcpy(&last, end - kJXCharBytes, kJXCharBytes);
+  return last == character ? kJXCharBytes : 0;
+}
+
+JXStatus convert_bytes(FileHandle *handle, const uint8_t *bytes, uint32_t count, uint32_t *length) {
+  return transcode_in(handle, bytes, count, handle->transcode_buffer,
+                      handle->transcode_buffer_bytes, length);
+}
+
+}  // namespace
+
+// The control character behind the record goes with it, which no character takes in, and what comes
+// of that is dropped: one call for the record and the question.
+JXStatus convert_with_control(FileHandle *handle, uint8_t *bytes, Line line, uint32_t *length) {
+  const ControlCopy &line_feed = handle->inbound[kLineFeed];
+  const uint32_t behind_bytes = line.consumed_bytes - line.record_bytes;
+  const bool is_returned = behind_bytes > line_feed.bytes;
+  uint32_t asked_bytes = is_returned ? handle->inbound[kCarriageReturn].bytes : behind_bytes;
+  if (behind_bytes == 0) asked_bytes = add_line_feed(handle, bytes + line.record_bytes);
+  JXStatus status = convert_bytes(handle, bytes, line.record_bytes + asked_bytes, length);
+  if (status != JX_OK) return status;
+  if (asked_bytes != 0) {
+    const uint32_t control_bytes =
+        find_control(handle, *length, is_returned ? kReturnCharacter : kLineFeedCharacter);
+    *length -= control_bytes;
+    if (control_bytes != 0) {
+      handle->read_held.count = 0;
+      return JX_OK;
+    }
+  }
+  status = end_line(handle);
+  if (status != JX_OK || asked_bytes == 0) return status;
+  // The host made something else of it. Nothing is held, so the record can be converted again.
+  status = convert_bytes(handle, bytes, line.record_bytes, length);
+  handle->read_held.count = 0;
+  return status;
+}
+
+}  // namespace jx

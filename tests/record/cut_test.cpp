@@ -1,0 +1,129 @@
+// Characters that a record or a chunk cuts off, in encodings that show it in every way there is.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "jx/jxhost.h"
+#include "kernel/handle.hpp"
+#include "support/instance.hpp"
+#include "support/open.hpp"
+#include "support/text_model.hpp"
+
+namespace jx::test {
+namespace {
+
+// A character that begins with the bytes of `cut` and ends with those of `rest`.
+struct Row {
+  const char *encoding;
+  std::string cut, rest;
+  std::string line_end = "\n", letters = "def";
+};
+const Row kRows[] = {
+    {"utf-8", "\xE6\x9D", "\xB1"},
+    {"utf-16le", std::string("\x3D\xD8", 2), std::string("\x00\xDE", 2), std::string("\n\0", 2),
+     std::string("d\0e\0f\0", 6)},
+    {"shift_jis", "\x93", "\x8C"},
+    {"euc-jp", "\xC5", "\xEC"},
+    {"gb18030", "\x81\x30", "\x81\x30"},
+    {"iso-2022-jp", "\x1B$BE", "l\x1B(B"},
+    {"ibm939", "\x0E\x45", "\x4E\x0F", "\x25", "\x84\x85\x86"},
+};
+
+// Buffered and direct input, and update; output takes the place of input.
+constexpr std::pair<uint32_t, uint32_t> kModes[] = {{0, 1}, {0, 0}, {JX_ACCESS_UPDATE, 0}};
+
+class Cut : public InstanceTest {
+ protected:
+  static JXOpenOptions options(uint32_t access, uint32_t buffered, uint32_t file, uint32_t record,
+                        uint32_t format = JX_FORMAT_VARIABLE) {
+    JXOpenOptions options = open_options(access, buffered, format);
+    options.file_encoding = file;
+    options.record_encoding = record;
+    options.lock_mode = JX_LOCK_NONE;
+    options.open_flags = JX_OPEN_NO_BOM;
+    return options;
+  }
+  std::string path = dir.file("cut");
+};
+
+TEST_F(Cut, IsTheFaultOfTheLineItStandsIn) {
+  for (const Row &row : kRows) {
+    const uint32_t encoding = jxhost_encoding_by_name(row.encoding);
+    const std::string whole = row.letters + row.cut + row.rest, next = row.letters + row.line_end;
+    for (const auto &[access, buffered] : kModes) {
+      SCOPED_TRACE(row.encoding + std::to_string(access) + std::to_string(buffered));
+      const uint32_t mode = access ? access : JX_ACCESS_INPUT;
+      const std::string cut = row.letters + row.cut;
+      write_file(path, cut + row.line_end + next + cut);
+      File file(instance, path, options(mode, buffered, encoding, JX_ENCODING_UTF16BE));
+      ASSERT_EQ(file.status, JX_OK);
+      EXPECT_EQ(read_record(file).status, JXHOST_E_MALFORMED);
+      EXPECT_EQ(read_record(file).data, encode(JX_ENCODING_UTF16BE, U"def"));
+      EXPECT_EQ(read_record(file).status, JXHOST_E_MALFORMED) << "at the end of the file";
+      EXPECT_EQ(read_record(file).status, JXWEM_E_EOF);
+      // Whole records cost one call each.
+      write_file(path, whole + row.line_end + next + whole);
+      File again(instance, path, options(mode, buffered, encoding, JX_ENCODING_UTF16BE));
+      const uint64_t calls = host.count(Call::transcode);
+      const std::string records = read_records(again);
+      EXPECT_EQ(std::count(records.begin(), records.end(), '|'), 3) << records;
+      EXPECT_EQ(records.find_first_of("\n\r"), std::string::npos);
+      EXPECT_EQ(host.count(Call::transcode) - calls, 3u);
+    }
+  }
+}
+
+TEST_F(Cut, IsTheFaultOfTheRecordThatIsWritten) {
+  for (const Row &row : kRows) {
+    const uint32_t encoding = jxhost_encoding_by_name(row.encoding);
+    for (const auto &[access, buffered] : kModes) {
+      SCOPED_TRACE(row.encoding + std::to_string(access) + std::to_string(buffered));
+      const uint32_t mode = access ? access : JX_ACCESS_OUTPUT;
+      write_file(path, "");
+      File file(instance, path, options(mode, buffered, JX_ENCODING_UTF16BE, encoding));
+      ASSERT_EQ(file.status, JX_OK);
+      EXPECT_EQ(write_record(file, row.letters + row.cut), JXHOST_E_MALFORMED);
+      EXPECT_EQ(write_record(file, row.letters), JX_OK);
+      EXPECT_EQ(write_record(file, row.cut + row.rest), JX_OK);
+      EXPECT_EQ(write_record(file, row.letters + row.cut), JXHOST_E_MALFORMED);
+      ASSERT_EQ(file.close(), JX_OK);
+      const std::string content = read_file(path);
+      EXPECT_EQ(std::count(content.begin(), content.end(), '\n'), 2) << content;
+    }
+  }
+}
+
+// What is held is dropped at a new position, and after a failure, also one that the transcoder had
+// no part in.
+TEST_F(Cut, IsDroppedWhereTheNextTextIsAnother) {
+  for (const Row &row : kRows) {
+    const uint32_t encoding = jxhost_encoding_by_name(row.encoding);
+    const auto cut_bytes = static_cast<uint32_t>(row.cut.size());
+    const std::string content = row.cut + row.rest + row.letters;
+    write_file(path, content);
+    File file(instance, path,
+              options(JX_ACCESS_UPDATE, 0, encoding, JX_ENCODING_UTF16BE, JX_FORMAT_STREAM));
+    const auto bytes = static_cast<uint32_t>(content.size());
+    int64_t start = 0;
+    const std::string whole = read_record(file, bytes, &start).data;
+    ASSERT_FALSE(whole.empty()) << row.encoding;
+    for (const char *way : {"point", "offset", "failure"}) {
+      SCOPED_TRACE(row.encoding + std::string(" ") + way);
+      ASSERT_EQ(file->point(file, &start, JX_POINT_START), JX_OK);
+      EXPECT_EQ(read_record(file, cut_bytes).data, "");
+      if (way[0] == 'f') {
+        host.arm(calls(Call::transcode), 0, JXHOST_E_NOROOM);
+        EXPECT_EQ(read_record(file, 1).status, JXHOST_E_NOROOM);
+        ASSERT_TRUE(host.disarm());
+        ASSERT_EQ(lseek64(handle_of(file)->host_file->descriptor, 0, SEEK_SET), 0);
+      } else if (way[0] == 'p') {
+        ASSERT_EQ(file->point(file, &start, JX_POINT_START), JX_OK);
+      }
+      EXPECT_EQ(read_record(file, bytes, way[0] == 'o' ? &start : nullptr).data, whole);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace jx::test

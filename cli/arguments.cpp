@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <iostream>
 #include <system_error>
@@ -15,6 +16,18 @@ namespace cli {
 namespace {
 
 constexpr size_t kHelpColumns = 80;
+
+// The encodings that a byte-order mark decides between, by their names in small letters without
+// separators. Little-endian where there is none: what this machine's programs write.
+struct MarkedFamily {
+  std::string_view name;
+  Encoding encoding;
+};
+
+constexpr auto kMarkedFamilies = std::to_array<MarkedFamily>({
+    {"utf16", {JX_ENCODING_UTF16LE, JX_ENCODING_UTF16BE}},
+    {"utf32", {JX_ENCODING_UTF32LE, JX_ENCODING_UTF32BE}},
+});
 
 // The long name of an option: "--recursive" of "-r,--recursive".
 std::string key_of(const Option &option) {
@@ -255,12 +268,17 @@ uint64_t Arguments::number(const std::string &option, uint64_t fallback, uint64_
   return has(option) ? parse_number(option, text(option), minimum, maximum) : fallback;
 }
 
-uint32_t Arguments::encoding(const std::string &option) const {
-  if (!has(option)) return 0;
+Encoding Arguments::encoding(const std::string &option) const {
+  if (!has(option)) return {};
   const std::string name = text(option);
   const uint32_t number = jxhost_encoding_by_name(name.c_str());
   if (number == 0) throw UsageError(option + ": the encoding '" + name + "' is not known");
-  return number;
+  std::string family;
+  for (const char c : name) {
+    if (c != '-' && c != '_') family += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  }
+  const auto row = std::ranges::find(kMarkedFamilies, family, &MarkedFamily::name);
+  return row != kMarkedFamilies.end() ? row->encoding : Encoding{number, 0};
 }
 
 }  // namespace cli

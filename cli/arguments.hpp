@@ -11,6 +11,14 @@ namespace cli {
 
 struct Command;
 
+// An encoding as a user names it.
+struct Encoding {
+  uint32_t number = 0;       // of the host; 0: none was named
+  uint32_t other_order = 0;  // of "utf-16" and "utf-32": the encoding that a byte-order mark may
+                             // choose instead; else 0
+  bool follows_mark() const { return other_order != 0; }
+};
+
 // The options and operands of one command.
 class Arguments {
  public:
@@ -26,9 +34,8 @@ class Arguments {
   uint32_t record_length(uint32_t fallback, uint32_t minimum) const {
     return static_cast<uint32_t>(number("--record-length", fallback, minimum, 1 << 26));
   }
-  // The number of an encoding given by name or number, 0 when the option was not given; a
-  // UsageError for one that is not known.
-  uint32_t encoding(const std::string &option) const;
+  // An encoding given by name or number; a UsageError for one that is not known.
+  Encoding encoding(const std::string &option) const;
 
   // What is not an option, in order. The table says how many there are at least and at most.
   const std::vector<std::string> &operands() const { return operands_; }

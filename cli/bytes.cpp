@@ -56,6 +56,20 @@ class BytePrinter {
   bool is_json_;
 };
 
+// Passes over bytes; by reading them where there is no position to move.
+void skip(Input &input, wem::File &file, uint64_t count) {
+  if (input.is_seekable()) {
+    require(file.point(static_cast<int64_t>(count), JX_POINT_RELATIVE), input.shown());
+    return;
+  }
+  while (count > 0) {
+    const uint64_t length = file.attributes().record_length;
+    const auto record = file.read(static_cast<uint32_t>(std::min(length, count)));
+    if (record.status() == JXWEM_E_EOF) return;
+    count -= require(record, input.shown()).bytes.size();
+  }
+}
+
 }  // namespace
 
 int run_bytes(Session &session, const Arguments &arguments) {
@@ -65,11 +79,13 @@ int run_bytes(Session &session, const Arguments &arguments) {
   const uint32_t length = arguments.record_length(JX_RECORD_BLOCK_BYTES, 1);
   uint64_t offset = arguments.number("--offset", 0, 0, kFurthest);
   uint64_t left = arguments.number("--count", kFurthest, 0, kFurthest);
-  Input input(session, arguments.operand(0), Input::Pipe::kDirect);
+  Input input(session, arguments.operand(0), Input::Use::kBytes);
+  input.refuse_standard_output();
   wem::File file = input.open(wem::OpenOptions::input().binary(length).direct());
-  if (offset > 0) require(file.point(static_cast<int64_t>(offset)), input.shown());
+  if (offset > 0) skip(input, file, offset);
   BytePrinter printer(session, arguments);
   while (left > 0) {
+    if (input.is_waiting()) session.output().flush();
     const auto record = file.read(static_cast<uint32_t>(std::min<uint64_t>(length, left)));
     if (record.status() == JXWEM_E_EOF) break;
     if (!record) throw Failure(input.shown(), record.status());

@@ -64,7 +64,7 @@ constexpr auto kBytesOperands =
 constexpr auto kBytesOptions = std::to_array<Option>({
     {"--raw", nullptr, "the bytes themselves"},
     {"--record-length", "N", "bytes a record (default: 8192)"},
-    {"--offset", "N", "start at this byte"},
+    {"--offset", "N", "pass over that many bytes"},
     {"--count", "N", "stop after that many bytes"},
     kJson,
 });
@@ -127,7 +127,8 @@ constexpr auto kGenerateOperands = std::to_array<Operand>({{"KIND", 1, 1, "man o
 constexpr auto kCommands = std::to_array<Command>({
     {"lines", "print the lines of text files",
      "Prints text records in UTF-8. A line longer than the record length is printed whole, though "
-     "it arrives in parts; a missing last line end stays missing. --mark shows what arrives.",
+     "it arrives in parts; a missing last line end stays missing. --mark shows what arrives. Lines "
+     "that come through a pipe or from a terminal are printed as they come.",
      "jxfile lines --from latin1 --number notes.txt", kLinesOperands, kLinesOptions, run_lines},
     {"convert", "copy a text file into another encoding",
      "Copies IN to OUT and changes the encoding only: line ends, a missing last line end and a "
@@ -141,7 +142,9 @@ constexpr auto kCommands = std::to_array<Command>({
      "file when all of it is written; --append, --update and --at change the file in place.",
      "printf 'one\\ntwo\\n' | jxfile write --to utf-16le --bom out.txt", kWriteOperands,
      kWriteOptions, run_write},
-    {"bytes", "print the bytes of a file", "Reads binary records and prints them as a hex dump.",
+    {"bytes", "print the bytes of a file",
+     "Reads binary records and prints them as a hex dump. Standard input is read from where it "
+     "stands, and no further than --count says.",
      "jxfile bytes --offset 16 --count 32 jxwem.so", kBytesOperands, kBytesOptions, run_bytes},
     {"truncate", "set the length of a file",
      "Cuts a file off or fills it up with zeros. The file must exist.", "jxfile truncate out.txt 0",
@@ -218,9 +221,12 @@ constexpr auto kNotes = std::to_array<Note>({
      "that was given gets the new content. In a folder where anyone may put files, links and files "
      "that another user put there are refused."},
     {"ENCODINGS",
-     "ENC is a name such as utf-8, utf-16le, utf-16be, utf-32le, utf-32be, ascii, latin1, "
+     "ENC is a name such as utf-8, utf-16, utf-16le, utf-16be, utf-32le, utf-32be, ascii, latin1, "
      "iso-8859-15, windows-1252, koi8-r, shift_jis, euc-jp, gb18030, big5 or ibm037, in capitals "
-     "or not, or its number, such as 20 for utf-8."},
+     "or not, or its number, such as 20 for utf-8. utf-16 and utf-32 read what the byte-order mark "
+     "says, and little-endian without one; what they write begins with a mark and is "
+     "little-endian, "
+     "or goes on as a mark that is there says."},
     {"NUMBERS",
      "N, OFFSET and LENGTH are decimal, or hexadecimal after 0x; k, M and G at the end multiply "
      "by 1024 once, twice and three times."},

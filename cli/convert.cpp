@@ -11,10 +11,10 @@ namespace cli {
 namespace {
 
 struct Conversion {
-  uint32_t from;  // 0: by the byte-order mark
-  uint32_t to;    // 0: by the target
+  Encoding from;  // not named: by the byte-order mark
+  uint32_t to;
   uint32_t record_length;
-  bool wants_mark;    // --bom
+  bool wants_mark;    // --bom, or an encoding that begins with one
   bool refuses_mark;  // --no-bom
   bool is_append;
 };
@@ -22,12 +22,11 @@ struct Conversion {
 Conversion conversion_of(const Arguments &arguments) {
   Conversion conversion = {};
   conversion.from = arguments.encoding("--from");
-  conversion.to = arguments.encoding("--to");
   conversion.record_length = arguments.record_length(65536, 4);
-  conversion.wants_mark = arguments.has("--bom");
+  conversion.wants_mark = arguments.has("--bom") || arguments.encoding("--to").follows_mark();
   conversion.refuses_mark = arguments.has("--no-bom");
   conversion.is_append = arguments.has("--append");
-  if (conversion.wants_mark && conversion.refuses_mark) {
+  if (arguments.has("--bom") && conversion.refuses_mark) {
     throw UsageError("--bom and --no-bom cannot be given together");
   }
   return conversion;
@@ -35,8 +34,8 @@ Conversion conversion_of(const Arguments &arguments) {
 
 wem::OpenOptions with_mark(const wem::OpenOptions &options, const Conversion &conversion,
                            bool input_has_mark) {
-  const bool is_wanted = conversion.wants_mark || (input_has_mark && !conversion.refuses_mark);
-  return is_wanted ? options : options.no_byte_order_mark();
+  const bool is_due = conversion.wants_mark || input_has_mark;
+  return is_due && !conversion.refuses_mark ? options : options.no_byte_order_mark();
 }
 
 bool is_text_fault(wem::Status status) {
@@ -59,10 +58,7 @@ void convert_stream(Session &session, const Conversion &conversion, Input &input
   wem::File source = input.open(wem::OpenOptions::input().binary(room).direct().direct_transfer());
   ByteReader reader(source, input.shown(), room);
   const std::string_view head = reader.next();
-  const uint32_t found = sniff(head);
-  const uint32_t from = conversion.from != 0 ? conversion.from
-                        : found != 0         ? found
-                                             : JX_ENCODING_UTF8;
+  const uint32_t from = settle(conversion.from, head);
   const size_t mark_bytes = byte_order_mark_size(head, from);
   // The conversion by the module tells of a fault without its place, and passes equal encodings
   // on unread. A file is searched for the place afterwards; what must not be written past the
@@ -130,14 +126,13 @@ int run_convert(Session &session, const Arguments &arguments) {
   const std::string kind = arguments.text("--records", "stream");
   if (kind != "stream" && kind != "text") throw UsageError("--records is text or stream");
   const bool is_text = kind == "text";
-  Input input(session, arguments.operand(0),
-              is_text ? Input::Pipe::kRelayed : Input::Pipe::kDirect);
+  Input input(session, arguments.operand(0), is_text ? Input::Use::kText : Input::Use::kBytes);
   const std::string output = arguments.operands().size() > 1 ? arguments.operand(1) : "-";
   Target target(session, output,
                 conversion.is_append ? Target::Mode::kAppend : Target::Mode::kReplace);
   target.refuse_same(input.file_status());
-  conversion.to = target.encoding(conversion.to);
-  if (conversion.wants_mark) target.require_mark(conversion.to);
+  conversion.to = target.encoding(settle(arguments.encoding("--to"), target.head()));
+  if (arguments.has("--bom")) target.require_mark(conversion.to);
   if (is_text) {
     convert_text(conversion, input, target);
   } else {

@@ -2,12 +2,16 @@
 #include "cli/descriptor.hpp"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstring>
+
+#include "jx/jxhost.h"
 
 namespace cli {
 namespace {
@@ -31,19 +35,27 @@ constexpr auto kErrors = std::to_array<ErrorRow>({
     {EDQUOT, JXWEM_E_DISKFULL},
     {EFBIG, JXWEM_E_DISKFULL},
     {ENOMEM, JX_E_NOMEM},
+    {EMFILE, JXELM_E_LIMIT},
+    {ENFILE, JXELM_E_LIMIT},
+    {ENAMETOOLONG, JXWEM_E_NAMETOOLONG},
 });
 
-}  // namespace
+constexpr std::string_view kStandardNames[] = {"/dev/stdin", "/dev/stdout", "/dev/stderr"};
+static_assert(STDIN_FILENO == 0 && STDOUT_FILENO == 1 && STDERR_FILENO == 2);
 
-void Descriptor::reset() {
-  if (fd_ >= 0) ::close(std::exchange(fd_, -1));
+// What poll answers about reading.
+int wait_for_bytes(int fd, int milliseconds) {
+  struct ::pollfd state = {fd, POLLIN, 0};
+  return ::poll(&state, 1, milliseconds);
 }
 
-std::string read_fully(int fd, size_t count, const std::string &shown) {
+// Repeats a transfer to a place with so many bytes before it until count bytes are there.
+template <typename Transfer>
+std::string gather(size_t count, const std::string &shown, Transfer transfer) {
   std::string bytes(count, '\0');
   size_t used = 0;
   while (used < count) {
-    const ssize_t got = ::read(fd, bytes.data() + used, count - used);
+    const ssize_t got = transfer(bytes.data() + used, count - used, used);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) throw system_failure(shown, errno);
     if (got == 0) break;
@@ -52,6 +64,51 @@ std::string read_fully(int fd, size_t count, const std::string &shown) {
   bytes.resize(used);
   return bytes;
 }
+
+}  // namespace
+
+void Descriptor::reset() {
+  if (fd_ >= 0) ::close(std::exchange(fd_, -1));
+}
+
+std::optional<int> descriptor_named(std::string_view name) {
+  const auto standard = std::ranges::find(kStandardNames, name);
+  if (standard != std::end(kStandardNames)) {
+    return static_cast<int>(standard - std::begin(kStandardNames));
+  }
+  for (const std::string_view folder : {"/dev/fd/", "/proc/self/fd/"}) {
+    if (!name.starts_with(folder)) continue;
+    const char *const end = name.data() + name.size();
+    int fd = -1;
+    const auto [stop, error] = std::from_chars(name.data() + folder.size(), end, fd);
+    if (error == std::errc() && stop == end && fd >= 0) return fd;
+  }
+  return std::nullopt;
+}
+
+std::string read_some(int fd, size_t count, const std::string &shown) {
+  std::string bytes(count, '\0');
+  ssize_t got = -1;
+  while ((got = ::read(fd, bytes.data(), count)) < 0) {
+    if (errno != EINTR && errno != EAGAIN) throw system_failure(shown, errno);
+    // Whoever shares the descriptor may have made it one that does not wait.
+    wait_for_bytes(fd, -1);
+  }
+  bytes.resize(static_cast<size_t>(got));
+  return bytes;
+}
+
+std::string read_fully(int fd, size_t count, const std::string &shown) {
+  return gather(count, shown, [fd](char *to, size_t left, size_t) { return ::read(fd, to, left); });
+}
+
+std::string read_at(int fd, size_t count, uint64_t offset, const std::string &shown) {
+  return gather(count, shown, [fd, offset](char *to, size_t left, size_t used) {
+    return ::pread(fd, to, left, static_cast<off_t>(offset + used));
+  });
+}
+
+bool would_wait(int fd) { return wait_for_bytes(fd, 0) == 0; }
 
 bool write_fully(int fd, std::string_view bytes) {
   while (!bytes.empty()) {
@@ -65,6 +122,14 @@ bool write_fully(int fd, std::string_view bytes) {
 
 bool is_same_file(const struct ::stat &a, const struct ::stat &b) {
   return a.st_ino == b.st_ino && a.st_dev == b.st_dev;
+}
+
+void refuse_same_file(const struct ::stat &input, const struct ::stat &output,
+                      const std::string &shown) {
+  if (!S_ISREG(input.st_mode) || !is_same_file(input, output)) return;
+  throw Failure(shown, JXWEM_E_BADOPTIONS)
+      .saying("input and output are the same file",
+              "write to another file and rename it with: jxfile mv");
 }
 
 void unlink_own(int dirfd, const char *name, int fd) {

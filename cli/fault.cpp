@@ -2,6 +2,9 @@
 #include "cli/fault.hpp"
 
 #include <algorithm>
+#include <utility>
+
+#include "cli/line_ends.hpp"
 
 namespace cli {
 namespace {
@@ -12,23 +15,28 @@ constexpr size_t kLongestCharacter = 16;  // in bytes
 
 }  // namespace
 
-size_t behind_last_line_end(std::string_view bytes, std::string_view line_end) {
-  const size_t unit = line_end.size();
-  size_t at = bytes.size() / unit * unit;
-  while (at > 0 && bytes.substr(at - unit, unit) != line_end) at -= unit;
-  return at;
-}
-
 FaultFinder::FaultFinder(Session &session, uint32_t from, uint32_t to, uint64_t offset)
-    : session_(session), from_(from), to_(to), offset_(offset), record_offset_(offset) {
-  line_end_ = session.encode(U"\n", from);
+    : session_(session),
+      from_(from),
+      to_(to),
+      line_end_(session.encode(U"\n", from)),
+      line_end_out_(session.encode(U"\n", to)),
+      may_shift_(from < JX_ENCODING_UTF8 || from > JX_ENCODING_UTF32LE),
+      offset_(offset),
+      record_offset_(offset) {}
+
+bool FaultFinder::converts(std::optional<Transcoder> &transcoder, std::string_view text) {
+  if (!transcoder) transcoder.emplace(session_.nls(), from_, to_);
+  room_.resize(std::max(room_.size(), text.size() * kBytesPerByte));
+  status_ = (*transcoder)(text, room_, &produced_);
+  return status_.ok();
 }
 
-bool FaultFinder::converts(std::string_view text) {
-  if (!transcoder_) transcoder_.emplace(session_.nls(), from_, to_);
-  room_.resize(std::max(room_.size(), text.size() * kBytesPerByte));
-  status_ = (*transcoder_)(text, room_, &produced_);
-  return status_.ok();
+// Whether the text so far ends with a whole character, or with a return to the initial state. Only
+// then is a line end after it still a line end; the start of a character takes it up or refuses it.
+bool FaultFinder::ends_whole(std::optional<Transcoder> &transcoder) {
+  return converts(transcoder, line_end_) &&
+         std::string_view(room_).substr(0, produced_) == line_end_out_;
 }
 
 bool FaultFinder::feed(std::string_view bytes) {
@@ -45,7 +53,7 @@ bool FaultFinder::feed_slice(std::string_view slice) {
   // No line end is in what was pending, whose start is that of a character.
   const size_t searched = pending_.size() / line_end_.size() * line_end_.size();
   pending_ += slice;
-  const size_t found = behind_last_line_end(std::string_view(pending_).substr(searched), line_end_);
+  const size_t found = after_last_line_end(std::string_view(pending_).substr(searched), line_end_);
   if (found > 0 && !check_lines(searched + found)) return false;
   return pending_.size() < kSliceBytes || check_long_line();
 }
@@ -54,21 +62,22 @@ bool FaultFinder::feed_slice(std::string_view slice) {
 // by one to find the line.
 bool FaultFinder::check_lines(size_t bytes) {
   const std::string_view lines = std::string_view(pending_).substr(0, bytes);
-  const size_t unit = line_end_.size();
-  const bool is_good = converts(lines.substr(converted_));
+  const bool is_good = converts(transcoder_, lines.substr(converted_));
+  if (!is_good && behind_) return locate(lines, true);
   if (!is_good) transcoder_.reset();
   size_t start = 0;
-  for (size_t at = 0; at < lines.size(); at += unit) {
-    if (lines.substr(at, unit) != line_end_) continue;
-    const std::string_view line = lines.substr(start, at + unit - start);
-    if (!is_good && !converts(line)) return locate(line, true);
-    start = at + unit;
+  while (start < lines.size()) {
+    const size_t end = find_line_end(lines, start, line_end_) + line_end_.size();
+    const std::string_view line = lines.substr(start, end - start);
+    if (!is_good && !converts(transcoder_, line)) return locate(line, true);
     offset_ += line.size();
     record_offset_ = offset_;
     ++records_;
+    start = end;
   }
   pending_.erase(0, bytes);
   converted_ = 0;
+  behind_.reset();
   return true;
 }
 
@@ -77,12 +86,14 @@ bool FaultFinder::check_lines(size_t bytes) {
 bool FaultFinder::check_long_line() {
   const std::string_view line = pending_;
   const size_t bulk = std::max(line.size() - kLongestCharacter, converted_);
-  if (!converts(line.substr(converted_, bulk - converted_))) return locate(line, true);
-  size_t boundary = 0;
+  if (!converts(transcoder_, line.substr(converted_, bulk - converted_))) return locate(line, true);
+  // Where nothing comes out, as between shifts that shift nothing, any place is as good.
+  size_t boundary = bulk / line_end_.size() * line_end_.size();
   for (size_t at = bulk; at < line.size(); ++at) {
-    if (!converts(line.substr(at, 1))) return locate(line, true);
+    if (!converts(transcoder_, line.substr(at, 1))) return locate(line, true);
     if (produced_ > 0) boundary = at + 1;
   }
+  if (may_shift_ && !converts(behind_, line.substr(0, boundary))) return locate(line, true);
   offset_ += boundary;
   pending_.erase(0, boundary);
   converted_ = pending_.size();
@@ -91,7 +102,8 @@ bool FaultFinder::check_long_line() {
 
 bool FaultFinder::finish() {
   if (fault_ || pending_.empty()) return !fault_;
-  const bool is_good = converts(std::string_view(pending_).substr(converted_));
+  const bool is_good = converts(transcoder_, std::string_view(pending_).substr(converted_));
+  if (is_good && ends_whole(transcoder_)) return true;
   return locate(pending_, !is_good);
 }
 
@@ -99,27 +111,39 @@ bool FaultFinder::finish() {
 // is_certain: there is a fault; where it cannot be found, the text as a whole is named. False when
 // a fault was found.
 bool FaultFinder::locate(std::string_view text, bool is_certain) {
-  const wem::Status known = is_certain ? status_ : wem::Status(JXHOST_E_MALFORMED);
-  transcoder_.emplace(session_.nls(), from_, to_);
-  std::string character;
-  uint64_t at = offset_;
-  for (const char byte : text) {
-    character += byte;
-    if (!converts({&byte, 1})) {
-      fault_ = Fault{status_, records_ + 1, record_offset_, at, character, false};
-      return false;
+  Fault fault;
+  fault.status = is_certain ? status_ : wem::Status(JXHOST_E_MALFORMED);
+  fault.record = records_ + 1;
+  fault.record_offset = record_offset_;
+  transcoder_ = std::exchange(behind_, std::nullopt);
+  const size_t unit = line_end_.size();
+  size_t start = 0;  // of the character under way
+  const auto note = [&](std::string_view bytes) {
+    fault.offset = offset_ + start;
+    fault.bytes = bytes;
+    fault_ = fault;
+    return false;
+  };
+  for (size_t end = 1; end <= text.size(); ++end) {
+    if (!converts(transcoder_, text.substr(end - 1, 1))) {
+      fault.status = status_;
+      return note(text.substr(start, end - start));
     }
     if (produced_ == 0) continue;
-    at += character.size();
-    character.clear();
+    start = end;
+    if (end % unit != 0 || text.substr(end - unit, unit) != line_end_) continue;
+    ++fault.record;
+    fault.record_offset = offset_ + end;
   }
-  if (!character.empty()) {
-    fault_ = Fault{known, records_ + 1, record_offset_, at, character, true};
-  } else if (is_certain) {
-    const std::string start(text.substr(0, kLongestCharacter));
-    fault_ = Fault{known, records_ + 1, record_offset_, offset_, start, false};
+  if (start < text.size() && !ends_whole(transcoder_)) {
+    fault.is_cut_off = true;
+    return note(text.substr(start));
   }
-  return !fault_;
+  if (!is_certain) return true;
+  fault.record = records_ + 1;
+  fault.record_offset = record_offset_;
+  start = 0;
+  return note(text.substr(0, kLongestCharacter));
 }
 
 Failure to_failure(const std::string &path, const Fault &fault) {

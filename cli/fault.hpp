@@ -39,28 +39,30 @@ class FaultFinder {
   bool feed_slice(std::string_view slice);
   bool check_lines(size_t bytes);
   bool check_long_line();
-  bool converts(std::string_view text);
+  bool converts(std::optional<Transcoder> &transcoder, std::string_view text);
+  bool ends_whole(std::optional<Transcoder> &transcoder);
   bool locate(std::string_view text, bool is_certain);
 
   Session &session_;
   uint32_t from_;
   uint32_t to_;
-  std::string line_end_;  // in the encoding of the stream
-  std::string pending_;   // from a start of a line or of a character on: not checked yet
-  size_t converted_ = 0;  // bytes of pending_ that the transcoder has already
-  std::string room_;      // where conversions go
-  size_t produced_ = 0;   // by the last conversion
-  wem::Status status_;    // of the last conversion
+  std::string line_end_;      // in the encoding of the stream
+  std::string line_end_out_;  // and in the other
+  bool may_shift_;            // the encoding of the stream is not a form of Unicode
+  std::string pending_;       // from a start of a line or of a character on: not checked yet
+  size_t converted_ = 0;      // bytes of pending_ that the transcoder has already
+  std::string room_;          // where conversions go
+  size_t produced_ = 0;       // by the last conversion
+  wem::Status status_;        // of the last conversion
   std::optional<Transcoder> transcoder_;
+  // In a line that is checked in parts and may shift: a transcoder that stopped where pending_
+  // begins, since only the shifts before it tell what its bytes mean.
+  std::optional<Transcoder> behind_;
   uint64_t offset_;         // of pending_
   uint64_t record_offset_;  // of the line that pending_ is of
   uint64_t records_ = 0;    // complete lines before it
   std::optional<Fault> fault_;
 };
-
-// Offset just behind the last line end in bytes that begin at a multiple of the line end's size;
-// 0 when there is none.
-size_t behind_last_line_end(std::string_view bytes, std::string_view line_end);
 
 // A failure that names record, byte offset and bytes.
 Failure to_failure(const std::string &path, const Fault &fault);

@@ -1,20 +1,17 @@
-// Files and pipes as input.
+// Files, pipes and descriptors as input.
 #include "cli/input.hpp"
 
 #include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 
 namespace cli {
 namespace {
 
-constexpr uint32_t kChunkBytes = 65536;
+constexpr int64_t kChunkBytes = 65536;
 
 struct ByteOrderMark {
   uint32_t encoding;
@@ -29,6 +26,29 @@ constexpr auto kMarks = std::to_array<ByteOrderMark>({
     {JX_ENCODING_UTF16BE, std::string_view("\xfe\xff", 2)},
     {JX_ENCODING_UTF16LE, std::string_view("\xff\xfe", 2)},
 });
+
+// Whether more bytes may make a byte-order mark of these, or a longer one.
+bool may_become_mark(std::string_view head) {
+  return std::ranges::any_of(kMarks, [head](const ByteOrderMark &mark) {
+    return mark.bytes.size() > head.size() && mark.bytes.starts_with(head);
+  });
+}
+
+int open_for_reading(const std::string &name) {
+  int fd = -1;
+  do {
+    fd = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+  } while (fd < 0 && errno == EINTR);
+  return fd;
+}
+
+// A file that is missing is told from one whose directory is.
+Failure failure_to_open(const std::string &name, int error) {
+  const std::string folder = name.substr(0, name.rfind('/') + 1);
+  const bool has_folder = folder.empty() || ::access(folder.c_str(), F_OK) == 0;
+  if (error == ENOENT && has_folder) return Failure(name, JXWEM_E_NOTFOUND);
+  return system_failure(name, error);
+}
 
 }  // namespace
 
@@ -51,125 +71,134 @@ size_t byte_order_mark_size(std::string_view head, uint32_t encoding) {
   return head.starts_with(mark) ? mark.size() : 0;
 }
 
-Input::Input(Session &session, const std::string &name, Pipe pipe)
-    : session_(session), shown_(name == "-" ? "standard input" : name), name_(name) {
-  if (name == "-") {
-    find_standard_input(pipe);
-  } else {
-    find_named(name, pipe);
+uint32_t settle(Encoding asked, std::string_view head) {
+  if (asked.number == 0) {
+    const uint32_t found = sniff(head);
+    return found != 0 ? found : JX_ENCODING_UTF8;
   }
-  if (source_fd_ >= 0 && pipe == Pipe::kSpooled) spool();
+  const bool is_other = asked.follows_mark() && byte_order_mark_size(head, asked.other_order) > 0;
+  return is_other ? asked.other_order : asked.number;
 }
 
-// A file on standard input is opened again by the module, from its start; one that was read in part
-// already is treated as a pipe.
-void Input::find_standard_input(Pipe pipe) {
-  name_ = path_of(STDIN_FILENO);
-  is_literal_ = true;
-  if (::fstat(STDIN_FILENO, &file_status_) != 0 || S_ISDIR(file_status_.st_mode)) return;
-  const bool is_file = S_ISREG(file_status_.st_mode) && ::lseek(STDIN_FILENO, 0, SEEK_CUR) == 0;
-  is_lockable_ = is_file;
-  is_rereadable_ = is_file && file_status_.st_size > 0;
-  size_ = is_file ? static_cast<uint64_t>(file_status_.st_size) : 0;
-  if (!is_file && pipe != Pipe::kDirect) source_fd_ = STDIN_FILENO;
+Input::Input(Session &session, const std::string &name, Use use)
+    : session_(session), shown_(name == "-" ? "standard input" : name), use_(use) {
+  const auto fd = name == "-" ? STDIN_FILENO : descriptor_named(name);
+  if (fd) {
+    find_descriptor(*fd);
+  } else {
+    find_named(name);
+  }
+  if (::fstat(fd_, &file_status_) != 0) throw system_failure(shown_, errno);
+  if (S_ISDIR(file_status_.st_mode)) throw Failure(shown_, JXWEM_E_OPENREFUSED);
+  start_ = ::lseek(fd_, 0, SEEK_CUR);
+  if (!S_ISREG(file_status_.st_mode)) return;
+  // A file without a size may still have bytes (those of /proc do): it is read as a pipe is.
+  is_rereadable_ = file_status_.st_size > start_;
+  size_ = is_rereadable_ ? static_cast<uint64_t>(file_status_.st_size - start_) : 0;
+  is_lockable_ = own_.get() >= 0;
 }
 
-// A file without a size may still have bytes (those of /proc do): it is read as a pipe is.
-void Input::find_named(const std::string &name, Pipe pipe) {
-  const std::string path = session_.expand(name);
-  if (::stat(path.c_str(), &file_status_) != 0 || S_ISDIR(file_status_.st_mode)) return;
-  const bool is_file = S_ISREG(file_status_.st_mode);
-  is_lockable_ = is_file;
-  is_rereadable_ = is_file && file_status_.st_size > 0;
-  size_ = is_file ? static_cast<uint64_t>(file_status_.st_size) : 0;
-  if (is_rereadable_ || pipe == Pipe::kDirect) return;
-  source_ = Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  source_fd_ = source_.get();
+void Input::find_descriptor(int fd) {
+  const int flags = ::fcntl(fd, F_GETFL);
+  if (flags < 0 || (flags & O_ACCMODE) == O_WRONLY) {
+    throw Failure(shown_, JXWEM_E_ACCESS).saying("the descriptor is not open for reading");
+  }
+  fd_ = fd;
 }
 
-void Input::spool() {
-  Descriptor memory(::memfd_create("jxfile", MFD_CLOEXEC));
-  std::string chunk;
-  do {
-    chunk = read_fully(source_fd_, kChunkBytes, shown_);
-    if (!write_fully(memory.get(), chunk)) throw Failure(shown_, JX_E_NOMEM);
-    size_ += chunk.size();
-  } while (chunk.size() == kChunkBytes);
-  source_ = std::move(memory);
-  source_fd_ = -1;
-  name_ = path_of(source_.get());
-  is_literal_ = true;
-  is_rereadable_ = true;
+void Input::find_named(const std::string &name) {
+  own_ = Descriptor(open_for_reading(name));
+  if (own_.get() < 0) throw failure_to_open(name, errno);
+  fd_ = own_.get();
+}
+
+void Input::refuse_standard_output() const {
+  struct ::stat output = {};
+  if (::fstat(STDOUT_FILENO, &output) == 0) refuse_same_file(file_status_, output, shown_);
+}
+
+std::string Input::read_at(uint64_t offset, size_t bytes) {
+  return cli::read_at(fd_, bytes, static_cast<uint64_t>(start_) + offset, shown_);
 }
 
 const std::string &Input::head() {
   if (head_) return *head_;
-  if (source_fd_ >= 0) {
-    head_ = read_fully(source_fd_, kLongestMark, shown_);
+  head_.emplace();
+  if (is_rereadable_) {
+    // The lock is the descriptor's and outlasts this opening; nothing is looked at before.
+    static_cast<void>(open_descriptor(wem::OpenOptions::input().binary(1).direct()));
+    *head_ = read_at(0, kLongestMark);
     return *head_;
   }
-  head_.emplace();
-  wem::File file = open_bytes();
-  const auto first = file.read(kLongestMark);
-  if (first)
-    head_->assign(reinterpret_cast<const char *>(first->bytes.data()), first->bytes.size());
-  if (!first && first.status() != JXWEM_E_EOF) throw Failure(shown_, first.status());
+  session_.output().flush();
+  while (!is_at_end_ && may_become_mark(*head_)) {
+    const std::string more = read_some(fd_, kLongestMark - head_->size(), shown_);
+    is_at_end_ = more.empty();
+    *head_ += more;
+  }
   return *head_;
 }
 
-uint32_t Input::encoding(uint32_t asked) {
-  if (asked != 0) return asked;
-  const uint32_t found = sniff(head());
-  return found != 0 ? found : JX_ENCODING_UTF8;
+uint32_t Input::encoding(Encoding asked) {
+  const bool is_given = asked.number != 0 && !asked.follows_mark();
+  return is_given ? asked.number : settle(asked, head());
 }
 
 bool Input::has_byte_order_mark(uint32_t encoding) {
   return byte_order_mark_size(head(), encoding) > 0;
 }
 
+wem::File Input::open_descriptor(const wem::OpenOptions &options) {
+  const auto asked = is_lockable_ ? options : options.lock(JX_LOCK_NONE);
+  return session_.open_descriptor(fd_, asked, shown_);
+}
+
 wem::File Input::open(const wem::OpenOptions &options, uint32_t encoding) {
-  wem::OpenOptions asked = is_lockable_ ? options : options.lock(JX_LOCK_NONE);
-  if (source_fd_ >= 0) {
-    const size_t mark_bytes = byte_order_mark_size(head(), encoding);
-    relay_ = std::make_unique<Relay>(session_, source_fd_, head(), mark_bytes, encoding);
-    name_ = relay_->path();
-    is_literal_ = true;
-    asked = asked.lock(JX_LOCK_NONE);
+  if (use_ == Use::kLines) line_ends_.emplace(session_, encoding);
+  if (use_ == Use::kBytes || is_rereadable_) return open_descriptor(options);
+  const size_t mark_bytes = byte_order_mark_size(head(), encoding);
+  const bool is_direct = options.raw().buffered == 0;
+  relay_ = std::make_unique<Relay>(
+      session_, Relay::Source{shown_, fd_, head(), mark_bytes, is_at_end_, encoding},
+      line_ends_ ? &*line_ends_ : nullptr, is_direct ? options.raw().record_length : 0);
+  auto file = session_.open_descriptor(relay_->read_end(), options.lock(JX_LOCK_NONE), shown_);
+  relay_->let_go();
+  return file;
+}
+
+const char *Input::end_of(const wem::Record &record) {
+  while (!relay_ && !record.partial && !line_ends_->has_next()) {
+    const std::string chunk = read_at(watched_, kChunkBytes);
+    if (chunk.empty()) break;
+    line_ends_->feed(chunk);
+    watched_ += chunk.size();
   }
-  if (is_literal_) asked = asked.literal_name();
-  auto file =
-      session_.instance().open(widen(name_), asked.journal(session_.instance().raw()->journal));
-  if (relay_) relay_->let_go();
-  return require(std::move(file), shown_);
+  return line_ends_->end_of(record);
 }
 
-wem::File Input::open_bytes() {
-  return open(wem::OpenOptions::input().binary(kChunkBytes).direct());
+bool Input::is_waiting() {
+  if (relay_) return line_ends_ && !line_ends_->has_next();
+  return !is_rereadable_ && would_wait(fd_);
 }
 
-bool Input::ends_with(const std::string &bytes) {
+bool Input::ends_with(std::string_view bytes) {
   if (relay_) return relay_->tail().ends_with(bytes);
-  if (!is_rereadable_) return false;
-  wem::File file = open_bytes();
-  int64_t at = require(file.point(0, JX_POINT_END), shown_) - static_cast<int64_t>(bytes.size());
-  if (at < 0) return false;
-  const auto tail = file.read(static_cast<uint32_t>(bytes.size()), &at);
-  return tail && std::memcmp(tail->bytes.data(), bytes.data(), bytes.size()) == 0;
+  const int64_t end = ::lseek(fd_, 0, SEEK_CUR) - start_;
+  const int64_t start = end - static_cast<int64_t>(bytes.size());
+  return start >= 0 && read_at(static_cast<uint64_t>(start), bytes.size()) == bytes;
 }
 
 void Input::require_complete() {
-  if (!relay_ || relay_->error() == 0) return;
-  throw Failure(shown_, JXWEM_E_SYSTEM, std::strerror(relay_->error()));
+  if (relay_) relay_->require_complete();
 }
 
 std::optional<Fault> Input::scan(uint32_t from, uint32_t to, uint64_t start) {
   FaultFinder finder(session_, from, to, start);
-  wem::File file = open_bytes();
-  auto at = static_cast<int64_t>(start);
-  while (const auto chunk = file.read(kChunkBytes, &at)) {
-    at += static_cast<int64_t>(chunk->bytes.size());
-    const auto *bytes = reinterpret_cast<const char *>(chunk->bytes.data());
-    if (!finder.feed({bytes, chunk->bytes.size()})) return finder.fault();
+  uint64_t at = start;
+  for (std::string chunk = read_at(at, kChunkBytes); !chunk.empty();
+       chunk = read_at(at, kChunkBytes)) {
+    at += chunk.size();
+    if (!finder.feed(chunk)) return finder.fault();
   }
   finder.finish();
   return finder.fault();
@@ -185,17 +214,14 @@ std::optional<Fault> Input::find_cut_end(uint32_t from, uint32_t to) {
   if (relay_) return relay_->fault();
   if (!is_rereadable_) return std::nullopt;
   const std::string line_end = session_.encode(U"\n", from);
-  const auto mark = static_cast<int64_t>(byte_order_mark_size(head(), from));
-  wem::File file = open_bytes();
-  const int64_t size = require(file.point(0, JX_POINT_END), shown_);
+  const uint64_t mark = byte_order_mark_size(head(), from);
+  const int64_t size = ::lseek(fd_, 0, SEEK_CUR) - start_;
   // A window whose start is a multiple of every character unit.
-  int64_t at = std::max<int64_t>(mark, (size - kChunkBytes + 7) / 4 * 4);
-  const auto window = file.read(kChunkBytes, &at);
-  if (!window) return std::nullopt;
-  const auto *bytes = reinterpret_cast<const char *>(window->bytes.data());
-  const size_t line = behind_last_line_end({bytes, window->bytes.size()}, line_end);
-  const int64_t start = line > 0 ? at + static_cast<int64_t>(line) : mark;
-  if (!scan(from, to, static_cast<uint64_t>(start))) return std::nullopt;
+  const int64_t last = (size - kChunkBytes + 7) / 4 * 4;
+  const uint64_t at = std::max(mark, static_cast<uint64_t>(std::max<int64_t>(last, 0)));
+  const size_t line = after_last_line_end(read_at(at, kChunkBytes), line_end);
+  const uint64_t start = line > 0 ? at + line : mark;
+  if (!scan(from, to, start)) return std::nullopt;
   return find_fault(from, to);
 }
 

@@ -1,4 +1,4 @@
-// Text that a command reads: a file by name, or a pipe made readable through the module.
+// What a command reads: a file by name, standard input or another descriptor.
 #pragma once
 
 #include <sys/stat.h>
@@ -8,8 +8,10 @@
 #include <string>
 #include <string_view>
 
+#include "cli/arguments.hpp"
 #include "cli/descriptor.hpp"
 #include "cli/fault.hpp"
+#include "cli/line_ends.hpp"
 #include "cli/relay.hpp"
 #include "cli/session.hpp"
 
@@ -23,39 +25,53 @@ uint32_t sniff(std::string_view head);
 std::string_view byte_order_mark(uint32_t encoding);
 // The size in bytes of the byte-order mark of an encoding at the start of text; 0 without one.
 size_t byte_order_mark_size(std::string_view head, uint32_t encoding);
+// The encoding of text with that start: as asked, where it follows the mark in the byte order of
+// the mark; when none was asked for by the mark, else UTF-8.
+uint32_t settle(Encoding asked, std::string_view head);
 
+// It is opened once, and the module works on that descriptor. Offsets count from where it stood.
 class Input {
  public:
-  // How a source that is not a file is handed to the module.
-  enum class Pipe {
-    kRelayed,  // while it is read; what passes is checked on the way
-    kSpooled,  // copied to memory first, for those who read parts of it again
-    kDirect,   // as it is
+  // What the command wants of it.
+  enum class Use {
+    kBytes,  // the bytes, as they come
+    kText,   // records; what is not a file is checked on its way to the module
+    kLines,  // the same, and what ended each
   };
 
-  // name "-" is standard input. Nothing is opened through the module yet.
-  Input(Session &session, const std::string &name, Pipe pipe);
+  // "-" is standard input; names of descriptors mean these as they are. A Failure when it cannot be
+  // read or is a directory. A file opened by name is locked against writers from the first look at
+  // it on.
+  Input(Session &session, const std::string &name, Use use);
 
   // What messages call it.
   const std::string &shown() const { return shown_; }
-  // Whether its bytes can be read again: a file, or a spooled pipe.
+  // Whether its bytes can be read again: a file that has some.
   bool is_rereadable() const { return is_rereadable_; }
+  // Whether it has a position to move.
+  bool is_seekable() const { return start_ >= 0; }
   // Size in bytes of what can be read again.
   uint64_t size() const { return size_; }
-  // Identifies the file by device and inode; all zero when there is none.
+  // Identifies the file by device and inode.
   const struct ::stat &file_status() const { return file_status_; }
+  // Throws a Failure when standard output is this file.
+  void refuse_standard_output() const;
 
-  // The encoding: as asked, or when that is 0 by the byte-order mark, else UTF-8. Not for kDirect.
-  uint32_t encoding(uint32_t asked);
-  // Whether it begins with the byte-order mark of an encoding. Not for kDirect.
+  // The encoding that it has, see settle. Not for kBytes.
+  uint32_t encoding(Encoding asked);
+  // Whether it begins with the byte-order mark of an encoding. Not for kBytes.
   bool has_byte_order_mark(uint32_t encoding);
-  // Opens it through the module; a relay starts to run and checks that encoding.
+  // Opens it through the module; once. encoding is that of its text, not for kBytes.
   wem::File open(const wem::OpenOptions &options, uint32_t encoding = 0);
+  // What ended the record that was read last, see LineEnds. For kLines, after every record.
+  const char *end_of(const wem::Record &record);
+  // Whether the next read may wait for somebody to write.
+  bool is_waiting();
 
   // For the following the file must be closed, or its end must have been read.
 
   // Whether the input ends with these bytes.
-  bool ends_with(const std::string &bytes);
+  bool ends_with(std::string_view bytes);
   // Throws the Failure of a source that could not be read to its end.
   void require_complete();
   // The first fault in an encoding, or of a conversion to another; none when there is none, or
@@ -65,24 +81,27 @@ class Input {
   std::optional<Fault> find_cut_end(uint32_t from, uint32_t to);
 
  private:
-  void find_standard_input(Pipe pipe);
-  void find_named(const std::string &name, Pipe pipe);
-  void spool();
+  void find_descriptor(int fd);
+  void find_named(const std::string &name);
   const std::string &head();
-  wem::File open_bytes();
+  wem::File open_descriptor(const wem::OpenOptions &options);
+  std::string read_at(uint64_t offset, size_t bytes);
   std::optional<Fault> scan(uint32_t from, uint32_t to, uint64_t start);
 
   Session &session_;
   std::string shown_;
-  std::string name_;         // for the module
-  bool is_literal_ = false;  // the name is used without expansion
-  bool is_rereadable_ = false;
-  bool is_lockable_ = true;  // not a pipe or a device
-  uint64_t size_ = 0;
+  Use use_;
+  Descriptor own_;  // of a file opened by name
+  int fd_ = -1;     // what is read
   struct ::stat file_status_ = {};
-  Descriptor source_;   // a pipe opened by name, or the spool
-  int source_fd_ = -1;  // what a relay or a spool reads; -1: nothing
+  int64_t start_ = -1;  // the descriptor's position at first; -1: it has none
+  bool is_rereadable_ = false;
+  bool is_lockable_ = false;
+  bool is_at_end_ = false;  // of head_
+  uint64_t size_ = 0;
   std::optional<std::string> head_;
+  std::optional<LineEnds> line_ends_;
+  uint64_t watched_ = 0;  // bytes of a file that line_ends_ has
   std::unique_ptr<Relay> relay_;
 };
 

@@ -1,34 +1,72 @@
-// Line ends by a second reading of the file.
+// Finding line ends, and remembering them.
 #include "cli/line_ends.hpp"
 
-#include <cstring>
+#include <algorithm>
 
 namespace cli {
-LineEnds::LineEnds(Session &session, Input &input, const wem::OpenOptions &options,
-                   uint32_t encoding)
-    : text_(input.open(options.encodings(encoding, encoding))),
-      bytes_(input.open(wem::OpenOptions::input().binary(2 * kLongestMark).direct())),
-      line_feed_(session.encode(U"\n", encoding)),
-      carriage_return_(session.encode(U"\r", encoding)),
-      mark_(byte_order_mark(encoding)) {}
+namespace {
 
-// Whether these bytes come next; they are passed over then.
-bool LineEnds::follows(const std::string &bytes) {
-  if (bytes.empty()) return false;
-  const auto found = bytes_.read(static_cast<uint32_t>(bytes.size()), &offset_);
-  if (!found || found->bytes.size() != bytes.size()) return false;
-  if (std::memcmp(found->bytes.data(), bytes.data(), bytes.size()) != 0) return false;
-  offset_ += static_cast<int64_t>(bytes.size());
-  return true;
+constexpr char kLineFeed = 'l';
+constexpr char kCarriageReturnToo = 'c';
+
+}  // namespace
+
+size_t find_line_end(std::string_view bytes, size_t from, std::string_view line_end) {
+  // Zeros fill up line feeds of several bytes, and much else.
+  const size_t rare = line_end.find_first_not_of('\0');
+  for (size_t at = bytes.find(line_end[rare], from + rare); at != bytes.npos;
+       at = bytes.find(line_end[rare], at + 1)) {
+    const size_t start = at - rare;
+    if (start % line_end.size() != 0) continue;
+    if (bytes.compare(start, line_end.size(), line_end) == 0) return start;
+  }
+  return bytes.npos;
 }
 
-const char *LineEnds::next(bool is_partial) {
-  follows(mark_);
-  const auto record = text_.read();
-  if (record) offset_ += static_cast<int64_t>(record->bytes.size());
-  if (follows(line_feed_)) return "lf";
-  if (follows(carriage_return_ + line_feed_)) return "crlf";
-  return is_partial ? "part" : "none";
+size_t after_last_line_end(std::string_view bytes, std::string_view line_end) {
+  const size_t unit = line_end.size();
+  size_t at = bytes.size() / unit * unit;
+  while (at > 0 && bytes.compare(at - unit, unit, line_end) != 0) at -= unit;
+  return at;
+}
+
+LineEnds::LineEnds(Session &session, uint32_t encoding)
+    : line_feed_(session.encode(U"\n", encoding)),
+      carriage_return_(session.encode(U"\r", encoding)) {}
+
+void LineEnds::feed(std::string_view bytes) {
+  const size_t unit = line_feed_.size();
+  const size_t searched = rest_.size() / unit * unit;
+  rest_ += bytes;
+  const std::string_view text = rest_;
+  std::string marks;
+  for (size_t at = find_line_end(text, searched, line_feed_); at != text.npos;
+       at = find_line_end(text, at + unit, line_feed_)) {
+    const bool has_return = at >= unit && text.substr(at - unit, unit) == carriage_return_;
+    marks += has_return ? kCarriageReturnToo : kLineFeed;
+  }
+  const size_t whole = text.size() / unit * unit;
+  rest_.erase(0, whole - std::min(whole, unit));
+  const std::lock_guard guard(mutex_);
+  found_ += marks;
+}
+
+bool LineEnds::has_next() {
+  if (taken_count_ < taken_.size()) return true;
+  taken_.clear();
+  taken_count_ = 0;
+  const std::lock_guard guard(mutex_);
+  taken_.swap(found_);
+  return !taken_.empty();
+}
+
+const char *LineEnds::end_of(const wem::Record &record) {
+  const bool is_rest = std::exchange(is_inside_line_, record.partial);
+  if (record.partial) return "part";
+  if (!has_next()) return "none";
+  const bool has_return = taken_[taken_count_++] == kCarriageReturnToo;
+  // A carriage return at the end of a part was handed on with it.
+  return has_return && !(is_rest && record.bytes.empty()) ? "crlf" : "lf";
 }
 
 }  // namespace cli

@@ -1,33 +1,45 @@
-// What ended each text record, which the module does not tell.
+// Line ends in the bytes of a text: where they are, and which kind each line has, which the module
+// does not tell.
 #pragma once
 
+#include <cstddef>
+#include <mutex>
 #include <string>
+#include <string_view>
 
-#include "cli/input.hpp"
 #include "cli/session.hpp"
 
 namespace cli {
 
-// Reads a file a second time in step with its reader: as text without conversion, whose record
-// lengths are the file's bytes, and as bytes, to look at what follows each record.
+// Offset of the first line end at or after from, in bytes that begin with a whole unit of its size;
+// npos when there is none. from is a multiple of that size.
+size_t find_line_end(std::string_view bytes, size_t from, std::string_view line_end);
+// Offset just after the last line end in such bytes; 0 when there is none.
+size_t after_last_line_end(std::string_view bytes, std::string_view line_end);
+
+// Watches the bytes of a text as they pass to its reader and keeps what ended each line until the
+// reader comes to it. One thread may feed it while another takes.
 class LineEnds {
  public:
-  // options are those of the reader. The input must be rereadable.
-  LineEnds(Session &session, Input &input, const wem::OpenOptions &options, uint32_t encoding);
+  LineEnds(Session &session, uint32_t encoding);
 
-  // What ended the next record: "lf", "crlf", "part" for one that goes on in the next record, or
-  // "none" at the end of the file.
-  const char *next(bool is_partial);
+  // Takes the next bytes. Before the reader can see them, so that has_next is never behind it.
+  void feed(std::string_view bytes);
+  // Whether the end of a line has passed that was not asked for yet.
+  bool has_next();
+  // What ended the record that the reader gave: "lf", "crlf", "part" for one that goes on in the
+  // next record, or "none" at the end of the text.
+  const char *end_of(const wem::Record &record);
 
  private:
-  bool follows(const std::string &bytes);
-
-  wem::File text_;
-  wem::File bytes_;
   std::string line_feed_;
   std::string carriage_return_;
-  std::string mark_;
-  int64_t offset_ = 0;
+  std::string rest_;   // the last unit fed, and the start of another
+  std::string taken_;  // a mark for each line end, in order
+  size_t taken_count_ = 0;
+  bool is_inside_line_ = false;
+  std::mutex mutex_;
+  std::string found_;  // the marks that were not taken yet; guarded by the mutex
 };
 
 }  // namespace cli

@@ -3,7 +3,6 @@
 
 #include "cli/commands.hpp"
 #include "cli/input.hpp"
-#include "cli/line_ends.hpp"
 #include "cli/session.hpp"
 
 namespace cli {
@@ -19,14 +18,19 @@ class LinePrinter {
         is_marked_(arguments.has("--mark")),
         is_numbered_(arguments.has("--number")) {}
 
-  // end is what ended the record, when that is known: "lf", "crlf", "part" or "none".
-  void print(const wem::Record &record, const char *end) {
+  // Whether print shows what ended a record.
+  bool shows_ends() const { return is_marked_; }
+
+  // end is what ended the record: "lf", "crlf", "part" or "none"; empty when that is not known. A
+  // line end is then put off until it is.
+  void print(const wem::Record &record, std::string_view end) {
     if (is_json_) return print_json(record, end);
     if (is_marked_) return print_marked(record, end);
     if (std::exchange(needs_line_end_, false)) session_.output() << "\n";
     if (is_numbered_ && !is_inside_line_) print_number(line_);
     session_.print(record.text());
-    needs_line_end_ = !record.partial;
+    needs_line_end_ = end.empty() && !record.partial;
+    if (end == "lf" || end == "crlf") session_.output() << "\n";
     advance(record);
   }
 
@@ -50,15 +54,15 @@ class LinePrinter {
     session_.output() << text;
   }
 
-  void print_marked(const wem::Record &record, const char *end) {
+  void print_marked(const wem::Record &record, std::string_view end) {
     const std::string text = session_.to_utf8(record.text());
     if (is_numbered_) print_number(line_);
     const std::string length = std::to_string(record.text().size());
-    session_.output() << "[" + length + " " + end + "] " + text + "\n";
+    session_.output() << "[" + length + " " << end << "] " + text + "\n";
     advance(record);
   }
 
-  void print_json(const wem::Record &record, const char *end) {
+  void print_json(const wem::Record &record, std::string_view end) {
     Row row;
     row.add_name("file", shown_).add("line", line_).add("text", session_.to_utf8(record.text()));
     row.add("length", uint64_t{record.text().size()}).add("partial", record.partial);
@@ -85,12 +89,16 @@ uint32_t record_length(const Arguments &arguments, uint32_t encoding) {
 }
 
 // Prints every record; the status that ended the reading. What the module hands on unread, because
-// it is in the encoding of records already, is found malformed when it is printed.
-wem::Status print_records(wem::File &file, LineEnds *line_ends, LinePrinter &printer) {
+// it is in the encoding of records already, is found malformed when it is printed. What was printed
+// is not held back while the next line is waited for.
+wem::Status print_records(Session &session, Input &input, wem::File &file, LinePrinter &printer) {
+  const bool is_piped = !input.is_rereadable();
+  const bool needs_ends = printer.shows_ends() || is_piped;
   wem::RecordRange records = file.records();
   try {
     for (const wem::Record &record : records) {
-      printer.print(record, line_ends ? line_ends->next(record.partial) : "");
+      printer.print(record, needs_ends ? input.end_of(record) : "");
+      if (is_piped && input.is_waiting()) session.output().flush();
     }
   } catch (const Failure &failure) {
     if (failure.status == JXHOST_E_MALFORMED) return failure.status;
@@ -100,19 +108,15 @@ wem::Status print_records(wem::File &file, LineEnds *line_ends, LinePrinter &pri
 }
 
 void print_file(Session &session, const Arguments &arguments, const std::string &name) {
-  const bool is_marked = arguments.has("--mark");
-  const bool is_direct = arguments.has("--direct");
-  Input input(session, name,
-              is_marked || is_direct ? Input::Pipe::kSpooled : Input::Pipe::kRelayed);
+  Input input(session, name, Input::Use::kLines);
+  input.refuse_standard_output();
   const uint32_t encoding = input.encoding(arguments.encoding("--from"));
   auto options = wem::OpenOptions::input().text(record_length(arguments, encoding));
-  if (is_direct) options = options.direct();
-  std::optional<LineEnds> line_ends;
-  if (is_marked) line_ends.emplace(session, input, options, encoding);
+  if (arguments.has("--direct")) options = options.direct();
   LinePrinter printer(session, arguments, input.shown());
 
   wem::File file = input.open(options.encodings(encoding, JX_ENCODING_UTF32LE), encoding);
-  const wem::Status status = print_records(file, line_ends ? &*line_ends : nullptr, printer);
+  const wem::Status status = print_records(session, input, file, printer);
   require(file.close(), input.shown());
   if (status != JXWEM_E_EOF) {
     printer.finish(true);

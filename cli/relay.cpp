@@ -3,11 +3,13 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <system_error>
 
 #include "cli/signals.hpp"
 
@@ -16,51 +18,88 @@ namespace {
 
 constexpr size_t kChunkBytes = 65536;
 constexpr size_t kTailBytes = 16;
+constexpr size_t kLargestPacket = 98304;  // well below the room of a socket
 
 }  // namespace
 
-Relay::Relay(Session &session, int source_fd, std::string head, size_t mark_bytes,
-             uint32_t encoding)
-    : source_fd_(source_fd),
-      head_(std::move(head)),
-      mark_bytes_(mark_bytes),
-      finder_(session, encoding, JX_ENCODING_UTF32LE, mark_bytes) {
+Relay::Relay(Session &session, Source source, LineEnds *line_ends, size_t longest_record)
+    : source_(std::move(source)),
+      finder_(session, source_.encoding, JX_ENCODING_UTF32LE, source_.mark_bytes),
+      line_ends_(line_ends),
+      line_end_(session.encode(U"\n", source_.encoding)),
+      packet_bytes_(0) {
   std::array<int, 2> ends;
-  if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw Failure("", JXWEM_E_SYSTEM, "no pipe");
+  if (longest_record > 0)
+    packet_bytes_ = std::min(longest_record, kLargestPacket) + line_end_.size();
+  const int result = packet_bytes_ == 0
+                         ? ::pipe2(ends.data(), O_CLOEXEC)
+                         : ::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data());
+  if (result != 0) throw system_failure(source_.shown, errno);
   read_end_ = Descriptor(ends[0]);
   write_end_ = Descriptor(ends[1]);
-  const SignalsBlocked guard;
-  thread_ = std::thread([this] { run(); });
+  try {
+    const SignalsBlocked guard;
+    thread_ = std::thread([this] { run(); });
+  } catch (const std::system_error &) {
+    throw Failure(source_.shown, JX_E_NOMEM);
+  }
 }
 
 // False when nobody reads the pipe any more.
 bool Relay::wait_for_bytes() const {
-  std::array<pollfd, 2> fds = {{{source_fd_, POLLIN, 0}, {write_end_.get(), 0, 0}}};
+  std::array<pollfd, 2> fds = {{{source_.fd, POLLIN, 0}, {write_end_.get(), 0, 0}}};
   while (::poll(fds.data(), fds.size(), -1) < 0 && errno == EINTR) {
   }
-  return (fds[1].revents & POLLERR) == 0;
+  return (fds[1].revents & (POLLERR | POLLHUP)) == 0;
 }
 
 void Relay::run() {
-  pass_on(head_);
-  std::string buffer(kChunkBytes, '\0');
-  while (is_wanted_ && wait_for_bytes()) {
-    const ssize_t count = ::read(source_fd_, buffer.data(), buffer.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) error_ = errno;
-    if (count == 0) finder_.finish();
-    if (count <= 0) break;
-    pass_on(std::string_view(buffer).substr(0, static_cast<size_t>(count)));
+  try {
+    copy();
+  } catch (...) {
+    failure_ = std::current_exception();
   }
   write_end_.reset();
 }
 
+void Relay::copy() {
+  pass_on(source_.head);
+  while (is_wanted_ && !source_.is_at_end && wait_for_bytes()) {
+    const std::string chunk = read_some(source_.fd, kChunkBytes, source_.shown);
+    source_.is_at_end = chunk.empty();
+    pass_on(chunk);
+  }
+  if (!source_.is_at_end) return;
+  finder_.finish();
+  if (packet_bytes_ > 0) write_packets(true);
+}
+
 void Relay::pass_on(std::string_view bytes) {
-  finder_.feed(bytes.substr(std::min(mark_bytes_, bytes.size())));
-  mark_bytes_ = 0;
+  const std::string_view text = bytes.substr(std::exchange(source_.mark_bytes, 0));
+  finder_.feed(text);
+  if (line_ends_) line_ends_->feed(text);
   tail_ += bytes.substr(bytes.size() - std::min(bytes.size(), kTailBytes));
   tail_.erase(0, tail_.size() - std::min(tail_.size(), kTailBytes));
-  is_wanted_ = write_fully(write_end_.get(), bytes);
+  if (packet_bytes_ == 0) {
+    is_wanted_ = write_fully(write_end_.get(), bytes);
+    return;
+  }
+  unsent_ += bytes;
+  write_packets(false);
+}
+
+// A read takes one packet, so that there is nothing to go back over.
+void Relay::write_packets(bool is_end) {
+  std::string_view left = unsent_;
+  while (is_wanted_ && !left.empty()) {
+    const std::string_view window = left.substr(0, packet_bytes_);
+    const size_t found = find_line_end(window, 0, line_end_);
+    if (found == window.npos && window.size() < packet_bytes_ && !is_end) break;
+    const size_t bytes = found == window.npos ? window.size() : found + line_end_.size();
+    is_wanted_ = write_fully(write_end_.get(), left.substr(0, bytes));
+    left.remove_prefix(bytes);
+  }
+  unsent_.erase(0, unsent_.size() - left.size());
 }
 
 void Relay::wait() {
@@ -78,9 +117,9 @@ const std::optional<Fault> &Relay::fault() {
   return finder_.fault();
 }
 
-int Relay::error() {
+void Relay::require_complete() {
   wait();
-  return error_;
+  if (failure_) std::rethrow_exception(failure_);
 }
 
 }  // namespace cli

@@ -18,7 +18,7 @@ constexpr size_t kLongestUtf8 = 4;  // bytes of a character
 const std::string kSource = "standard input";
 
 struct Writing {
-  uint32_t to;  // 0: by the target
+  uint32_t to;
   uint32_t record_length;
   std::optional<int64_t> at;
   bool wants_mark;
@@ -129,9 +129,11 @@ void write_text(Session &session, const Writing &writing, Target &target) {
 }
 
 // Text goes on in the encoding of what is there, behind its byte-order mark.
-void adapt(Writing &writing, const Target &target, Target::Mode mode) {
-  writing.to = target.encoding(writing.to);
-  if (writing.wants_mark) target.require_mark(writing.to);
+void adapt(Writing &writing, const Arguments &arguments, const Target &target, Target::Mode mode) {
+  const Encoding to = arguments.encoding("--to");
+  writing.to = target.encoding(settle(to, target.head()));
+  writing.wants_mark = arguments.has("--bom") || (to.follows_mark() && !writing.at);
+  if (arguments.has("--bom")) target.require_mark(writing.to);
   const size_t mark_bytes = byte_order_mark_size(target.head(), writing.to);
   if (mode == Target::Mode::kUpdate && !writing.at) writing.at = static_cast<int64_t>(mark_bytes);
 }
@@ -149,9 +151,7 @@ Target::Mode mode_of(const Arguments &arguments) {
 
 int run_write(Session &session, const Arguments &arguments) {
   Writing writing = {};
-  writing.to = arguments.encoding("--to");
   writing.record_length = arguments.record_length(65536, 1);
-  writing.wants_mark = arguments.has("--bom");
   const uint64_t furthest = std::numeric_limits<int64_t>::max();
   if (arguments.has("--at")) {
     writing.at = static_cast<int64_t>(arguments.number("--at", 0, 0, furthest));
@@ -161,7 +161,7 @@ int run_write(Session &session, const Arguments &arguments) {
     throw UsageError("--records is text, binary or stream");
   }
   const bool is_binary = kind == "binary";
-  if (is_binary && (writing.to != 0 || writing.wants_mark)) {
+  if (is_binary && (arguments.has("--to") || arguments.has("--bom"))) {
     throw UsageError("--records binary takes neither --to nor --bom");
   }
   if (kind == "stream" && arguments.has("--record-length")) {
@@ -171,7 +171,7 @@ int run_write(Session &session, const Arguments &arguments) {
   Target target(session, arguments.operand(0), mode);
   struct ::stat source = {};
   if (::fstat(STDIN_FILENO, &source) == 0) target.refuse_same(source);
-  if (!is_binary) adapt(writing, target, mode);
+  if (!is_binary) adapt(writing, arguments, target, mode);
   if (is_binary) write_binary(writing, target);
   if (kind == "stream") write_stream(session, writing, target);
   if (kind == "text") write_text(session, writing, target);

@@ -70,6 +70,9 @@ struct FaultRow {
 };
 
 TEST_F(Text, FaultsAreNamedAndLeaveTheTarget) {
+  std::string shifted = "\n\x1b$B";  // a line that is checked in parts
+  while (shifted.size() < 200000) shifted += "04";
+  shifted += '0';
   const FaultRow rows[] = {
       {"ok\nx\xc3(\n", "utf-8", "utf-16le", "record 2, byte offset 4, bytes c3 28 "},
       {"ok\nx\xc3(\n", "utf-8", "utf-8", "record 2, byte offset 4, bytes c3 28 "},
@@ -82,6 +85,7 @@ TEST_F(Text, FaultsAreNamedAndLeaveTheTarget) {
        "utf-32le",
        "utf-8",
        "record 2, byte offset 8, bytes 00 00 11"},
+      {shifted, "iso-2022-jp", "utf-8", "record 2, byte offset 200000, bytes 30, cut off"},
       {{"\0a\xd8\x00\0b", 6}, "utf-16be", "utf-8", "record 1, byte offset 2, bytes d8 00 "},
   };
   for (const FaultRow &row : rows) {

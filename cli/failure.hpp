@@ -33,6 +33,11 @@ struct UsageError : std::exception {
   std::string message;
 };
 
+// The failure of a system call with that errno.
+Failure system_failure(const std::string &path, int error);
+// What an exception of the library means: out of memory, or the system error it carries.
+Failure library_failure(const std::exception &error);
+
 // Whoever read standard output has gone away: the command ends without a message.
 struct OutputClosed : std::exception {};
 

@@ -76,7 +76,7 @@ void Input::find_standard_input(Pipe pipe) {
 
 // A file without a size may still have bytes (those of /proc do): it is read as a pipe is.
 void Input::find_named(const std::string &name, Pipe pipe) {
-  const std::string path = session_.expand(name);
+  const std::string path = literal_path(name);
   if (::stat(path.c_str(), &file_status_) != 0 || S_ISDIR(file_status_.st_mode)) return;
   const bool is_file = S_ISREG(file_status_.st_mode);
   is_lockable_ = is_file;
@@ -137,8 +137,8 @@ wem::File Input::open(const wem::OpenOptions &options, uint32_t encoding) {
     asked = asked.lock(JX_LOCK_NONE);
   }
   if (is_literal_) asked = asked.literal_name();
-  auto file =
-      session_.instance().open(widen(name_), asked.journal(session_.instance().raw()->journal));
+  auto file = session_.instance().open(session_.name(name_),
+                                       asked.journal(session_.instance().raw()->journal));
   if (relay_) relay_->let_go();
   return require(std::move(file), shown_);
 }

@@ -64,7 +64,7 @@ Failure creation_failure(const std::string &path, int error) {
 }  // namespace
 
 Target::Target(Session &session, const std::string &name, Mode mode)
-    : session_(session), shown_(name), path_(session.expand(name)), mode_(mode) {
+    : session_(session), shown_(name), path_(literal_path(name)), mode_(mode) {
   if (name == "-") throw UsageError("- is standard input; write /dev/stdout, or ./- for a file");
   exists_ = ::stat(path_.c_str(), &old_) == 0;
   // What has no old content to keep is written as it stands, links that lead nowhere too.
@@ -133,10 +133,10 @@ void Target::make_neighbour() {
         session_.open(shown_, wem::OpenOptions::input().binary(1).direct().lock(JX_LOCK_EXCLUSIVE));
   }
   const std::string folder = path_.substr(0, std::max<size_t>(path_.rfind('/'), 1));
-  if (session_.expand(path_) != path_) throw Failure(shown_, JXWEM_E_BADNAME, path_);
   const wem::NameRequest request{U".jxfile-", std::nullopt};
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    const auto name = require(session_.instance().create_name(widen(folder), request), shown_);
+    const auto name =
+        require(session_.instance().create_name(session_.folder_name(folder), request), shown_);
     const std::string path = narrow(name);
     const int flags = O_CREAT | O_EXCL | O_WRONLY | O_NOFOLLOW | O_CLOEXEC;
     const int fd = ::open(path.c_str(), flags, S_IRUSR | S_IWUSR);
@@ -165,7 +165,7 @@ wem::File &Target::open(const wem::OpenOptions &options) {
   JXJournal *journal = session_.instance().raw()->journal;
   auto opened =
       neighbour_.empty()
-          ? session_.instance().open(widen(shown_), options.journal(journal))
+          ? session_.instance().open(session_.name(shown_), options.journal(journal))
           : session_.instance().open(widen(neighbour_), options.journal(journal).literal_name());
   file_ = require(std::move(opened), shown_);
   return file_;
@@ -184,7 +184,7 @@ void Target::commit() {
   // Only the superuser can give a file away; for others the owner is the same or stays their own.
   if (exists_ && ::chown(neighbour_.c_str(), old_.st_uid, old_.st_gid) != 0) errno = 0;
   if (::chmod(neighbour_.c_str(), mode) != 0) throw creation_failure(shown_, errno);
-  require(session_.instance().rename(widen(neighbour_), widen(path_)), shown_);
+  require(session_.instance().rename(session_.name(neighbour_), session_.name(path_)), shown_);
   neighbour_.clear();
   remove_on_signal({});
 }

@@ -101,7 +101,7 @@ int run_truncate(Session &session, const Arguments &arguments) {
   const std::string &name = arguments.operand(0);
   const uint64_t length = parse_number("LENGTH", arguments.operand(1), 0, kFurthest);
   // An update would make a missing file.
-  require(session.instance().exist(widen(name)), name);
+  require(session.instance().exist(session.name(name)), name);
   wem::File file = session.open(name, wem::OpenOptions::update().binary(1));
   require(file.truncate(static_cast<int64_t>(length)), name);
   require(file.close(), name);

@@ -73,7 +73,7 @@ int run_version(Session &session, const Arguments &arguments) {
     return 0;
   }
   session.output() << "jxwem " + own + ", needs a host of " + needs + " or later\nmodule  " +
-                          session.module_path() + "\nabi     " + abi + "\n";
+                          session.shown(session.module_path()) + "\nabi     " + abi + "\n";
   return 0;
 }
 

@@ -19,7 +19,8 @@ constexpr Option kReadLength = {"--record-length", "N",
                                 "longest record in bytes of the file (default: 65536)"};
 
 constexpr auto kCommonOptions = std::to_array<Option>({
-    {"--module", "FILE", "load this module"},
+    {"--module", "FILE", "load this module; FILE has a / in it"},
+    {"--expand", nullptr, "expand $NAME and a leading ~ in the paths given"},
 });
 
 constexpr auto kLinesOperands =
@@ -70,7 +71,7 @@ constexpr auto kBytesOptions = std::to_array<Option>({
 });
 
 constexpr auto kTruncateOperands =
-    std::to_array<Operand>({{"FILE", 1, 1, "file to change"}, {"LENGTH", 1, 1, "in bytes"}});
+    std::to_array<Operand>({{"FILE", 1, 1, "file to change"}, {"LENGTH", 1, 1, "in bytes", false}});
 
 constexpr auto kJsonOnly = std::to_array<Option>({kJson});
 constexpr auto kInfoOperands =
@@ -112,17 +113,18 @@ constexpr auto kBuildOptions = std::to_array<Option>({
     {"--extension", "TEXT", "extension, without its dot"},
     kJson,
 });
-constexpr auto kExpandOperands = std::to_array<Operand>({{"PATH", 1, 1, "path to expand"}});
+constexpr auto kExpandOperands = std::to_array<Operand>({{"PATH", 1, 1, "path to expand", false}});
 
-constexpr auto kFormatOperands =
-    std::to_array<Operand>({{"FORMAT", 1, 1, "text with directives that begin with %"},
-                            {"ARG", 0, kAnyNumber, "one for each directive that takes one"}});
+constexpr auto kFormatOperands = std::to_array<Operand>(
+    {{"FORMAT", 1, 1, "text with directives that begin with %", false},
+     {"ARG", 0, kAnyNumber, "one for each directive that takes one", false}});
 constexpr auto kFormatOptions = std::to_array<Option>(
     {{"--capacity", "N", "room for N characters only (default: enough)"}, kJson});
 
 constexpr auto kStatusOperands =
-    std::to_array<Operand>({{"CODE", 0, 1, "number or name (default: every status)"}});
-constexpr auto kGenerateOperands = std::to_array<Operand>({{"KIND", 1, 1, "man or completion"}});
+    std::to_array<Operand>({{"CODE", 0, 1, "number or name (default: every status)", false}});
+constexpr auto kGenerateOperands =
+    std::to_array<Operand>({{"KIND", 1, 1, "man or completion", false}});
 
 constexpr auto kCommands = std::to_array<Command>({
     {"lines", "print the lines of text files",
@@ -156,7 +158,8 @@ constexpr auto kCommands = std::to_array<Command>({
      "Prints the free space and the identifier of the file system.", "jxfile fsinfo .",
      kFsinfoOperands, kJsonOnly, run_fsinfo},
     {"ls", "list a directory",
-     "Prints the names in a directory, sorted by their bytes. Names go out as the bytes they are.",
+     "Prints the names in a directory, sorted by their bytes. Names go out as the bytes they are; "
+     "on a terminal what is not printable is escaped.",
      "jxfile ls --long --full docs", kLsOperands, kLsOptions, run_ls},
     {"exists", "test whether files exist", "Ends with 1 when one of the paths names nothing.",
      "jxfile exists ~/.profile", kPathsOperands, kJsonOnly, run_exists},
@@ -164,13 +167,16 @@ constexpr auto kCommands = std::to_array<Command>({
      "jxfile mkdir work", kPathsOperands, kNoOptions, run_mkdir},
     {"rm", "remove files and directories",
      "Removes files, links to files and empty directories. A link to a directory or to nothing is "
-     "not found and ends the removal of its tree; no link is followed. Paths are expanded: '~' is "
-     "the home directory, quoted or not, and ./~ a file of that name.",
+     "not found and ends the removal of its tree; no link is followed. '.', '..', a path that ends "
+     "in either, and the root directory are refused. What was removed before a failure stays "
+     "removed; the message names the member that stopped it.",
      "jxfile rm -r ./work", kPathsOperands, kRmOptions, run_rm},
     {"mv", "rename a file or directory", "Renames within one file system; a file NEW is replaced.",
      "jxfile mv draft.txt final.txt", kPairOperands, kNoOptions, run_mv},
     {"cp", "copy a file or a tree",
-     "Copies to a name that does not exist yet. A file's copy has its permissions, as far as the "
+     "Copies to a name that does not exist yet. The copy has that name when it is whole: a failure "
+     "or a signal leaves nothing of it. FIFOs, sockets and devices are refused, in a tree before "
+     "anything is copied; links are followed. A file's copy has its permissions, as far as the "
      "umask allows; the files of a tree all get those that the umask leaves of rwxrwxrwx.",
      "jxfile cp docs docs.bak", kPairOperands, kNoOptions, run_cp},
     {"newname", "make unique names",
@@ -179,7 +185,9 @@ constexpr auto kCommands = std::to_array<Command>({
      run_newname},
     {"split", "take a path apart", "Prints directory, member, base name and extension.",
      "jxfile split /usr/lib/libx.so", kSplitOperands, kJsonOnly, run_split},
-    {"build", "put a path together", "Joins the parts and expands the result.",
+    {"build", "put a path together",
+     "Joins the parts and makes the path absolute; a slash at its end goes. Nothing is expanded "
+     "without --expand, which expands the result with the member and the extension in it.",
      "jxfile build --directory ~ --member notes --extension txt", kNoOperands, kBuildOptions,
      run_build},
     {"expand", "expand a path",
@@ -203,11 +211,15 @@ constexpr auto kCommands = std::to_array<Command>({
 
 constexpr auto kNotes = std::to_array<Note>({
     {"NAMES",
-     "Every path is expanded, even where a shell leaves it alone: a leading ~ or ~USER becomes a "
-     "home directory, and $NAME, up to the next / . or $, the value of that variable if it is set. "
-     "'~' is the home directory, quoted or not, and ./~ a file of that name: a script writes ./ "
-     "before names that it did not choose. A name that holds the $NAME of a variable is reached "
-     "with the variable taken away: env -u NAME jxfile ..."},
+     "A path is taken byte for byte, as the system takes it: ~ and $NAME in it, blanks at its end "
+     "and bytes of any kind mean themselves, and what a shell has expanded is not expanded again. "
+     "The command expand shows what the module's expansion makes of a path: a leading ~ or ~USER "
+     "becomes a home directory, and $NAME, up to the next / . or $, the value of that variable if "
+     "it is set. With --expand any other command treats its paths so first. A path of more than "
+     "1024 bytes, counted from the root or from the current directory, and one with 127 bytes or "
+     "more after a $ up to the next / . or $ cannot be named and are refused. In messages, and in "
+     "output to a terminal, bytes that are no printable UTF-8 are shown as \\x and two hexadecimal "
+     "digits and a backslash is doubled."},
     {"STANDARD INPUT AND OUTPUT",
      "- is standard input where lines, convert and bytes read a file, and standard output where "
      "convert and write write one. /dev/stdout, /dev/fd/N and links to them mean the same open "

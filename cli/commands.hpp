@@ -22,6 +22,7 @@ struct Operand {
   unsigned minimum;  // how many there must be
   unsigned maximum;  // how many there may be; kAnyNumber for no limit
   const char *help;  // one line
+  bool is_path = true;
 };
 
 struct Command {

@@ -16,30 +16,6 @@
 namespace cli {
 namespace {
 
-struct ErrorRow {
-  int error;
-  JXStatus status;
-};
-
-constexpr auto kErrors = std::to_array<ErrorRow>({
-    {ENOENT, JXWEM_E_NOPATH},
-    {ENOTDIR, JXWEM_E_NOPATH},
-    {EACCES, JXWEM_E_ACCESS},
-    {EPERM, JXWEM_E_ACCESS},
-    {EROFS, JXWEM_E_ACCESS},
-    {EISDIR, JXWEM_E_OPENREFUSED},
-    {ETXTBSY, JXWEM_E_INUSE},
-    {EBUSY, JXWEM_E_INUSE},
-    {EEXIST, JXWEM_E_EXISTS},
-    {ENOSPC, JXWEM_E_DISKFULL},
-    {EDQUOT, JXWEM_E_DISKFULL},
-    {EFBIG, JXWEM_E_DISKFULL},
-    {ENOMEM, JX_E_NOMEM},
-    {EMFILE, JXELM_E_LIMIT},
-    {ENFILE, JXELM_E_LIMIT},
-    {ENAMETOOLONG, JXWEM_E_NAMETOOLONG},
-});
-
 constexpr std::string_view kStandardNames[] = {"/dev/stdin", "/dev/stdout", "/dev/stderr"};
 static_assert(STDIN_FILENO == 0 && STDOUT_FILENO == 1 && STDERR_FILENO == 2);
 
@@ -139,12 +115,6 @@ void unlink_own(int dirfd, const char *name, int fd) {
                       ::fstatat(dirfd, name, &named, AT_SYMLINK_NOFOLLOW) == 0 &&
                       is_same_file(own, named);
   if (is_own) ::unlinkat(dirfd, name, 0);
-}
-
-Failure system_failure(const std::string &shown, int error) {
-  const auto row = std::ranges::find(kErrors, error, &ErrorRow::error);
-  if (row != kErrors.end()) return Failure(shown, row->status);
-  return Failure(shown, JXWEM_E_SYSTEM, std::strerror(error));
 }
 
 std::string path_of(int fd) { return "/proc/self/fd/" + std::to_string(fd); }

@@ -53,9 +53,6 @@ void refuse_same_file(const struct ::stat &input, const struct ::stat &output,
 // Removes a name in a directory when it is the file that fd stands for, links not followed. Safe in
 // a signal handler.
 void unlink_own(int dirfd, const char *name, int fd);
-// The failure that a system call's error means: a status of the module, with the system's text
-// where the status says less.
-Failure system_failure(const std::string &shown, int error);
 // A path that opens what a descriptor stands for.
 std::string path_of(int fd);
 

@@ -68,8 +68,10 @@ std::string man_page() {
     page += std::string(".SH ") + note.title + "\n" + to_roff(note.text) + "\n";
   }
   page +=
-      ".SH ENVIRONMENT\n.TP\n\\fBJXWEM_MODULE\\fR\nThe module to load, unless \\fB\\-\\-module\\fR "
-      "names one. Otherwise jxwem.so is looked for beside the program and in the install folder.\n"
+      ".SH ENVIRONMENT\n.TP\n\\fBJXWEM_MODULE\\fR\nThe absolute path of the module to load, unless "
+      "\\fB\\-\\-module\\fR names one. Otherwise jxwem.so is looked for beside the program and in "
+      "the "
+      "install folder. A set\\-user\\-id run takes neither the variable nor the option.\n"
       ".TP\n\\fBNO_COLOR\\fR\nMessages are printed without colour, unless it is empty.\n";
   return page;
 }

@@ -33,6 +33,15 @@ struct UsageError : std::exception {
   std::string message;
 };
 
+// The failure that a system call's errno means: a status of the module, with the system's text
+// where the status says less.
+Failure system_failure(const std::string &path, int error);
+// The same for a call that makes a name or opens a directory on the way to it: what is missing then
+// is a directory.
+Failure path_failure(const std::string &path, int error);
+// What an exception of the library means: out of memory, or the system error it carries.
+Failure library_failure(const std::exception &error);
+
 // Throws a Failure unless the status is 0.
 inline void require(wem::Status status, const std::string &path) {
   if (!status.ok()) throw Failure(path, status);

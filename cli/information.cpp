@@ -20,8 +20,10 @@ std::string to_date(Session &session, double modified) {
   const auto seconds = static_cast<std::time_t>(std::floor(utc));
   std::tm parts = {};
   if (!::localtime_r(&seconds, &parts)) return std::to_string(modified);
-  char text[64];
-  std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &parts);
+  // Not by strftime, which would read the time zone again from the environment, empty by now.
+  char text[96];
+  std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d", parts.tm_year + 1900,
+                parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec);
   return text;
 }
 
@@ -37,91 +39,105 @@ void add_info(Session &session, Row &row, const std::optional<wem::FileInfo> &in
 }
 
 std::string long_line(Session &session, const ListedName &listed) {
-  if (!listed.info) return std::string("?") + std::string(35, ' ') + listed.name + "\n";
+  const std::string name = session.shown(listed.name) + "\n";
+  if (!listed.info) return std::string("?") + std::string(35, ' ') + name;
   char text[64];
   std::snprintf(text, sizeof text, "%c %12llu  %s  ", listed.info->is_directory ? 'd' : '-',
                 static_cast<unsigned long long>(listed.info->size_bytes),
                 to_date(session, listed.info->modified).c_str());
-  return text + listed.name + "\n";
+  return text + name;
 }
 
-struct ListRequest {
-  std::string directory;
-  uint32_t kind = JX_DIRECTORY_NAMED;
-  bool is_long = false;
-  bool is_full = false;
-};
-
-// The directory list: names without a leading dot.
-std::vector<ListedName> list_visible(Session &session, const ListRequest &request) {
-  const uint32_t flags =
-      (request.is_full ? JX_LIST_FULL_PATH : 0u) | (request.is_long ? JX_LIST_INFORMATION : 0u);
+// The names without a leading dot, from the directory list. It would give paths and information
+// too, but drops blanks at the end of the names it asks for.
+std::vector<std::string> list_visible(Session &session, const std::string &directory) {
   const auto table =
-      require(session.instance().directory_list(widen(request.directory), request.kind, flags),
-              request.directory);
-  std::vector<ListedName> names;
-  for (const JXDirectoryEntry &entry : table) {
-    ListedName listed{narrow(wem::name_of(entry)), std::nullopt};
-    if (entry.size_bytes >= 0) {
-      listed.info =
-          wem::FileInfo{static_cast<uint64_t>(entry.size_bytes), entry.modified, entry.is_dir != 0};
-    }
-    names.push_back(std::move(listed));
-  }
+      require(session.instance().directory_list(session.folder_name(directory)), directory);
+  std::vector<std::string> names;
+  for (const JXDirectoryEntry &entry : table) names.push_back(narrow(wem::name_of(entry)));
   // The first record is the directory itself.
   if (!names.empty()) names.erase(names.begin());
   return names;
 }
 
-// Every name, through a directory handle. A member that cannot be looked at, such as a link that
-// leads nowhere, is listed without information.
-std::vector<ListedName> list_all(Session &session, const ListRequest &request) {
-  const wem::Instance &instance = session.instance();
-  const std::u32string path = widen(request.directory);
-  wem::Directory directory =
-      require(instance.open_directory(path, JX_DIRECTORY_ALL), request.directory);
-  const std::string folder = narrow(require(instance.build_path(path), request.directory));
-  std::vector<ListedName> names;
-  wem::EntryRange entries = directory.entries();
-  for (const std::u32string &name : entries) {
-    const std::string full = folder + (folder.ends_with('/') ? "" : "/") + narrow(name);
-    ListedName listed{request.is_full ? full : narrow(name), std::nullopt};
-    if (request.is_long) {
-      const auto info = instance.info(widen(full));
-      if (info) listed.info = *info;
-    }
-    names.push_back(std::move(listed));
-  }
-  if (entries.status() != JXWEM_E_EOF) throw Failure(request.directory, entries.status());
+// Every name, through a directory handle.
+std::vector<std::string> list_all(Session &session, const std::string &directory) {
+  wem::Directory handle = require(
+      session.instance().open_directory(session.name(directory), JX_DIRECTORY_ALL), directory);
+  std::vector<std::string> names;
+  wem::EntryRange entries = handle.entries();
+  for (const std::u32string &name : entries) names.push_back(narrow(name));
+  if (entries.status() != JXWEM_E_EOF) throw Failure(directory, entries.status());
   return names;
 }
 
-ListRequest list_request(Session &session, const Arguments &arguments) {
-  ListRequest request;
+// A member that cannot be looked at, such as a link that leads nowhere, is listed without
+// information.
+std::optional<wem::FileInfo> member_info(Session &session, const std::string &path) {
+  try {
+    const auto info = session.instance().info(session.name(path));
+    return info ? std::optional(*info) : std::nullopt;
+  } catch (const Failure &) {
+    return std::nullopt;
+  }
+}
+
+std::string join(const std::string &folder, const std::string &name) {
+  return folder + (folder.ends_with('/') ? "" : "/") + name;
+}
+
+std::vector<ListedName> list(Session &session, const Arguments &arguments,
+                             const std::string &directory) {
+  const bool is_full = arguments.has("--full");
+  std::vector<std::string> names =
+      arguments.has("--all") ? list_all(session, directory) : list_visible(session, directory);
+  std::sort(names.begin(), names.end());
+  const std::string folder = full_path(directory);
+  std::vector<ListedName> listed;
+  for (const std::string &name : names) {
+    ListedName entry{is_full ? join(folder, name) : name, std::nullopt};
+    if (arguments.has("--long")) entry.info = member_info(session, join(directory, name));
+    listed.push_back(std::move(entry));
+  }
+  return listed;
+}
+
+// The directory that holds what a path names, by the path alone.
+std::string parent_of(const std::string &directory) {
+  const PathParts parts = split_last(full_path(directory));
+  if (parts.name.empty()) throw Failure(directory, JXWEM_E_NOMEMBER);
+  return parts.name == "." || parts.name == ".." ? directory + "/.." : parts.folder;
+}
+
+std::string directory_of(Session &session, const Arguments &arguments) {
   const bool is_given = !arguments.operands().empty();
-  request.directory = is_given ? arguments.operand(0) : ".";
-  request.is_long = arguments.has("--long");
-  request.is_full = arguments.has("--full");
+  const std::string directory = is_given ? arguments.operand(0) : ".";
   const int places = arguments.has("--parent") + arguments.has("--root") + arguments.has("--home");
   if (places > 1) throw UsageError("only one of --parent, --root and --home can be given");
   if (is_given && (arguments.has("--root") || arguments.has("--home"))) {
     throw UsageError("--root and --home take no DIR");
   }
-  if (arguments.has("--parent")) request.kind = JX_DIRECTORY_PARENT;
-  if (arguments.has("--root")) request.kind = JX_DIRECTORY_ROOT;
-  if (arguments.has("--home")) request.kind = JX_DIRECTORY_HOME;
-  if (!arguments.has("--all")) return request;
-  // A directory handle takes a path only: the kinds are turned into one.
-  if (request.kind == JX_DIRECTORY_ROOT) request.directory = "/";
-  if (request.kind == JX_DIRECTORY_HOME) request.directory = "~";
-  if (request.kind == JX_DIRECTORY_PARENT) {
-    const auto path =
-        require(session.instance().build_path(widen(request.directory)), request.directory);
-    const auto parts = require(session.instance().split_path(path), request.directory);
-    if (!parts.member || !parts.directory) throw Failure(request.directory, JXWEM_E_NOMEMBER);
-    request.directory = narrow(*parts.directory);
+  if (arguments.has("--root")) return "/";
+  if (arguments.has("--home")) return session.expand("~");
+  return arguments.has("--parent") ? parent_of(directory) : directory;
+}
+
+void report_failure(Session &session, const Failure &failure) {
+  session.output().flush();
+  session.report(failure);
+}
+
+void print_info(Session &session, const Arguments &arguments, const std::string &path) {
+  const wem::FileInfo info = require(session.instance().info(session.name(path)), path);
+  if (arguments.has("--json")) {
+    Row row;
+    add_info(session, row.add_name("path", path), info);
+    session.output() << row;
+    return;
   }
-  return request;
+  session.output() << session.shown(path) + "\n  size      " + std::to_string(info.size_bytes) +
+                          " bytes\n  modified  " + to_date(session, info.modified) +
+                          "\n  kind      " + (info.is_directory ? "directory" : "file") + "\n";
 }
 
 }  // namespace
@@ -129,29 +145,20 @@ ListRequest list_request(Session &session, const Arguments &arguments) {
 int run_info(Session &session, const Arguments &arguments) {
   int code = 0;
   for (const std::string &path : arguments.operands()) {
-    const auto info = session.instance().info(widen(path));
-    if (!info) {
-      session.output().flush();
-      session.report(Failure(path, info.status()));
+    try {
+      print_info(session, arguments, path);
+    } catch (const Failure &failure) {
+      report_failure(session, failure);
       code = 1;
-      continue;
     }
-    if (arguments.has("--json")) {
-      Row row;
-      add_info(session, row.add_name("path", path), *info);
-      session.output() << row;
-      continue;
-    }
-    session.output() << path + "\n  size      " + std::to_string(info->size_bytes) +
-                            " bytes\n  modified  " + to_date(session, info->modified) +
-                            "\n  kind      " + (info->is_directory ? "directory" : "file") + "\n";
   }
   return code;
 }
 
 int run_fsinfo(Session &session, const Arguments &arguments) {
   const std::string path = arguments.operand(0);
-  const wem::FileSystemInfo info = require(session.instance().file_system_info(widen(path)), path);
+  const wem::FileSystemInfo info =
+      require(session.instance().file_system_info(session.name(path)), path);
   if (arguments.has("--json")) {
     Row row;
     row.add_name("path", path).add("free", info.free_bytes);
@@ -160,31 +167,31 @@ int run_fsinfo(Session &session, const Arguments &arguments) {
   }
   char id[16];
   std::snprintf(id, sizeof id, "0x%08x", static_cast<unsigned>(info.identifier));
-  session.output() << path + "\n  free  " + std::to_string(info.free_bytes) + " bytes\n  id    " +
-                          id + "\n";
+  session.output() << session.shown(path) + "\n  free  " + std::to_string(info.free_bytes) +
+                          " bytes\n  id    " + id + "\n";
   return 0;
 }
 
 int run_ls(Session &session, const Arguments &arguments) {
-  const ListRequest request = list_request(session, arguments);
+  const std::string directory = directory_of(session, arguments);
   std::vector<ListedName> names;
   try {
-    names = arguments.has("--all") ? list_all(session, request) : list_visible(session, request);
+    names = list(session, arguments, directory);
   } catch (Failure &failure) {
-    const bool is_there = session.instance().exist(widen(request.directory)).ok();
+    const bool is_there = session.instance().exist(session.name(directory)).ok();
     if (failure.status != JXWEM_E_NOTFOUND || !is_there) throw;
     failure.hint = "it is not a directory; show a file with: jxfile info";
     throw;
   }
-  std::sort(names.begin(), names.end(),
-            [](const ListedName &a, const ListedName &b) { return a.name < b.name; });
   for (const ListedName &listed : names) {
     if (arguments.has("--json")) {
       Row row;
       add_info(session, row.add_name("name", listed.name), listed.info);
       session.output() << row;
+    } else if (arguments.has("--long")) {
+      session.output() << long_line(session, listed);
     } else {
-      session.output() << (request.is_long ? long_line(session, listed) : listed.name + "\n");
+      session.output() << session.shown(listed.name) + "\n";
     }
   }
   return 0;

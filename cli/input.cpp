@@ -46,8 +46,7 @@ int open_for_reading(const std::string &name) {
 Failure failure_to_open(const std::string &name, int error) {
   const std::string folder = name.substr(0, name.rfind('/') + 1);
   const bool has_folder = folder.empty() || ::access(folder.c_str(), F_OK) == 0;
-  if (error == ENOENT && has_folder) return Failure(name, JXWEM_E_NOTFOUND);
-  return system_failure(name, error);
+  return has_folder ? system_failure(name, error) : path_failure(name, error);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/output.hpp"
+#include "cli/printable.hpp"
 
 namespace cli {
 namespace {
@@ -49,7 +50,7 @@ std::string Row::to_json() const {
   for (const auto &[key, value] : fields_) {
     std::visit([&object, &name = key](const auto &held) { object[name] = held; }, value);
   }
-  return object.dump();
+  return to_printable_json(object.dump());
 }
 
 }  // namespace cli

@@ -1,12 +1,15 @@
 // The command-line host: parses, runs one command and turns what it throws into an exit code.
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <vector>
 
 #include "cli/commands.hpp"
 #include "cli/failure.hpp"
 #include "cli/output.hpp"
+#include "cli/printable.hpp"
 #include "cli/session.hpp"
 #include "cli/signals.hpp"
 
@@ -15,9 +18,23 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
-int run(const cli::Invocation &invocation) {
+// The operands with the paths among them expanded. "-" is no path.
+std::vector<std::string> expand_operands(cli::Session &session, const cli::Invocation &invocation) {
+  std::vector<std::string> operands = invocation.arguments.operands();
+  const auto rows = invocation.command->operands;
+  for (size_t i = 0; i < operands.size(); ++i) {
+    const bool is_path = rows[std::min(i, rows.size() - 1)].is_path;
+    if (is_path && operands[i] != "-") operands[i] = session.expand(operands[i]);
+  }
+  return operands;
+}
+
+int run(cli::Invocation invocation) {
   cli::Session session(invocation.arguments.text("--module"), invocation.command->name);
   try {
+    if (invocation.arguments.has("--expand")) {
+      invocation.arguments.set_operands(expand_operands(session, invocation));
+    }
     const int code = invocation.command->run(session, invocation.arguments);
     session.output().flush();
     return code;
@@ -32,6 +49,12 @@ int run(const cli::Invocation &invocation) {
   }
 }
 
+void print_usage_error(const std::string &command, const std::string &message) {
+  const std::string colon = command.empty() ? ": " : ": " + command + ": ";
+  const std::string help = "hint: jxfile " + command + (command.empty() ? "" : " ") + "--help\n";
+  std::fputs(("jxfile" + colon + cli::to_printable(message) + "\n" + help).c_str(), stderr);
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -40,21 +63,19 @@ int main(int argc, char **argv) {
   std::signal(SIGXFSZ, SIG_IGN);
   cli::occupy_standard_descriptors();
   cli::Invocation invocation;
-  const auto name = [&invocation](const char *separator) {
-    return invocation.command ? std::string("jxfile") + separator + invocation.command->name
-                              : "jxfile";
+  const auto command = [&invocation] {
+    return std::string(invocation.command ? invocation.command->name : "");
   };
   try {
     return cli::parse_command_line(argc, argv, &invocation) ? run(invocation) : 0;
   } catch (const cli::UsageError &error) {
-    std::fprintf(stderr, "%s: %s\nhint: %s --help\n", name(": ").c_str(), error.message.c_str(),
-                 name(" ").c_str());
+    print_usage_error(command(), error.message);
     return kWrongUsage;
   } catch (const cli::Failure &failure) {
     cli::print_failure("help", failure);
     return kFailed;
   } catch (const std::exception &error) {
-    std::fprintf(stderr, "%s: %s\n", name(": ").c_str(), error.what());
+    cli::print_failure(command(), cli::library_failure(error));
     return kFailed;
   }
 }

@@ -10,6 +10,8 @@
 #include <cstdlib>
 
 #include "cli/descriptor.hpp"
+#include "cli/names.hpp"
+#include "cli/printable.hpp"
 #include "jx/jxhost.h"
 
 namespace cli {
@@ -48,6 +50,7 @@ std::string hint_for(std::string_view command, const Failure &failure) {
 }
 
 bool wants_colour() {
+  const WithVariables variables;
   const char *refusal = std::getenv("NO_COLOR");
   return isatty(STDERR_FILENO) == 1 && (!refusal || !*refusal);
 }
@@ -85,11 +88,11 @@ std::string describe(wem::Status status, const std::string &meaning, const std::
 
 void print_failure(std::string_view command, const Failure &failure) {
   std::string line = wants_colour() ? "\033[1;31mjxfile:\033[0m " : "jxfile: ";
-  line += std::string(command) + ": ";
-  if (!failure.path.empty()) line += failure.path + ": ";
-  line += describe(failure.status, failure.meaning, failure.detail) + "\n";
+  if (!command.empty()) line += std::string(command) + ": ";
+  if (!failure.path.empty()) line += to_printable(failure.path) + ": ";
+  line += to_printable(describe(failure.status, failure.meaning, failure.detail)) + "\n";
   const std::string hint = hint_for(command, failure);
-  if (!hint.empty()) line += "hint: " + hint + "\n";
+  if (!hint.empty()) line += "hint: " + to_printable(hint) + "\n";
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 

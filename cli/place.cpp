@@ -57,7 +57,7 @@ Place look_up(const Descriptor &at, const std::string &path, const std::string &
   const std::string folder = slash == path.npos ? "." : path.substr(0, slash + 1);
   Place place;
   place.folder = Descriptor(::openat(at.get(), folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (place.folder.get() < 0) throw system_failure(shown, errno);
+  if (place.folder.get() < 0) throw path_failure(shown, errno);
   place.name = path.substr(slash + 1);
   const bool is_folder = place.name.empty() || place.name == "." || place.name == "..";
   if (is_folder) throw Failure(shown, JXWEM_E_OPENREFUSED);

@@ -2,7 +2,6 @@
 #include "cli/replacement.hpp"
 
 #include <fcntl.h>
-#include <sys/random.h>
 #include <unistd.h>
 
 #include <array>
@@ -10,7 +9,7 @@
 #include <cstdio>
 
 #include "cli/access.hpp"
-#include "cli/output.hpp"
+#include "cli/hidden_name.hpp"
 
 namespace cli {
 namespace {
@@ -18,15 +17,6 @@ namespace {
 constexpr int kAttempts = 100;
 constexpr mode_t kOwnOnly = 0600;  // until the old file's permissions are known to be safe
 constexpr mode_t kForNew = 0666;   // reduced by the umask or the folder's default access list
-constexpr size_t kNameBytes = 16;  // of chance in a hidden name
-
-std::string hidden_name(const std::string &shown) {
-  std::array<char, kNameBytes> chance;
-  if (::getrandom(chance.data(), chance.size(), 0) != static_cast<ssize_t>(chance.size())) {
-    throw system_failure(shown, errno);
-  }
-  return ".jxfile-" + to_hex({chance.data(), chance.size()}, "");
-}
 
 }  // namespace
 

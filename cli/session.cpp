@@ -1,13 +1,20 @@
 // Finding and loading the module, names and text.
 #include "cli/session.hpp"
 
+#include <fcntl.h>
+#include <sys/auxv.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
+
+#include "cli/descriptor.hpp"
+#include "cli/printable.hpp"
 
 namespace cli {
 namespace {
@@ -16,7 +23,7 @@ constexpr size_t kMaxBytesPerChar = 8;  // of any encoding the host knows
 constexpr size_t kPrintChars = 16384;   // encoded at a time
 constexpr const char *kOffered = "/descriptor of jxfile";
 
-// The folder of the running program, with a slash at its end.
+// The folder of the running program, with a slash at its end; empty when the system does not tell.
 std::string program_folder() {
   std::array<char, PATH_MAX> path;
   const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size());
@@ -63,12 +70,24 @@ Session::Session(std::string module_option, std::string command)
     : module_option_(std::move(module_option)), command_(std::move(command)) {}
 
 std::string Session::find_module() const {
-  std::string named = module_option_;
-  const char *variable = std::getenv("JXWEM_MODULE");
-  if (named.empty() && variable) named = variable;
-  // The system's loader looks for a bare name in its own folders only.
-  if (!named.empty()) return named.find('/') == named.npos ? "./" + named : named;
+  if (!module_option_.empty()) {
+    // With rights that the user does not have, code of the user's choice is not run.
+    if (::getauxval(AT_SECURE) != 0) throw Failure(module_option_, JXWEM_E_ACCESS);
+    if (module_option_.find('/') != module_option_.npos) return literal_path(module_option_);
+    throw Failure(module_option_, JXWEM_E_BADNAME)
+        .saying("--module takes a path",
+                "a file of that name in the current directory is ./" + module_option_);
+  }
+  const char *variable = ::secure_getenv("JXWEM_MODULE");
+  if (variable && *variable == '/') return variable;
+  if (variable && *variable) {
+    throw Failure(variable, JXWEM_E_BADNAME).saying("JXWEM_MODULE is not an absolute path");
+  }
   const std::string folder = program_folder();
+  if (folder.empty()) {
+    throw Failure("jxwem.so", JXWEM_E_NOTFOUND)
+        .saying("the program's own folder is not known", "name the module with --module");
+  }
   for (const char *place : {"jxwem.so", "../lib/jxwem/jxwem.so", "../lib/jxwem.so"}) {
     if (::access((folder + place).c_str(), R_OK) == 0) return folder + place;
   }
@@ -79,7 +98,11 @@ std::string Session::find_module() const {
 
 const wem::Module &Session::module() {
   if (module_) return module_;
+  const WithVariables variables;
   module_path_ = find_module();
+  if (Descriptor(::open(module_path_.c_str(), O_RDONLY | O_CLOEXEC)).get() < 0) {
+    throw system_failure(module_path_, errno);
+  }
   JXHostConfig config = JXHOST_CONFIG_INIT;
   config.journal_context = &journal_text_;
   config.journal_sink = [](void *context, uint32_t, JXStatus, const char *text8) {
@@ -90,6 +113,7 @@ const wem::Module &Session::module() {
   module_ = wem::Module::load(module_path_.c_str(), &config, &error);
   if (!module_) {
     const bool is_named = error.find(module_path_) != error.npos;
+    if (error == "out of memory") throw Failure("", JX_E_NOMEM);
     throw Failure(is_named ? "" : module_path_, JXWEM_E_FAILED).saying(error);
   }
   module_.instance().raw()->journal = jxhost_journal(module_.host());
@@ -98,7 +122,16 @@ const wem::Module &Session::module() {
 
 wem::File Session::open(const std::string &name, const wem::OpenOptions &options) {
   JXJournal *journal = instance().raw()->journal;
-  return require(instance().open(widen(name), options.journal(journal), "jxfile"), name);
+  return require(instance().open(this->name(name), options.journal(journal), "jxfile"), name);
+}
+
+std::u32string Session::folder_name(const std::string &path) {
+  const std::string literal = literal_path(path);
+  return widen(literal.ends_with(' ') ? literal + "/." : literal);
+}
+
+std::string Session::shown(const std::string &name) const {
+  return ::isatty(STDOUT_FILENO) == 1 ? to_printable(name) : name;
 }
 
 wem::File Session::open_descriptor(int fd, const wem::OpenOptions &options,
@@ -112,6 +145,7 @@ wem::File Session::open_descriptor(int fd, const wem::OpenOptions &options,
 }
 
 std::string Session::expand(const std::string &name) {
+  const WithVariables variables;
   JXInstance *raw = instance().raw();
   const auto expand_path = module_.symbol<decltype(&bkwemexpand_path)>("bkwemexpand_path");
   const auto free_path = module_.symbol<decltype(&bkwemexpand_path_free)>("bkwemexpand_path_free");
@@ -163,7 +197,15 @@ void Session::print(std::u32string_view text) {
 
 void Session::report(Failure failure) {
   const bool is_system = failure.status == JXWEM_E_SYSTEM || failure.status == JXWEM_E_FAILED;
-  if (is_system && failure.detail.empty()) failure.detail = journal_text_;
+  if (is_system && failure.detail.empty()) {
+    failure.detail = journal_text_;
+    // The module has no status of its own for these.
+    for (const int error : {EMFILE, ENFILE, ENOMEM}) {
+      if (journal_text_ != std::strerror(error)) continue;
+      failure.status = system_failure({}, error).status;
+      failure.detail.clear();
+    }
+  }
   journal_text_.clear();
   print_failure(command_, failure);
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "cli/names.hpp"
 #include "cli/output.hpp"
 #include "jx/wem.hpp"
 
@@ -34,6 +35,7 @@ class Transcoder {
   std::unique_ptr<JXTranscoder, End> transcoder_;
 };
 
+// While it lives the environment is empty: see cli/names.hpp.
 class Session {
  public:
   // module_option is the value of --module, or empty.
@@ -41,19 +43,28 @@ class Session {
 
   Output &output() { return output_; }
   // The module; loaded at the first use, from --module, JXWEM_MODULE, beside the program or the
-  // install folder. A Failure when there is none.
+  // install folder, never by a name that the system's loader or the current directory gives a
+  // meaning. A Failure when there is none.
   const wem::Module &module();
   const wem::Instance &instance() { return module().instance(); }
   // Where the module was loaded from.
   const std::string &module_path() const { return module_path_; }
   JXNls *nls() { return module().host()->nls; }
 
+  // The name under which the module reaches what the user named, byte for byte. A Failure when
+  // there is none.
+  static std::u32string name(const std::string &path) { return widen(literal_path(path)); }
+  // The same for a directory that is a part of a path to build, where blanks at the end are
+  // dropped.
+  static std::u32string folder_name(const std::string &path);
+  // A name as it is printed: its bytes, or what is safe to see when a terminal shows them.
+  std::string shown(const std::string &name) const;
   // Opens a file that the user named. A Failure when that fails.
   wem::File open(const std::string &name, const wem::OpenOptions &options);
   // Opens what a descriptor of this program stands for, which keeps its content and its position:
   // no name is looked up. A Failure under shown's name when that fails.
   wem::File open_descriptor(int fd, const wem::OpenOptions &options, const std::string &shown);
-  // The path that a name stands for, in bytes, as the module expands it.
+  // The path that a name stands for, in bytes, as the module expands it with the user's variables.
   std::string expand(const std::string &name);
 
   // Text in UTF-8; and the way back, empty when the bytes are not UTF-8.
@@ -70,6 +81,7 @@ class Session {
  private:
   std::string find_module() const;
 
+  WithoutVariables no_variables_;
   std::string module_option_;
   std::string command_;
   std::string module_path_;

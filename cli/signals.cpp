@@ -24,20 +24,43 @@ SignalsBlocked::SignalsBlocked() {
 
 SignalsBlocked::~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &old_, nullptr); }
 
-constinit RemoveOnSignal *RemoveOnSignal::first = nullptr;
+constinit SignalCleanup *SignalCleanup::first = nullptr;
 
-RemoveOnSignal::RemoveOnSignal(int dirfd, std::string name, int own_fd)
-    : dirfd_(dirfd), own_fd_(own_fd), name_(std::move(name)) {
+void SignalCleanup::enlist() {
   const SignalsBlocked guard;
   install();
   next_ = std::exchange(first, this);
 }
 
-RemoveOnSignal::~RemoveOnSignal() {
+void SignalCleanup::delist() {
   const SignalsBlocked guard;
-  RemoveOnSignal **link = &first;
+  SignalCleanup **link = &first;
   while (*link != this) link = &(*link)->next_;
   *link = next_;
+}
+
+// Runs with every signal blocked, on data that changes under blocked signals only. SA_RESETHAND has
+// put the default action back: the raised signal ends the program as soon as this returns.
+void SignalCleanup::clean_up_all(int signal) {
+  for (const SignalCleanup *item = first; item; item = item->next_) item->clean_up();
+  std::raise(signal);
+}
+
+void SignalCleanup::install() {
+  struct ::sigaction action = {};
+  action.sa_handler = clean_up_all;
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  ::sigfillset(&action.sa_mask);
+  for (const int signal : kEndingSignals) {
+    struct ::sigaction old = {};
+    if (::sigaction(signal, nullptr, &old) != 0 || old.sa_handler != SIG_DFL) continue;
+    ::sigaction(signal, &action, nullptr);
+  }
+}
+
+RemoveOnSignal::RemoveOnSignal(int dirfd, std::string name, int own_fd)
+    : dirfd_(dirfd), own_fd_(own_fd), name_(std::move(name)) {
+  enlist();
 }
 
 void RemoveOnSignal::set(int dirfd, std::string name, int own_fd) {
@@ -47,29 +70,12 @@ void RemoveOnSignal::set(int dirfd, std::string name, int own_fd) {
   name_ = std::move(name);
 }
 
-// Runs with every signal blocked, on data that changes under blocked signals only. SA_RESETHAND has
-// put the default action back: the raised signal ends the program as soon as this returns.
-void RemoveOnSignal::remove_all(int signal) {
-  for (const RemoveOnSignal *item = first; item; item = item->next_) {
-    if (item->name_.empty()) continue;
-    if (item->own_fd_ < 0) {
-      ::unlinkat(item->dirfd_, item->name_.c_str(), 0);
-    } else {
-      unlink_own(item->dirfd_, item->name_.c_str(), item->own_fd_);
-    }
-  }
-  std::raise(signal);
-}
-
-void RemoveOnSignal::install() {
-  struct ::sigaction action = {};
-  action.sa_handler = remove_all;
-  action.sa_flags = static_cast<int>(SA_RESETHAND);
-  ::sigfillset(&action.sa_mask);
-  for (const int signal : kEndingSignals) {
-    struct ::sigaction old = {};
-    if (::sigaction(signal, nullptr, &old) != 0 || old.sa_handler != SIG_DFL) continue;
-    ::sigaction(signal, &action, nullptr);
+void RemoveOnSignal::clean_up() const {
+  if (name_.empty()) return;
+  if (own_fd_ < 0) {
+    ::unlinkat(dirfd_, name_.c_str(), 0);
+  } else {
+    unlink_own(dirfd_, name_.c_str(), own_fd_);
   }
 }
 

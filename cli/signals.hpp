@@ -20,19 +20,41 @@ class SignalsBlocked {
   ::sigset_t old_;
 };
 
-// Names a file that is removed when a signal ends the program, which then ends by that signal.
-// Signals that were ignored when the program started stay ignored. Any number may live at once; on
-// the main thread, while other threads have signals blocked. The destructor removes nothing.
-class RemoveOnSignal {
+// Something that is left when a signal ends the program, and is cleaned up before it does, by that
+// signal. Signals that were ignored when the program started stay ignored. Any number may live at
+// once, on the main thread; other threads have signals blocked.
+class SignalCleanup {
+ public:
+  SignalCleanup(const SignalCleanup &) = delete;
+  SignalCleanup &operator=(const SignalCleanup &) = delete;
+
+ protected:
+  SignalCleanup() = default;
+  ~SignalCleanup() = default;
+  // From here on clean_up may be called; until delist, which the destructor of the whole calls
+  // first.
+  void enlist();
+  void delist();
+
+ private:
+  // Runs in a signal handler: async-signal-safe calls only.
+  virtual void clean_up() const = 0;
+  static void clean_up_all(int signal);
+  static void install();
+  static SignalCleanup *first;
+
+  SignalCleanup *next_ = nullptr;
+};
+
+// Names a file that is removed when a signal ends the program. The destructor removes nothing.
+class RemoveOnSignal final : SignalCleanup {
  public:
   // Nothing is removed until a name is set.
   RemoveOnSignal() : RemoveOnSignal(-1, {}) {}
   // dirfd: the directory that holds the name; stays the caller's and open as long as the name is
   // set. own_fd: remove the name only while it is that file; -1: whatever it is.
   RemoveOnSignal(int dirfd, std::string name, int own_fd = -1);
-  RemoveOnSignal(const RemoveOnSignal &) = delete;
-  RemoveOnSignal &operator=(const RemoveOnSignal &) = delete;
-  ~RemoveOnSignal();
+  ~RemoveOnSignal() { delist(); }
 
   // Another name instead.
   void set(int dirfd, std::string name, int own_fd = -1);
@@ -40,11 +62,8 @@ class RemoveOnSignal {
   void release() { set(-1, {}); }
 
  private:
-  static void remove_all(int signal);
-  static void install();
-  static RemoveOnSignal *first;
+  void clean_up() const override;
 
-  RemoveOnSignal *next_ = nullptr;
   int dirfd_ = -1;
   int own_fd_ = -1;
   std::string name_;

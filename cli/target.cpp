@@ -108,7 +108,7 @@ void Target::create() {
       ::openat(place_.folder.get(), place_.name.c_str(), flags | append_flag(), kForAll));
   is_new_ = held_.get() >= 0;
   if (is_new_) return;
-  if (errno != EEXIST) throw system_failure(shown_, errno);
+  if (errno != EEXIST) throw path_failure(shown_, errno);
   place_ = find_place(shown_, shown_);
   if (!place_.status) throw changed_failure(shown_);
 }

@@ -44,10 +44,21 @@ ensure_packages() {
     die "could not install ${missing[*]}; is the network there?"
 }
 
+# drop_foreign_build PRESET: removes build/PRESET when it came here with a checkout that was moved or
+# copied. Its files name the sources of the old place: what it builds is not what stands here.
+drop_foreign_build() {
+  local folder="$root/build/$1"
+  [[ -f $folder/CMakeCache.txt ]] || return 0
+  grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$folder/CMakeCache.txt" && return
+  say "build/$1 is that of a checkout in another place; starting anew"
+  rm -rf -- "$folder"
+}
+
 # configure PRESET [-DNAME=VALUE...]: writes build/PRESET's build files. Does nothing when they are
 # newer than the presets and hold those values already.
 configure() {
   local folder="$root/build/$1" setting is_due=0
+  drop_foreign_build "$1" || return
   [[ $folder/build.ninja -nt $root/CMakePresets.json ]] || is_due=1
   for setting in "${@:2}"; do
     setting=${setting#-D}

@@ -6,26 +6,26 @@ _jxfile() {
     return
   fi
   case ${COMP_WORDS[1]} in
-    lines) options='--from --record-length --direct -n --number --mark --json --module --help' ;;
-    convert) options='--from --to --bom --no-bom --append --record-length --records --module --help' ;;
-    write) options='--records --to --bom --append --update --at --record-length --module --help' ;;
-    bytes) options='--raw --record-length --offset --count --json --module --help' ;;
-    truncate) options='--module --help' ;;
-    info) options='--json --module --help' ;;
-    fsinfo) options='--json --module --help' ;;
-    ls) options='-a --all -l --long --full --parent --root --home --json --module --help' ;;
-    exists) options='--json --module --help' ;;
-    mkdir) options='--module --help' ;;
-    rm) options='-r --recursive --module --help' ;;
-    mv) options='--module --help' ;;
-    cp) options='--module --help' ;;
-    newname) options='--prefix --extension --host --count --json --module --help' ;;
-    split) options='--json --module --help' ;;
-    build) options='--directory --member --extension --json --module --help' ;;
-    expand) options='--json --module --help' ;;
-    format) options='--capacity --json --module --help' ;;
-    status) options='--json --module --help' ;;
-    version) options='--json --module --help' ;;
+    lines) options='--from --record-length --direct -n --number --mark --json --module --expand --help' ;;
+    convert) options='--from --to --bom --no-bom --append --record-length --records --module --expand --help' ;;
+    write) options='--records --to --bom --append --update --at --record-length --module --expand --help' ;;
+    bytes) options='--raw --record-length --offset --count --json --module --expand --help' ;;
+    truncate) options='--module --expand --help' ;;
+    info) options='--json --module --expand --help' ;;
+    fsinfo) options='--json --module --expand --help' ;;
+    ls) options='-a --all -l --long --full --parent --root --home --json --module --expand --help' ;;
+    exists) options='--json --module --expand --help' ;;
+    mkdir) options='--module --expand --help' ;;
+    rm) options='-r --recursive --module --expand --help' ;;
+    mv) options='--module --expand --help' ;;
+    cp) options='--module --expand --help' ;;
+    newname) options='--prefix --extension --host --count --json --module --expand --help' ;;
+    split) options='--json --module --expand --help' ;;
+    build) options='--directory --member --extension --json --module --expand --help' ;;
+    expand) options='--json --module --expand --help' ;;
+    format) options='--capacity --json --module --expand --help' ;;
+    status) options='--json --module --expand --help' ;;
+    version) options='--json --module --expand --help' ;;
   esac
   if [[ $word == -* ]]; then
     mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")

@@ -569,7 +569,9 @@ JX_EXPORT JX_NODISCARD JXStatus bkwemmakedirectory(JXInstance *instance, const J
                                                    uint32_t path_chars);
 
 /* Copies a file or a tree to a name that does not exist yet. What was copied before a failure
-   stays. JXWEM_E_BADNAME, JXWEM_E_EXISTS, JXWEM_E_NOTFOUND, JXWEM_E_NOPATH, JXWEM_E_INUSE,
+   stays. Where a directory of the source cannot be read on, its copy ends there and the result is 0
+   all the same: a caller who has to know compares the trees. The open of a FIFO waits for a writer.
+   JXWEM_E_BADNAME, JXWEM_E_EXISTS, JXWEM_E_NOTFOUND, JXWEM_E_NOPATH, JXWEM_E_INUSE,
    JXWEM_E_DISKFULL, JXWEM_E_NOTSUPPORTED (device gone), JXWEM_E_NAMETOOLONG, JXWEM_E_FAILED
    (reported); for a tree also what its directories' close slot answers. */
 JX_EXPORT JX_NODISCARD JXStatus bkwemcopy(JXInstance *instance, const JXChar *source,

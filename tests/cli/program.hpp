@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <regex.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -33,6 +34,24 @@ inline std::string read_all(const std::string &path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+// A command line and what comes of it.
+struct Row {
+  int code;
+  const char *arguments;
+  const char *out = "";  // the whole output; after "~" a pattern to be found in it
+  const char *err = "";  // a part of the messages; "" for none at all
+  std::string_view input = {};
+};
+
+inline bool matches(const std::string &text, const char *expected) {
+  if (expected[0] != '~') return text == expected;
+  regex_t pattern;
+  if (::regcomp(&pattern, expected + 1, REG_EXTENDED | REG_NOSUB) != 0) return false;
+  const bool is_found = ::regexec(&pattern, text.c_str(), 0, nullptr, 0) == 0;
+  ::regfree(&pattern);
+  return is_found;
+}
+
 // A folder of the test's own and the programs run in it. Output goes through files, so that nothing
 // can block.
 class ProgramTest : public testing::Test {
@@ -57,6 +76,8 @@ class ProgramTest : public testing::Test {
     EXPECT_EQ(outcome.code, 1) << outcome.err;
     EXPECT_NE(outcome.err.find(message), outcome.err.npos) << outcome.err;
   }
+  // What runs from now on runs in that folder of the test's folder.
+  void enter(const std::string &folder) { folder_ = folder; }
 
   // Runs jxfile with arguments as they are typed to a shell; as_nobody without the rights of the
   // superuser; stdout_path sends its standard output there.
@@ -64,6 +85,18 @@ class ProgramTest : public testing::Test {
                  const char *stdout_path = nullptr) const {
     const std::string command = "exec '" JX_BINARY_DIR "/jxfile' " + arguments;
     return run({"/bin/sh", "-c", command}, input, as_nobody, stdout_path);
+  }
+
+  // Runs each row and compares.
+  void check(const std::vector<Row> &rows, bool as_nobody = false) const {
+    for (const Row &row : rows) {
+      const Outcome outcome = jxfile(row.arguments, row.input, as_nobody);
+      EXPECT_EQ(outcome.code, row.code) << row.arguments << "\n" << outcome.err;
+      EXPECT_TRUE(matches(outcome.out, row.out)) << row.arguments << "\n" << outcome.out;
+      const bool is_expected =
+          *row.err ? outcome.err.find(row.err) != outcome.err.npos : outcome.err.empty();
+      EXPECT_TRUE(is_expected) << row.arguments << "\n" << outcome.err;
+    }
   }
 
   Outcome run(const std::vector<std::string> &arguments, std::string_view input = {},
@@ -99,7 +132,7 @@ class ProgramTest : public testing::Test {
     ::dup2(::open((io + "_err").c_str(), flags, 0600), STDERR_FILENO);
     constexpr uid_t kNobody = 65534;
     const bool is_ready =
-        ::chdir(dir_.path().c_str()) == 0 && (!as_nobody || ::setuid(kNobody) == 0);
+        ::chdir(at(folder_).c_str()) == 0 && (!as_nobody || ::setuid(kNobody) == 0);
     std::vector<char *> words;
     for (const std::string &word : arguments) words.push_back(const_cast<char *>(word.c_str()));
     words.push_back(nullptr);
@@ -108,6 +141,7 @@ class ProgramTest : public testing::Test {
   }
 
   jx::test::TempDir dir_;
+  std::string folder_;
 };
 
 }  // namespace jx_test

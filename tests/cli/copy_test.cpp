@@ -1,0 +1,87 @@
+// The command "cp": what it refuses, and what is left when it does not come to its end.
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include "cli/program.hpp"
+
+namespace {
+
+using jx_test::Outcome;
+using jx_test::ProgramTest;
+
+class Copying : public ProgramTest {
+ protected:
+  void SetUp() override {
+    ProgramTest::SetUp();
+    std::filesystem::create_directories(at("tree/a"));
+    put("tree/a/one", "1");
+    put("tree/a/two", "2");
+  }
+  // jxfile's arguments at the end of a shell's command line.
+  Outcome shell(const std::string &line) const {
+    return run({"/bin/sh", "-c", "jxfile='" JX_BINARY_DIR "/jxfile'; " + line});
+  }
+};
+
+TEST_F(Copying, RefusesWhatIsNoFile) {
+  for (const char *folder : {"fifo", "dangling", "loop", "behind"}) {
+    std::filesystem::create_directories(at(folder) + "/in");
+  }
+  ASSERT_EQ(::mkfifo(at("fifo/in/pipe").c_str(), 0600), 0);
+  std::filesystem::create_symlink("none", at("dangling/in/link"));
+  std::filesystem::create_symlink("..", at("loop/in/up"));
+  std::filesystem::create_symlink("../../fifo/in/pipe", at("behind/in/link"));
+  const std::string before = names();
+  const char *special = ": a FIFO, socket or device is not copied (JXWEM_E_NOTSUPPORTED";
+  const std::string named = std::string("cp: fifo/in/pipe -> x") + special;
+  const std::string inside = std::string("cp: fifo/in/pipe") + special;
+  const std::string linked = std::string("cp: behind/in/link") + special;
+  check({
+      {1, "cp fifo/in/pipe x", "", named.c_str()},
+      {1, "cp /dev/null x", "", special},
+      {1, "cp fifo x", "", inside.c_str()},
+      {1, "cp behind x", "", linked.c_str()},
+      {1, "cp dangling x", "", "cp: dangling/in/link: file or directory not found"},
+      {1, "cp loop x", "", "cp: loop/in/up: the tree has no end"},
+      {1, "cp tree/a/one x/", "", "a directory on the path is missing"},
+      {1, "cp tree dangling/in/link", "", "the target exists already"},
+      {1, "cp missing tree", "", "the target exists already"},
+  });
+  EXPECT_EQ(names(), before);
+  if (::geteuid() != 0) return;
+  ASSERT_EQ(::chmod(at("tree/a/two").c_str(), 0600), 0);
+  check({{1, "cp tree x", "", "cp: tree/a/two: access denied"}}, true);
+}
+
+// A signal, a full device, a directory that cannot be read on: nothing is left under any name.
+TEST_F(Copying, IsWholeOrNothing) {
+  put("tree/large", "");
+  std::filesystem::resize_file(at("tree/large"), 1 << 20);
+  const Outcome full = shell("ulimit -f 100; exec $jxfile cp tree x");
+  EXPECT_EQ(full.code, 1);
+  EXPECT_NE(full.err.find("cp: tree/large -> x/large: "), full.err.npos) << full.err;
+  EXPECT_NE(full.err.find("nothing of the copy was left"), full.err.npos) << full.err;
+
+  for (int at = 0; at < 9; ++at) {
+    const Outcome cut =
+        shell("ASAN_OPTIONS=verify_asan_link_order=0:$ASAN_OPTIONS FAIL_AT=" + std::to_string(at) +
+              " LD_PRELOAD=" JX_FAIL_READDIR " exec $jxfile cp tree/a x");
+    // The folder's two names, "." and ".." before the entry that fails.
+    if (cut.code == 0) break;
+    EXPECT_NE(cut.err.find("could not be read to the end"), cut.err.npos) << at << cut.err;
+    EXPECT_EQ(names(), "tree ") << at;
+  }
+  EXPECT_EQ(names(), "tree x ");
+  std::filesystem::remove_all(at("x"));
+
+  std::filesystem::resize_file(at("tree/large"), 1 << 28);
+  const std::string copy =
+      "$jxfile cp tree x & until [ -d .jxfile-*/content ] || [ -e x ]; do :; done; kill -";
+  EXPECT_EQ(shell(copy + "TERM $!; wait $!").code, 128 + SIGTERM);
+  EXPECT_EQ(names(), "tree ");
+  EXPECT_EQ(shell("trap '' HUP; " + copy + "HUP $!; wait $!").code, 0);
+  EXPECT_EQ(names(), "tree x ");
+  EXPECT_EQ(get("x/a/two"), "2");
+}
+
+}  // namespace

@@ -74,6 +74,13 @@ void Relay::copy() {
   if (packet_bytes_ > 0) write_packets(true);
 }
 
+// A reader that has gone wants no more; any other failure would lose what it still waits for.
+void Relay::send(std::string_view bytes) {
+  is_wanted_ = write_fully(write_end_.get(), bytes);
+  const bool has_gone = errno == EPIPE || errno == ECONNRESET;
+  if (!is_wanted_ && !has_gone) throw system_failure(source_.shown, errno);
+}
+
 void Relay::pass_on(std::string_view bytes) {
   const std::string_view text = bytes.substr(std::exchange(source_.mark_bytes, 0));
   finder_.feed(text);
@@ -81,7 +88,7 @@ void Relay::pass_on(std::string_view bytes) {
   tail_ += bytes.substr(bytes.size() - std::min(bytes.size(), kTailBytes));
   tail_.erase(0, tail_.size() - std::min(tail_.size(), kTailBytes));
   if (packet_bytes_ == 0) {
-    is_wanted_ = write_fully(write_end_.get(), bytes);
+    send(bytes);
     return;
   }
   unsent_ += bytes;
@@ -96,7 +103,7 @@ void Relay::write_packets(bool is_end) {
     const size_t found = find_line_end(window, 0, line_end_);
     if (found == window.npos && window.size() < packet_bytes_ && !is_end) break;
     const size_t bytes = found == window.npos ? window.size() : found + line_end_.size();
-    is_wanted_ = write_fully(write_end_.get(), left.substr(0, bytes));
+    send(left.substr(0, bytes));
     left.remove_prefix(bytes);
   }
   unsent_.erase(0, unsent_.size() - left.size());

@@ -53,6 +53,7 @@ class Relay {
   void run();
   void copy();
   void pass_on(std::string_view bytes);
+  void send(std::string_view bytes);
   void write_packets(bool is_end);
   bool wait_for_bytes() const;
   void wait();

@@ -106,6 +106,7 @@ TEST_F(Names, AreRefusedByRm) {
            "hint: the directory may not be read"},
       },
       true);
+  for (const char *path : {"tree/open/shut", "tree2/unread"}) ::chmod(at(path).c_str(), 0755);
 }
 
 // Bytes, their form in a message and on a terminal.

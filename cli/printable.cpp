@@ -50,8 +50,9 @@ Decoded decode(std::string_view text) {
   if (bytes == 0 || bytes > text.size()) return {0, 0};
   char32_t character = lead & (0x7fu >> bytes);
   for (const char byte : text.substr(1, bytes - 1)) {
-    if ((byte & 0xc0) != 0x80) return {0, 0};
-    character = character << 6 | (byte & 0x3fu);
+    const auto bits = static_cast<unsigned char>(byte);
+    if ((bits & 0xc0) != 0x80) return {0, 0};
+    character = character << 6 | (bits & 0x3fu);
   }
   constexpr std::array<char32_t, 5> kSmallest = {0, 0, 0x80, 0x800, 0x10000};
   const bool is_surrogate = character >= 0xd800 && character <= 0xdfff;

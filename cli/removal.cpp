@@ -48,9 +48,9 @@ const char *hint_for(int folder_fd, const char *name, const struct ::stat &membe
 }  // namespace
 
 void refuse_removal(const std::string &path) {
-  const std::string name = split_last(path).name;
-  const bool is_dots = name == "." || name == "..";
-  if (!is_dots && !name.empty() && !is_root(path)) return;
+  const PathParts parts = split_last(path);
+  const bool is_dots = parts.name == "." || parts.name == "..";
+  if (!is_dots && !parts.name.empty() && !is_root(path)) return;
   throw Failure(path, JXWEM_E_BADOPTIONS)
       .saying(is_dots ? "'.' and '..' are not removed" : "the root directory is not removed");
 }

@@ -179,6 +179,42 @@ TEST_F(Commands, CatalogueAndUsage) {
   });
 }
 
+#ifndef __SANITIZE_ADDRESS__  // which needs descriptors itself
+// Whatever the program runs out of descriptors at, it says so.
+TEST_F(Commands, OutOfDescriptors) {
+  int failures = 0;
+  for (int limit = 4; limit < 20; ++limit) {
+    const std::string line = "ulimit -n " + std::to_string(limit) +
+                             "; exec " JX_BINARY_DIR "/jxfile cp dir/sub copy" +
+                             std::to_string(limit);
+    const Outcome outcome = run({"/bin/sh", "-c", line});
+    if (outcome.code == 0 || outcome.code == 127) continue;  // 127: not even the libraries
+    ++failures;
+    EXPECT_TRUE(matches(outcome.err, "~too many open files \\(JXELM_E_LIMIT")) << outcome.err;
+  }
+  EXPECT_GT(failures, 2);
+}
+#endif
+
+// A build folder that names another place is removed and configured; one that is right is kept.
+TEST_F(Commands, MovedCheckoutIsConfiguredAnew) {
+  std::filesystem::create_directories(at("build/i386"));
+  put("CMakePresets.json", "");
+  put("cmake", "#!/bin/sh\necho configured >>\"$root/log\"\n");
+  std::filesystem::permissions(at("cmake"), std::filesystem::perms::owner_all);
+  const auto configure = [this](const std::string &home) {
+    put("build/i386/CMakeCache.txt", "CMAKE_HOME_DIRECTORY:INTERNAL=" + home + "\n");
+    put("build/i386/build.ninja", "");
+    put("log", "");
+    const char *line =
+        "export root=$PWD PATH=$PWD:$PATH; . '" JX_SOURCE_DIR "/tools/setup.sh'; configure i386";
+    EXPECT_EQ(run({"/bin/bash", "-c", line}).code, 0);
+    return get("log") + (std::filesystem::exists(at("build/i386/build.ninja")) ? "kept" : "gone");
+  };
+  EXPECT_EQ(configure("/elsewhere"), "configured\ngone");
+  EXPECT_EQ(configure(std::filesystem::canonical(at("."))), "kept");
+}
+
 // Each help names an example, and every document is the one that the table of commands gives.
 TEST_F(Commands, DocumentsAreCurrent) {
   const std::string page = jxfile("generate man").out;

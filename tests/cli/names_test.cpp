@@ -13,22 +13,22 @@ class Names : public ProgramTest {
   void SetUp() override {
     ProgramTest::SetUp();
     std::filesystem::create_directories(at("home/keep"));
-    std::filesystem::create_directories(at("work/dir "));
+    std::filesystem::create_directories(at("desk/dir "));
     ASSERT_EQ(::setenv("HOME", at("home").c_str(), 1), 0);
     for (const char *name : {"$HOME", "~", "dir /in", "blank"})
-      put(std::string("work/") + name, "");
-    put("work/blank ", "12345");
+      put(std::string("desk/") + name, "");
+    put("desk/blank ", "12345");
   }
   void TearDown() override { ::unsetenv("JXWEM_MODULE"); }
 };
 
 TEST_F(Names, AreLiteral) {
   const std::string tail(127, 'x');
-  put("work/$" + tail, "");
-  const std::string too_long = "rm -r 'work/$" + tail + "'";
+  put("desk/$" + tail, "");
+  const std::string too_long = "rm -r 'desk/$" + tail + "'";
   check({
       {1, too_long.c_str(), "", "127 bytes or more after a $ (JXWEM_E_NAMETOOLONG"},
-      {0, "cp 'work/$HOME' '~'", ""},
+      {0, "cp 'desk/$HOME' '~'", ""},
       {0, "mv '~' './$X'", ""},
       {0, "convert './$X' '$HOME'", ""},
       {0, "lines '$HOME'", ""},
@@ -37,23 +37,23 @@ TEST_F(Names, AreLiteral) {
       {0, "exists --expand '~/keep' '$HOME/keep'", ""},
       {1, "rm --expand '~/x'", "", "/home/x: file or directory not found"},
       {0, "ls --home", "keep\n"},
-      {0, "ls --parent work/..", "~^.*\n$"},
+      {0, "ls --parent desk/..", "~^.*\n$"},
       {0, "exists ../../../../../../../../../../etc", ""},
       {0, "build --directory '/$HOME ' --member '$X'", "/$HOME /./$X\n"},
       {0, "build --expand --directory '~' --member x", "~/home/x\n"},
       {1, "build --member 'x '", "", "a blank at the end of --member"},
       {0, "newname '$HOME '", "~/\\$HOME /\\./tmp"},
       {0, "newname --expand '~'", "~/home/tmp"},
-      {1, "exists work/blank/", "", "work/blank/: "},
+      {1, "exists desk/blank/", "", "desk/blank/: "},
       {1, "write new/", "", "new/: "},
   });
-  enter("work");
+  enter("desk");
   check({
       {0, "ls --json --long",
        "~HOME\",\"size\":0(.|\n)*\"blank\",\"size\":0(.|\n)*\"blank \",\"size\":5(.|\n)*"
        "\"dir \",\"size\":[0-9]+,.*true\\}\n.*\"~\",\"size\":0"},
       {0, "ls 'dir '", "in\n"},
-      {0, "ls --full --all 'dir '", "~^/.*/work/dir /\\.\n(.|\n)*/work/dir /in\n"},
+      {0, "ls --full --all 'dir '", "~^/.*/desk/dir /\\.\n(.|\n)*/desk/dir /in\n"},
       {0, "info --json 'blank '", "~\"size\":5,"},
       {0, "write '$HOME'", "", "", "one"},
       {0, "lines '$HOME' ./~", "one\n"},
@@ -61,12 +61,12 @@ TEST_F(Names, AreLiteral) {
       {0, "bytes --raw '$HOME'", "o"},
       {0, "rm -r '$HOME' '~' 'blank '", ""},
   });
-  EXPECT_EQ(names(), "$HOME $X home work ~ ");
+  EXPECT_EQ(names(), "$HOME $X desk home ~ ");
   EXPECT_TRUE(std::filesystem::exists(at("home/keep")));
-  EXPECT_TRUE(std::filesystem::exists(at("work/blank")));
+  EXPECT_TRUE(std::filesystem::exists(at("desk/blank")));
 
   // Deeper than a path that can be named, and where there is no path any more.
-  std::string deep = "work";
+  std::string deep = "desk";
   for (int i = 0; i < 6; ++i) deep += "/" + std::string(200, 'd');
   std::filesystem::create_directories(at(deep));
   enter(deep);
@@ -81,12 +81,14 @@ TEST_F(Names, AreRefusedByRm) {
   std::filesystem::create_symlink("nowhere", at("links/a/link"));
   put("file", "");
   check({
-      {1, "rm -r . work/.. work/. ./ .. / // /. root/ file", "",
+      {1, "rm -r . desk/.. desk/. ./ desk/../ file", "",
        "jxfile: rm: .: '.' and '..' are not removed"},
-      {1, "rm -r root/", "", "rm: root/: the root directory is not removed"},
+      // Not with -r: without the guard the system refuses too.
+      {1, "rm / //", "", "rm: //: the root directory is not removed"},
+      {1, "rm root/", "", "rm: root/: the root directory is not removed"},
       {1, "rm -r links", "", "rm: links/a/link: file or directory not found"},
   });
-  EXPECT_EQ(names(), "home links root tree tree2 work ");
+  EXPECT_EQ(names(), "desk home links root tree tree2 ");
   for (const char *path : {"tree", "tree/open", "tree/open/shut/in", "tree2", "tree2/unread"}) {
     if (::geteuid() == 0) {
       ASSERT_EQ(::chown(at(path).c_str(), 65534, 65534), 0);
@@ -104,6 +106,7 @@ TEST_F(Names, AreRefusedByRm) {
            "hint: the directory may not be read"},
       },
       true);
+  for (const char *path : {"tree/open/shut", "tree2/unread"}) ::chmod(at(path).c_str(), 0755);
 }
 
 // Bytes, their form in a message and on a terminal.

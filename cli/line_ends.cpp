@@ -6,7 +6,7 @@
 namespace cli {
 LineEnds::LineEnds(Session &session, Input &input, const wem::OpenOptions &options,
                    uint32_t encoding)
-    : text_(input.open(options.encodings(encoding, encoding))),
+    : text_(input.open(options.encodings({.file = encoding, .record = encoding}))),
       bytes_(input.open(wem::OpenOptions::input().binary(2 * kLongestMark).direct())),
       line_feed_(session.encode(U"\n", encoding)),
       carriage_return_(session.encode(U"\r", encoding)),

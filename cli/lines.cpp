@@ -111,7 +111,7 @@ void print_file(Session &session, const Arguments &arguments, const std::string 
   if (is_marked) line_ends.emplace(session, input, options, encoding);
   LinePrinter printer(session, arguments, input.shown());
 
-  wem::File file = input.open(options.encodings(encoding, JX_ENCODING_UTF32LE), encoding);
+  wem::File file = input.open(options.file_encoding(encoding), encoding);
   const wem::Status status = print_records(file, line_ends ? &*line_ends : nullptr, printer);
   require(file.close(), input.shown());
   if (status != JXWEM_E_EOF) {

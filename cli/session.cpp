@@ -50,9 +50,9 @@ Transcoder::Transcoder(JXNls *nls, uint32_t from, uint32_t to)
 wem::Status Transcoder::operator()(std::string_view bytes, std::span<char> room,
                                    size_t *produced_bytes) {
   uint32_t produced = 0;
-  const wem::Status status =
+  const wem::Status status(
       transcoder_->transcode(transcoder_.get(), bytes.data(), static_cast<uint32_t>(bytes.size()),
-                             room.data(), static_cast<uint32_t>(room.size()), &produced, 0);
+                             room.data(), static_cast<uint32_t>(room.size()), &produced, 0));
   *produced_bytes = produced;
   return status;
 }
@@ -89,7 +89,6 @@ const wem::Module &Session::module() {
     const bool is_named = error.find(module_path_) != error.npos;
     throw Failure(is_named ? "" : module_path_, JXWEM_E_FAILED).saying(error);
   }
-  module_.instance().raw()->journal = jxhost_journal(module_.host());
   return module_;
 }
 
@@ -106,8 +105,8 @@ std::string Session::expand(const std::string &name) {
   const std::u32string wide = widen(name);
   JXChar *path = nullptr;
   uint32_t chars = 0;
-  const wem::Status status =
-      expand_path(raw, wem::as_chars(wide), wem::char_count(wide), &path, &chars);
+  const wem::Status status(
+      expand_path(raw, wem::as_chars(wide), wem::char_count(wide), &path, &chars));
   std::string expanded = narrow(wem::as_view(path, chars));
   if (path) free_path(raw->pool, path);
   require(status, name);

@@ -134,7 +134,7 @@ void Target::make_neighbour() {
   }
   const std::string folder = path_.substr(0, std::max<size_t>(path_.rfind('/'), 1));
   if (session_.expand(path_) != path_) throw Failure(shown_, JXWEM_E_BADNAME, path_);
-  const wem::NameRequest request{U".jxfile-", std::nullopt};
+  const wem::NameRequest request{".jxfile-", std::nullopt};
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     const auto name = require(session_.instance().create_name(widen(folder), request), shown_);
     const std::string path = narrow(name);
@@ -175,7 +175,8 @@ void Target::commit() {
   const bool is_device = exists_ && !S_ISREG(old_.st_mode);
   // A pipe or a device cannot be forced anywhere; what was written to it was accepted by then.
   const auto tolerable = [is_device](wem::Status status) {
-    return is_device && (status == JXWEM_E_FAILED || status == JXWEM_E_SYSTEM) ? JX_OK : status;
+    return is_device && (status == JXWEM_E_FAILED || status == JXWEM_E_SYSTEM) ? wem::Status()
+                                                                               : status;
   };
   require(tolerable(file_.flush()), shown_);
   require(tolerable(file_.close()), shown_);

@@ -35,7 +35,8 @@ Conversion conversion_of(const Arguments &arguments) {
 wem::OpenOptions with_mark(const wem::OpenOptions &options, const Conversion &conversion,
                            bool input_has_mark) {
   const bool is_due = conversion.wants_mark || input_has_mark;
-  return is_due && !conversion.refuses_mark ? options : options.no_byte_order_mark();
+  return is_due && !conversion.refuses_mark ? options.byte_order_mark()
+                                            : options.no_byte_order_mark();
 }
 
 bool is_text_fault(wem::Status status) {
@@ -88,14 +89,12 @@ void convert_stream(Session &session, const Conversion &conversion, Input &input
 void convert_text(const Conversion &conversion, Input &input, Target &target) {
   const uint32_t from = input.encoding(conversion.from);
   const bool has_mark = input.has_byte_order_mark(from);
-  wem::File source = input.open(wem::OpenOptions::input()
-                                    .text((conversion.record_length + 3) / 4 * 4)
-                                    .encodings(from, JX_ENCODING_UTF32LE),
-                                from);
+  wem::File source = input.open(
+      wem::OpenOptions::input().text((conversion.record_length + 3) / 4 * 4).file_encoding(from),
+      from);
   const uint32_t room = conversion.record_length + 4;
-  wem::File &file = target.open(with_mark(target.options(), conversion, has_mark)
-                                    .stream(room)
-                                    .encodings(conversion.to, JX_ENCODING_UTF32LE));
+  wem::File &file = target.open(
+      with_mark(target.options(), conversion, has_mark).stream(room).file_encoding(conversion.to));
   uint64_t record_number = 1;
   const auto place = [&record_number] { return "record " + std::to_string(record_number); };
   wem::RecordRange records = source.records();

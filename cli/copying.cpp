@@ -39,7 +39,7 @@ StreamWriter::StreamWriter(Session &session, Target &target, uint32_t from, uint
 wem::File &StreamWriter::open(const wem::OpenOptions &options, uint32_t chunk_bytes) {
   const uint32_t room = chunk_bytes + kSlackChars;
   chunk_bytes_ = chunk_bytes;
-  file_ = &target_.open(options.stream(room).direct().encodings(to_, from_));
+  file_ = &target_.open(options.stream(room).direct().encodings({.file = to_, .record = from_}));
   return *file_;
 }
 

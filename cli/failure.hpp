@@ -13,6 +13,8 @@ namespace cli {
 struct Failure : std::exception {
   Failure(std::string failed_path, wem::Status failed_status, std::string more = {})
       : path(std::move(failed_path)), status(failed_status), detail(std::move(more)) {}
+  Failure(std::string failed_path, JXStatus code, std::string more = {})
+      : Failure(std::move(failed_path), wem::Status(code), std::move(more)) {}
   // The same failure in words of its own.
   Failure saying(std::string text, std::string advice = {}) && {
     meaning = std::move(text);

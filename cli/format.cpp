@@ -34,9 +34,10 @@ class Formatter {
     Formatted result;
     result.text.assign(capacity_chars + 1, kUntouched);
     result.status = arguments_.call([&](va_list &list) {
-      return engine_(nullptr, wem::as_chars(format_), static_cast<int32_t>(format_.size()),
-                     reinterpret_cast<JXChar *>(result.text.data()),
-                     static_cast<int32_t>(capacity_chars), &result.length_chars, list);
+      return wem::Status(engine_(nullptr, wem::as_chars(format_),
+                                 static_cast<int32_t>(format_.size()),
+                                 reinterpret_cast<JXChar *>(result.text.data()),
+                                 static_cast<int32_t>(capacity_chars), &result.length_chars, list));
     });
     result.text.resize(std::min<size_t>(result.text.find(kUntouched), capacity_chars));
     return result;

@@ -115,7 +115,7 @@ void print_file(Session &session, const Arguments &arguments, const std::string 
   if (arguments.has("--direct")) options = options.direct();
   LinePrinter printer(session, arguments, input.shown());
 
-  wem::File file = input.open(options.encodings(encoding, JX_ENCODING_UTF32LE), encoding);
+  wem::File file = input.open(options.file_encoding(encoding), encoding);
   const wem::Status status = print_records(session, input, file, printer);
   require(file.close(), input.shown());
   if (status != JXWEM_E_EOF) {

@@ -55,6 +55,7 @@ std::string describe(wem::Status status, const std::string &meaning = {},
                      const std::string &detail = {});
 // The eight hexadecimal digits of a status after "0x".
 std::string code_text(wem::Status status);
+inline std::string code_text(JXStatus code) { return code_text(wem::Status(code)); }
 // Bytes as pairs of hexadecimal digits with a separator between them.
 std::string to_hex(std::string_view bytes, std::string_view separator);
 

@@ -59,9 +59,9 @@ Transcoder::Transcoder(JXNls *nls, uint32_t from, uint32_t to)
 wem::Status Transcoder::operator()(std::string_view bytes, std::span<char> room,
                                    size_t *produced_bytes) {
   uint32_t produced = 0;
-  const wem::Status status =
+  const wem::Status status(
       transcoder_->transcode(transcoder_.get(), bytes.data(), static_cast<uint32_t>(bytes.size()),
-                             room.data(), static_cast<uint32_t>(room.size()), &produced, 0);
+                             room.data(), static_cast<uint32_t>(room.size()), &produced, 0));
   *produced_bytes = produced;
   return status;
 }
@@ -116,7 +116,6 @@ const wem::Module &Session::module() {
     if (error == "out of memory") throw Failure("", JX_E_NOMEM);
     throw Failure(is_named ? "" : module_path_, JXWEM_E_FAILED).saying(error);
   }
-  module_.instance().raw()->journal = jxhost_journal(module_.host());
   return module_;
 }
 
@@ -137,7 +136,7 @@ std::string Session::shown(const std::string &name) const {
 wem::File Session::open_descriptor(int fd, const wem::OpenOptions &options,
                                    const std::string &shown) {
   JXHost *host = module().host();
-  require(jxhost_offer_descriptor(host, kOffered, fd), shown);
+  require(wem::Status(jxhost_offer_descriptor(host, kOffered, fd)), shown);
   JXJournal *journal = instance().raw()->journal;
   auto file = instance().open(widen(kOffered), options.journal(journal).literal_name());
   jxhost_withdraw_descriptor(host, kOffered);
@@ -153,8 +152,8 @@ std::string Session::expand(const std::string &name) {
   const std::u32string wide = widen(name);
   JXChar *path = nullptr;
   uint32_t chars = 0;
-  const wem::Status status =
-      expand_path(raw, wem::as_chars(wide), wem::char_count(wide), &path, &chars);
+  const wem::Status status(
+      expand_path(raw, wem::as_chars(wide), wem::char_count(wide), &path, &chars));
   std::string expanded = narrow(wem::as_view(path, chars));
   if (path) free_path(raw->pool, path);
   require(status, name);

@@ -184,7 +184,7 @@ void Target::require_written(wem::Status status, const std::string &detail) cons
 void Target::commit() {
   // A pipe or a device cannot be forced anywhere; what was written to it was accepted by then.
   const auto tolerable = [this](wem::Status status) {
-    return status == JXWEM_E_FAILED && !is_forced() ? JX_OK : status;
+    return status == JXWEM_E_FAILED && !is_forced() ? wem::Status() : status;
   };
   require_written(tolerable(file_.flush()));
   require_written(tolerable(file_.close()));

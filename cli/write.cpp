@@ -25,7 +25,7 @@ struct Writing {
 };
 
 wem::OpenOptions with_mark(const wem::OpenOptions &options, const Writing &writing) {
-  return writing.wants_mark ? options : options.no_byte_order_mark();
+  return writing.wants_mark ? options.byte_order_mark() : options.no_byte_order_mark();
 }
 
 void move_to_start(wem::File &file, const Writing &writing, const std::string &shown) {
@@ -119,9 +119,8 @@ class LineWriter {
 };
 
 void write_text(Session &session, const Writing &writing, Target &target) {
-  wem::File &file = target.open(with_mark(target.options(), writing)
-                                    .text(writing.record_length)
-                                    .encodings(writing.to, JX_ENCODING_UTF32LE));
+  wem::File &file = target.open(
+      with_mark(target.options(), writing).text(writing.record_length).file_encoding(writing.to));
   move_to_start(file, writing, target.shown());
   LineWriter writer(session, writing, file, target);
   for_each_chunk(kChunkBytes, [&writer](std::string_view chunk) { writer.feed(chunk); });

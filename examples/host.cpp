@@ -1,62 +1,47 @@
 // A host in C++ through the wrapper: writes a text file, reads it back, and looks at its directory.
 // Usage: host MODULE FILE
-#include <array>
 #include <cstdio>
+#include <ctime>
 #include <string>
-#include <string_view>
 
 #include "jx/wem.hpp"
 
 namespace {
 
-// The name of a file as the module takes it: byte n is the character n.
-std::u32string to_name(std::string_view bytes) {
-  std::u32string name;
-  for (const char byte : bytes) name += static_cast<char32_t>(static_cast<unsigned char>(byte));
-  return name;
-}
-
-// A record as UTF-8 for printing.
-std::string_view to_text(const wem::Record &record) {
-  return {reinterpret_cast<const char *>(record.bytes.data()), record.bytes.size()};
-}
-
-wem::Status write_lines(const wem::Instance &instance, std::u32string_view name) {
-  constexpr std::array<std::u32string_view, 3> kLines = {U"first line", U"zweite Zeile: äöü",
-                                                         U"第三行"};
-  const auto options =
-      wem::OpenOptions::output().text(1000).encodings(JX_ENCODING_UTF16LE, JX_ENCODING_UTF32LE);
+wem::Status write_lines(const wem::Instance &instance, const wem::Name &name) {
+  const auto options = wem::OpenOptions::output().text(1000).file_encoding(JX_ENCODING_UTF16LE);
   auto file = instance.open(name, options);
   if (!file) return file.status();
-  for (const std::u32string_view line : kLines) {
-    if (const wem::Status status = file->write(line); !status.ok()) return status;
+  for (const char *line : {"first line", "zweite Zeile: äöü", "第三行"}) {
+    if (const wem::Status status = file->write_line(line); !status.ok()) return status;
   }
   return file->close();
 }
 
-wem::Status print_lines(const wem::Instance &instance, std::u32string_view name) {
-  const auto options =
-      wem::OpenOptions::input().text(1000).encodings(JX_ENCODING_UTF16LE, JX_ENCODING_UTF8);
+wem::Status print_lines(const wem::Instance &instance, const wem::Name &name) {
+  const auto options = wem::OpenOptions::input().text().file_encoding(JX_ENCODING_UTF16LE);
   auto file = instance.open(name, options);
   if (!file) return file.status();
-  wem::RecordRange records = file->records();
+  wem::LineRange lines = file->lines();
   int number = 0;
-  for (const wem::Record &record : records) {
-    const std::string_view text = to_text(record);
-    std::printf("%d: %.*s\n", ++number, static_cast<int>(text.size()), text.data());
-  }
+  for (const std::string &line : lines) std::printf("%d: %s\n", ++number, line.c_str());
   std::printf("%d records\n", number);
-  return records.status() == JXWEM_E_EOF ? file->close() : records.status();
+  return lines.error().ok() ? file->close() : lines.error();
 }
 
-wem::Status print_neighbours(const wem::Instance &instance, std::u32string_view name) {
+wem::Status print_neighbours(const wem::Instance &instance, const wem::Name &name) {
   const auto list = instance.directory_list(name, JX_DIRECTORY_PARENT, JX_LIST_INFORMATION);
   if (!list) return list.status();
   for (const JXDirectoryEntry &entry : *list) {
-    for (const char32_t character : wem::name_of(entry)) std::putchar(static_cast<int>(character));
-    std::printf("  %lld bytes\n", static_cast<long long>(entry.size_bytes));
+    const auto info = instance.info_of(entry);
+    if (!info) continue;
+    const std::time_t modified = info->modified_time_t();
+    char date[32];
+    std::strftime(date, sizeof date, "%F %T", std::localtime(&modified));
+    std::printf("%s  %s  %llu bytes\n", date, wem::Name(wem::name_of(entry)).utf8().c_str(),
+                static_cast<unsigned long long>(info->size_bytes));
   }
-  return JX_OK;
+  return wem::Status();
 }
 
 }  // namespace
@@ -69,7 +54,7 @@ int main(int argc, char **argv) {
     std::fprintf(stderr, "%s: %s\n", argv[1], error.c_str());
     return 1;
   }
-  const std::u32string name = to_name(argv[2]);
+  const wem::Name name = argv[2];
   wem::Status status = write_lines(module.instance(), name);
   if (status.ok()) status = print_lines(module.instance(), name);
   if (status.ok()) status = print_neighbours(module.instance(), name);

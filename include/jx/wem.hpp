@@ -1,11 +1,18 @@
-// The C++20 wrapper over the module's operation tables, header-only and without exceptions: handles
-// that end themselves, text as std::u32string_view, range-for over records, entries and tables, and
-// statuses that know their name and meaning.
+// The C++20 wrapper over the module's operation tables, header-only and without exceptions of its
+// own: handles that end themselves and keep the module loaded, names and lines in UTF-8, records,
+// entries and tables as ranges, and statuses that know their name and meaning.
 //
-//   wem::Module module = wem::Module::load("./jxwem.so");
-//   auto file = module.instance().open(U"notes.txt", wem::OpenOptions::input().text(4096));
-//   if (!file) return report(file.status());
-//   for (const wem::Record &record : file->records()) use(record.text());
+//   std::string error;
+//   wem::Module module = wem::Module::load("./jxwem.so", nullptr, &error);
+//   if (!module) return complain(error);
+//   auto file = module.instance().open("notes.txt", wem::OpenOptions::input().text());
+//   if (!file) return complain(file.status().text());
+//   wem::LineRange lines = file->lines();
+//   for (const std::string &line : lines) use(line);
+//   if (!lines.error().ok()) return complain(lines.error().text());
+//
+// Or in one call: module.instance().read_lines("notes.txt"). Records as they are, without a copy:
+// File::for_each_record() and File::records().
 //
 // A host with a kernel of its own wraps its instance in wem::Instance and needs only these headers,
 // except for what only the reference host can do, which links with libjxhost: Module; begin(),
@@ -13,8 +20,12 @@
 // their facts up in one. Table::raw() is for its own walk.
 #pragma once
 
+#include "jx/wem/directory.hpp"
 #include "jx/wem/file.hpp"
 #include "jx/wem/instance.hpp"
-#include "jx/wem/lists.hpp"
 #include "jx/wem/module.hpp"
+#include "jx/wem/options.hpp"
+#include "jx/wem/paths.hpp"
 #include "jx/wem/status.hpp"
+#include "jx/wem/tables.hpp"
+#include "jx/wem/text.hpp"

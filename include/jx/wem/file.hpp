@@ -1,246 +1,179 @@
-// Open options, open files and their records.
+// An open file.
 #pragma once
 
 #include <algorithm>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
 #include <span>
+#include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "jx/wem.h"
+#include "jx/wem/handle.hpp"
+#include "jx/wem/options.hpp"
+#include "jx/wem/record.hpp"
 #include "jx/wem/status.hpp"
+#include "jx/wem/text.hpp"
 
 namespace wem {
 
-// What to open and how. Every setter gives back a changed copy, so that options are built in one
-// expression and kept as values. Start: buffered binary records of up to 8192 bytes.
-class [[nodiscard]] OpenOptions {
- public:
-  static OpenOptions input() { return OpenOptions(JX_ACCESS_INPUT); }
-  static OpenOptions output() { return OpenOptions(JX_ACCESS_OUTPUT); }
-  static OpenOptions append() { return OpenOptions(JX_ACCESS_APPEND); }
-  static OpenOptions update() { return OpenOptions(JX_ACCESS_UPDATE); }
-
-  // The record format with the longest record. The length counts bytes of the file; a direct write
-  // of text lines that converts counts characters.
-  OpenOptions text(uint32_t length) const { return format(JX_FORMAT_VARIABLE, length); }
-  OpenOptions binary(uint32_t length) const { return format(JX_FORMAT_BINARY, length); }
-  OpenOptions stream(uint32_t length) const { return format(JX_FORMAT_STREAM, length); }
-
-  // One transfer a record instead of blocks through the record buffer.
-  OpenOptions direct() const { return with(&JXOpenOptions::buffered, 0); }
-  // Binary and stream reads go straight into the caller's memory.
-  OpenOptions direct_transfer() const { return with_flag(JX_OPEN_DIRECT_TRANSFER); }
-  // The name is used as it is, without path expansion.
-  OpenOptions literal_name() const { return with_flag(JX_OPEN_LITERAL_NAME); }
-  // No byte-order mark is written. Instance::open adds this by itself for append and update of a
-  // file that is not empty.
-  OpenOptions no_byte_order_mark() const { return with_flag(JX_OPEN_NO_BOM); }
-  // Encoding numbers of the host; 0 takes the module's default.
-  OpenOptions encodings(uint32_t file, uint32_t record) const {
-    return with(&JXOpenOptions::file_encoding, file).with(&JXOpenOptions::record_encoding, record);
-  }
-  // JX_LOCK_*.
-  OpenOptions lock(uint32_t mode) const { return with(&JXOpenOptions::lock_mode, mode); }
-  OpenOptions reserved_switch(uint32_t value) const {
-    return with(&JXOpenOptions::reserved_switch, value);
-  }
-  // Words that the file's attributes report back; at most 32 are kept.
-  OpenOptions user_values(std::span<const uint32_t> values) const {
-    OpenOptions copy = *this;
-    const size_t count = std::min<size_t>(values.size(), JX_USER_VALUE_COUNT);
-    std::copy_n(values.begin(), count, copy.options_.user_values);
-    copy.options_.user_value_count = static_cast<int32_t>(count);
-    return copy;
-  }
-  // Where system errors are reported; must outlive the file.
-  OpenOptions journal(JXJournal *journal) const { return with(&JXOpenOptions::journal, journal); }
-
-  // The record that the module reads.
-  const JXOpenOptions &raw() const { return options_; }
-
- private:
-  explicit OpenOptions(uint32_t access) {
-    options_.access_mode = access;
-    options_.buffered = 1;
-    options_.record_format = JX_FORMAT_BINARY;
-    options_.record_length = JX_RECORD_BLOCK_BYTES;
-  }
-  template <typename Field>
-  OpenOptions with(Field JXOpenOptions::*field, std::type_identity_t<Field> value) const {
-    OpenOptions copy = *this;
-    copy.options_.*field = value;
-    return copy;
-  }
-  OpenOptions with_flag(uint32_t flag) const {
-    return with(&JXOpenOptions::open_flags, options_.open_flags | flag);
-  }
-  OpenOptions format(uint32_t number, uint32_t length) const {
-    return with(&JXOpenOptions::record_format, number).with(&JXOpenOptions::record_length, length);
-  }
-
-  JXOpenOptions options_ = {};
-};
-
-// A record that a file lends: valid until the next call on the file.
-struct Record {
-  std::span<const std::byte> bytes;  // the record in its record encoding
-  bool partial = false;              // a text record whose line end was not seen
-
-  // The record as text, when its record encoding is JXChar (the default of text records).
-  std::u32string_view text() const {
-    return as_view(static_cast<const JXChar *>(static_cast<const void *>(bytes.data())),
-                   bytes.size() / sizeof(JXChar));
-  }
-};
-
-class RecordRange;
-
-// An open file; closed by its destructor, whose status is lost: close a file that was written.
-// Used by one thread at a time.
+// An open file; closed by its destructor, whose status is lost: close a file that was written. Used
+// by one thread at a time. Every operation of a file that is closed, moved from or was never opened
+// answers JXWEM_E_NOHANDLE. The module stays loaded as long as a file is open.
 class File {
  public:
   File() = default;
-  explicit File(JXFile *file) : file_(file) {}
-  File(File &&other) noexcept : file_(std::exchange(other.file_, nullptr)) {}
-  File &operator=(File &&other) noexcept {
-    std::swap(file_, other.file_);
-    return *this;
-  }
-  ~File() { static_cast<void>(close()); }
+  // Takes over a file that was opened with these options.
+  File(JXFile *file, const OpenOptions &options, Keeper keeper = {})
+      : handle_(file, std::move(keeper)), encoding_(options.used_encodings().record) {}
 
-  explicit operator bool() const { return file_ != nullptr; }
-  JXFile *raw() const { return file_; }
-  // What was opened. Not for a closed file.
-  const JXFileAttributes &attributes() const { return file_->attributes; }
-  // The name as it was given to open.
-  std::u32string_view name() const {
-    return as_view(file_->attributes.name, file_->attributes.name_chars);
+  explicit operator bool() const { return raw() != nullptr; }
+  JXFile *raw() const { return handle_.get(); }
+  // What was opened; all zero for a file that is not open. Valid until the file is closed.
+  const JXFileAttributes &attributes() const & {
+    static constexpr JXFileAttributes kNone = {};
+    return raw() ? raw()->attributes : kNone;
   }
+  const JXFileAttributes &attributes() && = delete;
+  // The name as it was given to open; empty for a file that is not open.
+  std::u32string_view name() const & { return as_view(attributes().name, attributes().name_chars); }
+  std::u32string_view name() && = delete;
 
   // Flushes and closes; the first failure of the two, 0 for a file that is closed already. The
   // file is closed whatever the status.
-  Status close() {
-    JXFile *file = std::exchange(file_, nullptr);
-    return file ? file->close(file) : JX_OK;
-  }
+  Status close() { return handle_.close(); }
 
   // The next record: a text line, or up to the record length of a binary or stream file.
   // JXWEM_E_EOF at the end.
-  Result<Record> read() { return read(file_->attributes.record_length); }
+  Result<Record> read() & { return detail::read_record(raw(), encoding_); }
   // Up to count bytes of a binary or stream file, at the file's own offset or, for a file without
   // buffering, at *offset.
-  Result<Record> read(uint32_t count, int64_t *offset = nullptr) {
-    return read_at(nullptr, count, offset);
+  Result<Record> read(uint32_t count, int64_t *offset = nullptr) & {
+    return detail::read_record(raw(), encoding_, nullptr, count, offset);
   }
+  // What a file lends does not outlast it: keep the file in a variable.
+  Result<Record> read() && = delete;
+  Result<Record> read(uint32_t count, int64_t *offset = nullptr) && = delete;
   // The same into the caller's memory, for a file opened with direct transfer.
   Result<Record> read_into(std::span<std::byte> destination, int64_t *offset = nullptr) {
-    return read_at(destination.data(), clamp_count(destination.size()), offset);
+    const auto count = static_cast<uint32_t>(std::min<size_t>(destination.size(), UINT32_MAX));
+    return detail::read_record(raw(), encoding_, destination.data(), count, offset);
   }
-  // Every record from here on, for a range-for.
-  RecordRange records();
+  // Calls use with every record from here on. 0 at the end of the file, or the failure that came
+  // before. A use that returns a Status ends the reading with it when it is not 0.
+  template <std::invocable<const Record &> Use>
+  Status for_each_record(Use use) {
+    const RecordRange range = records();
+    for (const Record &record : range) {
+      if constexpr (std::same_as<std::invoke_result_t<Use, const Record &>, Status>) {
+        if (const Status status = use(record); !status.ok()) return status;
+      } else {
+        use(record);
+      }
+    }
+    return range.error();
+  }
+  // Every record from here on, for a range-for; error() tells afterwards whether all came.
+  RecordRange records() & { return RecordRange({handle_.watch(), encoding_}); }
+  RecordRange records() && = delete;
 
-  // Writes a record in its record encoding; *offset as for reading.
-  Status write(std::span<const std::byte> record, int64_t *offset = nullptr) {
-    if (record.size() > UINT32_MAX) return JXWEM_E_TOOLONG;
-    return file_->write(file_, record.data(), static_cast<uint32_t>(record.size()), 0, offset);
+  // The next line of a text file in UTF-8, however long it is. JXWEM_E_EOF at the end,
+  // JXWEM_E_NOTSUPPORTED for other files and for records neither in JXChars nor in UTF-8,
+  // JXHOST_E_MALFORMED for what is no text.
+  Result<std::string> read_line() { return detail::read_line(raw(), encoding_); }
+  // Every line from here on, for a range-for; error() tells afterwards whether all came.
+  LineRange lines() & { return LineRange({handle_.watch(), encoding_}); }
+  LineRange lines() && = delete;
+  // All lines from here on; a failure of read_line().
+  Result<std::vector<std::string>> read_lines() {
+    std::vector<std::string> all;
+    const LineRange range = lines();
+    for (const std::string &line : range) all.push_back(line);
+    if (!range.error().ok()) return Failed(range.error());
+    return Result<std::vector<std::string>>(std::move(all));
   }
-  // Writes a record of a file whose record encoding is JXChar.
-  Status write(std::u32string_view text) { return write(std::as_bytes(std::span(text))); }
+  // All bytes from here on of a binary or stream file without direct transfer, or the failure that
+  // came before the end. JXWEM_E_NOTSUPPORTED for text lines.
+  Result<std::vector<std::byte>> read_bytes() {
+    if (raw() && detail::is_lines(raw())) return Failed(JXWEM_E_NOTSUPPORTED);
+    std::vector<std::byte> all;
+    const Status status = for_each_record([&all](const Record &record) {
+      all.insert(all.end(), record.bytes.begin(), record.bytes.end());
+    });
+    if (!status.ok()) return Failed(status);
+    return Result<std::vector<std::byte>>(std::move(all));
+  }
+
+  // Writes a record in its record encoding; *offset as for reading. JXWEM_E_TOOLONG when 32 bits
+  // do not count its bytes.
+  Status write(std::span<const std::byte> record, int64_t *offset = nullptr) {
+    if (record.size() > UINT32_MAX) return Status(JXWEM_E_TOOLONG);
+    const auto length = static_cast<uint32_t>(record.size());
+    return detail::call(raw(), &JXFile::write, record.data(), length, 0u, offset);
+  }
+  // Writes a record of a text or stream file whose record encoding is JXChar;
+  // JXWEM_E_NOTSUPPORTED for other files.
+  Status write(std::u32string_view text) {
+    if (raw() && encoding_ != JX_ENCODING_UTF32LE) return Status(JXWEM_E_NOTSUPPORTED);
+    return write(std::as_bytes(std::span(text)));
+  }
+  // Writes a line of a text file, given in UTF-8, as one record. JXHOST_E_MALFORMED when it is not
+  // UTF-8, JXWEM_E_TOOLONG when it is longer than a record, JXWEM_E_NOTSUPPORTED for other files
+  // and for records neither in JXChars nor in UTF-8. Nothing is written then.
+  Status write_line(std::string_view utf8) {
+    if (!raw()) return Status(JXWEM_E_NOHANDLE);
+    const auto text = from_utf8(utf8);
+    if (!text) return text.status();
+    if (!detail::is_lines(raw())) return Status(JXWEM_E_NOTSUPPORTED);
+    if (text->size() > attributes().record_length) return Status(JXWEM_E_TOOLONG);
+    return encoding_ == JX_ENCODING_UTF8 ? write(std::as_bytes(std::span(utf8))) : write(*text);
+  }
 
   // Forces what was written to the device.
-  Status flush() { return file_->flush(file_); }
+  Status flush() { return detail::call(raw(), &JXFile::flush); }
   // The current offset in bytes, of a file without buffering.
   Result<int64_t> note() {
     int64_t offset = 0;
-    const Status status = file_->note(file_, &offset);
-    return status.ok() ? Result<int64_t>(offset) : status;
+    return result(detail::call(raw(), &JXFile::note, &offset), offset);
   }
   // Moves by JX_POINT_* of a file without buffering; the new offset.
   Result<int64_t> point(int64_t offset, uint32_t mode = 0) {
-    const Status status = file_->point(file_, &offset, mode);
-    return status.ok() ? Result<int64_t>(offset) : status;
+    return result(detail::call(raw(), &JXFile::point, &offset, mode), offset);
   }
   // A position of the module is a byte offset; both ways answer the same number.
   Result<int64_t> position_to_byte(int64_t position) {
     int64_t offset = 0;
-    const Status status = file_->position_to_byte(file_, &position, &offset);
-    return status.ok() ? Result<int64_t>(offset) : status;
+    return result(detail::call(raw(), &JXFile::position_to_byte, &position, &offset), offset);
   }
   Result<int64_t> byte_to_position(int64_t offset) {
     int64_t position = 0;
-    const Status status = file_->byte_to_position(file_, &offset, &position);
-    return status.ok() ? Result<int64_t>(position) : status;
+    return result(detail::call(raw(), &JXFile::byte_to_position, &offset, &position), position);
   }
   // Record positioning: the module answers JXWEM_E_NOTSUPPORTED.
-  Status position_to_record() { return file_->position_to_record(file_); }
-  Status record_to_position() { return file_->record_to_position(file_); }
+  Status position_to_record() { return detail::call(raw(), &JXFile::position_to_record); }
+  Status record_to_position() { return detail::call(raw(), &JXFile::record_to_position); }
   // Sets the length of the file.
-  Status truncate(int64_t length_bytes) { return file_->truncate(file_, &length_bytes); }
+  Status truncate(int64_t length_bytes) {
+    return detail::call(raw(), &JXFile::truncate, &length_bytes);
+  }
   // Replaces the journal; null for none.
-  Status attach_journal(JXJournal *journal) { return file_->attach_journal(file_, journal); }
+  Status attach_journal(JXJournal *journal) {
+    return detail::call(raw(), &JXFile::attach_journal, journal);
+  }
 
  private:
-  static uint32_t clamp_count(size_t count) {
-    return static_cast<uint32_t>(std::min<size_t>(count, UINT32_MAX));
-  }
-  Result<Record> read_at(void *data, uint32_t count, int64_t *offset) {
-    uint32_t length = count;
-    const Status status = file_->read(file_, &data, &length, 0, offset);
-    if (!status.ok() && status != JXWEM_E_PARTIAL) return status;
-    return Record{{static_cast<const std::byte *>(data), length}, status == JXWEM_E_PARTIAL};
+  // A reference, because the call that makes the status sets the value.
+  static Result<int64_t> result(Status status, const int64_t &value) {
+    if (!status.ok()) return Failed(status);
+    return Result<int64_t>(value);
   }
 
-  JXFile *file_ = nullptr;
+  detail::Handle<JXFile> handle_;
+  uint32_t encoding_ = 0;  // of records; 0 for binary ones
 };
-
-// The records of a file from its current place on. Each step of the iteration is one read; status()
-// tells afterwards what ended it.
-class RecordRange {
- public:
-  class Iterator {
-   public:
-    using value_type = Record;
-    using difference_type = std::ptrdiff_t;
-    explicit Iterator(RecordRange *range) : range_(range) {}
-    const Record &operator*() const { return range_->record_; }
-    Iterator &operator++() {
-      range_->advance();
-      return *this;
-    }
-    void operator++(int) { range_->advance(); }
-    bool operator==(std::default_sentinel_t) const { return !range_->has_record_; }
-
-   private:
-    RecordRange *range_;
-  };
-
-  explicit RecordRange(File &file) : file_(file) {}
-  Iterator begin() {
-    advance();
-    return Iterator(this);
-  }
-  std::default_sentinel_t end() const { return {}; }
-  // JXWEM_E_EOF after the last record, or the failure that stopped the reading.
-  Status status() const { return status_; }
-
- private:
-  void advance() {
-    Result<Record> next = file_.read();
-    status_ = next.status();
-    has_record_ = static_cast<bool>(next);
-    if (has_record_) record_ = *next;
-  }
-
-  File &file_;
-  Record record_;
-  bool has_record_ = false;
-  Status status_;
-};
-
-inline RecordRange File::records() { return RecordRange(*this); }
 
 }  // namespace wem

@@ -1,15 +1,23 @@
 // The operation table of the module's instance.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "jx/wem.h"
+#include "jx/wem/directory.hpp"
 #include "jx/wem/file.hpp"
-#include "jx/wem/lists.hpp"
+#include "jx/wem/options.hpp"
+#include "jx/wem/paths.hpp"
 #include "jx/wem/status.hpp"
+#include "jx/wem/tables.hpp"
+#include "jx/wem/text.hpp"
 
 namespace wem {
 
@@ -20,201 +28,248 @@ struct Version {
   uint32_t c = 0;
 };
 
-// A path taken apart; a component that the path does not have is empty.
-struct SplitPath {
-  std::optional<std::u32string> directory;
-  std::optional<std::u32string> member;
-  std::optional<std::u32string> base;
-  std::optional<std::u32string> extension;
-};
-
-// What a created name is made of. Without a prefix the name carries the machine's name.
-struct NameRequest {
-  std::optional<std::u32string_view> prefix;
-  std::optional<std::u32string_view> extension;
-};
-
-// The operations of an instance. Lent: the module or the host that made the instance ends it, after
-// every file, directory and table that came from it. Copies are the same instance; any number of
-// threads may call.
+// The operations of an instance. Copies are the same instance; any number of threads may call. The
+// instance of a Module stays as long as a copy of it, a file, a directory or a table is there; one
+// that a host made itself is lent, and the host ends it after all of these. A default instance
+// answers JXWEM_E_NOHANDLE; the other statuses are those of the slot of the same name in jx/wem.h.
+// A path is expanded: variables, "~", leading dots.
 class Instance {
  public:
   Instance() = default;
-  explicit Instance(JXInstance *instance) : instance_(instance) {}
+  explicit Instance(JXInstance *instance, Keeper keeper = {})
+      : instance_(std::move(keeper), instance) {}
 
   explicit operator bool() const { return instance_ != nullptr; }
-  JXInstance *raw() const { return instance_; }
+  JXInstance *raw() const { return instance_.get(); }
 
-  // The host version that the module asks for, and its own.
-  Version required_version() const { return version_from(instance_->get_required_version); }
-  Version version() const { return version_from(instance_->get_version); }
+  // The host version that the module asks for, and its own; 0.0.0 of a default instance.
+  Version required_version() const { return version_from(&JXInstance::get_required_version); }
+  Version version() const { return version_from(&JXInstance::get_version); }
 
-  // Opens a file. An append or update of a text or stream file that is not empty gets no
-  // byte-order mark in its middle, whatever the options say: the file is opened a second time, to
-  // be measured, while it is opened. caller_tag8 is copied; it may be null.
-  Result<File> open(std::u32string_view name, const OpenOptions &options,
+  // Opens a file. A record length of 0 is JXWEM_E_BADOPTIONS. What can be told without the file is
+  // told before one is made or emptied. An append or update of a text or stream file that is not
+  // empty gets no byte-order mark in its middle, whatever the options say: the file is opened a
+  // second time, to be measured, when a mark might be due. System errors go to the instance's
+  // journal unless the options name another. caller_tag8 is copied; it may be null.
+  Result<File> open(const Name &name, const OpenOptions &options,
                     const char *caller_tag8 = nullptr) const {
-    // Closed last: a pipe whose only writer went away in between would end for its reader.
+    if (!instance_) return Failed(JXWEM_E_NOHANDLE);
+    if (const Status status = check(options); !status.ok()) return Failed(status);
+    if (!may_mark_middle(options)) return open_as_asked(name, options, caller_tag8);
+    Result<File> file = open_as_asked(name, options.no_byte_order_mark(), caller_tag8);
+    if (!file) return file;
     Result<File> measured = open_to_measure(name, options);
-    const auto size = measured ? measured->point(0, JX_POINT_END) : measured.status();
-    const bool has_text = size && *size > 0;
-    return open_as_asked(name, has_text ? options.no_byte_order_mark() : options, caller_tag8);
+    if (!measured) return measured;
+    const auto size = measured->point(0, JX_POINT_END);
+    if (size && *size > 0) return file;
+    // Open until the end: a pipe whose only writer went away in between would end for its reader.
+    if (const Status status = file->close(); !status.ok()) return Failed(status);
+    return open_as_asked(name, options, caller_tag8);
   }
   // Opens a directory for reading names, by JX_DIRECTORY_* options.
-  Result<Directory> open_directory(std::u32string_view path, uint32_t options = 0) const {
+  Result<Directory> open_directory(const Name &path, uint32_t options = 0) const {
+    if (!instance_) return Failed(JXWEM_E_NOHANDLE);
+    const std::u32string_view chars = path.chars();
     JXStatus status = JX_OK;
-    JXDirectory *directory = instance_->directory_open(instance_, as_chars(path), char_count(path),
+    JXDirectory *directory = instance_->directory_open(raw(), as_chars(chars), char_count(chars),
                                                        options, 0, nullptr, nullptr, &status);
-    if (directory) return Directory(directory);
-    return Status(status);
+    if (!directory) return Failed(status);
+    return Result<Directory>(Directory(directory, instance_));
+  }
+
+  // All lines of a text file in UTF-8, however long they are.
+  Result<std::vector<std::string>> read_lines(const Name &name,
+                                              uint32_t file_encoding = JX_ENCODING_UTF8) const {
+    auto file = open(name, OpenOptions::input().text().file_encoding(file_encoding));
+    if (!file) return Failed(file.status());
+    return file->read_lines();
+  }
+  // All bytes of a file.
+  Result<std::vector<std::byte>> read_bytes(const Name &name) const {
+    auto file = open(name, OpenOptions::input().binary(JX_RECORD_BLOCK_BYTES).direct());
+    if (!file) return Failed(file.status());
+    return file->read_bytes();
   }
 
   // Joins and expands the parts of a path; an empty part is left out.
-  Result<std::u32string> build_path(std::u32string_view directory, std::u32string_view member = {},
-                                    std::u32string_view extension = {}) const {
-    JXChar *path = nullptr;
-    uint32_t chars = 0;
-    const Status status = instance_->build_path(
-        instance_, as_chars(directory), char_count(directory), as_chars(member), char_count(member),
-        as_chars(extension), char_count(extension), &path, &chars);
-    if (!status.ok()) return status;
-    std::u32string copy(as_view(path, chars));
-    instance_->build_path_release(instance_, path);
-    return copy;
+  Result<std::u32string> build_path(const Name &directory, const Name &member = {},
+                                    const Name &extension = {}) const {
+    const std::u32string_view parts[] = {directory.chars(), member.chars(), extension.chars()};
+    return lent_path(&JXInstance::build_path, &JXInstance::build_path_release, as_chars(parts[0]),
+                     char_count(parts[0]), as_chars(parts[1]), char_count(parts[1]),
+                     as_chars(parts[2]), char_count(parts[2]));
   }
   // Takes a path apart, without looking at the file system.
-  Result<SplitPath> split_path(std::u32string_view path) const {
-    JXChar *directory = nullptr, *member = nullptr, *base = nullptr, *extension = nullptr;
-    int32_t directory_chars = 0, member_chars = 0, base_chars = 0, extension_chars = 0;
-    const Status status = instance_->split_path(
-        instance_, as_chars(path), char_count(path), &directory, &directory_chars, &member,
-        &member_chars, &base, &base_chars, &extension, &extension_chars);
-    if (!status.ok()) return status;
-    SplitPath parts{component(directory, directory_chars), component(member, member_chars),
-                    component(base, base_chars), component(extension, extension_chars)};
-    instance_->split_path_release(instance_, directory, member, base, extension);
-    return parts;
+  Result<SplitPath> split_path(const Name &path) const {
+    detail::LentParts parts(raw());
+    const Status status =
+        on_path(&JXInstance::split_path, path, &parts.text[0], &parts.chars[0], &parts.text[1],
+                &parts.chars[1], &parts.text[2], &parts.chars[2], &parts.text[3], &parts.chars[3]);
+    if (!status.ok()) return Failed(status);
+    return Result<SplitPath>(parts.copy());
   }
 
   // 0 when the path names something.
-  Status exist(std::u32string_view path) const {
-    return instance_->exist(instance_, as_chars(path), char_count(path));
-  }
-  Status make_directory(std::u32string_view path) const {
-    return instance_->make_directory(instance_, as_chars(path), char_count(path));
+  Status exist(const Name &path) const { return on_path(&JXInstance::exist, path); }
+  // Makes one directory; an existing directory is success.
+  Status make_directory(const Name &path) const {
+    return on_path(&JXInstance::make_directory, path);
   }
   // Removes a file or an empty directory; with_contents a whole tree.
-  Status remove(std::u32string_view path, bool with_contents = false) const {
-    return instance_->remove(instance_, as_chars(path), char_count(path),
-                             with_contents ? JX_REMOVE_CONTENTS : 0u);
+  Status remove(const Name &path, bool with_contents = false) const {
+    return on_path(&JXInstance::remove, path, with_contents ? JX_REMOVE_CONTENTS : 0u);
   }
-  Status rename(std::u32string_view old_path, std::u32string_view new_path) const {
-    return instance_->rename(instance_, as_chars(old_path), char_count(old_path),
-                             as_chars(new_path), char_count(new_path));
+  // Renames, replacing what the system replaces.
+  Status rename(const Name &old_path, const Name &new_path) const {
+    const std::u32string_view target = new_path.chars();
+    return on_path(&JXInstance::rename, old_path, as_chars(target), char_count(target));
   }
   // Copies a file or a tree to a name that does not exist yet.
-  Status copy(std::u32string_view source, std::u32string_view target) const {
-    return instance_->copy(instance_, as_chars(source), char_count(source), as_chars(target),
-                           char_count(target));
+  Status copy(const Name &source, const Name &target_path) const {
+    const std::u32string_view target = target_path.chars();
+    return on_path(&JXInstance::copy, source, as_chars(target), char_count(target));
   }
 
-  // The information table of a file, and what it says.
-  Result<Table<JXInfoItem>> info_table(std::u32string_view path) const {
-    JXStatus status = JX_OK;
-    JXTable *table =
-        instance_->info(instance_, instance_->pool, as_chars(path), char_count(path), &status);
-    return to_table<JXInfoItem>(table, status);
+  // The information table of a file.
+  Result<Table<JXInfoItem>> info_table(const Name &path) const {
+    const std::u32string_view chars = path.chars();
+    return to_table<JXInfoItem>([&](JXStatus *status) {
+      return instance_->info(raw(), instance_->pool, as_chars(chars), char_count(chars), status);
+    });
   }
-  Result<FileInfo> info(std::u32string_view path) const {
+  // What that table says.
+  Result<FileInfo> info(const Name &path) const {
     const auto table = info_table(path);
-    return table ? Result<FileInfo>(to_file_info(*table)) : table.status();
+    if (!table) return Failed(table.status());
+    return Result<FileInfo>(to_file_info(*table, instance_->host->time_zone));
   }
-  // The same for the file system that holds the path.
-  Result<Table<JXInfoItem>> file_system_info_table(std::u32string_view path) const {
-    JXStatus status = JX_OK;
-    JXTable *table =
-        instance_->file_system_info(instance_, as_chars(path), char_count(path), &status);
-    return to_table<JXInfoItem>(table, status);
+  // What a record of a directory list says; empty when it was not asked for or not found.
+  std::optional<FileInfo> info_of(const JXDirectoryEntry &entry) const {
+    if (!instance_ || entry.size_bytes < 0) return std::nullopt;
+    return FileInfo{static_cast<uint64_t>(entry.size_bytes), entry.modified, entry.is_dir != 0,
+                    to_system_time(entry.modified, instance_->host->time_zone)};
   }
-  Result<FileSystemInfo> file_system_info(std::u32string_view path) const {
+  // The same two for the file system that holds the path.
+  Result<Table<JXInfoItem>> file_system_info_table(const Name &path) const {
+    const std::u32string_view chars = path.chars();
+    return to_table<JXInfoItem>([&](JXStatus *status) {
+      return instance_->file_system_info(raw(), as_chars(chars), char_count(chars), status);
+    });
+  }
+  Result<FileSystemInfo> file_system_info(const Name &path) const {
     const auto table = file_system_info_table(path);
-    return table ? Result<FileSystemInfo>(to_file_system_info(*table)) : table.status();
+    if (!table) return Failed(table.status());
+    return Result<FileSystemInfo>(to_file_system_info(*table));
   }
 
   // A directory (kind JX_DIRECTORY_*) and its members, by JX_LIST_* flags. The first record is the
   // directory itself.
-  Result<Table<JXDirectoryEntry>> directory_list(std::u32string_view path,
+  Result<Table<JXDirectoryEntry>> directory_list(const Name &path,
                                                  uint32_t kind = JX_DIRECTORY_NAMED,
                                                  uint32_t flags = 0) const {
+    const std::u32string_view chars = path.chars();
     uint64_t count = 0;
-    JXStatus status = JX_OK;
-    JXTable *table = instance_->directory_list(instance_, as_chars(path), char_count(path), kind,
-                                               flags, &count, &status);
-    return to_table<JXDirectoryEntry>(table, status);
+    return to_table<JXDirectoryEntry>([&](JXStatus *status) {
+      return instance_->directory_list(raw(), as_chars(chars), char_count(chars), kind, flags,
+                                       &count, status);
+    });
   }
 
   // A name in a directory (empty: the current one) that no one else was given recently.
-  Result<std::u32string> create_name(std::u32string_view directory,
-                                     const NameRequest &wanted) const {
-    const std::u32string_view prefix = wanted.prefix.value_or(std::u32string_view());
-    const std::u32string_view extension = wanted.extension.value_or(std::u32string_view());
+  Result<std::u32string> create_name(const Name &directory, const NameRequest &wanted) const {
+    const std::u32string_view prefix = wanted.prefix ? wanted.prefix->chars() : U"";
+    const std::u32string_view extension = wanted.extension ? wanted.extension->chars() : U"";
     const JXCreateName request = {as_chars(prefix), char_count(prefix), as_chars(extension),
                                   char_count(extension),
                                   (wanted.prefix ? JX_NAME_PREFIX : JX_NAME_HOST) |
                                       (wanted.extension ? JX_NAME_EXTENSION : 0u)};
-    JXChar *path = nullptr;
-    uint32_t chars = 0;
-    const Status status = instance_->create_name(instance_, as_chars(directory),
-                                                 char_count(directory), &request, &path, &chars);
-    if (!status.ok()) return status;
-    std::u32string copy(as_view(path, chars));
-    instance_->create_name_release(instance_, path);
-    return copy;
+    const std::u32string_view folder = directory.chars();
+    return lent_path(&JXInstance::create_name, &JXInstance::create_name_release, as_chars(folder),
+                     char_count(folder), &request);
   }
 
  private:
-  Version version_from(JXStatus (*slot)(JXInstance *, uint32_t *, uint32_t *, uint32_t *)) const {
+  // What a slot that tells a version answers.
+  template <typename Slot>
+  Version version_from(Slot slot) const {
     Version version;
-    slot(instance_, &version.a, &version.b, &version.c);
+    static_cast<void>(detail::call(raw(), slot, &version.a, &version.b, &version.c));
     return version;
   }
-  static std::optional<std::u32string> component(const JXChar *text, int32_t chars) {
-    if (!text) return std::nullopt;
-    return std::u32string(as_view(text, chars));
+  // Calls a slot that begins with a path.
+  template <typename Slot, typename... Arguments>
+  Status on_path(Slot slot, const Name &path, Arguments... arguments) const {
+    const std::u32string_view chars = path.chars();
+    return detail::call(raw(), slot, as_chars(chars), char_count(chars), arguments...);
   }
-  template <typename Value>
-  static Result<Table<Value>> to_table(JXTable *table, JXStatus status) {
-    if (!table) return Status(status == JX_OK ? JXWEM_E_FAILED : status);
-    return Table<Value>(table);
+  // Calls a slot that ends with a path that the module lends, and copies that.
+  template <typename Slot, typename Release, typename... Arguments>
+  Result<std::u32string> lent_path(Slot slot, Release release, Arguments... arguments) const {
+    JXChar *path = nullptr;
+    uint32_t chars = 0;
+    const Status status = detail::call(raw(), slot, arguments..., &path, &chars);
+    if (!status.ok()) return Failed(status);
+    const auto give_back = [this, release](JXChar *lent) {
+      static_cast<void>(detail::call(raw(), release, lent));
+    };
+    const std::unique_ptr<JXChar, decltype(give_back)> owner(path, give_back);
+    return Result<std::u32string>(std::u32string(as_view(path, chars)));
   }
-  Result<File> open_as_asked(std::u32string_view name, const OpenOptions &options,
-                             const char *caller_tag8) const {
+  // The table that a slot made.
+  template <typename Value, typename Make>
+  Result<Table<Value>> to_table(Make make) const {
+    if (!instance_) return Failed(JXWEM_E_NOHANDLE);
     JXStatus status = JX_OK;
-    JXFile *file = instance_->open(instance_, as_chars(name), char_count(name), &options.raw(), 0,
-                                   nullptr, caller_tag8, &status);
-    if (file) return File(file);
-    return Status(status == JX_OK ? JXWEM_E_BADNAME : status);
+    JXTable *table = make(&status);
+    if (!table) return Failed(status);
+    return Result<Table<Value>>(Table<Value>(table, Pool(), instance_));
   }
-  // A second opening of a file whose size decides about its byte-order mark; a failure when the
-  // size does not matter or the file is not there. It opens for what was asked and nothing more, so
-  // that it neither waits longer nor needs other rights than the opening that follows.
-  Result<File> open_to_measure(std::u32string_view name, const OpenOptions &options) const {
-    const JXOpenOptions &raw = options.raw();
-    const bool keeps = raw.access_mode == JX_ACCESS_APPEND || raw.access_mode == JX_ACCESS_UPDATE;
-    const bool may_mark = (raw.open_flags & JX_OPEN_NO_BOM) == 0;
-    if (!keeps || !may_mark || raw.record_format == JX_FORMAT_BINARY) {
-      return Status(JXWEM_E_NOTSUPPORTED);
-    }
-    const bool is_literal = (raw.open_flags & JX_OPEN_LITERAL_NAME) != 0;
-    // A literal name cannot be asked for, because the question expands; what is not there is made.
-    if (!is_literal && !exist(name).ok()) return Status(JXWEM_E_NOTFOUND);
+
+  // Refuses options that the module would refuse late, after it has made or emptied the file, or
+  // not at all: records of nothing, and a conversion that the host has not or has no room for.
+  Status check(const OpenOptions &options) const {
+    const JXOpenOptions asked = options.raw();
+    if (asked.record_length == 0) return Status(JXWEM_E_BADOPTIONS);
+    const Encodings encodings = options.used_encodings();
+    if (asked.access_mode == JX_ACCESS_INPUT || encodings.file == encodings.record) return Status();
+    JXNls *nls = instance_->nls;
+    JXEncodingInfo info = {};
+    const Status status(nls->encoding_info(nls, encodings.file, &info));
+    if (!status.ok()) return status;
+    if (asked.record_length > UINT32_MAX / sizeof(JXChar)) return Status(JX_E_NOMEM);
+    auto *transcoder = nls->create_transcoder(nls, encodings.record, encodings.file, 0, nullptr);
+    return Status(transcoder ? nls->destroy_transcoder(nls, transcoder) : JXWEM_E_FAILED);
+  }
+  // Whether a byte-order mark is due that may come into the middle of a file.
+  static bool may_mark_middle(const OpenOptions &options) {
+    const uint32_t mode = options.raw().access_mode;
+    const bool keeps = mode == JX_ACCESS_APPEND || mode == JX_ACCESS_UPDATE;
+    return keeps && options.writes_mark();
+  }
+  // Opens a file, once.
+  Result<File> open_as_asked(const Name &name, const OpenOptions &options,
+                             const char *caller_tag8) const {
+    const std::u32string_view chars = name.chars();
+    JXOpenOptions asked = options.raw();
+    if (!asked.journal) asked.journal = instance_->journal;
+    JXStatus status = JX_OK;
+    JXFile *file = instance_->open(raw(), as_chars(chars), char_count(chars), &asked, 0, nullptr,
+                                   caller_tag8, &status);
+    if (!file) return Failed(status == JX_OK ? JXWEM_E_BADNAME : status);
+    return Result<File>(File(file, options, instance_));
+  }
+  // A second opening of a file that is open already. It opens for what was asked and nothing more,
+  // so that it needs no other rights.
+  Result<File> open_to_measure(const Name &name, const OpenOptions &options) const {
+    const JXOpenOptions asked = options.raw();
     const OpenOptions bytes =
-        raw.access_mode == JX_ACCESS_APPEND ? OpenOptions::append() : OpenOptions::update();
+        asked.access_mode == JX_ACCESS_APPEND ? OpenOptions::append() : OpenOptions::update();
     const OpenOptions unlocked = bytes.binary(1).direct().lock(JX_LOCK_NONE);
+    const bool is_literal = (asked.open_flags & JX_OPEN_LITERAL_NAME) != 0;
     return open_as_asked(name, is_literal ? unlocked.literal_name() : unlocked, nullptr);
   }
 
-  JXInstance *instance_ = nullptr;
+  std::shared_ptr<JXInstance> instance_;  // shares in the keeper, if there is one
 };
 
 }  // namespace wem

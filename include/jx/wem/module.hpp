@@ -1,58 +1,128 @@
 // The module as the reference host loads it: needs libjxhost.
 #pragma once
 
+#include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "jx/jxhost.h"
 #include "jx/wem/instance.hpp"
 
 namespace wem {
 
-// A host kernel with the module loaded into it; both end with this object, which must outlive every
-// file, directory and table.
-class Module {
+namespace detail {
+
+// A host kernel with the configuration it was made from.
+class HostKernel {
  public:
-  Module() = default;
-  // Loads the module from path8 into a new host (config null: the reference host's defaults). Empty
-  // on failure, with the reason in *error_out when that is given.
-  static Module load(const char *path8, const JXHostConfig *config = nullptr,
-                     std::string *error_out = nullptr) {
-    Module module;
-    module.host_ = jxhost_create(config);
-    const char *error = "out of memory";
-    JXInstance *instance = nullptr;
-    if (module.host_) {
-      instance = jxhost_load(module.host_, path8, nullptr, &module.module_, &error);
-    }
-    module.instance_ = Instance(instance);
-    if (!instance && error_out) *error_out = error ? error : "unknown";
-    return module;
+  explicit HostKernel(const JXHostConfig &config)
+      : config_(config), name_(config.host_name8 ? config.host_name8 : "") {
+    host_ = jxhost_create(&config);
   }
-  Module(Module &&other) noexcept { *this = std::move(other); }
-  Module &operator=(Module &&other) noexcept {
-    std::swap(host_, other.host_);
-    std::swap(module_, other.module_);
-    std::swap(instance_, other.instance_);
-    return *this;
-  }
-  ~Module() {
-    if (instance_) jxhost_unload(module_);
+  HostKernel(const HostKernel &) = delete;
+  HostKernel &operator=(const HostKernel &) = delete;
+  ~HostKernel() {
     if (host_) jxhost_destroy(host_);
   }
 
-  explicit operator bool() const { return static_cast<bool>(instance_); }
-  const Instance &instance() const { return instance_; }
-  JXHost *host() const { return host_; }
+  JXHost *get() const { return host_; }
+  bool has_journal() const { return config_.journal_sink || config_.journal_fd >= 0; }
+  // Whether a host made from this configuration would be the same.
+  bool is_like(const JXHostConfig &other) const {
+    const bool has_name = config_.host_name8 != nullptr;
+    return config_.extensions == other.extensions && config_.time_zone == other.time_zone &&
+           config_.time_zone_set == other.time_zone_set && config_.process_id == other.process_id &&
+           has_name == (other.host_name8 != nullptr) && (!has_name || name_ == other.host_name8) &&
+           config_.journal_sink == other.journal_sink &&
+           config_.journal_context == other.journal_context &&
+           config_.journal_fd == other.journal_fd;
+  }
+
+  // The host of a configuration: the one that is there, for a module can be in one host of a
+  // process only, or a new one.
+  static std::shared_ptr<HostKernel> find_or_make(const JXHostConfig &config) {
+    static std::vector<std::weak_ptr<HostKernel>> hosts;
+    const std::lock_guard guard(mutex);
+    std::erase_if(hosts, [](const auto &host) { return host.expired(); });
+    for (const auto &known : hosts) {
+      if (auto host = known.lock(); host && host->is_like(config)) return host;
+    }
+    auto host = std::make_shared<HostKernel>(config);
+    if (host->get()) hosts.push_back(host);
+    return host;
+  }
+
+  // Held while a host is found and while one goes with its last module: nobody finds it half gone.
+  inline static std::mutex mutex;
+
+ private:
+  JXHostConfig config_;
+  std::string name_;  // what config_.host_name8 was
+  JXHost *host_ = nullptr;
+};
+
+// A module in its host; unloads before the host goes.
+struct LoadedModule {
+  explicit LoadedModule(const JXHostConfig &config) : host(HostKernel::find_or_make(config)) {}
+  LoadedModule(const LoadedModule &) = delete;
+  LoadedModule &operator=(const LoadedModule &) = delete;
+  ~LoadedModule() {
+    const std::lock_guard guard(HostKernel::mutex);
+    jxhost_unload(module);
+    host.reset();
+  }
+
+  std::shared_ptr<HostKernel> host;
+  JXHostModule *module = nullptr;
+};
+
+}  // namespace detail
+
+// The module, loaded into a host kernel. It is unloaded, and the host ended, with the last of this
+// object and of the instances, files, directories and tables that came from it. Modules that are
+// loaded with equal configurations share one host, so that one can be loaded over another.
+class Module {
+ public:
+  Module() = default;
+  // Loads the module from path8 (config null: the reference host's defaults). A journal in the
+  // configuration becomes that of the instance and of its files. Empty on failure, with the reason
+  // in *error_out when that is given; so when the module is in a host of another configuration,
+  // which must end first: module = {}.
+  static Module load(const char *path8, const JXHostConfig *config = nullptr,
+                     std::string *error_out = nullptr) {
+    constexpr JXHostConfig kDefault = JXHOST_CONFIG_INIT;
+    Module module;
+    auto loaded = std::make_shared<detail::LoadedModule>(config ? *config : kDefault);
+    JXHost *host = loaded->host->get();
+    const char *error = "out of memory";
+    JXInstance *instance =
+        host ? jxhost_load(host, path8, nullptr, &loaded->module, &error) : nullptr;
+    if (!instance) {
+      if (error_out) *error_out = error ? error : "unknown";
+      return module;
+    }
+    if (loaded->host->has_journal()) instance->journal = jxhost_journal(host);
+    module.instance_ = Instance(instance, loaded);
+    module.loaded_ = std::move(loaded);
+    return module;
+  }
+  explicit operator bool() const { return loaded_ != nullptr; }
+  // The instance; a default one of an empty module.
+  const Instance &instance() const & { return instance_; }
+  Instance instance() && { return std::move(instance_); }
+  // The host; null of an empty module.
+  JXHost *host() const { return loaded_ ? loaded_->host->get() : nullptr; }
   // A routine that the module exports by name, as a function pointer type; null when there is none.
   template <typename Function>
   Function symbol(const char *name8) const {
-    return reinterpret_cast<Function>(jxhost_symbol(module_, name8));
+    void *address = loaded_ ? jxhost_symbol(loaded_->module, name8) : nullptr;
+    return reinterpret_cast<Function>(address);
   }
 
  private:
-  JXHost *host_ = nullptr;
-  JXHostModule *module_ = nullptr;
+  std::shared_ptr<detail::LoadedModule> loaded_;
   Instance instance_;
 };
 

@@ -1,11 +1,13 @@
-// Statuses as values, results that are a value or a status, and the views of text.
+// Statuses as values, and results that are a value or a status.
 #pragma once
 
 #include <array>
-#include <cstddef>
+#include <concepts>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <optional>
-#include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "jx/base.h"
@@ -13,35 +15,15 @@
 
 namespace wem {
 
-static_assert(sizeof(char32_t) == sizeof(JXChar));
-static_assert(alignof(char32_t) == alignof(JXChar));
-
-// Text as the module takes it. char32_t and JXChar have one representation, and the module, which
-// is compiled apart, only ever sees the memory as JXChars: the cast hands over a pointer and no
-// object is read through both types on either side. Valid as long as the text.
-inline const JXChar *as_chars(std::u32string_view text) {
-  return reinterpret_cast<const JXChar *>(text.data());
-}
-
-// The number of JXChars of a text. Longer ones than 32 bits can count are too long for every
-// operation, and are handed over as the longest length there is.
-constexpr uint32_t char_count(std::u32string_view text) {
-  return text.size() > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(text.size());
-}
-
-// Text that the module lends, as a view; empty for null. Valid as long as the module's text.
-template <typename Count>
-std::u32string_view as_view(const JXChar *data, Count chars) {
-  if (!data || chars <= 0) return {};
-  return {reinterpret_cast<const char32_t *>(data), static_cast<size_t>(chars)};
-}
-
-// The outcome of an operation. It knows the names and meanings of the module's statuses and of
-// those that the reference host adds; a host whose own statuses are others looks these up by
-// code().
+// The outcome of an operation; a default one is success. It knows the names and meanings of the
+// module's statuses and of those that the reference host adds; a host whose own statuses are others
+// looks these up by code().
 class [[nodiscard]] Status {
  public:
-  constexpr Status(JXStatus code = JX_OK) : code_(code) {}  // implicit: compares with JXWEM_E_*
+  constexpr Status() = default;
+  // Of a status constant or of what a slot answered, said out loud: no number turns into a status
+  // by itself, and none but a JXStatus does at all.
+  constexpr explicit Status(std::same_as<JXStatus> auto code) : code_(code) {}
 
   constexpr JXStatus code() const { return code_; }
   constexpr bool ok() const { return code_ == JX_OK; }
@@ -51,6 +33,10 @@ class [[nodiscard]] Status {
   constexpr const char *text() const { return ok() ? "success" : row().text; }
 
   friend constexpr bool operator==(Status, Status) = default;
+  // Compares with a constant: status == JXWEM_E_EOF.
+  friend constexpr bool operator==(Status status, std::same_as<JXStatus> auto code) {
+    return status.code_ == code;
+  }
 
  private:
   struct Row {
@@ -72,27 +58,87 @@ class [[nodiscard]] Status {
     return {code_, "unknown", "unknown status"};
   }
 
-  JXStatus code_;
+  JXStatus code_ = JX_OK;
 };
 
-// A value, or the status that says why there is none.
+namespace detail {
+
+// Ends the program, which took a value that is not there. Says so on standard error, with the name
+// and the code of the status.
+[[noreturn]] inline void stop(Status status) {
+  std::fprintf(stderr, "wem: there is no value: %s 0x%08x (%s)\n", status.name(),
+               static_cast<unsigned>(status.code()), status.text());
+  std::abort();
+}
+
+}  // namespace detail
+
+// What a function with a Result returns when it fails: return wem::Failed(status). A failure is
+// never a success: JX_OK becomes JXWEM_E_FAILED.
+class Failed {
+ public:
+  constexpr explicit Failed(Status status)
+      : status_(status.ok() ? Status(JXWEM_E_FAILED) : status) {}
+  constexpr explicit Failed(std::same_as<JXStatus> auto code) : Failed(Status(code)) {}
+
+  constexpr Status status() const { return status_; }
+
+ private:
+  Status status_;
+};
+
+// A value, or the status that says why there is none. Taking the value of a failure ends the
+// program with the name of the status on standard error: ask first, or use value_or().
 template <typename T>
 class [[nodiscard]] Result {
  public:
-  Result(T value) : value_(std::move(value)) {}
-  Result(Status status) : status_(status) {}
+  using value_type = T;
+
+  // Of exactly a T, said out loud: Result<int64_t>(offset).
+  template <typename Value>
+  requires std::same_as<std::remove_cvref_t<Value>, T>
+  explicit Result(Value &&value) : value_(std::forward<Value>(value)) {}
+  Result(Failed failed) : status_(failed.status()) {}
 
   explicit operator bool() const { return value_.has_value(); }
   // 0 when there is a value.
   Status status() const { return status_; }
-  // The value; only when there is one.
-  T &operator*() & { return *value_; }
-  const T &operator*() const & { return *value_; }
-  T &&operator*() && { return std::move(*value_); }
-  T *operator->() { return &*value_; }
-  const T *operator->() const { return &*value_; }
+
+  // The value; *Result of a temporary is a value of its own, so that a range-for may walk it.
+  T &operator*() & { return require(); }
+  const T &operator*() const & { return require(); }
+  T operator*() && { return std::move(require()); }
+  // The same by name. Nothing is thrown.
+  T &value() & { return require(); }
+  const T &value() const & { return require(); }
+  T value() && { return std::move(require()); }
+  // The value, or another one.
+  template <typename Other>
+  T value_or(Other &&other) const & {
+    return value_ ? *value_ : static_cast<T>(std::forward<Other>(other));
+  }
+  template <typename Other>
+  T value_or(Other &&other) && {
+    return value_ ? std::move(*value_) : static_cast<T>(std::forward<Other>(other));
+  }
+
+  T *operator->() & { return &require(); }
+  const T *operator->() const & { return &require(); }
+  T *operator->() && requires std::copyable<T> { return &require(); }
+  // Files, directories and tables end with the temporary while what they lend is still in use: keep
+  // the result in a variable.
+  T *operator->() && requires(!std::copyable<T>) = delete;
 
  private:
+  T &require() {
+    if (!value_) detail::stop(status_);
+    return *value_;
+  }
+  const T &require() const {
+    if (!value_) detail::stop(status_);
+    return *value_;
+  }
+
   std::optional<T> value_;
   Status status_;
 };

@@ -1,0 +1,55 @@
+// Paths taken apart and names to be made.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "jx/wem.h"
+#include "jx/wem/handle.hpp"
+#include "jx/wem/text.hpp"
+
+namespace wem {
+
+// A path taken apart; a component that the path does not have is empty.
+struct SplitPath {
+  std::optional<std::u32string> directory;
+  std::optional<std::u32string> member;
+  std::optional<std::u32string> base;
+  std::optional<std::u32string> extension;
+};
+
+// What a created name is made of. Without a prefix the name carries the machine's name.
+struct NameRequest {
+  std::optional<Name> prefix;
+  std::optional<Name> extension;
+};
+
+namespace detail {
+
+// The components of a split, which the module gets back in the end.
+struct LentParts {
+  explicit LentParts(JXInstance *its_instance) : instance(its_instance) {}
+  LentParts(const LentParts &) = delete;
+  LentParts &operator=(const LentParts &) = delete;
+  ~LentParts() {
+    static_cast<void>(
+        call(instance, &JXInstance::split_path_release, text[0], text[1], text[2], text[3]));
+  }
+
+  SplitPath copy() const { return {part(0), part(1), part(2), part(3)}; }
+
+  JXInstance *instance;
+  JXChar *text[4] = {};  // in the order of SplitPath; null: not there
+  int32_t chars[4] = {};
+
+ private:
+  std::optional<std::u32string> part(int i) const {
+    if (!text[i]) return std::nullopt;
+    return std::u32string(as_view(text[i], chars[i]));
+  }
+};
+
+}  // namespace detail
+
+}  // namespace wem

@@ -1,0 +1,124 @@
+// Records that a file lends, and how they and whole lines are read off its handle.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "jx/wem.h"
+#include "jx/wem/handle.hpp"
+#include "jx/wem/status.hpp"
+#include "jx/wem/text.hpp"
+
+namespace wem {
+
+// A record that a file lends: valid until the next call on the file.
+struct Record {
+  std::span<const std::byte> bytes;  // the record in its record encoding
+  bool partial = false;              // a text record whose line end was not seen
+  uint32_t encoding = 0;             // record encoding; 0 for binary records
+
+  // Whether the record is in JXChars, the default of text and stream records.
+  bool is_text() const { return encoding == JX_ENCODING_UTF32LE; }
+  // The record as text. Of a record that is not in JXChars it ends the program, as a Result
+  // without a value does.
+  std::u32string_view text() const {
+    if (!is_text()) detail::stop(Status(JXWEM_E_NOTSUPPORTED));
+    return as_view(static_cast<const JXChar *>(static_cast<const void *>(bytes.data())),
+                   bytes.size() / sizeof(JXChar));
+  }
+  // A copy in UTF-8 of a record in JXChars or UTF-8. JXWEM_E_NOTSUPPORTED for another encoding,
+  // JXHOST_E_MALFORMED for what is no text, such as UTF-8 that the record length cuts.
+  Result<std::string> utf8() const {
+    if (is_text()) return to_utf8(text());
+    if (encoding != JX_ENCODING_UTF8) return Failed(JXWEM_E_NOTSUPPORTED);
+    std::string copy(raw_text());
+    if (!is_utf8(copy)) return Failed(JXHOST_E_MALFORMED);
+    return Result<std::string>(std::move(copy));
+  }
+  // The bytes as characters of eight bits.
+  std::string_view raw_text() const {
+    return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
+  }
+};
+
+namespace detail {
+
+inline bool is_lines(const JXFile *file) {
+  const uint32_t format = file->attributes.record_format;
+  return format == JX_FORMAT_VARIABLE || format == JX_FORMAT_VARIABLE_3;
+}
+
+// Reads a record of up to count bytes to the caller's data or to where the file keeps it. Bytes
+// that come with the end of the file are a record; the end itself is told by the next read.
+inline Result<Record> read_record(JXFile *file, uint32_t encoding, void *data, uint32_t count,
+                                  int64_t *offset) {
+  uint32_t length = count;
+  const Status status = call(file, &JXFile::read, &data, &length, 0u, offset);
+  const bool is_last = status == JXWEM_E_EOF && length > 0 && data;
+  if (!status.ok() && status != JXWEM_E_PARTIAL && !is_last) return Failed(status);
+  const auto *bytes = static_cast<const std::byte *>(data);
+  return Result<Record>(Record{{bytes, length}, status == JXWEM_E_PARTIAL, encoding});
+}
+
+// Reads the next record, as long as it may be.
+inline Result<Record> read_record(JXFile *file, uint32_t encoding) {
+  const uint32_t length = file ? file->attributes.record_length : 0;
+  return read_record(file, encoding, nullptr, length, nullptr);
+}
+
+// Adds a record to a line in UTF-8. One that is in UTF-8 may begin or end inside a character.
+inline Status append_record(const Record &record, std::string &line) {
+  if (!record.is_text()) {
+    line += record.raw_text();
+    return Status();
+  }
+  const auto part = record.utf8();
+  if (part) line += *part;
+  return part.status();
+}
+
+// Reads a whole line in UTF-8, from as many records as it takes.
+inline Result<std::string> read_line(JXFile *file, uint32_t encoding) {
+  if (!file) return Failed(JXWEM_E_NOHANDLE);
+  const bool is_known = encoding == JX_ENCODING_UTF32LE || encoding == JX_ENCODING_UTF8;
+  if (!is_lines(file) || !is_known) return Failed(JXWEM_E_NOTSUPPORTED);
+  std::string line;
+  auto record = read_record(file, encoding);
+  if (!record) return Failed(record.status());
+  for (;;) {
+    if (const Status status = append_record(*record, line); !status.ok()) return Failed(status);
+    if (!record->partial) break;
+    record = read_record(file, encoding);
+    if (record.status() == JXWEM_E_EOF) break;
+    if (!record) return Failed(record.status());
+  }
+  if (encoding == JX_ENCODING_UTF8 && !is_utf8(line)) return Failed(JXHOST_E_MALFORMED);
+  return Result<std::string>(std::move(line));
+}
+
+struct RecordReader {
+  using Item = Record;
+  Result<Record> read() { return read_record(file.get(), encoding); }
+  Handle<JXFile>::Watch file;
+  uint32_t encoding;
+};
+
+struct LineReader {
+  using Item = std::string;
+  Result<std::string> read() { return read_line(file.get(), encoding); }
+  Handle<JXFile>::Watch file;
+  uint32_t encoding;
+};
+
+}  // namespace detail
+
+// The records of a file from its current place on; each lasts until the next step.
+using RecordRange = ReadRange<detail::RecordReader>;
+// The lines of a text file from its current place on, in UTF-8.
+using LineRange = ReadRange<detail::LineReader>;
+
+}  // namespace wem

@@ -1,0 +1,168 @@
+// Host pools and tables, and what they say about files.
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "jx/jxhost.h"
+#include "jx/wem.h"
+#include "jx/wem/handle.hpp"
+#include "jx/wem/text.hpp"
+
+namespace wem {
+
+// A pool of the host, which must outlive it; destroyed, with every block in it, by its destructor.
+class Pool {
+ public:
+  Pool() = default;
+  // name8 is copied by the host. Empty when memory is out, or without a host.
+  Pool(JXHost *host, const char *name8)
+      : pool_(host ? host->create_pool(host, 0, 0, 0, nullptr, name8) : nullptr) {}
+
+  explicit operator bool() const { return pool_ != nullptr; }
+  JXPool *raw() const { return pool_.get(); }
+
+ private:
+  struct Destroy {
+    void operator()(JXPool *pool) const { pool->destroy_pool(pool); }
+  };
+  std::unique_ptr<JXPool, Destroy> pool_;
+};
+
+// A table of records of type Value that the module handed out, with the pool its records need when
+// that is the table's own. The module stays loaded as long as the table is there. The walk and the
+// look-up are the reference host's.
+template <typename Value>
+class Table {
+ public:
+  class Iterator {
+   public:
+    using value_type = Value;
+    using difference_type = std::ptrdiff_t;
+    Iterator() = default;
+    explicit Iterator(const JXTableEntry *entry) : entry_(entry) {}
+    const Value &operator*() const { return *static_cast<const Value *>(entry_->value); }
+    const Value *operator->() const { return &**this; }
+    Iterator &operator++() {
+      entry_ = jxhost_table_next(entry_);
+      return *this;
+    }
+    Iterator operator++(int) {
+      Iterator before = *this;
+      ++*this;
+      return before;
+    }
+    friend bool operator==(Iterator, Iterator) = default;
+
+   private:
+    const JXTableEntry *entry_ = nullptr;
+  };
+
+  // Takes a table over. A null one is empty: the module's answer for a directory without members.
+  explicit Table(JXTable *table = nullptr, Pool pool = {}, Keeper keeper = {})
+      : keeper_(std::move(keeper)), pool_(std::move(pool)), table_(table) {}
+  Table(Table &&) noexcept = default;
+  // Destroys what was held, before the pool it is in.
+  Table &operator=(Table &&other) noexcept {
+    table_ = std::move(other.table_);
+    pool_ = std::move(other.pool_);
+    keeper_ = std::move(other.keeper_);
+    return *this;
+  }
+
+  JXTable *raw() const { return table_.get(); }
+  Iterator begin() const & { return Iterator(table_ ? jxhost_table_first(raw()) : nullptr); }
+  Iterator end() const & { return Iterator(); }
+  size_t size() const { return table_ ? jxhost_table_count(raw()) : 0; }
+  bool empty() const { return size() == 0; }
+  // The record stored under a name, or null.
+  const Value *find(std::u32string_view key) const & {
+    const uint32_t key_bytes = char_count(key) * static_cast<uint32_t>(sizeof(JXChar));
+    if (key_bytes / sizeof(JXChar) != key.size()) return nullptr;  // no key is that long
+    const auto *entry = table_ ? jxhost_table_find(raw(), as_chars(key), key_bytes) : nullptr;
+    return entry ? static_cast<const Value *>(entry->value) : nullptr;
+  }
+  // Records end with the table: keep it in a variable.
+  Iterator begin() && = delete;
+  Iterator end() && = delete;
+  const Value *find(std::u32string_view key) && = delete;
+
+ private:
+  struct Destroy {
+    void operator()(JXTable *table) const { table->destroy_table(table); }
+  };
+
+  // In this order: the table goes first, the module last.
+  Keeper keeper_;
+  Pool pool_;
+  std::unique_ptr<JXTable, Destroy> table_;
+};
+
+// The name of a list's record or of an information item.
+inline std::u32string_view name_of(const JXInfoItem &item) {
+  return as_view(item.name, item.name_chars);
+}
+inline std::u32string_view name_of(const JXMember &member) {
+  return as_view(member.name, member.name_chars);
+}
+inline std::u32string_view name_of(const JXDirectoryEntry &entry) {
+  return as_view(entry.name, entry.name_chars);
+}
+
+// What the module knows about a file.
+struct FileInfo {
+  uint64_t size_bytes = 0;
+  double modified = 0;  // seconds since 1 January 1960, local time
+  bool is_directory = false;
+  std::chrono::sys_seconds modified_at = {};  // the same as a time of the system's clock
+
+  // The same as the C library's time; the nearest there is when a time_t of 32 bits has no room.
+  std::time_t modified_time_t() const {
+    using Limits = std::numeric_limits<std::time_t>;
+    const int64_t seconds = modified_at.time_since_epoch().count();
+    return static_cast<std::time_t>(std::clamp<int64_t>(seconds, Limits::min(), Limits::max()));
+  }
+};
+
+// A time of the module, in seconds since 1 January 1960 in a zone so many seconds west of UTC, as a
+// time of the system's clock.
+inline std::chrono::sys_seconds to_system_time(double modified, int32_t seconds_west) {
+  constexpr double kSecondsTo1970 = 315619200;
+  const double seconds = std::floor(modified - kSecondsTo1970 + seconds_west);
+  return std::chrono::sys_seconds(std::chrono::seconds(static_cast<int64_t>(seconds)));
+}
+
+// What an information table says about the file system that holds a file.
+struct FileSystemInfo {
+  uint64_t free_bytes = 0;
+  uint32_t identifier = 0;
+};
+
+// What a table of Instance::info_table says; seconds_west is the time zone of the host.
+inline FileInfo to_file_info(const Table<JXInfoItem> &table, int32_t seconds_west) {
+  FileInfo info;
+  if (const auto *item = table.find(U"FILESIZE")) info.size_bytes = item->value.bytes;
+  if (const auto *item = table.find(U"MODTIME")) info.modified = item->value.time;
+  if (const auto *item = table.find(U"ISDIR")) info.is_directory = (item->value.word & 1u) != 0;
+  info.modified_at = to_system_time(info.modified, seconds_west);
+  return info;
+}
+
+// What a table of Instance::file_system_info_table says.
+inline FileSystemInfo to_file_system_info(const Table<JXInfoItem> &table) {
+  FileSystemInfo info;
+  if (const auto *item = table.find(U"FREESPACE")) info.free_bytes = item->value.bytes;
+  if (const auto *item = table.find(U"FILESYSID")) info.identifier = item->value.word;
+  return info;
+}
+
+}  // namespace wem

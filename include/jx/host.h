@@ -141,7 +141,8 @@ struct JXNls {
 struct JXTranscoder {
   /* Converts source_bytes bytes into at most capacity_bytes bytes and stores the number produced
      (produced_bytes_out may be null). 0, or a status of the host: malformed input, no room; the
-     start of a character that was held is lost then. */
+     start of a character that was held is lost then. The module counts on that: where it gives up a
+     character that was cut off, it gives bytes that are no text, and drops what comes of them. */
   JXStatus (*transcode)(JXTranscoder *transcoder, const void *source, uint32_t source_bytes,
                         void *destination, uint32_t capacity_bytes, uint32_t *produced_bytes_out,
                         uint32_t zero);

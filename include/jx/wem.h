@@ -30,22 +30,30 @@ typedef struct JXCreateName JXCreateName;
 
 /* ---- Open options ------------------------------------------------------------------------- */
 
+/* Append looks for the end once, at the open: what another opening writes afterwards is
+   overwritten, so two appenders need the lock. */
 #define JX_ACCESS_APPEND 0u /* write at the end; created if missing */
 #define JX_ACCESS_INPUT 1u  /* read */
 #define JX_ACCESS_OUTPUT 2u /* write; created, emptied */
 #define JX_ACCESS_UPDATE 3u /* read and write; created if missing; always direct */
 
 /* A read of text lines or of stream records passes over a byte-order mark of the file's encoding
-   that it begins with, wherever in the file that is. */
+   that it begins with, wherever in the file that is. Output in UTF-8, UTF-16 and UTF-32 begins with
+   one unless JX_OPEN_NO_BOM forbids it. Every open for writing makes the mark due, append and
+   update too, and a read of an update handle leaves it due: the first write after it places the
+   mark where the descriptor stands, in the middle of the file. Only point, and the step back of a
+   direct reader of text lines, settle it: due at offset 0, not elsewhere. */
 #define JX_FORMAT_VARIABLE 0u   /* text lines */
 #define JX_FORMAT_BINARY 1u     /* bytes as they are */
 #define JX_FORMAT_VARIABLE_3 3u /* text lines, second number */
 #define JX_FORMAT_STREAM 4u     /* text without line ends */
-#define JX_LOCK_DEFAULT 0u      /* shared for input, exclusive for the other access modes */
-#define JX_LOCK_NONE 1u         /* no lock */
-#define JX_LOCK_SHARED 2u       /* shared */
-#define JX_LOCK_EXCLUSIVE 3u    /* exclusive */
-#define JX_LOCK_WAIT 4u         /* the default lock, waited for */
+/* A lock ends with the close. A child that the process forks meanwhile has a copy of the descriptor
+   and keeps the lock until it closes that, ends, or runs another program. */
+#define JX_LOCK_DEFAULT 0u   /* shared for input, exclusive for the other access modes */
+#define JX_LOCK_NONE 1u      /* no lock */
+#define JX_LOCK_SHARED 2u    /* shared */
+#define JX_LOCK_EXCLUSIVE 3u /* exclusive */
+#define JX_LOCK_WAIT 4u      /* the default lock, waited for */
 
 #define JX_OPEN_DIRECT_TRANSFER 0x1u /* binary and stream: no record buffer, even when buffered */
 #define JX_OPEN_LITERAL_NAME 0x2u    /* the name is used as it is, without path expansion */
@@ -349,8 +357,9 @@ JX_EXPORT JX_NODISCARD JXFile *jxwemopen(JXInstance *instance, const JXChar *nam
                                          uint32_t unused, JXOwner owner, const char *caller_tag8,
                                          JXStatus *status_out);
 
-/* Flushes, closes and releases everything, whatever fails on the way. Returns the status of the
-   flush, else of the close. */
+/* Flushes, unless the file is open for input, closes and releases everything, whatever fails on the
+   way. Returns the status of the flush, else of the close: JXWEM_E_FAILED for a FIFO or a device
+   that cannot be made durable, though everything was written. */
 JX_EXPORT JXStatus jxwemclose(JXFile *file);
 
 /* Replaces the journal of a file, under its open lock. Returns 0 or the status of the lock. */
@@ -385,7 +394,8 @@ JX_EXPORT JX_NODISCARD JXStatus bkwem_write(JXFile *file, const void *source, ui
 /* Forces the file's data to the device. 0, JXWEM_E_NOHANDLE (descriptor not valid),
    JXWEM_E_SYSTEM (device error), JXWEM_E_DISKFULL, or JXWEM_E_FAILED (reported). After a failure
    the data that was written since the last good flush may be lost; flushing again proves nothing.
- */
+   A FIFO, a terminal and many devices cannot be made durable: JXWEM_E_FAILED, though everything was
+   written. */
 JX_EXPORT JXStatus bkwem_flush(JXFile *file);
 
 /* Stores the descriptor's offset in bytes. 0, JXWEM_E_NOTSUPPORTED (buffered handle) or
@@ -415,8 +425,8 @@ JX_EXPORT JX_NODISCARD JXStatus skwem_open(JXFile *file);
    host close (nothing is released then). */
 JX_EXPORT JXStatus skwem_close(JXFile *file);
 
-/* Writes the pending block of a buffered writer and forces the data to the device. The first
-   failure of the two, or 0. */
+/* Writes the pending block of a buffered writer and forces the data to the device, as bkwem_flush
+   does. The first failure of the two, or 0. A block whose write fails is lost. */
 JX_EXPORT JXStatus skwem_flush(JXFile *file);
 
 /* Places bytes in the record buffer and writes each block that becomes full. The status of the
@@ -434,19 +444,37 @@ JX_EXPORT JX_NODISCARD JXStatus setupCCTable(JXFile *file, uint32_t direction, u
    write to an input handle JXWEM_E_READONLY. Only direct transfers of binary records, and of stream
    records that are not converted, leave it to the descriptor, which JX_LOCK_* may have opened for
    both: JXWEM_E_SYSTEM where it was not. The "r" routines are direct: one transfer each, and
-   one more for a byte-order mark or where the system made a transfer short. Buffered readers decide
-   a record from the bytes in hand and read on only when these do not decide it.
+   one more for a byte-order mark, where the system made a write short, or where a short read ends
+   inside a character. Buffered readers decide
+   a record from the bytes in hand and read on only when these do not decide it. A buffered reader
+   keeps the end of the file that it saw; a direct one sees what is appended later. A write that the
+   system takes in part goes on, also after a signal; a signal before the first byte fails it.
 
-   Text lines. A read gives one record without its line end; JXWEM_E_PARTIAL marks a record whose
-   line end was not seen, JXWEM_E_EOF the end. A byte-order mark is skipped before every line. Any
-   other failure is of the host read, of the transcoder, or, JXWEM_E_FAILED, of the direct routine's
-   step back to the next record, which a pipe cannot do: the record is handed back all the same. */
+   Text that is converted may be cut inside a character. At the end of a record of text lines that
+   is the fault of this record: it gets the transcoder's status, the next one is whole. Between the
+   parts of a line longer than the record length, and between stream records, the transcoder holds
+   the start of a character and goes on with the rest; point, a transfer at an explicit offset and a
+   failed conversion or write make it drop what it holds. A base character and its mark that a
+   record or chunk separates stay two characters in windows-1255, windows-1258 and TCVN.
+
+   Text lines. A line ends with the line feed of the file's encoding, in EBCDIC 0x25 and not 0x15
+   (NEL), or with carriage return and line feed. A file encoding in which another control character
+   takes more bytes than the line feed, such as UTF-7, has no lines: its open gets the transcoder's
+   status for want of room. A read gives one record without its line end; JXWEM_E_PARTIAL marks a
+   record whose line end was not seen, JXWEM_E_EOF the end. A byte-order mark is skipped before
+   every line. Any other failure is of the host read, of the transcoder, or, JXWEM_E_FAILED, of the
+   direct routine's step back to the next record, which a pipe cannot do: the record is handed back
+   all the same. */
 JX_EXPORT JXStatus skwem_read_var(JXFile *file, void **data, uint32_t *length, uint32_t unused,
                                   int64_t *offset);
 JX_EXPORT JXStatus skwem_read_rvar(JXFile *file, void **data, uint32_t *length, uint32_t unused,
                                    int64_t *offset);
 /* Writes one record and a line end. 0, or a failure of the host write or of the transcoder; the
-   direct routine answers JXWEM_E_TOOLONG to a record longer than the record length. */
+   direct routine answers JXWEM_E_TOOLONG to a record longer than the record length, and writes
+   nothing of it. The length counts bytes without a transcoder, with one characters: in UTF-8,
+   UTF-16, UTF-32 and every encoding of one byte a character exactly; in the others only the room is
+   the limit, record length and line end in the longest characters of the file, and a record that
+   exceeds it gets the transcoder's status. */
 JX_EXPORT JXStatus skwem_write_var(JXFile *file, const void *data, uint32_t length, uint32_t unused,
                                    int64_t *offset);
 JX_EXPORT JXStatus skwem_write_rvar(JXFile *file, const void *data, uint32_t length,

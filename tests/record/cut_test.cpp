@@ -36,7 +36,7 @@ constexpr std::pair<uint32_t, uint32_t> kModes[] = {{0, 1}, {0, 0}, {JX_ACCESS_U
 class Cut : public InstanceTest {
  protected:
   static JXOpenOptions options(uint32_t access, uint32_t buffered, uint32_t file, uint32_t record,
-                        uint32_t format = JX_FORMAT_VARIABLE) {
+                               uint32_t format = JX_FORMAT_VARIABLE) {
     JXOpenOptions options = open_options(access, buffered, format);
     options.file_encoding = file;
     options.record_encoding = record;

@@ -1,5 +1,5 @@
-// Doubles in decimal, exactly. A double is taken apart by its bits and every digit is decided by
-// integer arithmetic, on the stack alone. Rounding happens once, half away from zero.
+// Exact decimal digits of doubles. A double is decomposed into its bits, and integer arithmetic on
+// the stack decides every digit. Rounding happens once, half away from zero.
 #pragma once
 
 #include <bit>
@@ -13,16 +13,16 @@ namespace jx {
 inline constexpr int32_t kSignificandBits = 52;  // stored bits of a double's significand
 inline constexpr int32_t kExponentBias = 1023;
 inline constexpr uint32_t kExponentMask = 0x7FF;
-inline constexpr int32_t kLowestExponent = -1074;   // of the last bit of the smallest double
-inline constexpr int32_t kNotFiniteExponent = 972;  // what infinities and NaNs read as
+inline constexpr int32_t kLowestExponent = -1074;   // of the smallest double's last bit
+inline constexpr int32_t kNotFiniteExponent = 972;  // infinities and NaNs decompose to this
 
-// The magnitude of a double: significand * 2^exponent. An infinity reads as 2^1024.
-struct Binary {
+// The magnitude of a double: significand * 2^exponent. An infinity decomposes to 2^1024.
+struct DecomposedDouble {
   uint64_t significand;
   int32_t exponent;
 };
 
-inline Binary binary_of(double value) {
+inline DecomposedDouble decompose(double value) {
   const auto bits = std::bit_cast<uint64_t>(value);
   const uint64_t hidden = uint64_t{1} << kSignificandBits;
   const uint64_t significand = bits & (hidden - 1);
@@ -31,42 +31,42 @@ inline Binary binary_of(double value) {
   return {significand | hidden, field - kExponentBias - kSignificandBits};
 }
 
-// The part of a number below 1.
-inline Binary fraction_of(Binary value) {
+// The fraction of a number, without its integer part.
+inline DecomposedDouble fraction_of(DecomposedDouble value) {
   if (value.exponent >= 0) return {0, 0};
   if (value.exponent <= -64) return value;
   return {value.significand & ((uint64_t{1} << -value.exponent) - 1), value.exponent};
 }
 
-// The longest integer part, 2^1024 and what lies just above it, has 309 digits. A fraction has at
-// most 767 digits after its leading zeros: 1074 places, of which the 307 of a significand that
-// ends at 2^-1074 are zeros. Digits are made in groups, and the first may stop short.
+// The longest integer part, 2^1024 and just above, has 309 digits. A fraction has at most 1074
+// decimal places, and 767 digits after its leading zeros: a full significand that ends at 2^-1074
+// begins with 307 zeros. The last group of digits may run over the count that was asked for.
 inline constexpr uint32_t kIntegerDigits = 309;
 inline constexpr uint32_t kFractionDigits = 767;
 inline constexpr uint32_t kDecimalDigits = kFractionDigits + kLongGroupDigits;
 
-// A decimal number 0.d1d2d3... * 10^point with d1 not zero. Digits beyond count are zeros; count 0
-// is the number zero, with point 0.
+// The number 0.d1d2d3... * 10^point, d1 not zero. Digits after the first `count` are zeros; zero
+// has count 0 and point 0.
 struct Decimal {
   int32_t point;
   uint32_t count;
   JXChar digits[kDecimalDigits];
 };
 
-// Writes the digits of the integer part, at most kIntegerDigits, and returns how many there are:
-// 0 for a number below 1.
-uint32_t write_integer_part(Binary value, JXChar *digits);
+// Writes the digits of the integer part and returns their count: at most kIntegerDigits, 0 for a
+// number below 1.
+uint32_t write_integer_part(DecomposedDouble value, JXChar *digits);
 
-// The digits of a number as they stand: at least `wanted` of them, unless the expansion ends
+// Writes at least the first `wanted` digits of a number, unrounded; fewer if the expansion ends
 // before.
-void expand_exactly(Binary value, uint32_t wanted, Decimal *out);
+void expand_exactly(DecomposedDouble value, uint32_t wanted, Decimal *out);
 
-// The place of the first digit of a number that is not zero: the largest x with 10^x <= value.
-int32_t decimal_exponent(Binary value);
+// The largest x with 10^x <= value, the power of ten of the first digit; value is not zero.
+int32_t decimal_exponent(DecomposedDouble value);
 
-// A number that is not zero, rounded to `wanted` digits counted from its first one; exponent is
-// its decimal_exponent. With 0 wanted the first digit decides between zero and one unit of the
-// place above it; a negative count gives zero.
-void round_to_digits(Binary value, int32_t exponent, int64_t wanted, Decimal *out);
+// Rounds a number that is not zero to its first `wanted` digits; exponent is its decimal_exponent.
+// With 0 wanted, the first digit decides between zero and 10^(exponent + 1); a negative count gives
+// zero.
+void round_to_digits(DecomposedDouble value, int32_t exponent, int64_t wanted, Decimal *out);
 
 }  // namespace jx

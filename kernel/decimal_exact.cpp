@@ -1,5 +1,5 @@
-// The exact decimal expansion of a double by arithmetic on arrays of machine words: the integer
-// part is divided by a power of ten again and again, the fraction multiplied by it.
+// The exact decimal expansion of a double, with arrays of machine words: repeated division by a
+// power of ten for the integer part, repeated multiplication for the fraction.
 #include <algorithm>
 
 #include "kernel/decimal.hpp"
@@ -8,8 +8,7 @@ namespace jx {
 
 namespace {
 
-// The machine's word, the digits that one step makes, as many as a word always holds, and how they
-// are stored.
+// One step makes as many digits as always fit a machine word.
 #ifdef __SIZEOF_INT128__
 using Word = uint64_t;
 __extension__ using DoubleWord = unsigned __int128;
@@ -27,9 +26,9 @@ constexpr Word kStep = static_cast<Word>(kSmallPowers[kStepDigits]);
 constexpr uint32_t kIntegerWords = (1024 + kWordBits) / kWordBits;  // up to just above 2^1024
 constexpr uint32_t kIntegerSteps = (kIntegerDigits + kStepDigits - 1) / kStepDigits;
 constexpr uint32_t kFractionWords = (-kLowestExponent + kWordBits - 1) / kWordBits;
-constexpr uint32_t kShiftedWords = 64 / kWordBits + 1;  // of 64 bits that begin inside a word
+constexpr uint32_t kShiftedWords = 64 / kWordBits + 1;  // that 64 bits touch at any bit offset
 
-// Stores value * 2^shift, shift below the bits of a word, least significant word first.
+// Stores value * 2^shift, least significant word first; shift is less than kWordBits.
 void store_shifted(uint64_t value, uint32_t shift, Word *words) {
   const uint64_t low = value << shift;
   for (uint32_t i = 0; i + 1 < kShiftedWords; ++i) {
@@ -38,20 +37,19 @@ void store_shifted(uint64_t value, uint32_t shift, Word *words) {
   words[kShiftedWords - 1] = shift == 0 ? 0 : static_cast<Word>(value >> (64 - shift));
 }
 
-// Divides a stream of words, most significant first, by kStep. Without the machine's division,
-// which is slow for two words: the divisor and the dividend are shifted until the divisor's highest
-// bit is set, a product with the reciprocal estimates the quotient, and the remainder tells by how
-// much it is off.
+// Divides a stream of words, most significant first, by kStep. A hardware division of two words by
+// one is slow; this multiplies by the reciprocal of the divisor, shifted until its highest bit is
+// set, and corrects the estimated quotient by the remainder.
 class StepDivider {
  public:
-  // Takes the next word of the dividend and returns the next one of the quotient.
+  // Takes the next word of the dividend and returns the next word of the quotient.
   Word next_word(Word word) {
     const DoubleWord dividend = ((DoubleWord{remainder_} << kWordBits) | word) << kShift;
     const DoubleWord estimate =
         DoubleWord{kReciprocal} * static_cast<Word>(dividend >> kWordBits) + dividend;
     Word quotient = static_cast<Word>(estimate >> kWordBits) + 1;
     Word rest = static_cast<Word>(dividend) - quotient * kDivisor;
-    // One time in two, so that a branch would often be guessed wrong.
+    // Half of the estimates are one too high: a branch would be mispredicted often.
     const Word one_too_many = rest > static_cast<Word>(estimate) ? ~Word{0} : 0;
     quotient += one_too_many;
     rest += kDivisor & one_too_many;
@@ -68,15 +66,16 @@ class StepDivider {
  private:
   static constexpr uint32_t kShift = std::countl_zero(kStep);
   static constexpr Word kDivisor = kStep << kShift;
-  static constexpr Word kReciprocal = static_cast<Word>(~DoubleWord{0} / kDivisor);  // above 1
+  // The word below its leading 1.
+  static constexpr Word kReciprocal = static_cast<Word>(~DoubleWord{0} / kDivisor);
 
   Word remainder_ = 0;
 };
 
-// Integers of 64 bits and more: groups of digits from the last to the first. One pass over the
-// words divides four times, each division taking the words of the one before it as they come, so
-// that the processor works on all of them at once.
-uint32_t write_large_integer(Binary value, JXChar *digits) {
+// Integers of more than 64 bits: groups of digits, last group first. One pass over the words makes
+// four divisions, each fed by the quotient words of the one before, so that the processor overlaps
+// them.
+uint32_t write_large_integer(DecomposedDouble value, JXChar *digits) {
   const auto shift = static_cast<uint32_t>(value.exponent);
   Word words[kIntegerWords + kShiftedWords - 1] = {};
   store_shifted(value.significand, shift % kWordBits, words + shift / kWordBits);
@@ -102,16 +101,16 @@ uint32_t write_large_integer(Binary value, JXChar *digits) {
   return count;
 }
 
-// A fraction below 1 as words after the binary point, of which it knows the run that is not zero:
-// a product costs only as many steps as that run has words.
+// A fraction below 1 as words after the binary point. It tracks the run of words that are not zero,
+// and a multiplication touches only these.
 class Fraction {
  public:
-  explicit Fraction(Binary value) {
-    const Binary fraction = fraction_of(value);
+  explicit Fraction(DecomposedDouble value) {
+    const DecomposedDouble fraction = fraction_of(value);
     const auto bits = static_cast<uint32_t>(-fraction.exponent);
     size_ = (bits + kWordBits - 1) / kWordBits;
     store_shifted(fraction.significand, size_ * kWordBits - bits, words_);
-    // A fraction of few bits leaves zeros beyond its words.
+    // A fraction of few bits has fewer words than were stored; the rest are zeros.
     high_ = std::min(kShiftedWords, size_);
     while (high_ > 0 && words_[high_ - 1] == 0) --high_;
     drop_low_zeros();
@@ -119,7 +118,7 @@ class Fraction {
 
   bool is_zero() const { return low_ >= high_; }
 
-  // Takes off the next kStepDigits digits.
+  // Removes the next kStepDigits digits and returns them as a number.
   Word next_group() {
     DoubleWord carry = 0;
     for (uint32_t i = low_; i < high_; ++i) {
@@ -146,8 +145,7 @@ class Fraction {
   Word words_[kFractionWords + kShiftedWords - 1];
 };
 
-// The first digits of a number below 1: skips the zeros after the point, then stores the group that
-// holds the first digit.
+// Skips the zeros after the decimal point, then stores the group with the first nonzero digit.
 void start_below_one(Fraction *fraction, Decimal *out) {
   Word group = 0;
   while (group == 0) {
@@ -161,7 +159,7 @@ void start_below_one(Fraction *fraction, Decimal *out) {
 
 }  // namespace
 
-uint32_t write_integer_part(Binary value, JXChar *digits) {
+uint32_t write_integer_part(DecomposedDouble value, JXChar *digits) {
   if (value.exponent > 63 - kSignificandBits) return write_large_integer(value, digits);
   if (value.exponent <= -64) return 0;
   const uint64_t whole = value.exponent >= 0 ? value.significand << value.exponent
@@ -172,7 +170,7 @@ uint32_t write_integer_part(Binary value, JXChar *digits) {
   return count;
 }
 
-void expand_exactly(Binary value, uint32_t wanted, Decimal *out) {
+void expand_exactly(DecomposedDouble value, uint32_t wanted, Decimal *out) {
   out->count = write_integer_part(value, out->digits);
   out->point = static_cast<int32_t>(out->count);
   if (value.exponent >= 0 || (out->count != 0 && out->count >= wanted)) return;

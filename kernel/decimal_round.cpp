@@ -1,6 +1,6 @@
-// Rounding to a number of digits. Up to 18 digits come from one product with a power of ten of 128
-// bits; the few numbers for which that product cannot tell the direction of rounding, and all
-// longer texts, come from the exact expansion.
+// Rounding to a number of digits. Up to 18 digits come from one product with a 128-bit power of
+// ten. The exact expansion makes all longer texts, and decides the few numbers for which the
+// product leaves the direction of rounding open.
 #include "kernel/decimal.hpp"
 
 #include <algorithm>
@@ -9,26 +9,25 @@ namespace jx {
 
 namespace {
 
-// A power of ten: its leading 128 bits, truncated, the highest one set.
-struct Power {
+struct UInt128 {
   uint64_t high;
   uint64_t low;
 };
 
-constexpr int32_t kLowestPower = -323;   // to compare with the smallest double
-constexpr int32_t kHighestPower = 341;   // raises the smallest double to 18 digits
+constexpr int32_t kLowestPower = -323;   // for comparison with the smallest double
+constexpr int32_t kHighestPower = 341;   // scales the smallest double to 18 digits
 constexpr int32_t kLastExactPower = 55;  // 5^55 is the last that fits 128 bits
 constexpr int64_t kFastDigits = 18;
 
-// floor(log2(10^power)) and floor(log10(2^power)), for every power that occurs.
+// floor(log2(10^power)) and floor(log10(2^power)), exact in the range of powers used here.
 constexpr int32_t floor_log2_of_ten(int32_t power) { return (power * 217706) >> 16; }
 constexpr int32_t floor_log10_of_two(int32_t power) { return (power * 315653) >> 20; }
 
-// Walks through the powers of ten with 256 bits, so that the 128 that are kept are right.
+// Steps through the powers of ten in 256 bits, so that the 128 bits kept are exact.
 class PowerWalk {
  public:
   constexpr int32_t log2() const { return log2_; }
-  constexpr Power leading_bits() const {
+  constexpr UInt128 leading_bits() const {
     return {(uint64_t{words_[7]} << 32) | words_[6], (uint64_t{words_[5]} << 32) | words_[4]};
   }
 
@@ -71,8 +70,9 @@ class PowerWalk {
 };
 
 struct PowerTable {
-  Power powers[kHighestPower - kLowestPower + 1];
-  bool is_sound;  // the logarithms are right, and only short powers end in the high word
+  // The leading 128 bits of each power, truncated, the highest one set.
+  UInt128 powers[kHighestPower - kLowestPower + 1];
+  bool is_sound;  // the logarithms are right, and low is 0 for 10^0 to 10^27 only
 };
 
 constexpr PowerTable make_powers() {
@@ -97,15 +97,9 @@ constexpr PowerTable make_powers() {
 constexpr PowerTable kPowers = make_powers();
 static_assert(kPowers.is_sound);
 
-const Power &power_of_ten(int32_t power) { return kPowers.powers[power - kLowestPower]; }
+const UInt128 &power_of_ten(int32_t power) { return kPowers.powers[power - kLowestPower]; }
 
-struct Product {
-  uint64_t high;
-  uint64_t low;
-};
-
-// The 128 bits of a product.
-Product multiply(uint64_t a, uint64_t b) {
+UInt128 multiply(uint64_t a, uint64_t b) {
 #ifdef __SIZEOF_INT128__
   __extension__ using Wide = unsigned __int128;
   const Wide product = Wide{a} * b;
@@ -123,20 +117,20 @@ Product multiply(uint64_t a, uint64_t b) {
 #endif
 }
 
-// value * 10^power, below 2^60, rounded to an integer. False when the truncated power of ten leaves
-// the direction open.
-bool round_scaled(Binary value, int32_t power, uint64_t *out) {
+// Rounds value * 10^power, which is below 2^60, to an integer. False when the truncated power of
+// ten leaves the direction open.
+bool round_scaled(DecomposedDouble value, int32_t power, uint64_t *out) {
   const int32_t shift = std::countl_zero(value.significand);
   const uint64_t significand = value.significand << shift;
-  const Power &ten = power_of_ten(power);
-  // The upper 128 bits of the product of 64 and 128 bits; truncation makes them too small by less
-  // than two units of their last place.
-  Product scaled = multiply(significand, ten.high);
+  const UInt128 &ten = power_of_ten(power);
+  // The upper 128 bits of the 192-bit product; truncation makes them too small by less than two
+  // units in the last place.
+  UInt128 scaled = multiply(significand, ten.high);
   const uint64_t carried = multiply(significand, ten.low).high;
   scaled.low += carried;
   scaled.high += scaled.low < carried ? 1 : 0;
-  // Bits of the upper word that lie after the binary point: at least 3, because the result is below
-  // 2^60, and at most 68, because it is not below 1/10.
+  // Bits of scaled.high after the binary point: at least 3, because the result is below 2^60, and
+  // at most 68, because it is at least 1/10.
   const int32_t below = -1 - floor_log2_of_ten(power) - (value.exponent - shift);
   uint64_t whole = 0;
   uint64_t fraction;  // the first 64 bits after the point, in units of at least 8
@@ -153,7 +147,7 @@ bool round_scaled(Binary value, int32_t power, uint64_t *out) {
   return true;
 }
 
-// Adds one to the last of `count` digits. Nines become zeros, which are left out.
+// Adds one to the last of `count` digits. Nines carry; the zeros they become are dropped.
 void round_up(uint32_t count, Decimal *number) {
   while (count > 0 && number->digits[count - 1] == '9') --count;
   if (count == 0) {
@@ -166,7 +160,7 @@ void round_up(uint32_t count, Decimal *number) {
   number->count = count;
 }
 
-void round_expansion(Binary value, uint32_t wanted, Decimal *out) {
+void round_expansion(DecomposedDouble value, uint32_t wanted, Decimal *out) {
   expand_exactly(value, wanted + 1, out);
   if (out->count <= wanted) return;
   out->count = wanted;
@@ -179,20 +173,20 @@ void round_expansion(Binary value, uint32_t wanted, Decimal *out) {
 
 }  // namespace
 
-int32_t decimal_exponent(Binary value) {
+int32_t decimal_exponent(DecomposedDouble value) {
   const int32_t shift = std::countl_zero(value.significand);
   const int32_t log2 = value.exponent + 63 - shift;
   const int32_t estimate = floor_log10_of_two(log2);
-  // The estimate is right or one too low, which a comparison with the next power tells.
+  // The estimate is right or one too low: the comparison with the next power decides.
   const int32_t next_log2 = floor_log2_of_ten(estimate + 1);
   if (log2 != next_log2) return estimate + (log2 > next_log2 ? 1 : 0);
-  const Power &next = power_of_ten(estimate + 1);
+  const UInt128 &next = power_of_ten(estimate + 1);
   const uint64_t significand = value.significand << shift;
   const bool is_next = significand > next.high || (significand == next.high && next.low == 0);
   return estimate + (is_next ? 1 : 0);
 }
 
-void round_to_digits(Binary value, int32_t exponent, int64_t wanted, Decimal *out) {
+void round_to_digits(DecomposedDouble value, int32_t exponent, int64_t wanted, Decimal *out) {
   out->count = 0;
   out->point = 0;
   if (wanted < 0) return;

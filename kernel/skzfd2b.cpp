@@ -1,5 +1,5 @@
-// Text of doubles in fixed, exponent and general form: the form is chosen, the number is rounded
-// once, and its digits are laid out around the decimal point.
+// skzfDouble and skzflDouble: text of a double in fixed, exponent or general form. Chooses the
+// form, rounds once, and lays the digits out around the decimal point.
 #include <algorithm>
 #include <cstring>
 
@@ -9,14 +9,13 @@
 
 namespace {
 
-using jx::Binary;
 using jx::Decimal;
+using jx::DecomposedDouble;
 
 constexpr uint64_t kMissingBits = 0xFFFF;  // the most significant 16 bits of a missing value
 constexpr int32_t kDefaultPrecision = 6;   // for a negative precision
-constexpr int32_t kMostFixedZeros = 3;     // zeros after the point that 'g' still writes out
+constexpr int32_t kMostFixedZeros = 3;     // after the point; with more, 'g' uses an exponent
 
-// How a number is to be written.
 struct Layout {
   bool has_exponent;
   bool has_point;           // a point even when no digit follows it
@@ -40,8 +39,8 @@ JXStatus put_not_finite(uint64_t bits, bool uppercase, JXChar *destination, int3
   return skzfJXString(text, 3, destination, capacity_chars, count_out);
 }
 
-// The form of a number whose first digit stands at the given power of ten. 'g' decides before the
-// number is rounded.
+// The layout of a number whose first digit has the weight 10^exponent. 'g' chooses by the number
+// before rounding.
 Layout choose_layout(uint32_t conversion, bool is_zero, int32_t exponent, int32_t precision,
                      bool alternate) {
   if (conversion == 'f') return {false, alternate, precision};
@@ -52,7 +51,7 @@ Layout choose_layout(uint32_t conversion, bool is_zero, int32_t exponent, int32_
   return {true, alternate, std::max(precision - 1, 0)};
 }
 
-// Leaves out the zeros at the end of the fraction.
+// Trims zeros from the end of the fraction.
 void drop_fraction_zeros(const Decimal &number, Layout *layout) {
   uint32_t count = number.count;
   while (count > 0 && number.digits[count - 1] == '0') --count;
@@ -66,9 +65,9 @@ JXChar *put_zeros(JXChar *at, int64_t count) {
   return at + count;
 }
 
-// Stores the digits of places first to last - 1 of a number, counted from its first digit. Places
-// before that one and after the last digit are zeros.
-JXChar *put_places(JXChar *at, const Decimal &number, int64_t first, int64_t last) {
+// Stores the digits with index first to last - 1 of a number; index 0 is its first digit, a
+// negative index is to the left of that. Beyond the stored digits, on either side, are zeros.
+JXChar *put_digits(JXChar *at, const Decimal &number, int64_t first, int64_t last) {
   const int64_t digits_first = std::clamp<int64_t>(0, first, last);
   const int64_t digits_last = std::clamp<int64_t>(number.count, digits_first, last);
   at = put_zeros(at, digits_first - first);
@@ -101,12 +100,12 @@ void put_number(JXChar *at, const Decimal &number, const Layout &layout, JXChar 
                 bool uppercase) {
   const int64_t before_point = layout.has_exponent ? 1 : number.point;
   if (before_point > 0) {
-    at = put_places(at, number, 0, before_point);
+    at = put_digits(at, number, 0, before_point);
   } else {
     *at++ = '0';
   }
   if (layout.fraction_digits > 0 || layout.has_point) *at++ = decimal_point;
-  at = put_places(at, number, before_point, before_point + layout.fraction_digits);
+  at = put_digits(at, number, before_point, before_point + layout.fraction_digits);
   if (!layout.has_exponent) return;
   put_exponent(at, number.count == 0 ? 0 : number.point - 1, uppercase);
 }
@@ -120,20 +119,20 @@ JXStatus skzfDouble(double value, uint32_t conversion, JXChar decimal_point, uin
                     int32_t capacity_chars, uint32_t *count_out) {
   const auto bits = std::bit_cast<uint64_t>(value);
   if (bits >> 48 == kMissingBits) return put_missing(bits, destination, capacity_chars, count_out);
-  const Binary binary = jx::binary_of(value);
-  if (binary.exponent == jx::kNotFiniteExponent) {
+  const DecomposedDouble parts = jx::decompose(value);
+  if (parts.exponent == jx::kNotFiniteExponent) {
     return put_not_finite(bits, uppercase != 0, destination, capacity_chars, count_out);
   }
   if (precision < 0) precision = kDefaultPrecision;
-  const bool is_zero = binary.significand == 0;
-  const int32_t exponent = is_zero ? 0 : jx::decimal_exponent(binary);
+  const bool is_zero = parts.significand == 0;
+  const int32_t exponent = is_zero ? 0 : jx::decimal_exponent(parts);
   Layout layout = choose_layout(conversion, is_zero, exponent, precision, alternate != 0);
   Decimal number __attribute__((uninitialized));
   number.count = 0;
   number.point = 0;
   if (!is_zero) {
     const int64_t before_point = layout.has_exponent ? 1 : exponent + 1;
-    jx::round_to_digits(binary, exponent, before_point + layout.fraction_digits, &number);
+    jx::round_to_digits(parts, exponent, before_point + layout.fraction_digits, &number);
   }
   const bool is_general = conversion != 'f' && conversion != 'e';
   if (is_general && !alternate) drop_fraction_zeros(number, &layout);

@@ -1,4 +1,4 @@
-// Digits of the fraction of a double.
+// skzfFDblToBuff: digits of the fraction of a double.
 #include <algorithm>
 #include <cstring>
 
@@ -7,13 +7,13 @@
 
 extern "C" JXStatus skzfFDblToBuff(double value, JXChar *destination, uint32_t digit_count,
                                    uint32_t *count_out, uint32_t *leading_zeros_out) {
-  const jx::Binary binary = jx::binary_of(value);
+  const jx::DecomposedDouble parts = jx::decompose(value);
   *count_out = 0;
   if (leading_zeros_out) *leading_zeros_out = 0;
-  // Zero and numbers without fraction bits have no digits at all.
-  if (binary.significand == 0 || binary.exponent >= 0) return JX_OK;
+  // Zero and numbers without fraction bits have no digits.
+  if (parts.significand == 0 || parts.exponent >= 0) return JX_OK;
   jx::Decimal fraction __attribute__((uninitialized));
-  jx::expand_exactly(jx::fraction_of(binary), digit_count, &fraction);
+  jx::expand_exactly(jx::fraction_of(parts), digit_count, &fraction);
   const auto zeros = static_cast<uint32_t>(-fraction.point);
   uint32_t stored_zeros = 0;
   if (leading_zeros_out) {

@@ -1,4 +1,4 @@
-// Digits of the integer part of a double.
+// skzfIDblToBuff: digits of the integer part of a double.
 #include <cstring>
 
 #include "kernel/decimal.hpp"
@@ -16,7 +16,7 @@ uint32_t count_trailing_zeros(const JXChar *digits, uint32_t count) {
 extern "C" JXStatus skzfIDblToBuff(double value, JXChar *destination, uint32_t capacity_chars,
                                    uint32_t *digit_count_out, uint32_t *trailing_zeros_out) {
   JXChar digits[jx::kIntegerDigits] __attribute__((uninitialized));
-  uint32_t count = jx::write_integer_part(jx::binary_of(value), digits);
+  uint32_t count = jx::write_integer_part(jx::decompose(value), digits);
   if (trailing_zeros_out) {
     *trailing_zeros_out = count_trailing_zeros(digits, count);
     count -= *trailing_zeros_out;

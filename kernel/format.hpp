@@ -1,8 +1,9 @@
-// The formatting engine's stages: a directive is parsed into a record, its arguments are fetched,
-// its field is rendered, and everything goes out through one sink.
+// The stages of jxzFormatBuff: parse a directive into a record, fetch its arguments, render its
+// field, append it to one sink.
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdarg>
 #include <cstdint>
 #include <utility>
@@ -13,10 +14,11 @@
 
 namespace jx {
 
-inline constexpr int32_t kArgumentCount = 10;  // arguments that can be named by number
+inline constexpr int32_t kArgumentCount = 10;  // numbered arguments, "1$" to "10$"
+inline constexpr int32_t kNoPrecision = -1;
 
-// How an argument is taken from the list. When several directives name one argument, the highest
-// of their types is the one it is taken by.
+// The type by which an argument is taken from the list. When several directives name one argument,
+// the highest of their types counts.
 enum class ArgumentType : uint8_t {
   kNone = 0,
   kChar = 1,
@@ -26,7 +28,7 @@ enum class ArgumentType : uint8_t {
   kPointer = 6,
   kDouble = 7,
   kLongDouble = 8,
-  kRefused = 0xFF,  // the conversion does not go with the length modifier
+  kRefused = 0xFF,  // the conversion does not take the length modifier
 };
 
 enum class FieldKind : uint8_t {
@@ -34,28 +36,31 @@ enum class FieldKind : uint8_t {
   kUnsigned,
   kCharacter,
   kString,         // ends at a zero or after precision units
-  kCountedString,  // of exactly precision units
+  kCountedString,  // exactly precision units
   kFloating,
   kPercent,
 };
 
 enum class LengthModifier : uint8_t { kNone, kShort, kLong, kLongLong, kLongDouble };
 
-// A conversion character: what its field is and which argument it needs.
+// The argument type of a conversion for each LengthModifier.
+using ArgumentTypes = std::array<ArgumentType, 5>;
+
+// A conversion character and how its argument is taken and rendered.
 struct Conversion {
   JXChar letter;
   FieldKind kind;
-  uint8_t base;           // of an integer field
-  bool has_prefix;        // "#" adds the base in front of the digits
-  bool uppercase;         // of digits, prefix and exponent
-  JXChar form;            // of a floating field: 'e', 'f' or 'g'
-  ArgumentType types[5];  // by LengthModifier
+  uint8_t base;     // of an integer field
+  bool has_prefix;  // "#" puts the prefix of the base before the digits
+  bool uppercase;   // of digits, prefix and exponent
+  JXChar form;      // of a floating field: 'e', 'f' or 'g'
+  ArgumentTypes types;
 };
 
 // A width or a precision.
 struct Amount {
   enum class Origin : uint8_t { kAbsent, kText, kNextArgument, kNumberedArgument };
-  int32_t value = 0;  // kText: the amount; kNumberedArgument: the argument's index
+  int32_t value = 0;  // kText: the amount; kNumberedArgument: the index of the argument
   Origin origin = Origin::kAbsent;
 };
 
@@ -66,14 +71,14 @@ inline constexpr uint8_t kSpace = 4;
 inline constexpr uint8_t kAlternate = 8;
 inline constexpr uint8_t kZero = 16;
 
-// A directive as it stands in the format.
+// A parsed directive. Offsets are in characters from the start of the format.
 struct Directive {
   int32_t start = 0;      // of its "%"
   int32_t end = 0;        // just after its conversion character, or the end of the format
-  int32_t argument = -1;  // index of the numbered argument; -1: the next one of the list
+  int32_t argument = -1;  // index of the numbered argument; -1: the next argument of the list
   Amount width;
   Amount precision;
-  uint8_t flags = 0;  // after "-" has cancelled "0" and "+" has cancelled " "
+  uint8_t flags = 0;  // kLeft clears kZero, kPlus clears kSpace
   LengthModifier length = LengthModifier::kNone;
   ArgumentType type = ArgumentType::kNone;  // of the value
   const Conversion *conversion = nullptr;   // null: the directive is not valid
@@ -85,27 +90,27 @@ struct Directive {
   }
 };
 
-// Reads the directive whose "%" is at start. JX_E_BADFORMAT for an argument number outside 1 to 10
-// or a "*" with digits but no "$"; every other fault leaves conversion null.
+// Parses the directive whose "%" is at start. JX_E_BADFORMAT for an argument number outside 1 to 10
+// or a "*" with digits but no "$"; any other fault leaves conversion null.
 JXStatus parse_directive(const JXChar *format, int32_t format_chars, int32_t start,
                          Directive *directive);
 
-// An argument as it was taken.
+// An argument and the type by which it was taken.
 struct Value {
   ArgumentType type;
   union {
-    int64_t integer;  // kChar to kPointer, with the sign of the type it was taken by
-    double real;
-    long double extended;
+    int64_t integer;       // kChar to kPointer, sign-extended
+    double real;           // kDouble
+    long double extended;  // kLongDouble
   };
 };
 
-// Floating values truncated toward zero; one that is out of range becomes the lowest integer.
+// A floating value truncated toward zero; the lowest integer when out of range.
 int64_t truncated64_of(const Value &value);
 int32_t truncated32_of(const Value &value);
 
-// Conversions between what was taken and what is needed.
 inline bool is_floating(ArgumentType type) { return type >= ArgumentType::kDouble; }
+// A value as an integer or a double, whatever type it was taken by.
 inline int64_t integer64_of(const Value &value) {
   return is_floating(value.type) ? truncated64_of(value) : value.integer;
 }
@@ -116,20 +121,20 @@ double real_of(const Value &value);
 // The address of a string; null when the argument was taken as something else.
 const void *address_of(const Value &value);
 
-// The argument list of one call. Whoever makes it starts and ends the list.
+// The arguments of one call. The creator starts and ends `list`.
 class Arguments {
  public:
   Arguments() = default;
   Arguments(const Arguments &) = delete;
   Arguments &operator=(const Arguments &) = delete;
 
-  // Notes what a directive needs of the numbered arguments.
+  // Records the types of the numbered arguments that a directive needs.
   void note(const Directive &directive);
-  // Takes the numbered arguments off the list, up to the first that nobody needs.
+  // Takes the numbered arguments from the list, up to the first that no directive needs.
   void take_numbered();
   bool has_numbered() const { return has_numbered_; }
 
-  // The value of a directive; an argument that nobody needed reads as zero.
+  // The value of a directive; a numbered argument that was not taken is zero.
   void get_value(const Directive &directive, Value *value) {
     if (directive.argument < 0 && directive.type == ArgumentType::kInt) {
       value->type = ArgumentType::kInt;
@@ -138,7 +143,7 @@ class Arguments {
     }
     fetch_value(directive, value);
   }
-  // A width or a precision; 0 when there is none.
+  // A width or precision; 0 when absent.
   int32_t amount_of(const Amount &amount) {
     return amount.origin <= Amount::Origin::kText ? amount.value : fetch_amount(amount);
   }
@@ -155,65 +160,68 @@ class Arguments {
   Value numbered_[kArgumentCount];  // valid when has_numbered_ is set
 };
 
-// The output: pieces that are written whole or not at all, and counted in both cases. Once a piece
-// did not fit nothing more is written.
+// The output buffer. A piece is appended whole or not at all, and counted either way. After the
+// first piece that does not fit, nothing more is written.
 class Sink {
  public:
   Sink(JXChar *buffer, int32_t capacity_chars)
       : buffer_(buffer ? buffer : &nowhere_),
-        place_(buffer_),
+        end_(buffer_),
         room_chars_(static_cast<uint32_t>(std::max(capacity_chars, 0))) {}
 
   // Characters of all pieces, written or not.
-  uint64_t chars() const { return static_cast<uint64_t>(place_ - buffer_) + refused_chars_; }
+  uint64_t chars() const { return static_cast<uint64_t>(end_ - buffer_) + refused_chars_; }
   bool is_truncated() const { return refused_chars_ != 0; }
 
-  // Room for a piece that the caller writes itself. Null, and the piece is refused, without room.
-  JXChar *add(uint64_t chars) {
-    JXChar *place = add_if_fits(chars);
-    if (!place) refuse(chars);
-    return place;
+  // Appends a piece for the caller to fill in. Null when it does not fit: the piece is refused.
+  JXChar *append(uint64_t chars) {
+    JXChar *piece = append_if_fits(chars);
+    if (!piece) refuse(chars);
+    return piece;
   }
-  // The same for a whole field, whose pieces can be tried one by one when it does not fit.
-  JXChar *add_if_fits(uint64_t chars) {
+  // The same without the refusal: the caller may try smaller pieces.
+  JXChar *append_if_fits(uint64_t chars) {
     if (chars > room_chars_) return nullptr;
     room_chars_ -= static_cast<uint32_t>(chars);
-    return std::exchange(place_, place_ + chars);
+    return std::exchange(end_, end_ + chars);
   }
 
-  // For a routine that writes a piece by itself: where, how much fits, and then what came of it.
-  JXChar *place() const { return place_; }
+  // For a routine that takes a buffer: it writes at end(), up to room_chars() characters, and
+  // append_written() then appends the piece, or refuses it by the routine's status.
+  JXChar *end() const { return end_; }
   int32_t room_chars() const { return static_cast<int32_t>(room_chars_); }
-  void note_piece(JXStatus status, uint32_t chars) {
-    if (status != JX_OK || !add_if_fits(chars)) refuse(chars);
+  void append_written(JXStatus status, uint32_t chars) {
+    if (status != JX_OK || !append_if_fits(chars)) refuse(chars);
   }
 
-  void put_text(const JXChar *text, uint32_t chars) {
-    if (JXChar *place = add(chars)) copy_chars(text, chars, place);
+  void append_text(const JXChar *text, uint32_t chars) {
+    if (JXChar *piece = append(chars)) copy_chars(text, chars, piece);
   }
-  void put_character(JXChar character) {
-    if (JXChar *place = add(1)) *place = character;
+  void append_character(JXChar character) {
+    if (JXChar *piece = append(1)) *piece = character;
   }
-  // Appends `chars` times a character, as one piece.
-  void put_fill(JXChar character, uint64_t chars) { insert_fill(this->chars(), character, chars); }
-  // The same in front of everything from `position` on, which moves to make room.
-  void insert_fill(uint64_t position, JXChar character, uint64_t chars);
+  // Appends a character `chars` times, as one piece.
+  void append_fill(JXChar character, uint64_t chars) {
+    insert_fill(this->chars(), character, chars);
+  }
+  // The same at `offset` in the output; what follows moves up.
+  void insert_fill(uint64_t offset, JXChar character, uint64_t chars);
 
  private:
-  // A piece that does not fit is counted and leaves no room for any other.
+  // Counts a piece that does not fit, and leaves no room for others.
   void refuse(uint64_t chars) {
     refused_chars_ += chars;
     room_chars_ = 0;
   }
 
-  JXChar nowhere_;  // what a null buffer points to, so that a piece of no characters has a place
+  JXChar nowhere_;  // replaces a null buffer: the address of an empty piece is not null
   JXChar *buffer_;
-  JXChar *place_;               // of the next piece
-  uint32_t room_chars_;         // from there on
-  uint64_t refused_chars_ = 0;  // of the pieces that did not fit; a piece without room has some
+  JXChar *end_;                 // of the output, where the next piece goes
+  uint32_t room_chars_;         // after end_
+  uint64_t refused_chars_ = 0;  // of the pieces that did not fit; these are never empty
 };
 
-// Writes the output of one directive; its text is what an invalid directive shows.
+// Appends the field of one directive, or "<<", its text and ">>" if it is not valid.
 void put_directive(const JXChar *format, const Directive &directive, JXChar decimal_point,
                    Arguments *arguments, Sink *sink);
 

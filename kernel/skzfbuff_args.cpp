@@ -1,4 +1,5 @@
-// Arguments: taken from the list in order, or by number after all of them are known.
+// The arguments of jxzFormatBuff: taken from the list in order, or by number once the types of all
+// are known.
 #include <limits>
 
 #include "kernel/format.hpp"
@@ -7,13 +8,12 @@ namespace jx {
 
 namespace {
 
-// A floating value truncated toward zero; the lowest integer when it is not in range.
 template <typename Integer>
 Integer truncate(const Value &value) {
   const long double wide =
       value.type == ArgumentType::kDouble ? static_cast<long double>(value.real) : value.extended;
   constexpr Integer kLowest = std::numeric_limits<Integer>::min();
-  // -kLowest, the first number beyond the range, is a power of two and therefore exact.
+  // The first number above the range is a power of two, and so exact in floating point.
   constexpr long double kBeyond = -static_cast<long double>(kLowest);
   const bool is_in_range = wide > -kBeyond - 1.0L && wide < kBeyond;
   return is_in_range ? static_cast<Integer>(wide) : kLowest;

@@ -1,4 +1,4 @@
-// Fields: what a directive puts out, with sign, prefix, precision and width.
+// The fields of jxzFormatBuff: sign, prefix, zeros, digits or text, and padding.
 #include <algorithm>
 #include <cstring>
 #include <cwchar>
@@ -10,21 +10,20 @@ namespace jx {
 
 namespace {
 
-constexpr int32_t kNoPrecision = -1;
 constexpr int32_t kDefaultFloatingPrecision = 6;
 constexpr JXChar kOpenInvalid[2] = {'<', '<'};
 constexpr JXChar kCloseInvalid[2] = {'>', '>'};
 
-// A directive with its width and precision fetched.
+// A directive with its width and precision resolved.
 struct Field {
   const Directive *directive;
   const Conversion *conversion;
   uint64_t width;     // 0: none
-  bool left;          // padding follows
+  bool left;          // padding goes after the text
   int32_t precision;  // kNoPrecision: none
 };
 
-// The order matters: each "*" takes its argument from the list.
+// Width before precision: each "*" takes the next argument of the list.
 void resolve(const Directive &directive, Arguments *arguments, Field *field) {
   field->directive = &directive;
   field->conversion = directive.conversion;
@@ -37,18 +36,19 @@ void resolve(const Directive &directive, Arguments *arguments, Field *field) {
 }
 
 void put_invalid(const JXChar *format, const Directive &directive, Sink *sink) {
-  sink->put_text(kOpenInvalid, 2);
-  sink->put_text(format + directive.start, static_cast<uint32_t>(directive.end - directive.start));
-  sink->put_text(kCloseInvalid, 2);
+  sink->append_text(kOpenInvalid, 2);
+  sink->append_text(format + directive.start,
+                    static_cast<uint32_t>(directive.end - directive.start));
+  sink->append_text(kCloseInvalid, 2);
 }
 
-// Pads a field that was written without its width. A sign stays in front of zeros.
+// Pads the field appended since `start` to its width. Zeros go after the sign.
 void pad(const Field &field, uint64_t start, uint32_t sign_chars, bool with_zeros, Sink *sink) {
   const uint64_t chars = sink->chars() - start;
   if (chars >= field.width) return;
   const uint64_t padding = field.width - chars;
   if (field.left) {
-    sink->put_fill(' ', padding);
+    sink->append_fill(' ', padding);
   } else if (with_zeros) {
     sink->insert_fill(start + sign_chars, '0', padding);
   } else {
@@ -57,13 +57,13 @@ void pad(const Field &field, uint64_t start, uint32_t sign_chars, bool with_zero
 }
 
 // The sign character of a number; 0: none.
-JXChar sign_of(const Directive &directive, bool is_negative) {
+JXChar sign_character(const Directive &directive, bool is_negative) {
   if (is_negative) return '-';
   if (directive.has(kPlus)) return '+';
   return directive.has(kSpace) ? ' ' : 0;
 }
 
-// Tells whether an integer directive works in 64 bits.
+// Whether an integer of this type has 64 bits.
 bool is_wide(ArgumentType type) {
   switch (type) {
     case ArgumentType::kLong:
@@ -75,12 +75,12 @@ bool is_wide(ArgumentType type) {
   }
 }
 
-// An integer field in parts: sign, prefix, zeros up to the precision, digits.
+// The parts of an integer field, in order.
 struct Integer {
   uint64_t magnitude;
   JXChar sign;            // 0: none
   uint32_t prefix_chars;  // "0" or "0x"
-  uint32_t zeros;
+  uint32_t zeros;         // up to the precision
   uint32_t digits;
 };
 
@@ -91,7 +91,7 @@ void measure_integer(const Field &field, const Value &value, Integer *integer) {
   integer->sign = 0;
   if (field.conversion->kind == FieldKind::kSigned) {
     const int64_t number = wide ? integer64_of(value) : integer32_of(value);
-    integer->sign = sign_of(directive, number < 0);
+    integer->sign = sign_character(directive, number < 0);
     integer->magnitude =
         number < 0 ? 0 - static_cast<uint64_t>(number) : static_cast<uint64_t>(number);
   } else {
@@ -105,7 +105,7 @@ void measure_integer(const Field &field, const Value &value, Integer *integer) {
                         ? count_digits(static_cast<uint32_t>(integer->magnitude), base)
                         : count_digits(integer->magnitude, base);
   if (integer->magnitude == 0 && field.precision == 0) integer->digits = 0;
-  // The "0" of an octal number is one of its digits.
+  // The octal prefix counts as a digit.
   const uint32_t present = integer->digits + (base == 8 ? integer->prefix_chars : 0);
   const int32_t zeros = field.precision - static_cast<int32_t>(present);
   integer->zeros = static_cast<uint32_t>(std::max(zeros, 0));
@@ -122,39 +122,39 @@ void write_integer(const Conversion &conversion, const Integer &integer, JXChar 
   }
 }
 
-JXChar *put_prefix(const Conversion &conversion, uint32_t chars, JXChar *at) {
+JXChar *write_prefix(const Conversion &conversion, uint32_t chars, JXChar *at) {
   if (chars > 0) *at++ = '0';
   if (chars > 1) *at++ = conversion.uppercase ? 'X' : 'x';
   return at;
 }
 
-JXChar *put_run(JXChar character, uint64_t chars, JXChar *at) {
+JXChar *write_repeated(JXChar character, uint64_t chars, JXChar *at) {
   for (; chars > 0; --chars) *at++ = character;
   return at;
 }
 
-// A field that fits, from left to right.
+// Writes a field that fits, from left to right.
 void write_whole_integer(const Field &field, const Integer &integer, uint64_t padding, JXChar *at) {
   const bool with_zeros = field.directive->has(kZero);
-  if (!field.left && !with_zeros) at = put_run(' ', padding, at);
+  if (!field.left && !with_zeros) at = write_repeated(' ', padding, at);
   if (integer.sign) *at++ = integer.sign;
-  if (!field.left && with_zeros) at = put_run('0', padding, at);
-  at = put_prefix(*field.conversion, integer.prefix_chars, at);
-  at = put_run('0', integer.zeros, at);
+  if (!field.left && with_zeros) at = write_repeated('0', padding, at);
+  at = write_prefix(*field.conversion, integer.prefix_chars, at);
+  at = write_repeated('0', integer.zeros, at);
   write_integer(*field.conversion, integer, at);
-  if (field.left) put_run(' ', padding, at + integer.digits);
+  if (field.left) write_repeated(' ', padding, at + integer.digits);
 }
 
-// The same piece by piece, up to the first that does not fit. Zeros and padding are the last to be
-// tried although they stand in front.
+// Appends a field that does not fit piece by piece, up to the first that does not fit. Zeros and
+// padding come last, although they go before the digits.
 void put_integer_pieces(const Field &field, const Integer &integer, Sink *sink) {
   const uint64_t start = sink->chars();
-  if (integer.sign) sink->put_character(integer.sign);
+  if (integer.sign) sink->append_character(integer.sign);
   JXChar prefix[2];
-  put_prefix(*field.conversion, integer.prefix_chars, prefix);
-  for (uint32_t i = 0; i < integer.prefix_chars; ++i) sink->put_character(prefix[i]);
+  write_prefix(*field.conversion, integer.prefix_chars, prefix);
+  for (uint32_t i = 0; i < integer.prefix_chars; ++i) sink->append_character(prefix[i]);
   const uint64_t digits_start = sink->chars();
-  if (JXChar *at = sink->add(integer.digits)) write_integer(*field.conversion, integer, at);
+  if (JXChar *at = sink->append(integer.digits)) write_integer(*field.conversion, integer, at);
   if (integer.zeros > 0) sink->insert_fill(digits_start, '0', integer.zeros);
   pad(field, start, integer.sign ? 1 : 0, field.directive->has(kZero), sink);
 }
@@ -165,7 +165,7 @@ void put_integer(const Field &field, const Value &value, Sink *sink) {
   const uint64_t chars =
       uint64_t{integer.sign ? 1u : 0u} + integer.prefix_chars + integer.zeros + integer.digits;
   const uint64_t padding = field.width > chars ? field.width - chars : 0;
-  if (JXChar *at = sink->add_if_fits(chars + padding)) {
+  if (JXChar *at = sink->append_if_fits(chars + padding)) {
     write_whole_integer(field, integer, padding, at);
   } else {
     put_integer_pieces(field, integer, sink);
@@ -175,21 +175,21 @@ void put_integer(const Field &field, const Value &value, Sink *sink) {
 void put_floating(const Field &field, const Value &value, JXChar decimal_point, Sink *sink) {
   const uint64_t start = sink->chars();
   const double number = real_of(value);
-  // Missing values and other NaNs compare as not less than zero and so get no "-".
-  const JXChar sign = sign_of(*field.directive, number < 0);
-  if (sign) sink->put_character(sign);
+  // A NaN, and so a missing value, is not less than zero and gets no "-".
+  const JXChar sign = sign_character(*field.directive, number < 0);
+  if (sign) sink->append_character(sign);
   const int32_t precision =
       field.precision == kNoPrecision ? kDefaultFloatingPrecision : field.precision;
   uint32_t count = 0;
   const JXStatus status = skzfDouble(
       number, field.conversion->form, decimal_point, field.conversion->uppercase, precision,
-      field.directive->has(kAlternate), sink->place(), sink->room_chars(), &count);
-  sink->note_piece(status, count);
+      field.directive->has(kAlternate), sink->end(), sink->room_chars(), &count);
+  sink->append_written(status, count);
   pad(field, start, sign ? 1 : 0, field.directive->has(kZero), sink);
 }
 
-// The length of a string that ends at a zero or, with a precision, after that many units. Nothing
-// behind the zero is read, so a scan over the whole precision would not do.
+// The length of a string that ends at a zero or, with a precision, after that many units. Reads
+// nothing after the zero: the string's memory may end there.
 uint32_t string_chars(const void *text, bool is_bytes, int32_t precision) {
   const size_t most = precision == kNoPrecision ? SIZE_MAX : static_cast<size_t>(precision);
   static_assert(sizeof(wchar_t) == sizeof(JXChar));
@@ -206,11 +206,11 @@ void put_string(const Field &field, const Value &value, Sink *sink) {
                                ? static_cast<uint32_t>(field.precision)
                                : string_chars(text, is_bytes, field.precision);
     if (is_bytes) {
-      const JXStatus status = skzfString(static_cast<const char *>(text), chars, sink->place(),
+      const JXStatus status = skzfString(static_cast<const char *>(text), chars, sink->end(),
                                          static_cast<uint32_t>(sink->room_chars()), nullptr);
-      sink->note_piece(status, chars);
+      sink->append_written(status, chars);
     } else {
-      sink->put_text(static_cast<const JXChar *>(text), chars);
+      sink->append_text(static_cast<const JXChar *>(text), chars);
     }
   }
   pad(field, start, 0, false, sink);
@@ -218,16 +218,16 @@ void put_string(const Field &field, const Value &value, Sink *sink) {
 
 void put_character(const Field &field, JXChar character, Sink *sink) {
   const uint64_t start = sink->chars();
-  sink->put_character(character);
+  sink->append_character(character);
   pad(field, start, 0, false, sink);
 }
 
 }  // namespace
 
-void Sink::insert_fill(uint64_t position, JXChar character, uint64_t chars) {
-  const uint64_t moved = this->chars() - position;
-  if (!add(chars)) return;
-  JXChar *at = buffer_ + position;
+void Sink::insert_fill(uint64_t offset, JXChar character, uint64_t chars) {
+  const uint64_t moved = this->chars() - offset;
+  if (!append(chars)) return;
+  JXChar *at = buffer_ + offset;
   if (moved != 0) std::memmove(at + chars, at, static_cast<size_t>(moved) * sizeof(JXChar));
   fill_units(at, character, static_cast<size_t>(chars));
 }
@@ -254,10 +254,10 @@ void put_directive(const JXChar *format, const Directive &directive, JXChar deci
       put_character(field, static_cast<JXChar>(integer32_of(value)), sink);
       break;
     case FieldKind::kPercent:
-      sink->put_character('%');
+      sink->append_character('%');
       break;
     case FieldKind::kCountedString:
-      // Whether it has its count is known only now: that may come from an argument.
+      // The parser cannot tell: the precision may come from an argument, and be negative.
       if (field.precision == kNoPrecision) {
         put_invalid(format, directive, sink);
       } else {

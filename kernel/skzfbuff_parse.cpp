@@ -1,4 +1,4 @@
-// The directive grammar: % [N$] [flags] [width] [.precision] [length] conversion.
+// The directives of jxzFormatBuff: % [N$] [flags] [width] [.precision] [length] conversion.
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -11,80 +11,37 @@ namespace {
 
 using enum ArgumentType;
 
+// Argument types by length modifier: none, h, l, ll, L.
+constexpr ArgumentTypes kIntegers = {kInt, kRefused, kLong, kLongLong, kRefused};
+constexpr ArgumentTypes kPointers = {kPointer, kRefused, kRefused, kRefused, kRefused};
+constexpr ArgumentTypes kCharacters = {kChar, kChar, kRefused, kRefused, kChar};
+constexpr ArgumentTypes kStrings = {kPointer, kPointer, kRefused, kRefused, kRefused};
+constexpr ArgumentTypes kDoubles = {kDouble, kRefused, kRefused, kRefused, kLongDouble};
+constexpr ArgumentTypes kNoArgument = {kNone, kRefused, kRefused, kRefused, kRefused};
+
+// clang-format off
 constexpr Conversion kConversions[] = {
-    {'d', FieldKind::kSigned, 10, false, false, 0, {kInt, kRefused, kLong, kLongLong, kRefused}},
-    {'i', FieldKind::kSigned, 10, false, false, 0, {kInt, kRefused, kLong, kLongLong, kRefused}},
-    {'u', FieldKind::kUnsigned, 10, false, false, 0, {kInt, kRefused, kLong, kLongLong, kRefused}},
-    {'o', FieldKind::kUnsigned, 8, true, false, 0, {kInt, kRefused, kLong, kLongLong, kRefused}},
-    {'x', FieldKind::kUnsigned, 16, true, false, 0, {kInt, kRefused, kLong, kLongLong, kRefused}},
-    {'X', FieldKind::kUnsigned, 16, true, true, 0, {kInt, kRefused, kLong, kLongLong, kRefused}},
-    {'p',
-     FieldKind::kUnsigned,
-     16,
-     true,
-     false,
-     0,
-     {kPointer, kRefused, kRefused, kRefused, kRefused}},
-    {'P',
-     FieldKind::kUnsigned,
-     16,
-     true,
-     true,
-     0,
-     {kPointer, kRefused, kRefused, kRefused, kRefused}},
-    {'c', FieldKind::kCharacter, 0, false, false, 0, {kChar, kChar, kRefused, kRefused, kChar}},
-    {'C', FieldKind::kCharacter, 0, false, false, 0, {kChar, kChar, kRefused, kRefused, kChar}},
-    {'s',
-     FieldKind::kString,
-     0,
-     false,
-     false,
-     0,
-     {kPointer, kPointer, kRefused, kRefused, kRefused}},
-    {'S',
-     FieldKind::kCountedString,
-     0,
-     false,
-     false,
-     0,
-     {kPointer, kPointer, kRefused, kRefused, kRefused}},
-    {'e',
-     FieldKind::kFloating,
-     0,
-     false,
-     false,
-     'e',
-     {kDouble, kRefused, kRefused, kRefused, kLongDouble}},
-    {'E',
-     FieldKind::kFloating,
-     0,
-     false,
-     true,
-     'e',
-     {kDouble, kRefused, kRefused, kRefused, kLongDouble}},
-    {'f',
-     FieldKind::kFloating,
-     0,
-     false,
-     false,
-     'f',
-     {kDouble, kRefused, kRefused, kRefused, kLongDouble}},
-    {'g',
-     FieldKind::kFloating,
-     0,
-     false,
-     false,
-     'g',
-     {kDouble, kRefused, kRefused, kRefused, kLongDouble}},
-    {'G',
-     FieldKind::kFloating,
-     0,
-     false,
-     true,
-     'g',
-     {kDouble, kRefused, kRefused, kRefused, kLongDouble}},
-    {'%', FieldKind::kPercent, 0, false, false, 0, {kNone, kRefused, kRefused, kRefused, kRefused}},
+    // letter, kind, base, has_prefix, uppercase, form, types
+    {'d', FieldKind::kSigned,        10, false, false, 0,   kIntegers},
+    {'i', FieldKind::kSigned,        10, false, false, 0,   kIntegers},
+    {'u', FieldKind::kUnsigned,      10, false, false, 0,   kIntegers},
+    {'o', FieldKind::kUnsigned,      8,  true,  false, 0,   kIntegers},
+    {'x', FieldKind::kUnsigned,      16, true,  false, 0,   kIntegers},
+    {'X', FieldKind::kUnsigned,      16, true,  true,  0,   kIntegers},
+    {'p', FieldKind::kUnsigned,      16, true,  false, 0,   kPointers},
+    {'P', FieldKind::kUnsigned,      16, true,  true,  0,   kPointers},
+    {'c', FieldKind::kCharacter,     0,  false, false, 0,   kCharacters},
+    {'C', FieldKind::kCharacter,     0,  false, false, 0,   kCharacters},
+    {'s', FieldKind::kString,        0,  false, false, 0,   kStrings},
+    {'S', FieldKind::kCountedString, 0,  false, false, 0,   kStrings},
+    {'e', FieldKind::kFloating,      0,  false, false, 'e', kDoubles},
+    {'E', FieldKind::kFloating,      0,  false, true,  'e', kDoubles},
+    {'f', FieldKind::kFloating,      0,  false, false, 'f', kDoubles},
+    {'g', FieldKind::kFloating,      0,  false, false, 'g', kDoubles},
+    {'G', FieldKind::kFloating,      0,  false, true,  'g', kDoubles},
+    {'%', FieldKind::kPercent,       0,  false, false, 0,   kNoArgument},
 };
+// clang-format on
 
 constexpr uint8_t kNoRow = 0xFF;
 
@@ -105,16 +62,16 @@ const Conversion *conversion_of(JXChar letter) {
   return &kConversions[kRows[letter]];
 }
 
-// Walks over the format. Beyond its end it reads the character 0.
+// Reads the format from left to right, and the character 0 at its end.
 class Cursor {
  public:
-  Cursor(const JXChar *place, const JXChar *end) : place_(place), end_(end) {}
+  Cursor(const JXChar *next, const JXChar *end) : next_(next), end_(end) {}
 
-  const JXChar *place() const { return place_; }
-  JXChar peek() const { return place_ < end_ ? *place_ : 0; }
+  const JXChar *position() const { return next_; }
+  JXChar peek() const { return next_ < end_ ? *next_ : 0; }
   JXChar next() {
     const JXChar character = peek();
-    if (place_ < end_) ++place_;
+    if (next_ < end_) ++next_;
     return character;
   }
   bool skip(JXChar character) {
@@ -122,19 +79,18 @@ class Cursor {
     next();
     return true;
   }
-  // The decimal digits that follow as a number; 0 when there are none, the highest number when they
-  // are beyond it.
+  // Reads decimal digits: 0 when there are none, at most the highest number.
   int32_t number() {
     constexpr uint64_t kHighest = std::numeric_limits<int32_t>::max();
     uint64_t value = 0;
-    for (; place_ < end_ && is_digit(*place_); ++place_) {
-      value = std::min(value * 10 + (*place_ - '0'), kHighest);
+    for (; next_ < end_ && is_digit(*next_); ++next_) {
+      value = std::min(value * 10 + (*next_ - '0'), kHighest);
     }
     return static_cast<int32_t>(value);
   }
 
  private:
-  const JXChar *place_;
+  const JXChar *next_;
   const JXChar *end_;
 };
 
@@ -169,7 +125,7 @@ void set_amount(int32_t value, Amount::Origin origin, Amount *amount) {
   amount->origin = origin;
 }
 
-// What follows a "*": nothing, or "N$".
+// Reads the rest of a "*" or "*N$".
 JXStatus read_star(Cursor *cursor, Amount *amount) {
   if (!is_first_digit(cursor->peek())) {
     set_amount(0, Amount::Origin::kNextArgument, amount);
@@ -181,7 +137,7 @@ JXStatus read_star(Cursor *cursor, Amount *amount) {
   return JX_OK;
 }
 
-// Argument number, flags and width. A number that no "$" follows is the width and ends the flags.
+// Reads argument number, flags and width. A number without "$" is the width; no flags follow it.
 JXStatus read_front(Cursor *cursor, Directive *directive) {
   if (is_first_digit(cursor->peek())) {
     const int32_t number = cursor->number();
@@ -220,7 +176,7 @@ bool is_bare(const Directive &directive) {
          directive.precision.origin == Amount::Origin::kAbsent;
 }
 
-// Completes a directive by its conversion character, if the two go together.
+// Completes a directive by its conversion, unless the two do not go together.
 void set_conversion(const Conversion *conversion, Directive *directive) {
   if (!conversion) return;
   const ArgumentType type = conversion->types[static_cast<uint8_t>(directive->length)];
@@ -240,7 +196,7 @@ JXStatus parse_directive(const JXChar *format, int32_t format_chars, int32_t sta
   directive->start = start;
   const Conversion *conversion = conversion_of(cursor.peek());
   if (conversion) {
-    // The conversion right after the "%": most directives, and nothing else to read.
+    // Fast path: a bare "%d" and the like.
     directive->end = start + 2;
   } else {
     JXStatus status = read_front(&cursor, directive);
@@ -248,7 +204,7 @@ JXStatus parse_directive(const JXChar *format, int32_t format_chars, int32_t sta
     if (status != JX_OK) return status;
     directive->length = read_length(&cursor);
     conversion = conversion_of(cursor.next());
-    directive->end = static_cast<int32_t>(cursor.place() - format);
+    directive->end = static_cast<int32_t>(cursor.position() - format);
   }
   set_conversion(conversion, directive);
   return JX_OK;

@@ -8,7 +8,8 @@
 #include "jx/runtime.h"
 #include "kernel/digits.hpp"
 
-namespace jx {
+// Hidden, so that a call within the module needs no table of addresses.
+namespace [[gnu::visibility("hidden")]] jx {
 
 inline constexpr int32_t kSignificandBits = 52;  // stored bits of a double's significand
 inline constexpr int32_t kExponentBias = 1023;

@@ -12,7 +12,8 @@
 #include "kernel/copy.hpp"
 #include "kernel/digits.hpp"
 
-namespace jx {
+// Hidden, so that a call within the module needs no table of addresses.
+namespace [[gnu::visibility("hidden")]] jx {
 
 inline constexpr int32_t kArgumentCount = 10;  // numbered arguments, "1$" to "10$"
 inline constexpr int32_t kNoPrecision = -1;

@@ -1,15 +1,13 @@
-// The quick path of jxzFormatBuff, for directives of the form % [0] [width or *] [.precision] [l]
-// [l] letter, which most are. They need no record: what is read stays in registers, and an integer
-// is appended in one piece.
+// The quick path of jxzFormatBuff: directives of the form % [0] [width or *] [.precision] [l] [l]
+// letter, which most are. They need no record: what is read stays in registers, and an integer is
+// appended in one piece.
 //
-// Instructions saved for a whole call, in the i386 and x86-64 builds: "%d" 43 % and 36 %, "%x" 47 %
-// and 39 %, "%s" 40 % and 33 %, "%.6f" 24 % and 25 %, "name%04X%08X_%*s" 56 % and 50 %. A call
-// whose directive takes the general path after all costs 7 % to 10 % more: "%-5d", "%+d", "%2$d
-// %1$d".
+// Instructions saved for a whole call, in percent on i386 and on x86-64: "%d" 43 and 36, "%x" 47
+// and 39, "%s" 40 and 33, "%.6f" 24 and 25, "name%04X%08X_%*s" 56 and 50. A call that takes the
+// general path after all, as for "%-5d", "%+d" or "%1$d", costs 7 to 10 percent more.
 //
-// Only skzfbuff.cpp includes this. Its functions are static, because the compiler inlines a
-// function with one caller only if nobody else can call it: "%d" costs 5 % more otherwise, "%x" 12
-// %.
+// Only skzfbuff.cpp includes this. The functions are static because the compiler then inlines those
+// with one caller: otherwise "%d" costs 5 percent more on i386, "%x" 12.
 #pragma once
 
 #include <algorithm>

@@ -1,17 +1,18 @@
-// Atomic cells, and a stack of the callers' own nodes that any number of threads share.
+// jxAtomic*: atomic cells. jxAStackPush and jxAStackPop: a stack of the callers' own nodes, shared
+// by any number of threads.
 //
-// Who meets whom on a stack, and why it is safe:
-//   push / push   both exchange the head against the top they linked to; the loser links again.
-//   push / pop    while a pop holds the busy bit the head equals no node, so the push's exchange
-//                 fails; once the bit is clear the push sees the new top.
-//   pop / pop     one exchange sets the busy bit; the other finds it set and waits.
-//   reuse (ABA)   a node's link is read only under the busy bit, when nothing can leave or enter
-//                 the stack. A node that was popped and pushed again is therefore never followed
-//                 through an old link.
-// Order of the accesses: a push publishes its node and the link with the release half of its
-// exchange; a pop takes them over with the acquire half of its own. The store that ends a pop
-// releases, so that whoever reads the new head also sees what the pop saw. On x86 every exchange
-// is a full barrier and a release store is a plain store.
+// Why concurrent operations on a stack are safe:
+//   push / push   both compare the head with the top they linked to; the loser links again.
+//   push / pop    while the pop's busy bit is set the head equals no node, so the push's exchange
+//                 fails; once the bit is clear, the push sees the new top.
+//   pop / pop     one exchange sets the busy bit; the other pop finds it set and waits.
+//   reuse (ABA)   a node's link is read only under the busy bit, while nothing can enter or leave
+//                 the stack: a node that is popped and pushed again is never followed through an
+//                 old link.
+// Memory order: the release half of a push's exchange publishes the node and its link; the acquire
+// half of a pop's exchange reads them. The store that ends a pop releases, so that a reader of the
+// new head sees what the pop saw. On x86 every exchange is a full barrier, and a release store a
+// plain store.
 #include <atomic>
 #include <cstdint>
 #include <cstring>
@@ -21,16 +22,16 @@
 namespace {
 
 constexpr uintptr_t kBusyBit = 1;
-constexpr uint32_t kLongestWait = 64;  // pauses between two tries, once the head is contended
+constexpr uint32_t kLongestWait = 64;  // most pauses between two tries
 
 using Cell = std::atomic_ref<uint32_t>;
 using Head = std::atomic_ref<void *>;
 static_assert(Cell::is_always_lock_free && Head::is_always_lock_free);
 
-// No node, whatever the busy bit says.
+// True when there is no node, with the busy bit or without.
 bool is_empty(void *head) { return (reinterpret_cast<uintptr_t>(head) & ~kBusyBit) == 0; }
 
-// A pop is at work. The bit without a node is no pop's doing, and nobody would clear it.
+// True while a pop is at work. A busy bit without a node was not set by a pop and is never cleared.
 bool is_busy(void *head) {
   return (reinterpret_cast<uintptr_t>(head) & kBusyBit) != 0 && !is_empty(head);
 }
@@ -43,8 +44,8 @@ void *link_field(void *node, uint32_t link_offset) {
   return static_cast<unsigned char *>(node) + link_offset;
 }
 
-// Waits between tries: twice as long after each lost exchange, so that the threads that contend
-// for the head leave it in the winner's cache for a few operations.
+// Waits between tries, twice as long after each lost exchange: the head stays in the winner's cache
+// for a few operations.
 class Backoff {
  public:
   void wait() {
@@ -56,7 +57,7 @@ class Backoff {
   uint32_t pauses_ = 1;
 };
 
-// The head once no pop is at work on it.
+// Loads the head, spinning while a pop is at work.
 void *settled(Head head) {
   void *top = head.load(std::memory_order_acquire);
   while (is_busy(top)) {
@@ -67,6 +68,8 @@ void *settled(Head head) {
 }
 
 }  // namespace
+
+extern "C" {
 
 int32_t jxAtomicInit(uint32_t *cell, uint32_t value) {
   *cell = value;
@@ -112,8 +115,8 @@ void *jxAStackPop(void **head, uint32_t link_offset) {
   for (;;) {
     void *top = settled(shared);
     if (is_empty(top)) return nullptr;
-    // The link's line is on its way while the exchange runs: the busy bit is held for less time.
-    // A prefetch never faults, so the node may have left the stack meanwhile.
+    // Loads the link's cache line during the exchange, so that the busy bit is held for less time.
+    // The node may have left the stack meanwhile: a prefetch never faults.
     __builtin_prefetch(link_field(top, link_offset));
     void *expected = top;
     if (shared.compare_exchange_weak(expected, with_busy_bit(top), std::memory_order_acq_rel,
@@ -126,3 +129,5 @@ void *jxAStackPop(void **head, uint32_t link_offset) {
     backoff.wait();
   }
 }
+
+}  // extern "C"

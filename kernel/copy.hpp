@@ -1,5 +1,5 @@
-// Copies for short runs whose length is not known before: records, line ends, text, digits. The C
-// library's costs a call and the choice of a method, as much as the copy itself.
+// Copies for short runs of unknown length: records, line ends, text, digits. For these, memcpy's
+// call and dispatch cost more than the copy.
 #pragma once
 
 #include <emmintrin.h>
@@ -11,7 +11,7 @@ namespace jx {
 
 namespace detail {
 
-// Copies count bytes, at least sizeof(T) and at most twice that, as two pieces that may overlap.
+// Copies sizeof(T) to 2 * sizeof(T) bytes as two pieces, which may overlap.
 template <typename T>
 inline void copy_ends(uint8_t *to, const uint8_t *from, size_t count) {
   T first, last;
@@ -23,9 +23,9 @@ inline void copy_ends(uint8_t *to, const uint8_t *from, size_t count) {
 
 }  // namespace detail
 
-// Copies count bytes between places that do not overlap.
+// Copies `count` bytes between ranges that do not overlap.
 inline void copy_bytes(void *destination, const void *source, size_t count) {
-  constexpr size_t kLongest = 256;  // from here on the C library's way pays
+  constexpr size_t kLongest = 256;  // above it, memcpy is faster
   auto *to = static_cast<uint8_t *>(destination);
   const auto *from = static_cast<const uint8_t *>(source);
   if (count > kLongest) {
@@ -48,8 +48,7 @@ inline void copy_bytes(void *destination, const void *source, size_t count) {
   }
 }
 
-// Copies `count` 32-bit units between ranges that do not overlap. Short runs, which most are, cost
-// no call.
+// The same for 32-bit units; a short run costs no call.
 inline void copy_chars(const uint32_t *source, size_t count, uint32_t *destination) {
   constexpr size_t kStep = 4;
   constexpr size_t kLongRun = 64;

@@ -1,5 +1,5 @@
-// Digits of unsigned integers as JXChars, written in place: counted first, then stored from the
-// last digit to the first, two digits a store.
+// Digits of unsigned integers as JXChars: counted first, then stored from last to first, two digits
+// a store.
 #pragma once
 
 #include <emmintrin.h>
@@ -23,14 +23,14 @@ struct DigitPair {
   JXChar ones;
 };
 
-// The texts of 0 to 99, two digits each.
+// "00" to "99".
 inline constexpr std::array<DigitPair, 100> kDigitPairs = [] {
   std::array<DigitPair, 100> pairs{};
   for (uint32_t i = 0; i < 100; ++i) pairs[i] = {'0' + i / 10, '0' + i % 10};
   return pairs;
 }();
 
-// 10^0 to 10^19: every power of ten that fits 64 bits.
+// 10^0 to 10^19, the powers of ten that fit 64 bits.
 inline constexpr std::array<uint64_t, 20> kSmallPowers = [] {
   std::array<uint64_t, 20> powers{1};
   for (uint32_t i = 1; i < 20; ++i) powers[i] = powers[i - 1] * 10;
@@ -44,7 +44,7 @@ inline constexpr uint32_t kLongGroupDigits = 19;  // decimal digits that always 
 // The number of decimal digits of value; 1 for 0.
 template <typename Word>
 constexpr uint32_t decimal_count(Word value) {
-  // 1233 / 4096 is log10 of 2, close enough for 64 bits; the comparison settles the last digit.
+  // 1233 / 4096 approximates log10(2) well enough for 64 bits; the comparison decides the rest.
   const uint32_t bits = static_cast<uint32_t>(std::bit_width(value | 1u));
   const uint32_t estimate = (bits * 1233) >> 12;
   return estimate + (value >= static_cast<Word>(kSmallPowers[estimate]) || estimate == 0 ? 1 : 0);
@@ -54,7 +54,7 @@ inline void write_pair(JXChar *destination, uint32_t value) {
   std::memcpy(destination, &kDigitPairs[value], sizeof(DigitPair));
 }
 
-// Stores exactly nine digits, with leading zeros.
+// Stores nine digits, leading zeros included.
 inline void write_group(JXChar *destination, uint32_t value) {
   const uint32_t high = value / 10000;
   const uint32_t low = value % 10000;
@@ -65,7 +65,7 @@ inline void write_group(JXChar *destination, uint32_t value) {
   write_pair(destination + 7, low % 100);
 }
 
-// Stores exactly nineteen digits, with leading zeros.
+// Stores nineteen digits, leading zeros included.
 inline void write_long_group(JXChar *destination, uint64_t value) {
   const uint64_t high = value / kGroup;
   const auto middle = static_cast<uint32_t>(high % kGroup);
@@ -74,7 +74,7 @@ inline void write_long_group(JXChar *destination, uint64_t value) {
   write_group(destination + 1 + kGroupDigits, static_cast<uint32_t>(value % kGroup));
 }
 
-// Stores the decimal digits of value so that the last one is just before end.
+// Stores the decimal digits of value, the last one at end[-1].
 inline void write_decimal(JXChar *end, uint32_t value) {
   while (value >= 100) {
     end -= 2;
@@ -122,7 +122,7 @@ uint32_t count_digits(Word value, uint32_t base) {
   return count;
 }
 
-// Stores the last 4 or 8 hexadecimal digits of value, four a vector.
+// Stores the last `count` hexadecimal digits of value, 4 or 8, four at a time.
 inline void write_hexadecimal(JXChar *destination, uint32_t value, uint32_t count, bool uppercase) {
   const __m128i nibble_mask = _mm_set1_epi8(0x0F);
   const __m128i bytes = _mm_cvtsi32_si128(static_cast<int>(__builtin_bswap32(value)));
@@ -142,7 +142,7 @@ inline void write_hexadecimal(JXChar *destination, uint32_t value, uint32_t coun
                    _mm_unpackhi_epi16(halves, _mm_setzero_si128()));
 }
 
-// Stores the `count` digits of value so that the last one is just before end.
+// Stores the last `count` digits of value in a base from 2 to 16, the last one at end[-1].
 template <typename Word>
 void write_digits(Word value, uint32_t base, bool uppercase, JXChar *end, uint32_t count) {
   if (base == 10) {

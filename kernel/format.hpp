@@ -111,7 +111,7 @@ int64_t truncated64_of(const Value &value);
 int32_t truncated32_of(const Value &value);
 
 inline bool is_floating(ArgumentType type) { return type >= ArgumentType::kDouble; }
-// A value as an integer or a double, whatever type it was taken by.
+// A value as an integer or a double, converted from any type.
 inline int64_t integer64_of(const Value &value) {
   return is_floating(value.type) ? truncated64_of(value) : value.integer;
 }

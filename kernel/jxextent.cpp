@@ -1,4 +1,4 @@
-// The host kernel handle of the process.
+// jxextent: the host handle that the whole module uses.
 #include "jx/wem.h"
 
 extern "C" {

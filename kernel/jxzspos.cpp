@@ -1,4 +1,4 @@
-// The search for a character.
+// jxzspos: search for a character.
 #include "jx/runtime.h"
 #include "kernel/scan.hpp"
 

@@ -1,4 +1,4 @@
-// Owners of what the host lends: pool blocks, pools, locks, tables, extensions and transcoders.
+// Owners of host objects: pool blocks, pools, locks, tables, extensions and transcoders.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace jx {
 
-// Owns a block of a pool and gives it back to that pool. T is what the block holds.
+// Owns a pool block that holds elements of type T, and frees it in its pool.
 template <typename T>
 class PoolBlock {
  public:
@@ -29,7 +29,7 @@ class PoolBlock {
   PoolBlock &operator=(const PoolBlock &) = delete;
   ~PoolBlock() { reset(); }
 
-  // A block for count elements; empty when memory is out or the size cannot be.
+  // A block for count elements; empty if memory is out or the size exceeds 32 bits.
   static PoolBlock allocate(JXPool *pool, uint64_t count, uint32_t flags = 0) {
     if (count > UINT32_MAX / sizeof(T)) return {};
     const auto bytes = static_cast<uint32_t>(count * sizeof(T));
@@ -40,7 +40,7 @@ class PoolBlock {
   T *operator->() const { return block_; }
   T &operator[](size_t index) const { return block_[index]; }
   explicit operator bool() const { return block_ != nullptr; }
-  // Hands the block over to the caller.
+  // The block is then the caller's.
   [[nodiscard]] T *release() { return std::exchange(block_, nullptr); }
   void reset() {
     if (block_) pool_->pool_free(pool_, release());
@@ -79,7 +79,7 @@ class HostObject {
   T *get() const { return object_; }
   T *operator->() const { return object_; }
   explicit operator bool() const { return object_ != nullptr; }
-  // Hands the object over to the caller.
+  // The object is then the caller's.
   [[nodiscard]] T *release() { return std::exchange(object_, nullptr); }
   void reset() {
     if (object_) end_host_object(release());
@@ -89,7 +89,7 @@ class HostObject {
   T *object_;
 };
 
-// Owns a transcoder of a character-set service.
+// Owns a transcoder of the character-set service.
 class Transcoder {
  public:
   Transcoder() = default;
@@ -110,7 +110,7 @@ class Transcoder {
   JXTranscoder *get() const { return transcoder_; }
   explicit operator bool() const { return transcoder_ != nullptr; }
   [[nodiscard]] JXTranscoder *release() { return std::exchange(transcoder_, nullptr); }
-  // Ends the transcoder and tells how that went; 0 when there is none.
+  // Destroys the transcoder and returns the status; JX_OK if there is none.
   JXStatus reset() { return transcoder_ ? nls_->destroy_transcoder(nls_, release()) : JX_OK; }
 
  private:

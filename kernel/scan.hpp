@@ -1,4 +1,4 @@
-// Scans and fills of 8-, 16- and 32-bit units with SSE2, the baseline of both builds.
+// Scans and fills of 8-, 16- and 32-bit units, with SSE2: both builds may assume it.
 #pragma once
 
 #include <emmintrin.h>
@@ -18,8 +18,8 @@ inline __m128i broadcast(T value) {
   if constexpr (sizeof(T) == 4) return _mm_set1_epi32(static_cast<int>(value));
 }
 
-// One bit a byte of the 16 at `data` whose unit equals (or, kEqual false, differs from) the
-// pattern.
+// A bit for each of the 16 bytes at `data`: set where the unit equals the pattern, or differs from
+// it with kEqual false.
 template <typename T, bool kEqual>
 inline uint32_t match_mask(const uint8_t *data, __m128i pattern) {
   const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i *>(data));
@@ -33,8 +33,8 @@ inline uint32_t match_mask(const uint8_t *data, __m128i pattern) {
 
 }  // namespace detail
 
-// Index of the first of `count` units that equals (kEqual) or differs from `value`; `count` when
-// there is none. The units need no alignment.
+// The index of the first of `count` units that equals `value`, or differs from it with kEqual
+// false; `count` if there is none. The units need no alignment.
 template <typename T, bool kEqual = true>
 inline size_t scan_units(const void *buffer, size_t count, T value) {
   constexpr size_t kStep = 16 / sizeof(T);
@@ -42,7 +42,7 @@ inline size_t scan_units(const void *buffer, size_t count, T value) {
   size_t index = 0;
   if (count >= kStep) {
     const __m128i pattern = detail::broadcast(value);
-    // Four blocks share one test while there are four.
+    // Four blocks a branch, as long as there are four.
     for (; count - index >= 4 * kStep; index += 4 * kStep) {
       const uint8_t *blocks = data + index * sizeof(T);
       const uint32_t low = detail::match_mask<T, kEqual>(blocks, pattern) |
@@ -60,7 +60,7 @@ inline size_t scan_units(const void *buffer, size_t count, T value) {
       if (mask != 0) return index + static_cast<size_t>(std::countr_zero(mask)) / sizeof(T);
       index += kStep;
       if (index == count) return count;
-      // The last block may overlap the one before; what it sees twice did not match.
+      // The last block may overlap the one before: the units seen twice did not match.
       if (count - index < kStep) index = count - kStep;
     }
   }

@@ -1,4 +1,4 @@
-// The journal forwarders: variable arguments become a list for the journal's own operations.
+// jxlMessageTo* and jxlStatusTo*: forward variable arguments, as a list, to the journal's slots.
 #include "jx/runtime.h"
 
 extern "C" {

@@ -1,4 +1,4 @@
-// Memory and string primitives in bytes and in 32-bit units. Copies take the source first.
+// sk*: memory and string primitives for bytes and 32-bit units. Copies take the source first.
 #include <cstring>
 #include <cwchar>
 
@@ -8,7 +8,7 @@
 
 namespace {
 
-// The index of a scan as the exported routines report it.
+// What an exported scan returns: -1 for no match.
 int32_t index_or_none(size_t index, uint32_t count) {
   return index == count ? -1 : static_cast<int32_t>(index);
 }
@@ -24,7 +24,7 @@ uint32_t skStrLen(const char *string) {
 }
 
 uint32_t skStrTLen(const JXChar *string) {
-  // The platform's wide character is as wide as a JXChar, and its library scans with vectors.
+  // wchar_t is as wide as JXChar, and wcslen is vectorized.
   static_assert(sizeof(wchar_t) == sizeof(JXChar));
   return string ? static_cast<uint32_t>(std::wcslen(reinterpret_cast<const wchar_t *>(string))) : 0;
 }

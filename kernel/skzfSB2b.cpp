@@ -1,4 +1,4 @@
-// 8-bit strings in the platform encoding, decoded into a buffer.
+// skzfString: native 8-bit text, decoded into a buffer.
 #include <algorithm>
 
 #include "jx/runtime.h"
@@ -13,8 +13,8 @@ extern "C" JXStatus skzfString(const char *source, uint32_t length_bytes, JXChar
   if (length_bytes == 0) return JX_OK;
   const uint64_t room_bytes = uint64_t{length_bytes} * jx::kJXCharBytes;
   JXTranscoder *decoder = Exported_JXHandle->locale->native_decoder;
-  // One character counts for each byte whatever the decoder makes of them, so that a field's width
-  // does not depend on its text.
+  // Every byte counts as one character, even if the decoder fails or joins some: the width of a
+  // field does not depend on its text.
   decoder->transcode(decoder, source, length_bytes, destination,
                      static_cast<uint32_t>(std::min<uint64_t>(room_bytes, UINT32_MAX)), nullptr, 0);
   return JX_OK;

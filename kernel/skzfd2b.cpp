@@ -18,11 +18,11 @@ constexpr int32_t kMostFixedZeros = 3;     // after the point; with more, 'g' us
 
 struct Layout {
   bool has_exponent;
-  bool has_point;           // a point even when no digit follows it
-  int64_t fraction_digits;  // digits after the point
+  bool has_point;           // even without fraction digits
+  int64_t fraction_digits;  // after the point
 };
 
-// The dot code of a missing value: "._", "." or a period and a letter, by the negated byte 5.
+// The dot code of a missing value, by its negated byte 5: "._", "." or a period and a letter.
 JXStatus put_missing(uint64_t bits, JXChar *destination, int32_t capacity_chars,
                      uint32_t *count_out) {
   const auto code = static_cast<uint8_t>(-(bits >> 40));

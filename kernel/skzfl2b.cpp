@@ -1,4 +1,4 @@
-// Digits of 32- and 64-bit unsigned integers in any base from 2 to 16.
+// skzfIFast and skzfIMax: digits of 32- and 64-bit unsigned integers in base 2 to 16.
 #include "jx/runtime.h"
 #include "kernel/digits.hpp"
 

@@ -1,4 +1,4 @@
-// JXChar strings into a buffer.
+// skzfJXString: a JXChar string copied into a buffer.
 #include <cstring>
 
 #include "jx/runtime.h"

@@ -1,4 +1,4 @@
-// Text as the layers hand it on, and its sizes.
+// Borrowed text and the sizes of text.
 #pragma once
 
 #include <cstdint>
@@ -9,14 +9,14 @@ namespace jx {
 
 inline constexpr uint32_t kJXCharBytes = sizeof(JXChar);
 
-// Text lent by its owner: JXChars with a length, not terminated.
+// Borrowed text, not terminated.
 struct Text {
   const JXChar *data = nullptr;
   uint32_t chars = 0;
 };
 
-// Tells whether a size computed in 64 bits can be handed to the host, which counts bytes in 32.
-// PoolBlock::allocate asks the same of the size of a block.
+// Whether a size computed in 64 bits fits the 32 bits of host calls. PoolBlock::allocate checks the
+// size of its block itself.
 constexpr bool is_valid_size(uint64_t bytes) { return bytes <= UINT32_MAX; }
 
 }  // namespace jx

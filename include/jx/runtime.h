@@ -1,6 +1,5 @@
-/* The runtime routines that the module exports for its host and its neighbours: formatted text,
-   numbers, atomic cells, memory and strings, time. All are reentrant and allocate nothing unless
-   they say so. */
+/* The run-time routines that the module exports: formatted text, numbers, atomic cells, memory and
+   strings, journal, time. All are reentrant, and none allocates unless its comment says so. */
 #ifndef JX_RUNTIME_H
 #define JX_RUNTIME_H
 
@@ -15,39 +14,39 @@ JX_EXTERN_C_BEGIN
 
 /* Formats into buffer, never beyond capacity_chars and never with a terminator.
    locale gives the decimal point; null means ".". format_chars 0: the format ends at its first
-   zero. *length_out (may be null) receives the length of the complete output in JXChars, whatever
-   fitted; it stops at the highest 32-bit number. 0, JX_E_TRUNCATED (the pieces that fitted are in
-   the buffer), JX_E_BADFORMAT (an argument number outside 1 to 10, or "*" and digits without "$";
-   the length is 0) or JX_E_BADARG (a negative format_chars). Takes no heap and at most 6 KiB of
+   zero. *length_out (may be null) receives the length in JXChars of the complete output, even if it
+   does not fit, at most 2^32 - 1. 0, JX_E_TRUNCATED (the buffer holds the pieces before the first
+   that does not fit), JX_E_BADFORMAT (an argument number outside 1 to 10, or "*" and digits without
+   "$"; the length is 0) or JX_E_BADARG (a negative format_chars). Uses no heap and at most 6 KiB of
    stack.
 
    A directive is %[N$][-+ #0][width][.precision][h|l|ll|L]conversion. Width and precision are
-   digits, "*" (the next argument, an int) or "*N$" (argument N). The conversions, with the argument
-   each takes; a combination that is not listed is not valid and appears between "<<" and ">>":
-     d i          int, l long, ll long long: decimal digits with their sign
-     u o x X      the same without a sign, in base 10, 8 and 16
+   digits, "*" (the next argument, an int) or "*N$" (argument N). The text of a combination that is
+   not in this list of conversions and their arguments is output between "<<" and ">>":
+     d i          int, l long, ll long long: decimal digits with a sign
+     u o x X      the same, unsigned, in base 10, 8 and 16
      p P          a pointer, in base 16
      c C          int: one JXChar (h and L change nothing)
      s            JXChars up to a zero, at most precision of them; null is empty
      hs           bytes up to a zero, at most precision of them, decoded by the host's native
-                  decoder, for which jxextent must have been called before
-     S hS         the same of exactly precision units, counted rather than ended by a zero; without
-                  a precision not valid
+                  decoder (call jxextent first)
+     S hS         the same, but exactly precision units, zeros included; not valid without a
+                  precision
      e E f g G    double, L long double
-     %            a percent sign, of "%%" only */
+     %            no argument: a percent sign; "%%" only */
 JX_EXPORT JXStatus jxzFormatBuffV(const JXLocale *locale, const JXChar *format,
                                   int32_t format_chars, JXChar *buffer, int32_t capacity_chars,
                                   uint32_t *length_out, va_list args);
-/* The same with the arguments in the call. */
+/* The same with the arguments after length_out. */
 JX_EXPORT JXStatus jxzFormatBuff(const JXLocale *locale, const JXChar *format, int32_t format_chars,
                                  JXChar *buffer, int32_t capacity_chars, uint32_t *length_out, ...);
 
-/* Copies length_chars JXChars when they fit; a null source is empty. *count_out (may be null)
-   receives the length in both outcomes. 0 or JX_E_TRUNCATED (nothing is written). */
+/* Copies length_chars JXChars; a null source is empty. *count_out (may be null) receives the length
+   either way. 0 or JX_E_TRUNCATED (nothing is written). */
 JX_EXPORT JXStatus skzfJXString(const JXChar *source, uint32_t length_chars, JXChar *destination,
                                 int32_t capacity_chars, uint32_t *count_out);
-/* The same for length_bytes bytes of native text, decoded by the host's native decoder. One
-   character counts for each byte whatever the decoder makes of them. Needs jxextent before. */
+/* The same for length_bytes bytes of native text, decoded by the host's native decoder (call
+   jxextent first). Every byte counts as one character, even if the decoder fails or joins some. */
 JX_EXPORT JXStatus skzfString(const char *source, uint32_t length_bytes, JXChar *destination,
                               uint32_t capacity_chars, uint32_t *count_out);
 
@@ -62,50 +61,49 @@ JX_EXPORT JXStatus skzfIMax(uint64_t value, uint32_t base, uint8_t uppercase, JX
 
 /* Text of a double without its sign, rounded once, half away from zero, exact to the last digit for
    every precision. conversion is 'e', 'f' or 'g'; alternate keeps the decimal point and the zeros
-   of 'g'; a negative precision means 6. Infinities give "inf", NaNs "nan", those whose 16 highest
-   bits are set the dot code of a missing value. *count_out (may be null) receives the number of
-   characters needed. 0 or JX_E_TRUNCATED (nothing is written). Takes no heap and at most 5 KiB of
-   stack. */
+   of 'g'; a negative precision means 6. Infinities give "inf", NaNs "nan", except missing values,
+   whose 16 highest bits are set: these give their dot code. *count_out (may be null) receives the
+   number of characters needed. 0 or JX_E_TRUNCATED (nothing is written). Uses no heap and at most
+   5 KiB of stack. */
 JX_EXPORT JXStatus skzfDouble(double value, uint32_t conversion, JXChar decimal_point,
                               uint8_t uppercase, int32_t precision, uint8_t alternate,
                               JXChar *destination, int32_t capacity_chars, uint32_t *count_out);
-/* The same for a long double, rounded to double first. */
+/* The same for a long double, which is rounded to double first. */
 JX_EXPORT JXStatus skzflDouble(long double value, uint32_t conversion, JXChar decimal_point,
                                uint8_t uppercase, int32_t precision, uint8_t alternate,
                                JXChar *destination, int32_t capacity_chars, uint32_t *count_out);
 
-/* Digits of the integer part of a double's absolute value, none below 1, at most 309.
-   *trailing_zeros_out, when given, receives the count of trailing zeros, which are then left out.
-   *digit_count_out receives the digits in both outcomes. 0 or JX_E_TRUNCATED (nothing is
-   written). */
+/* Digits of the integer part of a double's absolute value: none below 1, at most 309. If
+   trailing_zeros_out is not null, trailing zeros are counted there and not stored. *digit_count_out
+   receives the count of the other digits either way. 0 or JX_E_TRUNCATED (nothing is written). */
 JX_EXPORT JXStatus skzfIDblToBuff(double value, JXChar *destination, uint32_t capacity_chars,
                                   uint32_t *digit_count_out, uint32_t *trailing_zeros_out);
-/* The first digit_count digits after the decimal point, truncated, exact, with zeros where the
-   expansion has ended; none for zero and for numbers from 2^52 on. With leading_zeros_out, zeros
-   before the first other digit are counted there instead of stored, and a fraction of zeros gives
-   no digits. *count_out receives the digits stored. Returns 0. */
+/* Stores the first digit_count digits after the decimal point, exact, not rounded, with zeros after
+   the end of the expansion; none for zero and numbers from 2^52 on. If leading_zeros_out is not
+   null, leading zeros are counted there and not stored, and a fraction of zero has no digits.
+   *count_out receives the count of digits stored. Returns 0. */
 JX_EXPORT JXStatus skzfFDblToBuff(double value, JXChar *destination, uint32_t digit_count,
                                   uint32_t *count_out, uint32_t *leading_zeros_out);
 
 /* ---- Atomic cells and the lock-free stack -------------------------------------------------- */
 
-/* Plain stores of a value and of 0, before and after the cell is shared. Return 0. */
+/* Plain stores: of value before the cell is shared, of 0 after. Return 0. */
 JX_EXPORT int32_t jxAtomicInit(uint32_t *cell, uint32_t value);
 JX_EXPORT int32_t jxAtomicDestroy(uint32_t *cell);
-/* Stores value if the cell holds expected. 1 when it did, else 0. Like the three below, one atomic
-   step and a full barrier; any number of threads may call them on one cell. */
+/* Stores value if the cell holds expected. 1 if it did, else 0. Like the three routines below, one
+   atomic step and a full barrier; any number of threads may call them on one cell. */
 JX_EXPORT int32_t jxAtomicSet(uint32_t *cell, uint32_t expected, uint32_t value);
-/* Adds, ands or ors and returns the new value. */
+/* Add, and, or; return the new value. */
 JX_EXPORT uint32_t jxAtomicAdd(uint32_t *cell, int32_t delta);
 JX_EXPORT uint32_t jxAtomicAnd(uint32_t *cell, uint32_t mask);
 JX_EXPORT uint32_t jxAtomicOr(uint32_t *cell, uint32_t mask);
 
-/* Makes a node of the caller's the top of a stack; *head is null when the stack is empty. The link
-   to the node below is a pointer at link_offset bytes into the node; nodes are at even addresses.
-   Returns the previous top. Any number of threads may push and pop; a node may be pushed again as
-   soon as it was popped. While a pop is at work *head is odd and other calls spin, never sleep. */
+/* Pushes a node, which stays the caller's memory; *head is null when the stack is empty. The link
+   to the node below is a pointer at link_offset bytes into the node; nodes have even addresses.
+   Returns the previous top. Any number of threads may push and pop; a popped node may be pushed
+   again at once. While a pop is at work *head is odd and other calls spin; they never sleep. */
 JX_EXPORT void *jxAStackPush(void **head, void *node, uint32_t link_offset);
-/* Takes the top node off the stack; null when it is empty. The node is then the caller's. */
+/* Pops the top node and returns it; null when the stack is empty. */
 JX_EXPORT void *jxAStackPop(void **head, uint32_t link_offset);
 
 /* ---- Memory and strings -------------------------------------------------------------------- */
@@ -134,7 +132,7 @@ JX_EXPORT void skMemCpy(const void *source, void *destination, uint32_t count);
 /* Copies count bytes, source first, also between overlapping ranges. Returns destination. */
 JX_EXPORT void *skMemSCpy(const void *source, void *destination, uint32_t count);
 /* A copy of count bytes in a block of the pool, which the caller frees. Null when an argument is
-   null or 0 or memory is out. */
+   null or 0, or out of memory. */
 JX_EXPORT void *skMemDup(const void *source, uint32_t count, JXPool *pool);
 /* Index of the first unit that equals (Scan, jxzspos) or differs from (NScan) value; -1 when there
    is none, the buffer is null or the count is 0 (jxzspos: or negative). */
@@ -145,13 +143,13 @@ JX_EXPORT int32_t jxzspos(const JXChar *buffer, int32_t count, JXChar value);
 /* 1 when one of count 8-byte elements has its most significant 16 bits all set (a missing value
    among doubles), else 0. */
 JX_EXPORT int32_t skMissArray(const void *array, uint32_t count);
-/* What an operation that is not offered answers: JX_E_UNSUPPORTED. */
+/* For the slot of an operation that is not offered: returns JX_E_UNSUPPORTED. */
 JX_EXPORT JXStatus skUnsup(void);
 
 /* ---- Journal ------------------------------------------------------------------------------- */
 
-/* Forward the fixed words and the arguments after them to the journal's operation of the same
-   name and return its status. */
+/* Forward the words and the arguments after them to the journal's message_to_buffer,
+   message_to_journal, status_to_buffer and status_to_journal slots. Return the slot's status. */
 JX_EXPORT JXStatus jxlMessageToBuf(JXJournal *journal, uintptr_t w1, uintptr_t w2, uintptr_t w3,
                                    uintptr_t w4, uintptr_t w5, ...);
 JX_EXPORT JXStatus jxlMessageToJnl(JXJournal *journal, uintptr_t w1, uintptr_t w2, uintptr_t w3,
@@ -167,9 +165,9 @@ JX_EXPORT double bkztod(void);
 /* Seconds since 1 January 1960, UTC. *gmt_offset_out (may be null) receives the seconds to add for
    the host's time zone. */
 JX_EXPORT double jxzdtgmt(double *gmt_offset_out);
-/* The local time of day; seconds carry the microseconds as fraction. Returns 0. */
+/* The local time of day, with microseconds as the fraction of the seconds. Returns 0. */
 JX_EXPORT int32_t jxztime(uint32_t *hour_out, uint32_t *minute_out, double *seconds_out);
-/* Reverse count bytes (returns 0) or count 32-bit units, in place. */
+/* Reverse count bytes (and return 0) or count 32-bit units, in place. */
 JX_EXPORT int32_t jxzbytrv(void *bytes, uint32_t count);
 JX_EXPORT void jxztchrv(uint32_t *units, uint32_t count);
 

@@ -1,4 +1,4 @@
-// Arguments for the formatting engine, put into an argument list at run time.
+// A va_list for jxzFormatBuffV, built at run time.
 #pragma once
 
 #include <algorithm>
@@ -9,26 +9,24 @@
 #include "jx/runtime.h"
 #include "support/text.hpp"
 
-namespace jx_test {
+namespace jx::test {
 
-using jx::test::JXString;
-
-// In the order in which one of several for the same argument wins.
+// Of several types for one argument the highest counts.
 enum Type { kNone = 0, kChar = 1, kInt, kLong, kLongLong = 5, kPointer, kDouble, kLongDouble };
 
 enum Kind { kNumber, kWide, kBytes };
 
-// A number is the same in every type but for the fraction of the floating ones.
+// A number has the same value in every type, except for the fraction of the floating types.
 struct Argument {
   Kind kind = kNumber;
   Type type = kNone;  // the highest that a directive needs
   int64_t integer = 0;
   double floating = 0;
-  std::string text = {};  // what a pointer points to: ends at a zero, but more can be read
+  std::string text = {};  // target of a pointer: has a zero, and more text after it
   JXString wide = {};     // the same in characters
 };
 
-// An argument list in memory: behind the registers on x86-64, all of it on i386.
+// An argument list in memory: all of it on i386, the part after the registers on x86-64.
 class ArgumentList {
  public:
   void add(const Argument &argument) {
@@ -71,4 +69,4 @@ class ArgumentList {
   size_t size_ = 0;
 };
 
-}  // namespace jx_test
+}  // namespace jx::test

@@ -11,7 +11,7 @@
 
 namespace {
 
-using jx_test::scaled;
+using jx::test::scaled;
 
 constexpr int kThreads = 4;
 
@@ -47,7 +47,7 @@ TEST(Atomic, CellsUnderThreads) {
     const uint32_t own = 1u << thread;
     for (int64_t i = 0; i < operations; ++i) {
       jxAtomicAdd(&sum, thread % 2 ? -1 : 3);
-      // A bit that only this thread changes keeps its value whatever the others do.
+      // A bit that only this thread changes keeps its value, no matter what the others do.
       ASSERT_EQ((i % 2 ? jxAtomicAnd(&bits, ~own) : jxAtomicOr(&bits, own)) & own, i % 2 ? 0 : own);
       for (uint32_t seen = 0; jxAtomicSet(&compared, seen, seen + 1) == 0;) {
         seen = jxAtomicAdd(&compared, 0);
@@ -84,8 +84,8 @@ TEST(Atomic, Stack) {
   EXPECT_EQ(jxAStackPop(&head, kLink), nullptr);
 }
 
-// Few nodes that come back at once: a node is never in two hands, none is lost. Each thread holds
-// two and gives the first back first, so that a head returns with another node below it.
+// Few nodes, reused at once: none is lost, and none is held by two threads. Each thread pops two
+// and pushes the first one first, so that a head comes back with another node below it.
 TEST(Atomic, StackUnderThreads) {
   const int64_t rounds = scaled(1000000) / 4;
   Node nodes[kThreads * 2];

@@ -1,5 +1,5 @@
-// Random formats, valid and not, against a model that knows what it put into them: the model builds
-// each directive together with its output and never reads a format.
+// Random formats, valid and not, against a model that never parses a format: it builds each
+// directive together with its output.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,7 +13,7 @@
 
 namespace {
 
-using namespace jx_test;
+using namespace jx::test;
 using Random = std::mt19937_64;
 
 Type type_of(char letter, const std::string &modifier) {
@@ -46,7 +46,7 @@ class Case {
  public:
   explicit Case(Random *random)
       : random_(*random), is_numbered_(pick(3) == 0), taken_(is_numbered_ ? pick(5) : 0) {
-    // Numbers after one that nobody uses, here taken_, are not taken at all.
+    // Arguments after the first that no directive uses, here taken_, are not taken.
     if (is_numbered_) arguments_.resize(6);
     for (size_t i = 0; i < taken_; ++i) arguments_[i] = make_argument(kNumbered[i], kNone, i == 0);
     for (size_t i = pick(6); i > 0 && !is_bad_; --i) {
@@ -97,7 +97,7 @@ class Case {
     argument.integer = static_cast<int32_t>(random_() >> pick(32));
     if (type == kLongLong) argument.integer = static_cast<int64_t>(random_() >> pick(64));
     if (is_small || pick(2) == 0) argument.integer = static_cast<int64_t>(pick(40)) - 20;
-    // Integer conversions cut the fraction off; no place rounds it from the middle.
+    // Integer conversions cut the fraction off; rounding it to any place is no tie.
     argument.floating = static_cast<double>(argument.integer) + (argument.integer < 0 ? -0.6 : 0.6);
     if (kind == kNumber) return argument;
     argument.text = "abcdefghijklmnopqrstuvwxyz";
@@ -106,7 +106,8 @@ class Case {
     return argument;
   }
 
-  // The argument for a directive: the next one, or one whose number goes into the text.
+  // The argument for a directive: the next one, or a numbered one, with the number added to the
+  // text.
   Argument take(Kind kind, Type type, bool is_small, std::string *text) {
     if (!is_numbered_) return arguments_.emplace_back(make_argument(kind, type, is_small));
     size_t i = 0;
@@ -136,7 +137,7 @@ class Case {
   }
 
   void add_directive(char letter, const std::string &modifier) {
-    // The text before the first directive is there whatever happens to the directive.
+    // The text before the first directive is output even if the directive fails.
     append(random_text());
     mark_ = pieces_.size() - (pieces_.size() == 1 ? 0 : 1);
     format_ += pieces_.back().second;
@@ -148,7 +149,7 @@ class Case {
       amounts += ".";
       d.precision = add_amount(pick(4) ? std::to_string(pick(12)) : "", &amounts);
     }
-    // The value stands behind its width and precision in the list, its number before them.
+    // The value comes after its width and precision in the list, its number before them.
     const Kind kind = !d.is_any_of("sS") ? kNumber : modifier == "h" ? kBytes : kWide;
     if (d.type != kNone) d.argument = take(kind, d.type, false, &d.text);
     if (d.type == kNone && is_numbered_ && pick(2) == 0) add_number(1 + pick(4), &d.text);

@@ -1,4 +1,4 @@
-// Formatted text: every rule of the directives as a row, and what the engine costs in memory.
+// Formatted text: every rule of the directives as a row, and the memory that a call uses.
 #include <gtest/gtest.h>
 #include <pthread.h>
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-using jx_test::GuardedBuffer;
+using jx::test::GuardedBuffer;
 
 constexpr int32_t kAmple = 400;
 
@@ -173,7 +173,7 @@ void *format_hardest_texts(void *is_right) {
   return is_right;
 }
 
-// The bytes of its stack that a thread uses, with what the C library puts there itself.
+// The stack bytes that a thread uses, the C library's own included.
 ptrdiff_t stack_used_by(void *(*body)(void *)) {
   alignas(4096) static uint8_t stack[64 * 1024];
   std::fill(std::begin(stack), std::end(stack), uint8_t{0xA5});
@@ -201,7 +201,7 @@ TEST(Format, NeedsNoHeapAndLittleStack) {
 }  // namespace
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-// Stands before the C library's, so that the test sees whether the module allocates.
+// Interposes malloc, so that the test sees whether the module allocates.
 extern "C" void *malloc(size_t bytes) {
   ++allocations;
   return __libc_malloc(bytes);

@@ -1,5 +1,5 @@
-// What the kernel tests share: test sizes, guarded output buffers, digits, and the exact reference
-// for doubles: decimal strings, rounded half away from zero.
+// Helpers of the kernel tests: guarded output buffers, digits, and the exact reference for doubles,
+// decimal strings rounded half away from zero.
 #pragma once
 
 #include <algorithm>
@@ -16,11 +16,9 @@
 #include "support/scale.hpp"
 #include "support/text.hpp"
 
-namespace jx_test {
+namespace jx::test {
 
-using jx::test::scaled;
-
-// One byte for every character, so that lengths stay what they are.
+// One byte a character, so that lengths do not change.
 inline char as_byte(JXChar character) {
   return character < 0x100 ? static_cast<char>(character) : '?';
 }
@@ -32,13 +30,13 @@ inline std::string digits_in_base(uint64_t value, uint32_t base, bool uppercase)
   return {text, end};
 }
 
-// An output buffer whose unwritten characters can be told from written ones.
+// An output buffer that tells written characters from unwritten ones.
 class GuardedBuffer {
  public:
   static constexpr JXChar kUntouched = 0xDEADBEEF;
   explicit GuardedBuffer(size_t chars) : cells_(chars + 8, kUntouched) {}
   JXChar *data() { return cells_.data(); }
-  // The characters before the first untouched one; one more after it spoils the text.
+  // The characters before the first unwritten one, and " and more" if others follow it.
   std::string text() const {
     const auto end = std::find(cells_.begin(), cells_.end(), kUntouched);
     std::string text(static_cast<size_t>(end - cells_.begin()), 0);
@@ -66,7 +64,7 @@ struct Exact {
   bool is_zero() const { return digits[0] == '0'; }
 };
 
-// A digit for the carry and the first `kept` digits.
+// The first `kept` digits, rounded, after one digit for the carry.
 inline std::string rounded(const Exact &exact, int kept) {
   if (kept < 0) return "0";
   std::string digits = "0" + exact.digits;
@@ -100,7 +98,7 @@ inline std::string exponent_text(const Exact &exact, int places, bool has_point)
   return digits + suffix;
 }
 
-// What the 'e', 'f' and 'g' conversions make of the value without its sign.
+// The text of the value without its sign by 'e', 'f' or 'g'.
 inline std::string exact_text(double value, char conversion, int precision, bool alternate) {
   const Exact exact(value);
   if (conversion == 'f') return fixed_text(exact, precision, alternate);
@@ -117,4 +115,4 @@ inline std::string exact_text(double value, char conversion, int precision, bool
   return text.erase(kept, end - kept);
 }
 
-}  // namespace jx_test
+}  // namespace jx::test

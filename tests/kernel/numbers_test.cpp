@@ -10,10 +10,10 @@
 
 namespace {
 
-using jx_test::digits_in_base;
-using jx_test::exact_text;
-using jx_test::GuardedBuffer;
-using jx_test::scaled;
+using jx::test::digits_in_base;
+using jx::test::exact_text;
+using jx::test::GuardedBuffer;
+using jx::test::scaled;
 using Random = std::mt19937_64;
 using Limits = std::numeric_limits<double>;
 
@@ -21,7 +21,7 @@ constexpr uint64_t kSeed = 20260727;
 
 constexpr double from_bits(uint64_t bits) { return std::bit_cast<double>(bits); }
 
-// The text from a buffer that it just fits: one that is too small stays as it is.
+// The text, from a buffer that it just fits; a smaller buffer must stay unchanged.
 template <auto kRoutine = skzfDouble>
 std::string text_of(auto value, char conversion, int precision, bool alternate) {
   JXChar buffer[4000];
@@ -58,19 +58,19 @@ double any_double(Random *random) {
   return from_bits((bits >> 52) == 0x7FF ? bits & ~(uint64_t{1} << 62) : bits);
 }
 
-// Denormals of every size, zero and the smallest normal one among them.
+// Denormals of every size, with zero and the smallest normal double.
 double any_denormal(Random *random) {
   const uint64_t bits = (*random)() >> (12 + (*random)() % 52);
   return from_bits(bits + (*random)() % 2);
 }
 
-// Doubles of few bits around the size of 1, whose expansions end early: these tie.
+// Doubles of few bits, not far from 1: their expansions end early, and rounding meets ties.
 double any_tie(Random *random) {
   const auto significand = static_cast<double>((*random)() >> (40 + (*random)() % 23));
   return std::ldexp(significand, -static_cast<int>((*random)() % 30));
 }
 
-// Powers of ten and the two doubles on each side: these carry through nines.
+// Powers of ten and the two doubles on each side: rounding carries through nines.
 double near_power_of_ten(Random *random) {
   const std::string text = "1e" + std::to_string(static_cast<int>((*random)() % 631) - 322);
   return from_bits(std::bit_cast<uint64_t>(std::atof(text.c_str())) + (*random)() % 5 - 2);
@@ -99,8 +99,7 @@ TEST(Doubles, RandomAgainstTheReference) {
   }
 }
 
-// Digits before the point without the zeros that end them, digits after it as they stand and
-// without the zeros that begin them.
+// Digits before the point without trailing zeros; digits after it with leading zeros and without.
 constexpr struct {
   double value;
   const char *whole;

@@ -1,5 +1,4 @@
-// Memory and string primitives: tables of edges, and every length and alignment against plain
-// loops.
+// Memory and string primitives: edge cases, and every length and alignment.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -35,7 +34,7 @@ TEST(Strings, LengthsCopiesAndCase) {
   EXPECT_EQ(units, (JXString{'a', 0x10FFFF, 0, 7}));
   skStrTCpy(wide, nullptr);
 
-  // Only ASCII letters become upper case, those behind a zero too.
+  // Only ASCII letters become upper case, also after a zero.
   std::string text("\x61\x7b\x7a\x60\xe4\x80\0qr", 9);
   skStrUp(text.data(), 8);
   EXPECT_EQ(text, std::string("\x41\x7b\x5a\x60\xe4\x80\0Qr", 9));
@@ -63,18 +62,18 @@ TEST(Compare, OrderAndNothingToScan) {
   EXPECT_EQ(jxzspos(&unit, -1, 1), -1);
 }
 
-// Every count up to a few vectors, every place of the odd unit, every alignment: the index must be
-// that of the first match, and nothing outside the range may be looked at (the neighbours match).
-void scan(uint32_t shift, uint32_t count, uint32_t place) {
+// Every count up to a few vectors, every position of the odd unit, every alignment: a scan must
+// return the first match and see nothing outside the range, where every unit matches.
+void scan(uint32_t shift, uint32_t count, uint32_t position) {
   std::vector<uint8_t> bytes(86, 1);
   std::vector<uint32_t> units(86, 1);
   uint8_t *b = bytes.data() + shift;
   uint32_t *u = units.data() + shift;
   std::fill_n(b, count, uint8_t{2});
   std::fill_n(u, count, 2u);
-  b[place] = 1;
-  u[place] = 1;
-  const int32_t expected = place < count ? static_cast<int32_t>(place) : -1;
+  b[position] = 1;
+  u[position] = 1;
+  const int32_t expected = position < count ? static_cast<int32_t>(position) : -1;
   ASSERT_EQ(skMemScan(b, count, 1), expected);
   ASSERT_EQ(skMemNScan(b, count, 2), expected);
   ASSERT_EQ(jxzspos(u, static_cast<int32_t>(count), 1), expected);
@@ -83,11 +82,12 @@ void scan(uint32_t shift, uint32_t count, uint32_t place) {
   ASSERT_EQ(skMemTNot(2, u, count), expected < 0);
 }
 
-TEST(Scan, EveryLengthAndPlace) {
+TEST(Scan, EveryLengthAndPosition) {
   for (uint32_t shift = 0; shift < 5; ++shift) {
     for (uint32_t count = 0; count <= 70; ++count) {
-      for (uint32_t place = 0; place <= count; ++place) {
-        ASSERT_NO_FATAL_FAILURE(scan(shift, count, place)) << shift << ' ' << count << ' ' << place;
+      for (uint32_t position = 0; position <= count; ++position) {
+        ASSERT_NO_FATAL_FAILURE(scan(shift, count, position))
+            << shift << ' ' << count << ' ' << position;
       }
     }
   }
@@ -118,7 +118,7 @@ TEST(Copy, OverlapEitherWayAtEveryDistance) {
   EXPECT_EQ(three, "ab3");
 }
 
-// A pool of one block, enough for the duplicate.
+// A pool of one block.
 bool is_empty = false;
 uint32_t asked_bytes = 0;
 uint8_t block[16];

@@ -1,4 +1,4 @@
-// The clock with a time of the test's choice, and the reversals.
+// The clock at times that the test sets, and the reversals.
 #include <gtest/gtest.h>
 #include <sys/time.h>
 #include <time.h>
@@ -15,7 +15,7 @@ namespace {
 std::optional<timeval> fixed_time;
 }  // namespace
 
-// Stands before the C library's; the module asks it.
+// Interposes the clock that the module reads.
 extern "C" int gettimeofday(timeval *time, void *) noexcept {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);

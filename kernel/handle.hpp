@@ -2,7 +2,7 @@
 // file access share. The order of the fields is part of the contract with hosts.
 #pragma once
 
-#include "jx/wem.h"
+#include "jx/module.h"
 #include "kernel/owners.hpp"
 #include "kernel/text.hpp"
 

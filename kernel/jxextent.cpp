@@ -1,5 +1,5 @@
 // The host kernel handle of the process.
-#include "jx/wem.h"
+#include "jx/module.h"
 
 extern "C" {
 

@@ -1,6 +1,6 @@
 // The current time in the host's epoch, and what must be added for the host's time zone.
+#include "jx/module.h"
 #include "jx/runtime.h"
-#include "jx/wem.h"
 
 double jxzdtgmt(double *gmt_offset_out) {
   const JXHost *host = Exported_JXHandle;

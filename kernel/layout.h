@@ -6,7 +6,9 @@
 #include <assert.h>
 #include <stddef.h>
 
-#include "jx/wem.h"
+#include "jx/host.h"
+#include "jx/module.h"
+#include "jx/records.h"
 
 #ifdef __cplusplus
 #include <type_traits>

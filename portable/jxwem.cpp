@@ -2,7 +2,8 @@
 #include <algorithm>
 #include <iterator>
 
-#include "jx/wem.h"
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
 #include "kernel/owners.hpp"
 
 namespace {

@@ -1,4 +1,5 @@
 // The end of a file handle.
+#include "jx/exports/portable.h"
 #include "kernel/handle.hpp"
 
 extern "C" JXStatus jxwemclose(JXFile *file) {

@@ -1,4 +1,6 @@
 // The members of an open directory, as a table.
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
 #include "portable/portable.hpp"
 #include "posix/results.hpp"
 

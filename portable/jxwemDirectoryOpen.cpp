@@ -1,6 +1,8 @@
 // A directory handle, made in a pool of its own.
 #include <algorithm>
 
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
 #include "jx/runtime.h"
 #include "portable/portable.hpp"
 #include "posix/directory_open.hpp"

@@ -1,4 +1,6 @@
 // Information about a file, as a table; and what both information tables share.
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
 #include "portable/portable.hpp"
 #include "posix/results.hpp"
 

@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
 #include "jx/runtime.h"
 #include "kernel/handle.hpp"
 #include "record/cut.hpp"

@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "jx/wem.h"
+#include "jx/module.h"
 #include "kernel/owners.hpp"
 #include "kernel/text.hpp"
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "jx/exports/posix.h"
 #include "posix/path.hpp"
 #include "posix/results.hpp"
 

@@ -2,7 +2,7 @@
 #include <dirent.h>
 #include <utility>
 
-#include "jx/wem.h"
+#include "jx/exports/posix.h"
 
 extern "C" JXStatus bkwemclosedir(JXDirectory *directory) {
   if (!directory) return JXWEM_E_NOHANDLE;

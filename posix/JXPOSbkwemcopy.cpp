@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "jx/exports/posix.h"
 #include "posix/directory_open.hpp"
 #include "posix/directory_stream.hpp"
 #include "posix/errno_map.hpp"
@@ -196,8 +197,8 @@ class TreeCopy {
     const jx::Text path = paths_->source.text();
     JXStatus status = JX_OK;
     JXDirectory *directory =
-        instance_->directory_open(instance_, path.data, path.chars, JX_DIRECTORY_ALL, 0, nullptr,
-                                  jx::kCopyHandleName, &status);
+        instance_->directory_open(instance_, path.data, path.chars, JX_DIRECTORY_OPEN_ALL, 0,
+                                  nullptr, jx::kCopyHandleName, &status);
     if (!directory) return status;
     *level.get() = {deepest_, directory, path.chars, paths_->target.text().chars};
     deepest_ = level.release();

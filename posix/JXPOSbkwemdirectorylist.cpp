@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <iterator>
 
+#include "jx/exports/posix.h"
 #include "jx/runtime.h"
 #include "posix/directory_stream.hpp"
 #include "posix/errno_map.hpp"

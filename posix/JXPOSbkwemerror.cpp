@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "jx/exports/posix.h"
 #include "jx/runtime.h"
-#include "jx/wem.h"
 #include "kernel/text.hpp"
 
 namespace {

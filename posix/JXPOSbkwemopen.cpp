@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "jx/exports/posix.h"
 #include "kernel/handle.hpp"
 #include "posix/path.hpp"
 

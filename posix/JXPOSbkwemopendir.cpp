@@ -3,6 +3,7 @@
 
 #include <cerrno>
 
+#include "jx/exports/posix.h"
 #include "posix/directory_open.hpp"
 #include "posix/directory_stream.hpp"
 #include "posix/errno_map.hpp"

@@ -1,6 +1,7 @@
 // The next name of a directory handle.
 #include <dirent.h>
 
+#include "jx/exports/posix.h"
 #include "jx/runtime.h"
 #include "posix/directory_stream.hpp"
 #include "posix/path.hpp"
@@ -9,7 +10,7 @@ extern "C" JXStatus bkwemreaddir(JXDirectory *directory, JXChar *buffer, uint32_
   DIR *stream = directory ? jx::stream_of(directory) : nullptr;
   if (!stream) return JXWEM_E_NOHANDLE;
   if (!buffer || !chars) return JXWEM_E_FAILED;
-  const bool wants_all = (directory->options & JX_DIRECTORY_ALL) != 0;
+  const bool wants_all = (directory->options & JX_DIRECTORY_OPEN_ALL) != 0;
   dirent64 entry;
   do {
     const JXStatus status = jx::read_entry(stream, &entry, directory->instance, directory->journal);

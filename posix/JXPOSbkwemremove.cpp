@@ -13,6 +13,7 @@
 #include <climits>
 #include <cstring>
 
+#include "jx/exports/posix.h"
 #include "jx/runtime.h"
 #include "posix/directory_stream.hpp"
 #include "posix/errno_map.hpp"

@@ -2,6 +2,7 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "jx/exports/posix.h"
 #include "posix/errno_map.hpp"
 #include "posix/path.hpp"
 

@@ -1,6 +1,7 @@
 // A path taken apart.
 #include <algorithm>
 
+#include "jx/exports/posix.h"
 #include "posix/path.hpp"
 
 namespace {

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 
+#include "jx/exports/posix.h"
 #include "kernel/handle.hpp"
 #include "posix/errno_map.hpp"
 

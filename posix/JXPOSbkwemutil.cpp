@@ -3,6 +3,7 @@
 
 #include <cerrno>
 
+#include "jx/exports/posix.h"
 #include "posix/errno_map.hpp"
 #include "posix/path.hpp"
 #include "posix/results.hpp"

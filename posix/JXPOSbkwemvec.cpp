@@ -1,6 +1,9 @@
 // The routines of a file handle, chosen by record format and buffering.
 #include <iterator>
 
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
+#include "jx/exports/record.h"
 #include "kernel/handle.hpp"
 
 namespace {

@@ -1,7 +1,7 @@
 // Opening the stream of a directory handle.
 #pragma once
 
-#include "jx/wem.h"
+#include "jx/module.h"
 
 namespace jx {
 

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "jx/wem.h"
+#include "jx/module.h"
 
 namespace jx {
 

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <span>
 
-#include "jx/wem.h"
+#include "jx/module.h"
 
 namespace jx {
 

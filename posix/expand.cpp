@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "jx/exports/posix.h"
 #include "posix/path.hpp"
 
 namespace {

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "jx/wem.h"
+#include "jx/module.h"
 #include "kernel/owners.hpp"
 #include "kernel/text.hpp"
 

@@ -2,7 +2,7 @@
 // exported routine that consists of it.
 #pragma once
 
-#include "jx/wem.h"
+#include "jx/module.h"
 
 namespace jx {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "jx/wem.h"
+#include "jx/records.h"
 #include "kernel/owners.hpp"
 
 struct stat64;

@@ -1,6 +1,7 @@
 // Binary records: bytes as they are, through the buffer or directly.
 #include <algorithm>
 
+#include "jx/exports/record.h"
 #include "record/record.hpp"
 
 namespace {

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "jx/exports/record.h"
 #include "record/record.hpp"
 
 namespace jx {

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <span>
 
+#include "jx/exports/record.h"
 #include "record/record.hpp"
 
 namespace {

@@ -1,4 +1,5 @@
 // The end of the record layer of a handle.
+#include "jx/exports/record.h"
 #include "record/record.hpp"
 
 namespace jx {

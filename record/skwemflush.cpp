@@ -1,4 +1,5 @@
 // Flushing a buffered handle: the pending block to the file, the file to the device.
+#include "jx/exports/record.h"
 #include "record/record.hpp"
 
 extern "C" JXStatus skwem_flush(JXFile *file) {

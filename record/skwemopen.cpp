@@ -1,4 +1,5 @@
 // Preparing the record layer of a handle and opening its file.
+#include "jx/exports/record.h"
 #include "record/record.hpp"
 
 namespace {

@@ -1,5 +1,5 @@
 // The carriage-control tables: line ends and page control as characters.
-#include "jx/wem.h"
+#include "jx/exports/record.h"
 
 namespace {
 

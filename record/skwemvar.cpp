@@ -1,6 +1,7 @@
 // Text lines: records between line ends, read and written through the buffer or directly.
 #include <cstring>
 
+#include "jx/exports/record.h"
 #include "record/found_record.hpp"
 #include "record/line.hpp"
 

@@ -93,7 +93,7 @@ JXStatus prepare_handle(FileHandle *handle, JXInstance *instance, jx::Text name,
 // Checks the options field by field and records them.
 JXStatus record_options(FileHandle *handle, const JXOpenOptions &options) {
   if (options.access_mode > JX_ACCESS_UPDATE) return JXWEM_E_BADACCESS;
-  handle->access_mode = options.access_mode;
+  handle->access.mode = options.access_mode;
   if (options.buffered > 1) return JXWEM_E_BADBUFFERING;
   handle->buffered = options.access_mode == JX_ACCESS_UPDATE ? 0 : options.buffered;
   handle->record_length = options.record_length;
@@ -103,10 +103,10 @@ JXStatus record_options(FileHandle *handle, const JXOpenOptions &options) {
   handle->reserved_switch = options.reserved_switch;
   if (options.lock_mode > JX_LOCK_WAIT) return JXWEM_E_BADLOCKMODE;
   handle->lock_mode = options.lock_mode;
-  handle->user_value_count =
+  handle->user.count =
       static_cast<uint32_t>(std::clamp<int32_t>(options.user_value_count, 0, JX_USER_VALUE_COUNT));
-  std::copy_n(options.user_values, handle->user_value_count, handle->user_values);
-  handle->open_flags = options.open_flags;
+  std::copy_n(options.user_values, handle->user.count, handle->user.values);
+  handle->flags.bits = options.open_flags;
   return JX_OK;
 }
 
@@ -115,34 +115,34 @@ void record_encodings(FileHandle *handle, const JXOpenOptions &options) {
   if (handle->record_format == JX_FORMAT_BINARY) return;
   const bool is_stream = handle->record_format == JX_FORMAT_STREAM;
   const uint32_t default_record = is_stream ? JX_ENCODING_NATIVE : JX_ENCODING_UTF32LE;
-  handle->file_encoding = options.file_encoding ? options.file_encoding : JX_ENCODING_NATIVE;
-  handle->record_encoding = options.record_encoding ? options.record_encoding : default_record;
+  handle->encodings.file = options.file_encoding ? options.file_encoding : JX_ENCODING_NATIVE;
+  handle->encodings.record = options.record_encoding ? options.record_encoding : default_record;
 }
 
 // Arms the byte-order mark of the file's encoding, or clears a flag that has nothing to forbid.
 void record_byte_order_mark(FileHandle *handle) {
   const auto *mark =
-      std::ranges::find(kByteOrderMarks, handle->file_encoding, &ByteOrderMark::encoding);
+      std::ranges::find(kByteOrderMarks, handle->encodings.file, &ByteOrderMark::encoding);
   if (mark == std::end(kByteOrderMarks)) {
-    handle->open_flags &= ~JX_OPEN_NO_BOM;
+    handle->flags.bits &= ~JX_OPEN_NO_BOM;
     return;
   }
-  std::copy_n(mark->mark, mark->bytes, handle->bom);
-  handle->bom_bytes = mark->bytes;
-  handle->bom_pending = 1;
+  std::copy_n(mark->mark, mark->bytes, handle->mark.bytes);
+  handle->mark.size = mark->bytes;
+  handle->mark.is_pending = 1;
 }
 
 void fill_attributes(const FileHandle *handle, JXFileAttributes *attributes) {
   std::copy_n(handle->name, handle->name_chars, attributes->name);
   attributes->name_chars = handle->name_chars;
-  attributes->access_mode = handle->access_mode;
+  attributes->access_mode = handle->access.mode;
   attributes->buffered = handle->buffered;
   attributes->record_length = handle->record_length;
   attributes->record_format = handle->record_format;
   attributes->reserved_switch = handle->reserved_switch;
   attributes->lock_mode = handle->lock_mode;
-  std::copy_n(handle->user_values, JX_USER_VALUE_COUNT, attributes->user_values);
-  attributes->user_value_count = handle->user_value_count;
+  std::copy_n(handle->user.values, JX_USER_VALUE_COUNT, attributes->user_values);
+  attributes->user_value_count = handle->user.count;
 }
 
 // Raises the transcode buffer's size to hold a record of an encoding, with its line end.
@@ -159,40 +159,40 @@ JXStatus make_room_for(const FileHandle *handle, uint32_t encoding, uint64_t *bu
 
 // Makes the transcoders that the access mode needs and the buffer they work into.
 JXStatus make_transcoders(FileHandle *handle, const JXOpenOptions &options, JXOwner owner) {
-  if (handle->file_encoding == handle->record_encoding) return JX_OK;
+  if (!handle->encodings.differ()) return JX_OK;
   JXNls *nls = handle->nls;
-  const bool reads =
-      handle->access_mode == JX_ACCESS_INPUT || handle->access_mode == JX_ACCESS_UPDATE;
+  const bool reads = handle->access.can_read();
   const bool is_conversion_needed =
       nls->needs_conversion(nls, options.file_encoding, options.record_encoding) != 0;
   uint64_t buffer_bytes = 0;
   if (reads && is_conversion_needed) {
     handle->read_transcoder =
-        nls->create_transcoder(nls, handle->file_encoding, handle->record_encoding, 0, owner);
+        nls->create_transcoder(nls, handle->encodings.file, handle->encodings.record, 0, owner);
     if (!handle->read_transcoder) return JXWEM_E_FAILED;
-    handle->read_held.form = jx::form_of(handle->file_encoding);
-    const JXStatus status = make_room_for(handle, handle->record_encoding, &buffer_bytes);
+    handle->read_held.form = jx::form_of(handle->encodings.file);
+    const JXStatus status = make_room_for(handle, handle->encodings.record, &buffer_bytes);
     if (status != JX_OK) return status;
   }
   // Direct transfer reads the file's bytes into the same buffer.
-  const bool reads_into_buffer = handle->access_mode == JX_ACCESS_INPUT &&
-                                 (handle->open_flags & JX_OPEN_DIRECT_TRANSFER) != 0 &&
+  const bool reads_into_buffer = handle->access.mode == JX_ACCESS_INPUT &&
+                                 handle->flags.has(JX_OPEN_DIRECT_TRANSFER) &&
                                  handle->read_transcoder;
-  const bool writes = handle->access_mode != JX_ACCESS_INPUT;
+  const bool writes = handle->access.can_write();
   if (writes) {
     handle->write_transcoder =
-        nls->create_transcoder(nls, handle->record_encoding, handle->file_encoding, 0, owner);
+        nls->create_transcoder(nls, handle->encodings.record, handle->encodings.file, 0, owner);
     if (!handle->write_transcoder) return JXWEM_E_FAILED;
-    handle->write_held.form = jx::form_of(handle->record_encoding);
+    handle->write_held.form = jx::form_of(handle->encodings.record);
   }
   if (writes || reads_into_buffer) {
-    const JXStatus status = make_room_for(handle, handle->file_encoding, &buffer_bytes);
+    const JXStatus status = make_room_for(handle, handle->encodings.file, &buffer_bytes);
     if (status != JX_OK) return status;
   }
   if (buffer_bytes == 0) return JX_OK;
-  handle->transcode_buffer = jx::PoolBlock<uint8_t>::allocate(handle->pool, buffer_bytes).release();
-  if (!handle->transcode_buffer) return JX_E_NOMEM;
-  handle->transcode_buffer_bytes = static_cast<uint32_t>(buffer_bytes);
+  handle->transcode_buffer.data =
+      jx::PoolBlock<uint8_t>::allocate(handle->pool, buffer_bytes).release();
+  if (!handle->transcode_buffer.data) return JX_E_NOMEM;
+  handle->transcode_buffer.size_bytes = static_cast<uint32_t>(buffer_bytes);
   return JX_OK;
 }
 

@@ -41,11 +41,7 @@ JXStatus bkwem_point(JXFile *file, int64_t *offset, uint32_t mode) {
   if (handle->buffered != 0) return JXWEM_E_NOTSUPPORTED;
   if ((mode & (JX_POINT_START | JX_POINT_END)) != 0) *offset = 0;
   const JXStatus status = seek(handle, *offset, whence_of(mode), offset);
-  const bool may_write_bom = (handle->open_flags & JX_OPEN_NO_BOM) == 0;
-  handle->bom_pending = *offset == 0 && may_write_bom;
-  handle->tracked_position = static_cast<uint64_t>(*offset);
-  jx::leave_held(&handle->read_held);
-  jx::leave_held(&handle->write_held);
+  handle->moved_to(*offset);
   return status;
 }
 

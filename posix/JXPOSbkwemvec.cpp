@@ -40,7 +40,7 @@ constexpr const FormatRoutines *kFormats[] = {&kText, &kBinary, nullptr, &kText,
 
 const RecordRoutines &routines_for(const FormatRoutines &format, const jx::FileHandle *handle) {
   if (handle->buffered == 0) return format.direct;
-  const bool is_direct_transfer = (handle->open_flags & JX_OPEN_DIRECT_TRANSFER) != 0;
+  const bool is_direct_transfer = handle->flags.has(JX_OPEN_DIRECT_TRANSFER);
   return is_direct_transfer ? format.buffered_transfer : format.buffered;
 }
 

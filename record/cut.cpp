@@ -106,7 +106,7 @@ bool is_single_byte(FileHandle *handle, HeldStart *held) {
     const bool reads = held == &handle->read_held;
     JXEncodingInfo info{};
     const JXStatus status = handle->nls->encoding_info(
-        handle->nls, reads ? handle->file_encoding : handle->record_encoding, &info);
+        handle->nls, reads ? handle->encodings.file : handle->encodings.record, &info);
     const bool is_single = status == JX_OK && info.max_bytes_per_char == 1;
     held->form = is_single ? TextForm::single_byte : TextForm::several_bytes;
   }

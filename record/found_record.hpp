@@ -7,7 +7,7 @@ namespace [[gnu::visibility("hidden")]] jx {
 
 // Ends the text of a line: the status of a character that is cut off there, else 0.
 inline JXStatus end_line(FileHandle *handle) {
-  const ControlCopy &line_feed = handle->inbound[kLineFeed];
+  const ControlCopy &line_feed = handle->controls.line_feed();
   return end_text(handle, &handle->read_held, line_feed.text, line_feed.bytes);
 }
 
@@ -24,12 +24,12 @@ inline JXStatus convert_record(FileHandle *handle, uint8_t *bytes, Line line, bo
   if (is_ended && handle->read_held.form >= TextForm::other) [[unlikely]] {
     status = convert_with_control(handle, bytes, line, length);
   } else {
-    status = transcode_in(handle, bytes, line.record_bytes, handle->transcode_buffer,
-                          handle->transcode_buffer_bytes, length);
+    status = transcode_in(handle, bytes, line.record_bytes, handle->transcode_buffer.data,
+                          handle->transcode_buffer.size_bytes, length);
     if (handle->read_held.count != 0 && status == JX_OK && is_ended) status = end_line(handle);
   }
   if (status == JX_OK) {
-    *data = handle->transcode_buffer;
+    *data = handle->transcode_buffer.data;
     return JX_OK;
   }
   *data = nullptr;

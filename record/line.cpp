@@ -42,8 +42,8 @@ bool stands_at(const ControlCopy &control, const uint8_t *data) {
 
 // The record before a line feed at `position`, less the carriage return before it.
 Line trim_line_end(const FileHandle *handle, const uint8_t *data, uint32_t position) {
-  const ControlCopy &line_feed = handle->inbound[kLineFeed];
-  const ControlCopy &carriage_return = handle->inbound[kCarriageReturn];
+  const ControlCopy &line_feed = handle->controls.line_feed();
+  const ControlCopy &carriage_return = handle->controls.carriage_return();
   Line line = {position, position + line_feed.bytes};
   if (position >= line_feed.bytes && position >= carriage_return.bytes &&
       stands_at(carriage_return, data + position - line_feed.bytes)) {
@@ -55,7 +55,7 @@ Line trim_line_end(const FileHandle *handle, const uint8_t *data, uint32_t posit
 // A search that may go on when more bytes are in hand: how far it came, in units of the line feed.
 class LineSearch {
  public:
-  explicit LineSearch(const FileHandle *handle) : line_feed_(handle->inbound[kLineFeed]) {}
+  explicit LineSearch(const FileHandle *handle) : line_feed_(handle->controls.line_feed()) {}
 
   // Searches the units that begin in the first window_bytes and lie in hand as a whole.
   bool finds_in(const uint8_t *data, uint32_t window_bytes, uint32_t bytes_in_hand) {
@@ -97,11 +97,11 @@ Behind compare(const ControlCopy &control, const uint8_t *data, uint32_t bytes) 
 // Looks for the line end just behind the record: a line feed, or a carriage return and a line feed.
 // Stores the line that one makes.
 Behind look_behind_limit(const FileHandle *handle, Line *line) {
-  const ControlCopy &carriage_return = handle->inbound[kCarriageReturn];
-  const ControlCopy &line_feed = handle->inbound[kLineFeed];
+  const ControlCopy &carriage_return = handle->controls.carriage_return();
+  const ControlCopy &line_feed = handle->controls.line_feed();
   const uint32_t limit = handle->record_length;
-  const uint32_t bytes_behind = handle->buffer_count - limit;
-  const uint8_t *data = first_unread(handle);
+  const uint32_t bytes_behind = handle->buffer.unread_bytes - limit;
+  const uint8_t *data = handle->buffer.unread();
   uint32_t end = limit;
   Behind behind = compare(line_feed, data + limit, bytes_behind);
   if (behind == Behind::text) {
@@ -118,7 +118,7 @@ Behind look_behind_limit(const FileHandle *handle, Line *line) {
 JXStatus take_long_or_last_line(FileHandle *handle, const LineSearch &search, Line *line) {
   const uint32_t limit = handle->record_length;
   for (;;) {
-    const uint32_t count = handle->buffer_count;
+    const uint32_t count = handle->buffer.unread_bytes;
     const uint32_t end = search.end_of(std::min(count, limit));
     // A search that ends behind the limit has no line end to look for, only the end of the file.
     Behind behind = count > end ? Behind::text : Behind::undecided;
@@ -140,9 +140,9 @@ JXStatus take_long_or_last_line(FileHandle *handle, const LineSearch &search, Li
 JXStatus find_line(FileHandle *handle, Line *line) {
   LineSearch search(handle);
   for (;;) {
-    const uint32_t count = handle->buffer_count;
+    const uint32_t count = handle->buffer.unread_bytes;
     const uint32_t window_bytes = std::min(count, handle->record_length);
-    const uint8_t *data = first_unread(handle);
+    const uint8_t *data = handle->buffer.unread();
     if (search.finds_in(data, window_bytes, count)) {
       *line = trim_line_end(handle, data, search.position());
       return JX_OK;
@@ -158,8 +158,8 @@ JXStatus find_line(FileHandle *handle, Line *line) {
 }
 
 JXStatus find_direct_line(const FileHandle *handle, DirectRead *read) {
-  const uint8_t *data = handle->record_buffer;
-  if (begins_with_bom(handle, data, read->read_bytes)) read->bom_bytes = handle->bom_bytes;
+  const uint8_t *data = handle->buffer.data;
+  if (handle->mark.begins(data, read->read_bytes)) read->bom_bytes = handle->mark.size;
   data += read->bom_bytes;
   const uint32_t span = read->read_bytes - read->bom_bytes;
   LineSearch search(handle);

@@ -17,12 +17,12 @@ struct Line {
 // The next record where that costs no more than one scan: line ends of one byte, the whole line in
 // hand, no byte-order mark before it. Consumes nothing (0 bytes) when it is not so simple.
 inline Line line_in_hand(const FileHandle *handle) {
-  const ControlCopy &line_feed = handle->inbound[kLineFeed];
-  const ControlCopy &carriage_return = handle->inbound[kCarriageReturn];
-  const uint32_t window = std::min(handle->buffer_count, handle->record_length);
+  const ControlCopy &line_feed = handle->controls.line_feed();
+  const ControlCopy &carriage_return = handle->controls.carriage_return();
+  const uint32_t window = std::min(handle->buffer.unread_bytes, handle->record_length);
   if (window == 0 || line_feed.bytes != 1 || carriage_return.bytes != 1) return {};
-  const uint8_t *data = first_unread(handle);
-  if (handle->bom_bytes != 0 && *data == handle->bom[0]) return {};
+  const uint8_t *data = handle->buffer.unread();
+  if (handle->mark.size != 0 && *data == handle->mark.bytes[0]) return {};
   const auto position = static_cast<uint32_t>(scan_units(data, window, *line_feed.text));
   if (position == window) return {};
   const bool is_returned = position != 0 && data[position - 1] == *carriage_return.text;

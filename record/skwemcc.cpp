@@ -10,9 +10,9 @@ namespace {
 
 using jx::ControlCopy;
 using jx::FileHandle;
+using jx::kInbound;
+using jx::kOutbound;
 
-constexpr uint32_t kInbound = 0;
-constexpr uint32_t kOutbound = 1;
 constexpr uint32_t kGroups = 2;
 
 // One direction of one group: what is copied where.
@@ -67,16 +67,17 @@ JXStatus encode_entries(const FileHandle *handle, const Direction &direction,
 // Makes the copies. Stores the size of a converted line feed, 0 when nothing is converted.
 JXStatus make_copies(FileHandle *handle, const Direction &direction, uint32_t *char_bytes_out) {
   JXNls *nls = handle->nls;
-  if (!nls->needs_conversion(nls, JX_ENCODING_UTF32LE, handle->file_encoding)) {
+  if (!nls->needs_conversion(nls, JX_ENCODING_UTF32LE, handle->encodings.file)) {
     *char_bytes_out = 0;
     return copy_entries(handle, direction);
   }
   jx::Transcoder transcoder(
-      nls, nls->create_transcoder(nls, JX_ENCODING_UTF32LE, handle->file_encoding, 0, nullptr));
+      nls, nls->create_transcoder(nls, JX_ENCODING_UTF32LE, handle->encodings.file, 0, nullptr));
   if (!transcoder) return JXWEM_E_FAILED;
   const JXControlString &line_feed = sk_inbound_cc[jx::kLineFeed];
-  JXStatus status = nls->measure_conversion(nls, JX_ENCODING_UTF32LE, line_feed.text,
-                                            line_feed.bytes, handle->file_encoding, char_bytes_out);
+  JXStatus status =
+      nls->measure_conversion(nls, JX_ENCODING_UTF32LE, line_feed.text, line_feed.bytes,
+                              handle->encodings.file, char_bytes_out);
   if (status != JX_OK) return status;
   status = encode_entries(handle, direction, transcoder.get(), *char_bytes_out);
   if (status != JX_OK) return status;
@@ -85,9 +86,11 @@ JXStatus make_copies(FileHandle *handle, const Direction &direction, uint32_t *c
 
 Direction direction_of(FileHandle *handle, uint32_t direction, uint32_t group) {
   if (direction == kInbound) {
-    return {{sk_inbound_cc + group * jx::kInboundCount, jx::kInboundCount}, handle->inbound};
+    return {{sk_inbound_cc + group * jx::kInboundCount, jx::kInboundCount},
+            handle->controls.inbound};
   }
-  return {{sk_outbound_cc + group * jx::kOutboundCount, jx::kOutboundCount}, handle->outbound};
+  return {{sk_outbound_cc + group * jx::kOutboundCount, jx::kOutboundCount},
+          handle->controls.outbound};
 }
 
 }  // namespace

@@ -13,10 +13,10 @@ using jx::Line;
 
 // Skips a byte-order mark before a record; reads on only when the bytes in hand may become one.
 JXStatus skip_bom_before_line(FileHandle *handle) {
-  if (handle->bom_bytes == 0 || *jx::first_unread(handle) != handle->bom[0]) return JX_OK;
-  while (handle->buffer_count < handle->bom_bytes && handle->end_seen == 0) {
-    const uint8_t *data = jx::first_unread(handle);
-    if (std::memcmp(data, handle->bom, handle->buffer_count) != 0) return JX_OK;
+  if (handle->mark.size == 0 || *handle->buffer.unread() != handle->mark.bytes[0]) return JX_OK;
+  while (handle->buffer.unread_bytes < handle->mark.size && handle->end_seen == 0) {
+    const uint8_t *data = handle->buffer.unread();
+    if (std::memcmp(data, handle->mark.bytes, handle->buffer.unread_bytes) != 0) return JX_OK;
     const JXStatus status = jx::read_block(handle);
     if (status != JX_OK) return status;
   }
@@ -44,14 +44,14 @@ JXStatus find_whole_line(FileHandle *handle, jx::DirectRead *read, bool *is_ende
     const JXStatus status = jx::find_direct_line(handle, read);
     *is_ended_out = status == JX_OK;
     const uint32_t room = handle->record_length + handle->control_extra_bytes - read->read_bytes;
-    const uint8_t *record = handle->record_buffer + read->bom_bytes;
+    const uint8_t *record = handle->buffer.data + read->bom_bytes;
     if (*is_ended_out || room == 0 || !handle->read_transcoder ||
         !jx::would_cut(handle->read_held, record, read->line.record_bytes)) {
       return status;
     }
     uint32_t more = 0;
     const JXStatus read_status = handle->methods.host_read(
-        &handle->head, handle->record_buffer + read->read_bytes, room, &more, nullptr);
+        &handle->head, handle->buffer.data + read->read_bytes, room, &more, nullptr);
     *is_ended_out = read_status == JXWEM_E_EOF;
     if (!jx::has_read(read_status)) return status;
     read->read_bytes += more;
@@ -60,10 +60,10 @@ JXStatus find_whole_line(FileHandle *handle, jx::DirectRead *read, bool *is_ende
 
 // Takes a line off the unread bytes and hands its record back; an empty one has no address.
 JXStatus take_line(FileHandle *handle, Line line, void **data, uint32_t *length) {
-  uint8_t *record = jx::first_unread(handle);
-  jx::consume(handle, line.consumed_bytes);
+  uint8_t *record = handle->buffer.unread();
+  handle->buffer.consume(line.consumed_bytes);
   const bool is_ended = line.consumed_bytes != line.record_bytes ||
-                        (handle->end_seen != 0 && handle->buffer_count == 0);
+                        (handle->end_seen != 0 && handle->buffer.unread_bytes == 0);
   if (line.record_bytes != 0) return jx::hand_back(handle, record, line, is_ended, data, length);
   *data = nullptr;
   *length = 0;
@@ -122,14 +122,14 @@ bool has_too_many_chars(FileHandle *handle, const jx::Outgoing &record) {
 // the record buffer. 0, JXWEM_E_TOOLONG, or a failure of the transcoding.
 JXStatus lay_out_record(FileHandle *handle, jx::Outgoing *record, uint8_t **buffer_out) {
   if (handle->write_transcoder) {
-    const uint32_t line_end_bytes = handle->outbound[jx::kLineEnd].bytes;
-    const uint32_t room_bytes = handle->transcode_buffer_bytes;
+    const uint32_t line_end_bytes = handle->controls.line_end().bytes;
+    const uint32_t room_bytes = handle->transcode_buffer.size_bytes;
     if (has_too_many_chars(handle, *record) || room_bytes < line_end_bytes) return JXWEM_E_TOOLONG;
-    *buffer_out = handle->transcode_buffer;
+    *buffer_out = handle->transcode_buffer.data;
     return jx::transcode_record_out(handle, room_bytes - line_end_bytes, record);
   }
   if (record->bytes > handle->record_length) return JXWEM_E_TOOLONG;
-  *buffer_out = handle->record_buffer;
+  *buffer_out = handle->buffer.data;
   if (record->bytes != 0) std::memmove(*buffer_out, record->data, record->bytes);
   return JX_OK;
 }
@@ -154,11 +154,11 @@ JXStatus skwem_write_var(JXFile *file, const void *data, uint32_t length, uint32
   status = jx::place_bom(handle);
   if (status != JX_OK) return status;
   jx::Outgoing record = {data, length};
-  status = jx::transcode_record_out(handle, handle->transcode_buffer_bytes, &record);
+  status = jx::transcode_record_out(handle, handle->transcode_buffer.size_bytes, &record);
   if (status != JX_OK) return status;
   status = jx::place(handle, record.data, record.bytes);
   if (status != JX_OK) return status;
-  const ControlCopy &line_end = handle->outbound[jx::kLineEnd];
+  const ControlCopy &line_end = handle->controls.line_end();
   return jx::place(handle, line_end.text, line_end.bytes);
 }
 
@@ -170,8 +170,7 @@ JXStatus skwem_read_rvar(JXFile *file, void **data, uint32_t *length, uint32_t, 
   *length = 0;
   const uint32_t wanted = handle->record_length + handle->control_extra_bytes;
   jx::DirectRead read = {};
-  status =
-      handle->methods.host_read(file, handle->record_buffer, wanted, &read.read_bytes, nullptr);
+  status = handle->methods.host_read(file, handle->buffer.data, wanted, &read.read_bytes, nullptr);
   if (status == JXWEM_E_EOF) {
     // A character that a part of full length cut is not going on.
     const JXStatus end_status = jx::end_line(handle);
@@ -180,7 +179,7 @@ JXStatus skwem_read_rvar(JXFile *file, void **data, uint32_t *length, uint32_t, 
   if (!jx::has_read(status)) return status;
   bool is_ended = false;
   status = find_whole_line(handle, &read, &is_ended);
-  const JXStatus transcode_status = jx::hand_back(handle, handle->record_buffer + read.bom_bytes,
+  const JXStatus transcode_status = jx::hand_back(handle, handle->buffer.data + read.bom_bytes,
                                                   read.line, is_ended, data, length);
   // The next record is where it is, whatever became of this one.
   const JXStatus point_status = step_back(handle, read);
@@ -192,14 +191,14 @@ JXStatus skwem_write_rvar(JXFile *file, const void *data, uint32_t length, uint3
   JXStatus status = jx::check_writer(file);
   if (status != JX_OK) return status;
   FileHandle *handle = jx::handle_of(file);
-  const ControlCopy &line_end = handle->outbound[jx::kLineEnd];
+  const ControlCopy &line_end = handle->controls.line_end();
   jx::Outgoing record = {data, length};
   uint8_t *buffer = nullptr;
   status = lay_out_record(handle, &record, &buffer);
   if (status != JX_OK) return status;
   std::memcpy(buffer + record.bytes, line_end.text, line_end.bytes);
   uint32_t written = 0;
-  if (jx::owes_bom(handle)) {
+  if (handle->owes_mark()) {
     status = jx::write_bom(handle, nullptr, &written);
     handle->tracked_position += written;
     if (status != JX_OK) return status;

@@ -10,7 +10,7 @@
 #include "kernel/owners.hpp"
 #include "kernel/text.hpp"
 
-namespace [[gnu::visibility("hidden")]] jx {
+namespace jx {
 
 // What the host file access keeps for an open file; a block of the handle's pool.
 struct HostFile {

@@ -2,6 +2,7 @@
 #include "kernel/layout.h"
 
 #include "kernel/handle.hpp"
+#include "kernel/layout_macros.h"
 
 namespace jx {
 namespace {

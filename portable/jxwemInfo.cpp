@@ -4,6 +4,12 @@
 #include "portable/portable.hpp"
 #include "posix/results.hpp"
 
+namespace {
+
+constexpr jx::TableShape kShape = {{0, 0, 1, 0x20000000, 0, 0}, "JXWEM Info", jxwemInfoDestroy};
+
+}  // namespace
+
 namespace jx {
 
 JXTable *table_of_items(const TableShape &shape, JXPool *pool, JXInfoItem **array, uint32_t count,
@@ -32,12 +38,6 @@ void free_entry_item(JXTableEntry *entry) {
 }
 
 }  // namespace jx
-
-namespace {
-
-constexpr jx::TableShape kShape = {{0, 0, 1, 0x20000000, 0, 0}, "JXWEM Info", jxwemInfoDestroy};
-
-}  // namespace
 
 extern "C" {
 

@@ -4,28 +4,23 @@
 
 #include "jx/exports/portable.h"
 #include "jx/exports/posix.h"
-#include "jx/runtime.h"
 #include "kernel/handle.hpp"
+#include "portable/portable.hpp"
 #include "record/cut.hpp"
 
 namespace {
 
 using jx::FileHandle;
 
-// The byte-order mark of each encoding that has one.
-struct ByteOrderMark {
+struct MarkRow {
   uint32_t encoding;
-  uint32_t bytes;
-  uint8_t mark[4];
+  uint32_t size;
+  char bytes[5];  // with the zero of its literal
 };
 
-constexpr ByteOrderMark kByteOrderMarks[] = {
-    {JX_ENCODING_UTF8, 3, {0xEF, 0xBB, 0xBF}},
-    {JX_ENCODING_UTF16BE, 2, {0xFE, 0xFF}},
-    {JX_ENCODING_UTF16LE, 2, {0xFF, 0xFE}},
-    {JX_ENCODING_UTF32BE, 4, {0x00, 0x00, 0xFE, 0xFF}},
-    {JX_ENCODING_UTF32LE, 4, {0xFF, 0xFE, 0x00, 0x00}},
-};
+#define MARK_ROW(encoding, size, bytes) {encoding, size, bytes},
+constexpr MarkRow kMarks[] = {JX_BYTE_ORDER_MARKS(MARK_ROW)};
+#undef MARK_ROW
 
 // Undoes an open that did not succeed. Once the file is open, close releases everything; before,
 // the parts that were made go in reverse order, the pool last.
@@ -69,13 +64,7 @@ class OpenGuard {
 JXStatus prepare_handle(FileHandle *handle, JXInstance *instance, jx::Text name,
                         const JXOpenOptions &options, const char *caller_tag8) {
   std::copy_n(JX_EYE_CATCHER, sizeof handle->head.eye_catcher, handle->head.eye_catcher);
-  if (caller_tag8) {
-    const uint32_t tag_bytes = skStrLen(caller_tag8) + 1u;
-    auto tag = jx::PoolBlock<char>::allocate(handle->pool, tag_bytes);
-    if (!tag) return JX_E_NOMEM;
-    skMemCpy(caller_tag8, tag.get(), tag_bytes);
-    handle->head.caller_tag = tag.release();
-  }
+  if (!jx::copy_name8(handle->pool, caller_tag8, &handle->head.caller_tag)) return JX_E_NOMEM;
   handle->head.close = jxwemclose;
   handle->name = jx::PoolBlock<JXChar>::allocate(handle->pool, uint64_t{name.chars} + 1).release();
   if (!handle->name) return JX_E_NOMEM;
@@ -121,14 +110,13 @@ void record_encodings(FileHandle *handle, const JXOpenOptions &options) {
 
 // Arms the byte-order mark of the file's encoding, or clears a flag that has nothing to forbid.
 void record_byte_order_mark(FileHandle *handle) {
-  const auto *mark =
-      std::ranges::find(kByteOrderMarks, handle->encodings.file, &ByteOrderMark::encoding);
-  if (mark == std::end(kByteOrderMarks)) {
+  const auto *row = std::ranges::find(kMarks, handle->encodings.file, &MarkRow::encoding);
+  if (row == std::end(kMarks)) {
     handle->flags.bits &= ~JX_OPEN_NO_BOM;
     return;
   }
-  std::copy_n(mark->mark, mark->bytes, handle->mark.bytes);
-  handle->mark.size = mark->bytes;
+  std::copy_n(row->bytes, row->size, handle->mark.bytes);
+  handle->mark.size = row->size;
   handle->mark.is_pending = 1;
 }
 

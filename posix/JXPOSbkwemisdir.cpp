@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr JXStatus kNotDirectory = 1;  // exists and is something else
 constexpr jx::ErrnoRow kDirectoryTestRows[] = {{ENOENT, JXWEM_E_NOPATH}, {EACCES, JXWEM_E_ACCESS}};
 constexpr jx::ErrnoMap kDirectoryTestErrors = {kDirectoryTestRows};
 

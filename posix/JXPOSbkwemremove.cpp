@@ -44,19 +44,22 @@ int remove_by_kind(int directory_fd, const char *name, bool is_dir) {
   return result == 0 ? 0 : errno;
 }
 
+// Tells whether test_directory found anything.
+bool exists(JXStatus test) { return test == JX_OK || test == jx::kNotDirectory; }
+
 // Removes a name, relative to a directory's descriptor or AT_FDCWD. What it is comes from
 // a test that follows links; where the directory's entry tells the type of something that is no
 // link, the test is made only when the removal fails.
 JXStatus remove_name(JXInstance *instance, int directory_fd, const char *name, unsigned char type,
                      bool *is_dir_out) {
   const bool is_known = type != DT_UNKNOWN && type != DT_LNK;
-  JXStatus test = type == DT_DIR ? JX_OK : 1;
+  JXStatus test = type == DT_DIR ? JX_OK : jx::kNotDirectory;
   if (!is_known) test = jx::test_directory(instance, directory_fd, name);
-  if (test > 1) return JXWEM_E_NOTFOUND;
+  if (!exists(test)) return JXWEM_E_NOTFOUND;
   *is_dir_out = test == JX_OK;
   const int error = remove_by_kind(directory_fd, name, *is_dir_out);
   if (error == 0) return JX_OK;
-  if (is_known && error != ENOTEMPTY && jx::test_directory(instance, directory_fd, name) > 1) {
+  if (is_known && error != ENOTEMPTY && !exists(jx::test_directory(instance, directory_fd, name))) {
     return JXWEM_E_NOTFOUND;
   }
   return jx::status_of_errno(kRemoveErrors, error, instance, instance->journal);

@@ -5,13 +5,13 @@
 
 #include "posix/errno_map.hpp"
 
+namespace jx {
+
 namespace {
 
-constexpr jx::ErrnoMap kReadEntryErrors = {};
+constexpr ErrnoMap kReadEntryErrors = {};
 
 }  // namespace
-
-namespace jx {
 
 JXStatus read_entry(DIR *stream, dirent64 *entry, JXInstance *instance, JXJournal *journal) {
   dirent64 *found = nullptr;

@@ -7,7 +7,7 @@
 
 #include "jx/module.h"
 
-namespace jx {
+namespace [[gnu::visibility("hidden")]] jx {
 
 // Reads the next entry of a stream. 0, JXWEM_E_EOF when there is none, or JXWEM_E_SYSTEM after the
 // system's text went to the journal (which may be null).

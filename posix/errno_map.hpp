@@ -7,7 +7,7 @@
 
 #include "jx/module.h"
 
-namespace jx {
+namespace [[gnu::visibility("hidden")]] jx {
 
 // One row of a call's error table: what an errno means there.
 struct ErrnoRow {

@@ -5,7 +5,7 @@
 
 #include "jx/base.h"
 
-namespace jx {
+namespace [[gnu::visibility("hidden")]] jx {
 
 inline constexpr uint32_t kPathAreaBytes = 1024;  // the longest text while a path is expanded
 inline constexpr uint32_t kHomeAreaBytes = 1024;  // room for a home directory, terminator included

@@ -3,7 +3,7 @@
 
 #include "posix/path.hpp"
 
-namespace jx {
+namespace [[gnu::visibility("hidden")]] jx {
 
 // Builds the full paths of one directory's members, each as bkwembuildpath would. What comes
 // before a member's name is found once, unless it holds variables; a name that the expansion would

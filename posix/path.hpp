@@ -7,7 +7,7 @@
 #include "kernel/owners.hpp"
 #include "kernel/text.hpp"
 
-namespace jx {
+namespace [[gnu::visibility("hidden")]] jx {
 
 // A block of the pool with a copy of text; empty when memory is out.
 PoolBlock<JXChar> copy_text(JXPool *pool, Text text);

@@ -10,7 +10,7 @@
 
 struct stat64;
 
-namespace jx {
+namespace [[gnu::visibility("hidden")]] jx {
 
 // Sets the results that a caller asks for to nothing, before anything can fail.
 template <typename... Result>

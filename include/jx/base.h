@@ -51,9 +51,18 @@ typedef void *JXOwner;
 #define JX_ENCODING_UTF32LE 27u /* UTF-32, little-endian: JXChar */
 #define JX_ENCODING_NATIVE 62u  /* names and texts of the operating system, one byte a character */
 
+/* The byte-order mark of every encoding that has one, X(encoding, size in bytes, bytes). Longer
+   marks come first, because that of UTF-16 begins that of UTF-32. */
+#define JX_BYTE_ORDER_MARKS(X)                   \
+  X(JX_ENCODING_UTF32BE, 4u, "\x00\x00\xFE\xFF") \
+  X(JX_ENCODING_UTF32LE, 4u, "\xFF\xFE\x00\x00") \
+  X(JX_ENCODING_UTF8, 3u, "\xEF\xBB\xBF")        \
+  X(JX_ENCODING_UTF16BE, 2u, "\xFE\xFF")         \
+  X(JX_ENCODING_UTF16LE, 2u, "\xFF\xFE")
+
 #define JX_OK ((JXStatus)0u) /* success */
 
-/* Status codes shared with the host kernel. The meaning of each stands in JX_STATUS_LIST. */
+/* Status codes shared with the host kernel. JX_STATUS_LIST has the meaning of each. */
 #define JX_E_NOMEM ((JXStatus)0x803fc002u)
 #define JX_E_BADARG ((JXStatus)0x803fc003u)
 #define JX_E_UNSUPPORTED ((JXStatus)0x803fc004u)

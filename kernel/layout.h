@@ -1,6 +1,6 @@
-// The binary contract in numbers, for a C compiler and a C++ compiler alike: the place of every
-// field of the public records, in bytes on i386 and on x86-64. A word is a pointer; a 64-bit field
-// of an i386 record is aligned to 4 bytes.
+// The binary contract in numbers, for C and C++ compilers alike: the offset of every field of the
+// public records, in bytes on i386 and on x86-64. A word is a pointer; a 64-bit field of an i386
+// record is aligned to 4 bytes.
 #pragma once
 
 #include "jx/host.h"

@@ -1,4 +1,4 @@
-// The end of a file handle.
+// jxwemclose, the close slot of a file handle.
 #include "jx/exports/portable.h"
 #include "kernel/handle.hpp"
 
@@ -9,7 +9,7 @@ extern "C" JXStatus jxwemclose(JXFile *file) {
   if (handle->access.can_write()) flush_status = handle->methods.record_flush(file);
   const JXStatus close_status = handle->methods.record_close(file);
 
-  // From here on everything goes, each by its owner, the pool last.
+  // Owners release everything from here on, the pool last.
   const jx::HostObject<JXPool> pool(handle->pool);
   const jx::PoolBlock<jx::FileHandle> block(handle->pool, handle);
   const jx::HostObject<JXPool> working_pool(

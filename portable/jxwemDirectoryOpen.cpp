@@ -1,4 +1,4 @@
-// A directory handle, made in a pool of its own.
+// jxwemdirectoryopen, the directory_open slot: a directory handle in a pool of its own.
 #include <algorithm>
 
 #include "jx/exports/portable.h"

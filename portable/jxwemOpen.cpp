@@ -1,4 +1,5 @@
-// Opening a file: options checked, handle built, file opened, transcoders made.
+// jxwemopen, the open slot: checks the options, builds the handle, opens the file, makes the
+// transcoders.
 #include <algorithm>
 #include <iterator>
 
@@ -22,8 +23,8 @@ struct MarkRow {
 constexpr MarkRow kMarks[] = {JX_BYTE_ORDER_MARKS(MARK_ROW)};
 #undef MARK_ROW
 
-// Undoes an open that did not succeed. Once the file is open, close releases everything; before,
-// the parts that were made go in reverse order, the pool last.
+// Undoes a failed open. Once the file is open, close releases everything; before that, the parts go
+// in reverse order, the pool last.
 class OpenGuard {
  public:
   explicit OpenGuard(JXPool *pool) : pool_(pool) {}
@@ -60,7 +61,7 @@ class OpenGuard {
   FileHandle *handle_ = nullptr;
 };
 
-// Gives the handle what it owns before any option is looked at: tag, name, pools, lock.
+// Gives the handle what it owns before any option is checked: tag, name, lock.
 JXStatus prepare_handle(FileHandle *handle, JXInstance *instance, jx::Text name,
                         const JXOpenOptions &options, const char *caller_tag8) {
   std::copy_n(JX_EYE_CATCHER, sizeof handle->head.eye_catcher, handle->head.eye_catcher);
@@ -79,7 +80,7 @@ JXStatus prepare_handle(FileHandle *handle, JXInstance *instance, jx::Text name,
   return JX_OK;
 }
 
-// Checks the options field by field and records them.
+// Checks and records the options in a fixed order, so that each mistake has its own status.
 JXStatus record_options(FileHandle *handle, const JXOpenOptions &options) {
   if (options.access_mode > JX_ACCESS_UPDATE) return JXWEM_E_BADACCESS;
   handle->access.mode = options.access_mode;

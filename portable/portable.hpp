@@ -27,8 +27,8 @@ struct TableShape {
   JXEntryDestructor destructor;        // releases the value of an entry
 };
 
-// An empty table with its destructor in place; empty when there is no host kernel handle or the
-// host refuses.
+// A table without entries, with its destructor set. The owner is empty when there is no host kernel
+// handle or the host refuses.
 inline HostObject<JXTable> make_table(const TableShape &shape) {
   JXHost *host = Exported_JXHandle;
   if (!host) return HostObject<JXTable>();

@@ -1,4 +1,4 @@
-// The POSIX layer's piece of the instance: the extension that opens files.
+// bkwem and bkwemdestroy: the POSIX layer's part of the instance, the extension that opens files.
 #include <iterator>
 
 #include "jx/exports/posix.h"

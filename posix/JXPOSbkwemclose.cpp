@@ -1,4 +1,4 @@
-// Closing the operating system's file: the extension that opened it owns the descriptor.
+// bkwem_close: closes the system's file. The extension that opened it owns the descriptor.
 #include "jx/exports/posix.h"
 #include "kernel/handle.hpp"
 

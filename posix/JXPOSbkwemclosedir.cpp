@@ -1,4 +1,4 @@
-// The stream of a directory handle, closed.
+// bkwemclosedir: closes the stream of a directory handle.
 #include <dirent.h>
 #include <utility>
 

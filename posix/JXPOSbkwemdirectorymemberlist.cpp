@@ -1,4 +1,4 @@
-// The members of an open directory, as a linked list of records.
+// bkwemdirectorymemberlist: the members of an open directory as a linked list of records.
 #include "jx/exports/posix.h"
 #include "jx/runtime.h"
 #include "posix/directory_stream.hpp"
@@ -56,7 +56,7 @@ class MemberList {
     if ((flags_ & JX_LIST_INFORMATION) != 0) {
       record->information =
           instance_->info(instance_, pool_, path.block.get(), path.chars, &status);
-      // No table ends the list whatever the status: with 0 it is good as far as it goes.
+      // Without a table the list ends here, even when the status is 0: it is good so far.
       is_ended_ = !record->information;
       if (is_ended_) return status;
     }

@@ -1,4 +1,4 @@
-// The text of a system error, written to the journal.
+// bkwemerror: writes the text of a system error to the journal.
 #include <algorithm>
 #include <cstring>
 

@@ -1,4 +1,4 @@
-// Whether a path names anything.
+// bkwemexist, the exist slot: does a path name anything?
 #include <sys/stat.h>
 
 #include <cerrno>

@@ -1,4 +1,4 @@
-// Information about the file system that holds a name, as records.
+// bkwemfsinfo: information about the file system that holds a name, as records.
 #include <sys/statvfs.h>
 
 #include <cerrno>

@@ -1,4 +1,4 @@
-// Whether a path names a directory.
+// bkwemisdir: does a path name a directory?
 #include <fcntl.h>
 #include <sys/stat.h>
 

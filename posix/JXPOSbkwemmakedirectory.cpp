@@ -1,4 +1,4 @@
-// A new directory.
+// bkwemmakedirectory, the make_directory slot.
 #include <fcntl.h>
 #include <sys/stat.h>
 

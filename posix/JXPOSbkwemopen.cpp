@@ -1,4 +1,4 @@
-// Opening the operating system's file through the extension "jxelm".
+// bkwem_open: opens the system's file through the extension "jxelm".
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -12,8 +12,8 @@ using jx::FileHandle;
 
 constexpr uint32_t kPermissions = 0777;  // reduced by the umask
 
-// How an access mode opens, and the lock mode for which it needs both reading and writing: a
-// shared lock wants a descriptor that reads, an exclusive one a descriptor that writes.
+// The open flags of an access mode, and the lock mode that needs both reading and writing: a shared
+// lock needs a descriptor that reads, an exclusive one a descriptor that writes.
 struct AccessRow {
   uint32_t flags;
   uint32_t both_lock_mode;
@@ -51,7 +51,7 @@ uint32_t lock_word_of(const FileHandle *handle) {
   }
 }
 
-// What the extension's codes mean here; every other code is a system error.
+// From the extension's codes to ours; every other code is a system error.
 struct ElmRow {
   JXStatus from;
   JXStatus to;

@@ -1,4 +1,4 @@
-// The stream of a directory handle, opened.
+// bkwemopendir: opens the stream of a directory handle.
 #include <dirent.h>
 
 #include <cerrno>

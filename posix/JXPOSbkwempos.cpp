@@ -1,4 +1,4 @@
-// The descriptor's offset: asked for and moved.
+// bkwem_note and bkwem_point, the note and point slots: the descriptor's offset.
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,7 +11,7 @@ namespace {
 
 constexpr jx::ErrnoMap kSeekErrors = {{}, JXWEM_E_FAILED};
 
-// Moves the descriptor and stores where it stands, or -1.
+// Moves the descriptor and stores its new offset, or -1.
 JXStatus seek(const jx::FileHandle *handle, int64_t offset, int whence, int64_t *offset_out) {
   *offset_out = lseek64(handle->host_file->descriptor, offset, whence);
   if (*offset_out >= 0) return JX_OK;

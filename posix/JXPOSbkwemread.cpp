@@ -1,4 +1,4 @@
-// Reading from the descriptor.
+// bkwem_read: reads from the descriptor.
 #include <unistd.h>
 
 #include "jx/exports/posix.h"

@@ -1,4 +1,4 @@
-// A file or directory under another name.
+// bkwemrename, the rename slot.
 #include <cerrno>
 #include <cstdio>
 

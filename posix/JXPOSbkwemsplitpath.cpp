@@ -1,4 +1,4 @@
-// A path taken apart.
+// bkwemsplitpath and bkwemsplitpathdestroy, the split_path and split_path_release slots.
 #include <algorithm>
 
 #include "jx/exports/posix.h"

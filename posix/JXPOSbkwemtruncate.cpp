@@ -1,4 +1,4 @@
-// Setting a file's length.
+// bkwemtruncate, the truncate slot: sets a file's length.
 #include <unistd.h>
 
 #include <cerrno>

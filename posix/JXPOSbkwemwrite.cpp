@@ -1,4 +1,4 @@
-// Writing to the descriptor.
+// bkwem_write: writes to the descriptor.
 #include <unistd.h>
 
 #include <cerrno>

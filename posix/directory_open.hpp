@@ -13,7 +13,7 @@ inline constexpr char kCopyHandleName[] = "BKWEMCOPY";
 // the name is the switch; a host may use the same text, but cannot have the same pointer.
 inline bool is_copy_handle(const char *name8) { return name8 == kCopyHandleName; }
 
-// Opens the stream of a directory handle, by its path as it is or expanded. The statuses of
+// Opens the stream of a directory handle, by its path: literal or expanded. The statuses of
 // bkwemopendir.
 JXStatus open_stream(JXDirectory *directory, bool is_literal);
 

@@ -1,4 +1,4 @@
-// How the errno of a failed system call becomes the status of an operation and a journal line.
+// From the errno of a failed system call to the status of an operation and a journal line.
 #pragma once
 
 #include <cerrno>
@@ -9,7 +9,7 @@
 
 namespace [[gnu::visibility("hidden")]] jx {
 
-// One row of a call's error table: what an errno means there.
+// One row of a call's error table.
 struct ErrnoRow {
   int error;        // errno value
   JXStatus status;  // what the operation answers

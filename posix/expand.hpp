@@ -1,4 +1,4 @@
-// The pieces of path expansion, all on terminated text in the platform encoding.
+// The steps of path expansion, on terminated text in the platform encoding.
 #pragma once
 
 #include <cstdint>

@@ -27,8 +27,8 @@ bool is_convertible(Text text) {
 MemberPaths::MemberPaths(JXInstance *instance, Text directory)
     : instance_(instance), directory_(directory) {
   const Text given = trimmed(directory);
-  // Without a directory before it a leading "~" or "." of the name itself would be expanded. A
-  // variable's value may be cut where the work area ends, and what stands behind it is lost.
+  // Without a directory before it, a leading "~" or "." of the name itself would be expanded. A
+  // variable's value may be cut where the work area ends, and the text after it is lost.
   if (given.chars == 0 || has_variable(given)) return;
   OwnedPath probe;
   const JXStatus status = build_path(instance, directory, {kProbeName, 1}, &probe);

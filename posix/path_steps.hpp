@@ -1,5 +1,5 @@
-// Steps on a path in the platform encoding that several operations take. Each is defined beside the
-// exported routine that consists of it.
+// Operations on a path in the platform encoding that several routines need. Each is defined beside
+// the exported routine that it implements.
 #pragma once
 
 #include "jx/module.h"

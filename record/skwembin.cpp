@@ -1,4 +1,5 @@
-// Binary records: bytes as they are, through the buffer or directly.
+// skwem_read_bin, skwem_write_bin, skwem_read_rbin, skwem_write_rbin: the read and write slots of
+// binary files. Bytes pass unchanged, through the buffer or directly.
 #include <algorithm>
 
 #include "jx/exports/record.h"
@@ -8,7 +9,7 @@ namespace {
 
 using jx::FileHandle;
 
-// Takes bytes that are in hand off the unread ones.
+// Hands back bytes that are in hand.
 JXStatus take_bytes(FileHandle *handle, uint32_t bytes, void **data, uint32_t *length) {
   uint8_t *record = handle->buffer.unread();
   handle->buffer.consume(bytes);
@@ -17,8 +18,8 @@ JXStatus take_bytes(FileHandle *handle, uint32_t bytes, void **data, uint32_t *l
   return JX_OK;
 }
 
-// Reads bytes that are not all in hand. Apart from the reader, so that the reader keeps no stack
-// frame for it.
+// Slow path of the buffered reader: not all bytes are in hand. Out of line, so that the fast path
+// needs no stack frame.
 [[gnu::noinline]] JXStatus read_bytes(FileHandle *handle, uint32_t wanted, void **data,
                                       uint32_t *length) {
   const JXStatus status = jx::refill(handle, wanted);
@@ -48,7 +49,7 @@ JXStatus skwem_read_bin(JXFile *file, void **data, uint32_t *length, uint32_t, i
 JXStatus skwem_write_bin(JXFile *file, const void *data, uint32_t length, uint32_t, int64_t *) {
   JXStatus status = jx::check_writer(file);
   if (status != JX_OK) return status;
-  return jx::place(jx::handle_of(file), data, length);
+  return jx::append(jx::handle_of(file), data, length);
 }
 
 JXStatus skwem_read_rbin(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *offset) {

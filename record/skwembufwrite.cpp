@@ -1,4 +1,4 @@
-// The block writer.
+// sk_buf_write: gathers bytes and writes each block that becomes full.
 #include <algorithm>
 #include <cstring>
 
@@ -7,7 +7,7 @@
 
 namespace jx {
 
-JXStatus place_in_blocks(FileHandle *handle, const void *source, uint32_t bytes) {
+JXStatus append_in_blocks(FileHandle *handle, const void *source, uint32_t bytes) {
   const auto *data = static_cast<const uint8_t *>(source);
   RecordBuffer &buffer = handle->buffer;
   while (bytes != 0) {
@@ -31,5 +31,5 @@ extern "C" JXStatus sk_buf_write(JXFile *file, const void *source, uint32_t byte
   if (status != JX_OK) return status;
   jx::FileHandle *handle = jx::handle_of(file);
   if (handle->buffered == 0 || !handle->buffer.data) return JXWEM_E_NOTSUPPORTED;
-  return jx::place_in_blocks(handle, source, bytes);
+  return jx::append_in_blocks(handle, source, bytes);
 }

@@ -1,4 +1,4 @@
-// The control strings of a handle in its file's encoding.
+// setupCCTable: a handle's control strings in the encoding of its file.
 #include <algorithm>
 #include <cstring>
 #include <span>
@@ -15,7 +15,7 @@ using jx::kOutbound;
 
 constexpr uint32_t kGroups = 2;
 
-// One direction of one group: what is copied where.
+// The control strings of one direction and group, and their copies in the handle.
 struct Direction {
   std::span<const JXControlString> entries;
   std::span<ControlCopy> copies;
@@ -23,7 +23,7 @@ struct Direction {
 
 uint32_t chars_of(const JXControlString &entry) { return entry.bytes / jx::kJXCharBytes; }
 
-// The longest copy, which readers and writers need as room beside a record.
+// The size of the longest copy: room that readers and writers need beside a record.
 uint32_t longest(std::span<const ControlCopy> copies) {
   return std::ranges::max_element(copies, {}, &ControlCopy::bytes)->bytes;
 }
@@ -35,7 +35,7 @@ void release(const FileHandle *handle, std::span<ControlCopy> copies) {
   }
 }
 
-// The characters are the file's encoding already.
+// Copies strings that are in the file's encoding already.
 JXStatus copy_entries(const FileHandle *handle, const Direction &direction) {
   for (size_t i = 0; i < direction.entries.size(); ++i) {
     const JXControlString &entry = direction.entries[i];
@@ -47,7 +47,7 @@ JXStatus copy_entries(const FileHandle *handle, const Direction &direction) {
   return JX_OK;
 }
 
-// char_bytes is the size of one control character in the file's encoding.
+// Converts strings; char_bytes is the size of one control character in the file's encoding.
 JXStatus encode_entries(const FileHandle *handle, const Direction &direction,
                         JXTranscoder *transcoder, uint32_t char_bytes) {
   for (size_t i = 0; i < direction.entries.size(); ++i) {

@@ -1,4 +1,4 @@
-// The end of the record layer of a handle.
+// skwem_close: closes the file and releases the record layer's part of its handle.
 #include "jx/exports/record.h"
 #include "record/record.hpp"
 

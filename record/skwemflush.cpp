@@ -1,4 +1,5 @@
-// Flushing a buffered handle: the pending block to the file, the file to the device.
+// skwem_flush, the flush slot of buffered files: the pending block to the file, the file to the
+// device.
 #include "jx/exports/record.h"
 #include "record/record.hpp"
 

@@ -1,4 +1,4 @@
-// Preparing the record layer of a handle and opening its file.
+// skwem_open: prepares the record layer of a handle and opens its file.
 #include "jx/exports/record.h"
 #include "record/record.hpp"
 

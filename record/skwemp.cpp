@@ -1,4 +1,4 @@
-// The carriage-control tables: line ends and page control as characters.
+// sk_outbound_cc and sk_inbound_cc: line ends and page control as characters.
 #include "jx/exports/record.h"
 
 namespace {

@@ -1,4 +1,5 @@
-// Stream records: text without line structure, with byte-order marks and transcoding.
+// skwem_read_stream, skwem_write_stream, skwem_read_rstream, skwem_write_rstream: the read and
+// write slots of stream files. Text without line ends, with byte-order marks and transcoding.
 #include <algorithm>
 #include <cstring>
 
@@ -9,7 +10,7 @@ namespace {
 
 using jx::FileHandle;
 
-// Where a direct read puts the file's bytes and where the caller finds the chunk.
+// The buffers of a direct read: one for the file's bytes, one for the caller's chunk.
 struct Route {
   uint8_t *area;                  // the host read's destination
   uint32_t area_bytes;            // how much to read
@@ -38,10 +39,10 @@ JXStatus choose_route(const FileHandle *handle, void *caller_data, uint32_t want
   return JX_OK;
 }
 
-// Takes a byte-order mark off the front of what was read and reads as many bytes more. The status
-// of that read becomes the status of the chunk.
-JXStatus replace_bom(FileHandle *handle, const Route &route, const int64_t *offset,
-                     uint32_t *read_bytes) {
+// Drops a byte-order mark from the front of the bytes read and reads that many more. The status of
+// that read becomes the status of the chunk.
+JXStatus replace_mark(FileHandle *handle, const Route &route, const int64_t *offset,
+                      uint32_t *read_bytes) {
   const uint32_t kept = *read_bytes - handle->mark.size;
   std::memmove(route.area, route.area + handle->mark.size, kept);
   const int64_t next_offset = offset ? *offset + *read_bytes : 0;
@@ -54,11 +55,11 @@ JXStatus replace_bom(FileHandle *handle, const Route &route, const int64_t *offs
 
 // Writes the byte-order mark where a direct write needs it: at offset 0 always, without an offset
 // when it is due. An offset given moves past it.
-JXStatus write_due_bom(FileHandle *handle, int64_t *offset) {
+JXStatus write_due_mark(FileHandle *handle, int64_t *offset) {
   const bool is_due = offset ? *offset == 0 && handle->may_write_mark() : handle->owes_mark();
   if (!is_due) return JX_OK;
   uint32_t written = 0;
-  const JXStatus status = jx::write_bom(handle, offset, &written);
+  const JXStatus status = jx::write_mark(handle, offset, &written);
   if (status == JX_OK && offset) *offset = written;
   return status;
 }
@@ -71,7 +72,7 @@ JXStatus read_chunk(FileHandle *handle, const Route &route, const int64_t *offse
       handle->methods.host_read(&handle->head, route.area, route.area_bytes, &read_bytes, offset);
   if (!jx::has_read(status)) return status;
   if (handle->mark.begins(route.area, read_bytes)) {
-    status = replace_bom(handle, route, offset, &read_bytes);
+    status = replace_mark(handle, route, offset, &read_bytes);
   }
   if (!handle->read_transcoder) {
     *data = route.area;
@@ -88,7 +89,7 @@ JXStatus read_chunk(FileHandle *handle, const Route &route, const int64_t *offse
 JXStatus write_chunk(FileHandle *handle, jx::Outgoing chunk, int64_t *offset) {
   JXStatus status = jx::transcode_out(handle, handle->transcode_buffer.size_bytes, &chunk);
   if (status != JX_OK) return status;
-  status = write_due_bom(handle, offset);
+  status = write_due_mark(handle, offset);
   if (status != JX_OK) return status;
   uint32_t written = 0;
   return jx::write_all(handle, chunk.data, chunk.bytes, offset, &written);
@@ -108,7 +109,7 @@ JXStatus skwem_read_stream(JXFile *file, void **data, uint32_t *length, uint32_t
   *length = 0;
   status = jx::refill(handle, wanted);
   if (status != JX_OK) return status;
-  jx::skip_bom(handle);
+  jx::skip_mark(handle);
   uint8_t *chunk = handle->buffer.unread();
   const uint32_t chunk_bytes = std::min(wanted, handle->buffer.unread_bytes);
   handle->buffer.consume(chunk_bytes);
@@ -129,8 +130,8 @@ JXStatus skwem_write_stream(JXFile *file, const void *data, uint32_t length, uin
   FileHandle *handle = jx::handle_of(file);
   jx::Outgoing chunk = {data, length};
   status = jx::transcode_out(handle, handle->transcode_buffer.size_bytes, &chunk);
-  if (status == JX_OK) status = jx::place_bom(handle);
-  if (status == JX_OK) status = jx::place(handle, chunk.data, chunk.bytes);
+  if (status == JX_OK) status = jx::append_mark(handle);
+  if (status == JX_OK) status = jx::append(handle, chunk.data, chunk.bytes);
   if (status != JX_OK) handle->write_held.leave();
   return status;
 }
@@ -145,7 +146,7 @@ JXStatus skwem_read_rstream(JXFile *file, void **data, uint32_t *length, uint32_
   if (status == JXWEM_E_TOOLONG) return status;
   *length = 0;
   if (status != JX_OK) return status;
-  // A chunk from elsewhere neither goes on with a character nor leaves one to go on with.
+  // A chunk at an explicit offset neither continues a character nor leaves one to be continued.
   if (offset) handle->read_held.leave();
   status = read_chunk(handle, route, offset, data, length);
   if (offset) handle->read_held.leave();

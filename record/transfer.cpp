@@ -1,4 +1,4 @@
-// The steps that readers and writers share.
+// Steps that readers and writers share.
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -9,12 +9,12 @@ namespace jx {
 
 namespace {
 
-// Up to this many unread bytes are moved to the front before a block is read, so that small records
-// keep to the same few pages however large the buffer is. More are left where they are while there
-// is room behind them: a long record is not moved once a block.
+// Before a block is read, up to this many unread bytes move to the front, so that short records
+// stay in the same few pages of a large buffer. More stay put while there is room after them: a
+// long record does not move once a block.
 constexpr uint32_t kCheapMoveBytes = 1024;
 
-// Makes room behind the unread bytes and returns how much of a block can be read there.
+// Makes room after the unread bytes and returns how much of a block can be read there.
 uint32_t make_room(RecordBuffer *buffer) {
   const uint32_t count = buffer->unread_bytes;
   uint32_t room = buffer->size_bytes - buffer->unread_offset - count;
@@ -28,8 +28,8 @@ uint32_t make_room(RecordBuffer *buffer) {
   return std::min(buffer->block_bytes, room);
 }
 
-// A copy of a record that lies in the transcode buffer itself, as one that was just read does: it
-// must not be written over while it is converted.
+// Copies a record that is in the transcode buffer, such as one that was just read: the conversion
+// must not overwrite its source.
 JXStatus detach(const FileHandle *handle, const Outgoing &record, PoolBlock<uint8_t> *copy_out) {
   const auto *data = static_cast<const uint8_t *>(record.data);
   const uint8_t *buffer = handle->transcode_buffer.data;
@@ -68,7 +68,7 @@ JXStatus read_blocks(FileHandle *handle, uint32_t target_bytes) {
   return handle->buffer.unread_bytes == 0 && handle->end_seen != 0 ? JXWEM_E_EOF : JX_OK;
 }
 
-void skip_bom(FileHandle *handle) {
+void skip_mark(FileHandle *handle) {
   if (handle->mark.begins(handle->buffer.unread(), handle->buffer.unread_bytes)) {
     handle->buffer.consume(handle->mark.size);
   }
@@ -102,7 +102,7 @@ JXStatus write_rest(FileHandle *handle, const void *source, uint32_t bytes, cons
     written = 0;
     const int64_t next_offset = offset ? *offset + done : 0;
     JXStatus status = JX_OK;
-    // A signal must not leave it unknown how much of the record went.
+    // Repeated after a signal: the caller could not tell how much of the record was written.
     do {
       status = handle->methods.host_write(&handle->head, data + done, bytes - done, &written,
                                           offset ? &next_offset : nullptr);
@@ -119,15 +119,15 @@ JXStatus write_pending(FileHandle *handle, uint32_t bytes) {
   return status;
 }
 
-JXStatus place_bom(FileHandle *handle) {
+JXStatus append_mark(FileHandle *handle) {
   if (!handle->owes_mark()) return JX_OK;
-  const JXStatus status = place(handle, handle->mark.bytes, handle->mark.size);
+  const JXStatus status = append(handle, handle->mark.bytes, handle->mark.size);
   if (status != JX_OK) return status;
   handle->mark.is_pending = 0;
   return JX_OK;
 }
 
-JXStatus write_bom(FileHandle *handle, const int64_t *offset, uint32_t *written_bytes_out) {
+JXStatus write_mark(FileHandle *handle, const int64_t *offset, uint32_t *written_bytes_out) {
   *written_bytes_out = 0;
   if (handle->mark.size != 0) {
     const JXStatus status =

@@ -13,7 +13,7 @@
 #define JX_EXTERN_C_END
 #endif
 
-/* Marks a result whose loss is a bug at the call: the compiler warns when it is dropped. */
+/* Marks a result that must be used: the compiler warns when it is dropped. */
 #if defined(__GNUC__)
 #define JX_NODISCARD __attribute__((warn_unused_result))
 #define JX_EXPORT __attribute__((visibility("default")))
@@ -35,7 +35,7 @@
 typedef uint32_t JXChar;
 
 /* The outcome of an operation: 0 is success, every other value names one failure. Compare for
-   equality only; the bits inside have no meaning of their own. */
+   equality only; single bits have no meaning. */
 typedef uint32_t JXStatus;
 
 /* The opaque word that the host hands to entry, open and directory open and gets back whenever
@@ -98,8 +98,8 @@ typedef void *JXOwner;
 #define JXWEM_E_BADLOCKMODE ((JXStatus)0x80bfe824u)
 #define JXWEM_E_NOMEMBER ((JXStatus)0x80bfe825u)
 
-/* Every status code above with its meaning, X(name, text): the one place for the texts, which
-   catalogues and tools expand. */
+/* Every status code above with its meaning, X(name, text): the texts are here only; catalogues and
+   tools expand the list. */
 #define JX_STATUS_LIST(X)                                            \
   X(JX_E_NOMEM, "out of memory")                                     \
   X(JX_E_BADARG, "invalid argument")                                 \

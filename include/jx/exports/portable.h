@@ -39,8 +39,8 @@ JX_EXPORT JX_NODISCARD JXFile *jxwemopen(JXInstance *instance, const JXChar *nam
                                          uint32_t unused, JXOwner owner, const char *caller_tag8,
                                          JXStatus *status_out);
 
-/* Flushes, unless the file is open for input, closes and releases everything, whatever fails on the
-   way. Returns the status of the flush, else of the close: JXWEM_E_FAILED for a FIFO or a device
+/* Flushes, unless the file is open for input, closes and releases everything, even if one step
+   fails. Returns the status of the flush, else of the close: JXWEM_E_FAILED for a FIFO or a device
    that cannot be made durable, though everything was written. */
 JX_EXPORT JXStatus jxwemclose(JXFile *file);
 
@@ -104,10 +104,11 @@ JX_EXPORT JX_NODISCARD JXTable *jxwemdirectorymemberlist(JXDirectory *directory,
 JX_EXPORT JXStatus jxwemDirectoryMemberListDestroy(JXTableEntry *entry);
 
 /* The directory and its members as a table of JXDirectoryEntry records, owned by the caller. kind
-   is JX_DIRECTORY_*, flags JX_LIST_*. JX_E_BADARG (kind), JXWEM_E_NOMEMBER (no parent),
-   JXWEM_E_BADNAME (a path of blanks), 1 (no path, and the current directory is not convertible; or
-   the parent of a path that expands to nothing), JXWEM_E_NOTFOUND, JXWEM_E_NAMETOOLONG,
-   JXWEM_E_NOHANDLE (table), JXWEM_E_FAILED (insert), or the transcoder's status. */
+   is JX_DIRECTORY_NAMED to JX_DIRECTORY_HOME, flags JX_LIST_*. JX_E_BADARG (kind),
+   JXWEM_E_NOMEMBER (no parent), JXWEM_E_BADNAME (a path of blanks), 1 (no path, and the current
+   directory is not convertible; or the parent of a path that expands to nothing), JXWEM_E_NOTFOUND,
+   JXWEM_E_NAMETOOLONG, JXWEM_E_NOHANDLE (table), JXWEM_E_FAILED (insert), or the transcoder's
+   status. */
 JX_EXPORT JX_NODISCARD JXTable *jxwemdirectorylist(JXInstance *instance, const JXChar *path,
                                                    uint32_t path_chars, uint32_t kind,
                                                    uint32_t flags, uint64_t *count_out,

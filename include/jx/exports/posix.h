@@ -72,7 +72,7 @@ JX_EXPORT JX_NODISCARD JXStatus bkwemtruncate(JXFile *file, const int64_t *lengt
 /* ---- Paths -------------------------------------------------------------------------------- */
 
 /* Expands variables, "~", leading dots and relative paths; drops trailing slashes. *path_out must
-   be null before; when it is not null afterwards, whatever the status, the caller gives it back
+   be null before; when it is not null afterwards, on failure too, the caller gives it back
    with bkwemexpand_path_free and the instance's pool. 0, JX_E_NOMEM, JXWEM_E_FAILED (a length
    without a path, not convertible, a zero character in the path, above the root, no current
    directory) or JXWEM_E_NAMETOOLONG. */

@@ -25,7 +25,7 @@ JX_EXPORT JXStatus skwem_close(JXFile *file);
    does. The first failure of the two, or 0. A block whose write fails is lost. */
 JX_EXPORT JXStatus skwem_flush(JXFile *file);
 
-/* Places bytes in the record buffer and writes each block that becomes full. The status of the
+/* Appends bytes to the record buffer and writes each block that becomes full. The status of the
    last block write, 0 when there was none; JXWEM_E_NOTSUPPORTED for a handle that gathers no
    blocks, JXWEM_E_READONLY for an input handle. */
 JX_EXPORT JX_NODISCARD JXStatus sk_buf_write(JXFile *file, const void *source, uint32_t bytes);

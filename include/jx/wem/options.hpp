@@ -105,7 +105,7 @@ class [[nodiscard]] OpenOptions {
 
   // Whether an encoding has a byte-order mark.
   static constexpr bool has_mark(uint32_t number) {
-#define JX_IS_ENCODING(encoding, size, bytes) number == encoding ||
+#define JX_IS_ENCODING(encoding, size, bytes) number == (encoding) ||
     return JX_BYTE_ORDER_MARKS(JX_IS_ENCODING) false;
 #undef JX_IS_ENCODING
   }

@@ -63,7 +63,7 @@ std::vector<std::string> list_visible(Session &session, const std::string &direc
 // Every name, through a directory handle.
 std::vector<std::string> list_all(Session &session, const std::string &directory) {
   wem::Directory handle = require(
-      session.instance().open_directory(session.name(directory), JX_DIRECTORY_ALL), directory);
+      session.instance().open_directory(session.name(directory), JX_DIRECTORY_OPEN_ALL), directory);
   std::vector<std::string> names;
   wem::EntryRange entries = handle.entries();
   for (const std::u32string &name : entries) names.push_back(narrow(name));

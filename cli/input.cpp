@@ -18,14 +18,10 @@ struct ByteOrderMark {
   std::string_view bytes;
 };
 
-// The longer marks first: that of UTF-16 begins that of UTF-32.
-constexpr auto kMarks = std::to_array<ByteOrderMark>({
-    {JX_ENCODING_UTF32BE, std::string_view("\x00\x00\xfe\xff", 4)},
-    {JX_ENCODING_UTF32LE, std::string_view("\xff\xfe\x00\x00", 4)},
-    {JX_ENCODING_UTF8, std::string_view("\xef\xbb\xbf", 3)},
-    {JX_ENCODING_UTF16BE, std::string_view("\xfe\xff", 2)},
-    {JX_ENCODING_UTF16LE, std::string_view("\xff\xfe", 2)},
-});
+// The longer marks first.
+#define MARK_ROW(encoding, size, bytes) {encoding, std::string_view(bytes, size)},
+constexpr auto kMarks = std::to_array<ByteOrderMark>({JX_BYTE_ORDER_MARKS(MARK_ROW)});
+#undef MARK_ROW
 
 // Whether more bytes may make a byte-order mark of these, or a longer one.
 bool may_become_mark(std::string_view head) {

@@ -1,5 +1,5 @@
 // jxextent: the host handle that the whole module uses.
-#include "jx/wem.h"
+#include "jx/module.h"
 
 extern "C" {
 

@@ -1,6 +1,6 @@
 // jxzdtgmt: the time since 1960, and the offset of the host's time zone.
+#include "jx/module.h"
 #include "jx/runtime.h"
-#include "jx/wem.h"
 
 extern "C" double jxzdtgmt(double *gmt_offset_out) {
   const JXHost *host = Exported_JXHandle;

@@ -1,27 +1,12 @@
-// The binary contract in numbers, for a C compiler and a C++ compiler alike: the place of every
-// field of the public records, in bytes on i386 and on x86-64. A word is a pointer; a 64-bit field
-// of an i386 record is aligned to 4 bytes.
+// The binary contract in numbers, for C and C++ compilers alike: the offset of every field of the
+// public records, in bytes on i386 and on x86-64. A word is a pointer; a 64-bit field of an i386
+// record is aligned to 4 bytes.
 #pragma once
 
-#include <assert.h>
-#include <stddef.h>
-
-#include "jx/wem.h"
-
-#ifdef __cplusplus
-#include <type_traits>
-#define PLAIN(type) \
-  static_assert(std::is_standard_layout_v<type> && std::is_trivially_copyable_v<type>, #type);
-#else
-#define PLAIN(type)
-#endif
-#define PICK(i386, x86_64) (sizeof(void *) == 4 ? (size_t)(i386) : (size_t)(x86_64))
-#define AT(type, field, i386, x86_64) \
-  static_assert(offsetof(type, field) == PICK(i386, x86_64), #type "." #field);
-#define WORD(type, field, index) AT(type, field, 4 * (index), 8 * (index))
-#define SIZE(type, i386, x86_64)                            \
-  static_assert(sizeof(type) == PICK(i386, x86_64), #type); \
-  PLAIN(type)
+#include "jx/host.h"
+#include "jx/module.h"
+#include "jx/records.h"
+#include "kernel/layout_macros.h"
 
 static_assert(sizeof(JXChar) == 4 && sizeof(JXStatus) == 4, "units");
 
@@ -216,3 +201,9 @@ WORD(JXCreateName, extension, 2)
 WORD(JXCreateName, extension_chars, 3)
 AT(JXCreateName, flags, 16, 28)
 SIZE(JXCreateName, 20, 32)
+
+#undef PLAIN
+#undef PICK
+#undef AT
+#undef WORD
+#undef SIZE

@@ -1,8 +1,8 @@
 // skzfString: native 8-bit text, decoded into a buffer.
 #include <algorithm>
 
+#include "jx/module.h"
 #include "jx/runtime.h"
-#include "jx/wem.h"
 #include "kernel/text.hpp"
 
 extern "C" JXStatus skzfString(const char *source, uint32_t length_bytes, JXChar *destination,

@@ -1,8 +1,10 @@
-// The entry function: the extension instance, its operation table and its end.
+// jxwem, which makes the extension instance and its operation table, and the routines of its
+// destroy, get_version and get_required_version slots.
 #include <algorithm>
 #include <iterator>
 
-#include "jx/wem.h"
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
 #include "kernel/owners.hpp"
 
 namespace {
@@ -34,8 +36,8 @@ void fill_table(JXInstance *instance) {
   instance->directory_list = jxwemdirectorylist;
 }
 
-// Asks "jxitcp" for the machine's name; a host without it leaves the name empty. The length is what
-// the extension claims: who uses it looks at no more than the field holds.
+// Asks "jxitcp" for the machine's name; a host without it leaves the name empty. The length is the
+// extension's word; readers clamp it to the field.
 void fill_host_name(JXInstance *instance, JXHost *host, JXOwner owner) {
   JXExtension *extension = host->load_extension(host, kItcpName, std::size(kItcpName), owner);
   if (!extension) return;

@@ -1,4 +1,5 @@
-// A new journal for an open file.
+// jxwemattachjnl, the attach_journal slot: a new journal for an open file.
+#include "jx/exports/portable.h"
 #include "kernel/handle.hpp"
 
 extern "C" JXStatus jxwemattachjnl(JXFile *file, JXJournal *journal) {

@@ -1,7 +1,9 @@
-// Names that no other caller of the instance was given recently.
+// jxwemcreatename, the create_name slot: a name that no other caller was given recently.
 #include <algorithm>
 #include <iterator>
 
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
 #include "jx/runtime.h"
 #include "portable/portable.hpp"
 
@@ -33,13 +35,13 @@ JXStatus read_process_id(uint32_t *process_id_out) {
                           process_id_out, &size_bytes);
 }
 
-// What a member name is made of.
+// The parts of a member name.
 struct NameParts {
   uint32_t count;
   uint32_t process_id;
   bool is_host_form;
   jx::Text text;        // the host name or the prefix
-  int32_t width_chars;  // of the field that the text stands in
+  int32_t width_chars;  // field width of the text
 };
 
 // Formats the member name into room for kNameChars. 0 or the formatter's status.
@@ -59,7 +61,7 @@ JXStatus format_name(const NameParts &parts, JXChar *name, uint32_t *name_chars_
 JXStatus choose_text(const JXInstance *instance, const JXCreateName &request, NameParts *parts) {
   parts->is_host_form = (request.flags & JX_NAME_HOST) != 0;
   if (parts->is_host_form) {
-    // The length is the word of an extension, the room is known.
+    // The length is the extension's word; the room is ours.
     const uint32_t recorded_chars = instance->host_name_chars;
     parts->text = {instance->host_name, std::min<uint32_t>(recorded_chars, JX_HOST_NAME_CHARS)};
     parts->width_chars = static_cast<int32_t>(recorded_chars);

@@ -1,4 +1,6 @@
-// A directory handle, ended with everything in its pool.
+// jxwemdirectoryclose, the close slot of a directory handle: ends it with all of its pool.
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
 #include "portable/portable.hpp"
 
 extern "C" JXStatus jxwemdirectoryclose(JXDirectory *directory) {

@@ -1,4 +1,6 @@
-// A directory and its members, as a table.
+// jxwemdirectorylist, the directory_list slot: a directory and its members as a table.
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
 #include "portable/portable.hpp"
 #include "posix/results.hpp"
 
@@ -10,7 +12,7 @@ constexpr jx::TableShape kShape = {
 // Moves the records into a table; releases them all when there is none.
 JXTable *table_of_entries(JXDirectoryEntry *first, JXStatus *status_out) {
   jx::HostObject<JXTable> table = jx::make_table(kShape);
-  // Behind the table, so that the records it did not get go before it.
+  // Declared after the table: leftover records are freed first.
   jx::RecordList<JXDirectoryEntry> records(first);
   if (!table) {
     *status_out = JXWEM_E_NOHANDLE;

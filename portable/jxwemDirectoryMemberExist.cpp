@@ -1,4 +1,6 @@
-// Whether a directory holds a member of a name.
+// jxwemdirectorymemberexist, the member_exist slot: does a directory hold a member of that name?
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
 #include "portable/portable.hpp"
 #include "posix/path.hpp"
 

@@ -1,4 +1,6 @@
-// The members of an open directory, as a table.
+// jxwemdirectorymemberlist, the member_list slot: the members of an open directory as a table.
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
 #include "portable/portable.hpp"
 #include "posix/results.hpp"
 
@@ -7,8 +9,7 @@ namespace {
 constexpr jx::TableShape kShape = {
     {2, 0, 1, 0, 0, 0}, "JXWEM MemberList", jxwemDirectoryMemberListDestroy};
 
-// Moves the records into a table. A record that the table refuses is not in the list; the list
-// is good without it.
+// Moves the records into a table. A record that the table refuses is left out; that is no failure.
 JXTable *table_of_members(jx::RecordList<JXMember> *records, JXStatus *status_out) {
   jx::HostObject<JXTable> table = jx::make_table(kShape);
   if (!table) {

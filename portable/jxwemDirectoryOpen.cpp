@@ -1,20 +1,12 @@
-// A directory handle, made in a pool of its own.
+// jxwemdirectoryopen, the directory_open slot: a directory handle in a pool of its own.
 #include <algorithm>
 
-#include "jx/runtime.h"
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
 #include "portable/portable.hpp"
 #include "posix/directory_open.hpp"
 
 namespace {
-
-// The handle's own copy of the caller's label, which may be missing. False when memory is out.
-bool copy_label(const char *name8, JXPool *pool, JXDirectory *handle) {
-  if (!name8) return true;
-  const uint64_t bytes = uint64_t{skStrLen(name8)} + 1;
-  handle->name = jx::PoolBlock<char>::allocate(pool, bytes).release();
-  if (handle->name) skStrCpy(name8, handle->name);
-  return handle->name != nullptr;
-}
 
 void fill_handle(JXInstance *instance, JXPool *pool, uint32_t options, JXDirectory *handle) {
   std::copy_n(JX_EYE_CATCHER, sizeof handle->eye_catcher, handle->eye_catcher);
@@ -46,7 +38,7 @@ extern "C" JXDirectory *jxwemdirectoryopen(JXInstance *instance, const JXChar *p
   *status_out = JX_E_NOMEM;
   if (!pool) return nullptr;
   auto handle = jx::PoolBlock<JXDirectory>::allocate(pool.get(), 1, JX_POOL_ZERO_FILL);
-  if (!handle || !copy_label(name8, pool.get(), handle.get())) return nullptr;
+  if (!handle || !jx::copy_name8(pool.get(), name8, &handle->name)) return nullptr;
   auto path_copy = jx::PoolBlock<JXChar>::allocate(pool.get(), uint64_t{path_chars} + 1);
   if (!path_copy) return nullptr;
   std::copy_n(path, path_chars, path_copy.get());
@@ -54,7 +46,7 @@ extern "C" JXDirectory *jxwemdirectoryopen(JXInstance *instance, const JXChar *p
   fill_handle(instance, pool.get(), options, handle.get());
   handle->path = path_copy.get();
   handle->path_chars = path_chars;
-  *status_out = jx::open_stream(handle.get(), name8 == jx::kCopyHandleName);
+  *status_out = jx::open_stream(handle.get(), jx::is_copy_handle(name8));
   if (*status_out != JX_OK) return nullptr;
   static_cast<void>(path_copy.release());
   static_cast<void>(pool.release());

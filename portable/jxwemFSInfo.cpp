@@ -1,4 +1,6 @@
-// Information about a file system, as a table.
+// jxwemfsinfo, the file_system_info slot: information about a file system as a table.
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
 #include "portable/portable.hpp"
 
 namespace {

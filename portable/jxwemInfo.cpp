@@ -1,13 +1,22 @@
-// Information about a file, as a table; and what both information tables share.
+// jxweminfo, the info slot: information about a file as a table. Also what both information tables
+// share.
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
 #include "portable/portable.hpp"
 #include "posix/results.hpp"
+
+namespace {
+
+constexpr jx::TableShape kShape = {{0, 0, 1, 0x20000000, 0, 0}, "JXWEM Info", jxwemInfoDestroy};
+
+}  // namespace
 
 namespace jx {
 
 JXTable *table_of_items(const TableShape &shape, JXPool *pool, JXInfoItem **array, uint32_t count,
                         JXStatus *status_out) {
   HostObject<JXTable> table = make_table(shape);
-  // Behind the table, so that the records it did not get go before it.
+  // Declared after the table: leftover records are freed first.
   InfoItems items(pool, array, count);
   if (!table) {
     *status_out = JXWEM_E_NOHANDLE;
@@ -30,12 +39,6 @@ void free_entry_item(JXTableEntry *entry) {
 }
 
 }  // namespace jx
-
-namespace {
-
-constexpr jx::TableShape kShape = {{0, 0, 1, 0x20000000, 0, 0}, "JXWEM Info", jxwemInfoDestroy};
-
-}  // namespace
 
 extern "C" {
 

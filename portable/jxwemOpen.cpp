@@ -1,32 +1,30 @@
-// Opening a file: options checked, handle built, file opened, transcoders made.
+// jxwemopen, the open slot: checks the options, builds the handle, opens the file, makes the
+// transcoders.
 #include <algorithm>
 #include <iterator>
 
-#include "jx/runtime.h"
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
 #include "kernel/handle.hpp"
+#include "portable/portable.hpp"
 #include "record/cut.hpp"
 
 namespace {
 
 using jx::FileHandle;
 
-// The byte-order mark of each encoding that has one.
-struct ByteOrderMark {
+struct MarkRow {
   uint32_t encoding;
-  uint32_t bytes;
-  uint8_t mark[4];
+  uint32_t size;
+  char bytes[5];  // with the zero of its literal
 };
 
-constexpr ByteOrderMark kByteOrderMarks[] = {
-    {JX_ENCODING_UTF8, 3, {0xEF, 0xBB, 0xBF}},
-    {JX_ENCODING_UTF16BE, 2, {0xFE, 0xFF}},
-    {JX_ENCODING_UTF16LE, 2, {0xFF, 0xFE}},
-    {JX_ENCODING_UTF32BE, 4, {0x00, 0x00, 0xFE, 0xFF}},
-    {JX_ENCODING_UTF32LE, 4, {0xFF, 0xFE, 0x00, 0x00}},
-};
+#define MARK_ROW(encoding, size, bytes) {encoding, size, bytes},
+constexpr MarkRow kMarks[] = {JX_BYTE_ORDER_MARKS(MARK_ROW)};
+#undef MARK_ROW
 
-// Undoes an open that did not succeed. Once the file is open, close releases everything; before,
-// the parts that were made go in reverse order, the pool last.
+// Undoes a failed open. Once the file is open, close releases everything; before that, the parts go
+// in reverse order, the pool last.
 class OpenGuard {
  public:
   explicit OpenGuard(JXPool *pool) : pool_(pool) {}
@@ -63,17 +61,11 @@ class OpenGuard {
   FileHandle *handle_ = nullptr;
 };
 
-// Gives the handle what it owns before any option is looked at: tag, name, pools, lock.
+// Gives the handle what it owns before any option is checked: tag, name, lock.
 JXStatus prepare_handle(FileHandle *handle, JXInstance *instance, jx::Text name,
                         const JXOpenOptions &options, const char *caller_tag8) {
   std::copy_n(JX_EYE_CATCHER, sizeof handle->head.eye_catcher, handle->head.eye_catcher);
-  if (caller_tag8) {
-    const uint32_t tag_bytes = skStrLen(caller_tag8) + 1u;
-    auto tag = jx::PoolBlock<char>::allocate(handle->pool, tag_bytes);
-    if (!tag) return JX_E_NOMEM;
-    skMemCpy(caller_tag8, tag.get(), tag_bytes);
-    handle->head.caller_tag = tag.release();
-  }
+  if (!jx::copy_name8(handle->pool, caller_tag8, &handle->head.caller_tag)) return JX_E_NOMEM;
   handle->head.close = jxwemclose;
   handle->name = jx::PoolBlock<JXChar>::allocate(handle->pool, uint64_t{name.chars} + 1).release();
   if (!handle->name) return JX_E_NOMEM;
@@ -88,10 +80,10 @@ JXStatus prepare_handle(FileHandle *handle, JXInstance *instance, jx::Text name,
   return JX_OK;
 }
 
-// Checks the options field by field and records them.
+// Checks and records the options in a fixed order, so that each mistake has its own status.
 JXStatus record_options(FileHandle *handle, const JXOpenOptions &options) {
   if (options.access_mode > JX_ACCESS_UPDATE) return JXWEM_E_BADACCESS;
-  handle->access_mode = options.access_mode;
+  handle->access.mode = options.access_mode;
   if (options.buffered > 1) return JXWEM_E_BADBUFFERING;
   handle->buffered = options.access_mode == JX_ACCESS_UPDATE ? 0 : options.buffered;
   handle->record_length = options.record_length;
@@ -101,10 +93,10 @@ JXStatus record_options(FileHandle *handle, const JXOpenOptions &options) {
   handle->reserved_switch = options.reserved_switch;
   if (options.lock_mode > JX_LOCK_WAIT) return JXWEM_E_BADLOCKMODE;
   handle->lock_mode = options.lock_mode;
-  handle->user_value_count =
+  handle->user.count =
       static_cast<uint32_t>(std::clamp<int32_t>(options.user_value_count, 0, JX_USER_VALUE_COUNT));
-  std::copy_n(options.user_values, handle->user_value_count, handle->user_values);
-  handle->open_flags = options.open_flags;
+  std::copy_n(options.user_values, handle->user.count, handle->user.values);
+  handle->flags.bits = options.open_flags;
   return JX_OK;
 }
 
@@ -113,34 +105,33 @@ void record_encodings(FileHandle *handle, const JXOpenOptions &options) {
   if (handle->record_format == JX_FORMAT_BINARY) return;
   const bool is_stream = handle->record_format == JX_FORMAT_STREAM;
   const uint32_t default_record = is_stream ? JX_ENCODING_NATIVE : JX_ENCODING_UTF32LE;
-  handle->file_encoding = options.file_encoding ? options.file_encoding : JX_ENCODING_NATIVE;
-  handle->record_encoding = options.record_encoding ? options.record_encoding : default_record;
+  handle->encodings.file = options.file_encoding ? options.file_encoding : JX_ENCODING_NATIVE;
+  handle->encodings.record = options.record_encoding ? options.record_encoding : default_record;
 }
 
 // Arms the byte-order mark of the file's encoding, or clears a flag that has nothing to forbid.
 void record_byte_order_mark(FileHandle *handle) {
-  const auto *mark =
-      std::ranges::find(kByteOrderMarks, handle->file_encoding, &ByteOrderMark::encoding);
-  if (mark == std::end(kByteOrderMarks)) {
-    handle->open_flags &= ~JX_OPEN_NO_BOM;
+  const auto *row = std::ranges::find(kMarks, handle->encodings.file, &MarkRow::encoding);
+  if (row == std::end(kMarks)) {
+    handle->flags.bits &= ~JX_OPEN_NO_BOM;
     return;
   }
-  std::copy_n(mark->mark, mark->bytes, handle->bom);
-  handle->bom_bytes = mark->bytes;
-  handle->bom_pending = 1;
+  std::copy_n(row->bytes, row->size, handle->mark.bytes);
+  handle->mark.size = row->size;
+  handle->mark.is_pending = 1;
 }
 
 void fill_attributes(const FileHandle *handle, JXFileAttributes *attributes) {
   std::copy_n(handle->name, handle->name_chars, attributes->name);
   attributes->name_chars = handle->name_chars;
-  attributes->access_mode = handle->access_mode;
+  attributes->access_mode = handle->access.mode;
   attributes->buffered = handle->buffered;
   attributes->record_length = handle->record_length;
   attributes->record_format = handle->record_format;
   attributes->reserved_switch = handle->reserved_switch;
   attributes->lock_mode = handle->lock_mode;
-  std::copy_n(handle->user_values, JX_USER_VALUE_COUNT, attributes->user_values);
-  attributes->user_value_count = handle->user_value_count;
+  std::copy_n(handle->user.values, JX_USER_VALUE_COUNT, attributes->user_values);
+  attributes->user_value_count = handle->user.count;
 }
 
 // Raises the transcode buffer's size to hold a record of an encoding, with its line end.
@@ -157,40 +148,40 @@ JXStatus make_room_for(const FileHandle *handle, uint32_t encoding, uint64_t *bu
 
 // Makes the transcoders that the access mode needs and the buffer they work into.
 JXStatus make_transcoders(FileHandle *handle, const JXOpenOptions &options, JXOwner owner) {
-  if (handle->file_encoding == handle->record_encoding) return JX_OK;
+  if (!handle->encodings.differ()) return JX_OK;
   JXNls *nls = handle->nls;
-  const bool reads =
-      handle->access_mode == JX_ACCESS_INPUT || handle->access_mode == JX_ACCESS_UPDATE;
+  const bool reads = handle->access.can_read();
   const bool is_conversion_needed =
       nls->needs_conversion(nls, options.file_encoding, options.record_encoding) != 0;
   uint64_t buffer_bytes = 0;
   if (reads && is_conversion_needed) {
     handle->read_transcoder =
-        nls->create_transcoder(nls, handle->file_encoding, handle->record_encoding, 0, owner);
+        nls->create_transcoder(nls, handle->encodings.file, handle->encodings.record, 0, owner);
     if (!handle->read_transcoder) return JXWEM_E_FAILED;
-    handle->read_held.form = jx::form_of(handle->file_encoding);
-    const JXStatus status = make_room_for(handle, handle->record_encoding, &buffer_bytes);
+    handle->read_held.form = jx::form_of(handle->encodings.file);
+    const JXStatus status = make_room_for(handle, handle->encodings.record, &buffer_bytes);
     if (status != JX_OK) return status;
   }
   // Direct transfer reads the file's bytes into the same buffer.
-  const bool reads_into_buffer = handle->access_mode == JX_ACCESS_INPUT &&
-                                 (handle->open_flags & JX_OPEN_DIRECT_TRANSFER) != 0 &&
+  const bool reads_into_buffer = handle->access.mode == JX_ACCESS_INPUT &&
+                                 handle->flags.has(JX_OPEN_DIRECT_TRANSFER) &&
                                  handle->read_transcoder;
-  const bool writes = handle->access_mode != JX_ACCESS_INPUT;
+  const bool writes = handle->access.can_write();
   if (writes) {
     handle->write_transcoder =
-        nls->create_transcoder(nls, handle->record_encoding, handle->file_encoding, 0, owner);
+        nls->create_transcoder(nls, handle->encodings.record, handle->encodings.file, 0, owner);
     if (!handle->write_transcoder) return JXWEM_E_FAILED;
-    handle->write_held.form = jx::form_of(handle->record_encoding);
+    handle->write_held.form = jx::form_of(handle->encodings.record);
   }
   if (writes || reads_into_buffer) {
-    const JXStatus status = make_room_for(handle, handle->file_encoding, &buffer_bytes);
+    const JXStatus status = make_room_for(handle, handle->encodings.file, &buffer_bytes);
     if (status != JX_OK) return status;
   }
   if (buffer_bytes == 0) return JX_OK;
-  handle->transcode_buffer = jx::PoolBlock<uint8_t>::allocate(handle->pool, buffer_bytes).release();
-  if (!handle->transcode_buffer) return JX_E_NOMEM;
-  handle->transcode_buffer_bytes = static_cast<uint32_t>(buffer_bytes);
+  handle->transcode_buffer.data =
+      jx::PoolBlock<uint8_t>::allocate(handle->pool, buffer_bytes).release();
+  if (!handle->transcode_buffer.data) return JX_E_NOMEM;
+  handle->transcode_buffer.size_bytes = static_cast<uint32_t>(buffer_bytes);
   return JX_OK;
 }
 

@@ -1,4 +1,4 @@
-// There are no record numbers that could become positions.
-#include "jx/wem.h"
+// jxwemrecord2position, the record_to_position slot: there are no record numbers.
+#include "jx/exports/portable.h"
 
 extern "C" JXStatus jxwemrecord2position(JXFile *, ...) { return JXWEM_E_NOTSUPPORTED; }

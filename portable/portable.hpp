@@ -1,13 +1,24 @@
-// The portable layer's shared machinery: tables made through the host kernel.
+// The portable layer's shared machinery: copies of names, tables made through the host kernel.
 #pragma once
 
 #include <array>
 
-#include "jx/wem.h"
+#include "jx/module.h"
+#include "jx/runtime.h"
 #include "kernel/owners.hpp"
 #include "kernel/text.hpp"
 
-namespace jx {
+namespace [[gnu::visibility("hidden")]] jx {
+
+// Stores a copy of a caller's 8-bit name, a block of the pool; null for null. False when memory is
+// out.
+inline bool copy_name8(JXPool *pool, const char *name8, char **copy_out) {
+  *copy_out = nullptr;
+  if (!name8) return true;
+  *copy_out = PoolBlock<char>::allocate(pool, uint64_t{skStrLen(name8)} + 1).release();
+  if (*copy_out) skStrCpy(name8, *copy_out);
+  return *copy_out != nullptr;
+}
 
 // How a result table is made.
 struct TableShape {
@@ -16,8 +27,8 @@ struct TableShape {
   JXEntryDestructor destructor;        // releases the value of an entry
 };
 
-// An empty table with its destructor in place; empty when there is no host kernel handle or the
-// host refuses.
+// A table without entries, with its destructor set. The owner is empty when there is no host kernel
+// handle or the host refuses.
 inline HostObject<JXTable> make_table(const TableShape &shape) {
   JXHost *host = Exported_JXHandle;
   if (!host) return HostObject<JXTable>();

@@ -1,7 +1,7 @@
-// The POSIX layer's piece of the instance: the extension that opens files.
+// bkwem and bkwemdestroy: the POSIX layer's part of the instance, the extension that opens files.
 #include <iterator>
 
-#include "jx/wem.h"
+#include "jx/exports/posix.h"
 #include "kernel/owners.hpp"
 
 namespace {

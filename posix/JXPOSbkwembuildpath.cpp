@@ -1,9 +1,11 @@
-// A path put together from a directory, a member and an extension.
+// bkwembuildpath and bkwembuildpathdestroy, the build_path and build_path_release slots: joins a
+// directory, a member and an extension. The second is the create_name_release slot too.
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
 
+#include "jx/exports/posix.h"
 #include "posix/path.hpp"
 #include "posix/results.hpp"
 
@@ -11,7 +13,7 @@ namespace {
 
 constexpr JXStatus kBadDirectory = 1;  // the directory is too long or cannot be converted
 
-// The work text while its pieces are put behind one another.
+// The path while it is joined.
 class WorkText {
  public:
   jx::Text text() const { return {text_, chars_}; }
@@ -48,7 +50,7 @@ JXStatus append_directory(JXInstance *instance, jx::Text directory, WorkText *wo
   return JX_OK;
 }
 
-// A directory of blanks alone leaves nothing for a separator to stand behind.
+// A directory of blanks alone gets no separator: nothing is before it.
 JXStatus append_separator(WorkText *work) {
   if (work->text().chars == 0 || work->ends_in_slash()) return JX_OK;
   if (work->free_chars() < 2) return JXWEM_E_NAMETOOLONG;
@@ -63,7 +65,7 @@ JXStatus append_member(jx::Text member, WorkText *work) {
   return JX_OK;
 }
 
-// One character always stays free behind an extension.
+// One character after an extension always stays free.
 JXStatus append_extension(jx::Text extension, WorkText *work) {
   if (!extension.data || extension.chars == 0) return JX_OK;
   extension = jx::trimmed(extension);
@@ -73,7 +75,7 @@ JXStatus append_extension(jx::Text extension, WorkText *work) {
   return JX_OK;
 }
 
-// The components are as the caller gave them: a length of a null one still asks for a separator.
+// Takes the components untrimmed: a null member with a length still asks for a separator.
 JXStatus assemble(JXInstance *instance, jx::Text directory, jx::Text member, jx::Text extension,
                   WorkText *work) {
   JXStatus status = append_directory(instance, directory, work);
@@ -111,7 +113,7 @@ JXStatus bkwembuildpath(JXInstance *instance, const JXChar *directory, uint32_t 
   JXStatus status = assemble(instance, {directory, directory_chars}, {member, member_chars},
                              {extension, extension_chars}, &work);
   if (status != JX_OK) return status;
-  // The expansion is a block of the same pool and as long as the path: it becomes the result.
+  // The expansion is a block of the same pool, as long as the path: it becomes the result.
   jx::OwnedPath path;
   status = jx::expand_path(instance, work.text(), &path);
   if (status != JX_OK) return status;

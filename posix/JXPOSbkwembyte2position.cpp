@@ -1,5 +1,5 @@
-// A byte offset is a position already.
-#include "jx/wem.h"
+// bkwembyte2position, the byte_to_position slot: a byte offset is a position.
+#include "jx/exports/posix.h"
 
 extern "C" JXStatus bkwembyte2position(JXFile *, const int64_t *offset, int64_t *position_out) {
   *position_out = *offset;

@@ -1,4 +1,5 @@
-// Closing the operating system's file: the extension that opened it owns the descriptor.
+// bkwem_close: closes the system's file. The extension that opened it owns the descriptor.
+#include "jx/exports/posix.h"
 #include "kernel/handle.hpp"
 
 extern "C" JXStatus bkwem_close(JXFile *file) {

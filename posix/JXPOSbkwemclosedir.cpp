@@ -1,8 +1,8 @@
-// The stream of a directory handle, closed.
+// bkwemclosedir: closes the stream of a directory handle.
 #include <dirent.h>
 #include <utility>
 
-#include "jx/wem.h"
+#include "jx/exports/posix.h"
 
 extern "C" JXStatus bkwemclosedir(JXDirectory *directory) {
   if (!directory) return JXWEM_E_NOHANDLE;

@@ -1,5 +1,6 @@
-// The copy of a file or of a tree. A tree is copied by a loop over a list of levels, one open
-// directory handle each; two paths are made longer and shorter as the walk goes down and up.
+// bkwemcopy, the copy slot: copies a file or a tree. A tree is copied by a loop over a list of
+// levels, each with an open directory handle; the two paths grow and shrink as the walk goes down
+// and up.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "jx/exports/posix.h"
 #include "posix/directory_open.hpp"
 #include "posix/directory_stream.hpp"
 #include "posix/errno_map.hpp"
@@ -33,7 +35,7 @@ JXStatus failure(JXInstance *instance, const jx::ErrnoMap &map, int error) {
 
 // ---- One file
 
-// Reads up to one block; a read that a signal interrupts is repeated.
+// Reads up to one block; repeats a read that a signal interrupts.
 ssize_t read_block(int fd, char *block, size_t block_bytes) {
   for (;;) {
     const ssize_t bytes = read(fd, block, block_bytes);
@@ -41,7 +43,7 @@ ssize_t read_block(int fd, char *block, size_t block_bytes) {
   }
 }
 
-// Writes a whole block, in as many writes as it takes; the first that fails ends it. Tells errno.
+// Writes a whole block, in as many writes as it takes. 0, or the errno of the first that fails.
 int write_block(int fd, const char *block, size_t bytes) {
   while (bytes != 0) {
     const ssize_t written = write(fd, block, bytes);
@@ -72,18 +74,18 @@ JXStatus copy_file(JXInstance *instance, const char *source, const char *target,
   jx::Descriptor to(open64(target, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kPermissions));
   if (!to) return failure(instance, kOpenErrors, errno);
   const JXStatus status = copy_blocks(instance, from.get(), to.get(), block_bytes);
-  // Some file systems tell only now that the data found no place. A close that a signal interrupts
-  // has closed all the same, and the copy is whole.
+  // Some file systems report only now that there was no space for the data. A close that a signal
+  // interrupts has closed the file, and the copy is whole.
   if (to.close() != 0 && errno != EINTR && status == JX_OK) {
     return failure(instance, kWriteErrors, errno);
   }
   return status;
 }
 
-// What stands before the copy of a name: what the source is, and that the target is free.
+// The check before a name is copied: what the source is, and whether the target is free.
 struct Check {
   struct stat64 source;  // by stat, so that a link counts as what it points to
-  JXStatus target;       // JXWEM_E_NOTFOUND, or why that could not be seen
+  JXStatus target;       // JXWEM_E_NOTFOUND: free; or why that is not known
 
   JXStatus run(JXInstance *instance, const char *source_path, const char *target_path) {
     target = jx::test_exists(instance, target_path);
@@ -196,8 +198,8 @@ class TreeCopy {
     const jx::Text path = paths_->source.text();
     JXStatus status = JX_OK;
     JXDirectory *directory =
-        instance_->directory_open(instance_, path.data, path.chars, JX_DIRECTORY_ALL, 0, nullptr,
-                                  jx::kCopyHandleName, &status);
+        instance_->directory_open(instance_, path.data, path.chars, JX_DIRECTORY_OPEN_ALL, 0,
+                                  nullptr, jx::kCopyHandleName, &status);
     if (!directory) return status;
     *level.get() = {deepest_, directory, path.chars, paths_->target.text().chars};
     deepest_ = level.release();
@@ -213,10 +215,10 @@ class TreeCopy {
     return status;
   }
 
-  // Copies the next member of the deepest level; a level without another one is left, whatever
-  // kept the read from delivering it.
+  // Copies the next member of the deepest level. When a read gives none, at the end or by a
+  // failure, the level is left.
   JXStatus copy_next() {
-    // The length read is the name's on the system; a decoder may have filled less.
+    // The length is that of the name on the system; a decoder may have filled less.
     JXChar name[JX_NAME_MAX_CHARS] = {};
     uint32_t name_chars = JX_NAME_MAX_CHARS;
     JXDirectory *directory = deepest_->directory;
@@ -239,8 +241,8 @@ class TreeCopy {
     if (!check.is_dir()) {
       return copy_file(instance_, source.native(), target.native(), check.block_bytes());
     }
-    // A tree copied into itself has no end: its paths grow until one is too long. That outcome is
-    // given at once, before the levels are made.
+    // A tree copied into itself would grow until a path is too long. Answers so at once, before any
+    // level is made.
     if (is_target_root(check.source)) return JXWEM_E_NAMETOOLONG;
     status = make_target(check);
     return status == JX_OK ? enter() : status;
@@ -269,7 +271,7 @@ extern "C" JXStatus bkwemcopy(JXInstance *instance, const JXChar *source, uint32
   jx::SystemPath from;
   const JXStatus from_status = from.prepare(instance, source, source_chars);
   if (from_status != JX_OK || to_status != JX_OK) {
-    // A target that is there goes before what is wrong with the source.
+    // A target that exists takes precedence over a fault of the source.
     const bool is_taken = to_status == JX_OK && jx::test_exists(instance, to.native()) == JX_OK;
     if (is_taken) return JXWEM_E_EXISTS;
     return from_status != JX_OK ? from_status : to_status;

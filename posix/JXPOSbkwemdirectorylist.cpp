@@ -1,8 +1,9 @@
-// A directory and its members, as a linked list of records.
+// bkwemdirectorylist: a directory and its members as a linked list of records.
 #include <sys/stat.h>
 #include <cerrno>
 #include <iterator>
 
+#include "jx/exports/posix.h"
 #include "jx/runtime.h"
 #include "posix/directory_stream.hpp"
 #include "posix/errno_map.hpp"
@@ -15,7 +16,7 @@ namespace {
 constexpr JXChar kRootPath[] = {'/'};
 constexpr JXChar kHomePath[] = {'~'};
 
-// Puts the directory that holds the object of a built path in the path's place.
+// Replaces a built path by the directory that holds what it names.
 JXStatus take_parent(JXInstance *instance, jx::OwnedPath *directory) {
   JXChar *parts[4] = {};
   int32_t chars[4] = {};
@@ -23,8 +24,8 @@ JXStatus take_parent(JXInstance *instance, jx::OwnedPath *directory) {
       instance->split_path(instance, directory->block.get(), directory->chars, &parts[0], &chars[0],
                            &parts[1], &chars[1], &parts[2], &chars[2], &parts[3], &chars[3]);
   if (status != JX_OK) return status;
-  // The block of a split begins with its first component. A member alone, such as a "~name" that
-  // nobody has, lies in the directory without a name, which no system finds.
+  // The block of a split begins with its first component. A member alone, such as a "~name" that no
+  // user has, is in the directory of the empty name, which no system finds.
   directory->block = jx::PoolBlock<JXChar>(instance->pool, parts[0] ? parts[0] : parts[1]);
   directory->chars = static_cast<uint32_t>(chars[0]);
   return parts[1] ? JX_OK : JXWEM_E_NOMEMBER;
@@ -107,7 +108,7 @@ class DirectoryList {
                   jx::RecordList<JXDirectoryEntry> *records) const {
     auto record = make_record(instance_->pool);
     if (!record) return JX_E_NOMEM;
-    // A plain path into this directory needs no building to ask for what it names.
+    // A plain path into this directory need not be built to ask about its member.
     const bool is_here = plain_is_here_ && paths_.is_plain(name);
     jx::OwnedPath path;
     JXStatus status = JX_OK;
@@ -130,7 +131,7 @@ class DirectoryList {
     return JX_OK;
   }
 
-  // A query that fails leaves the record as it is.
+  // A failed query leaves the record unchanged.
   JXStatus ask_here(const char *native_name, JXDirectoryEntry *record) const {
     struct stat64 info;
     if (fstatat64(dirfd(stream_), native_name, &info, 0) == 0) {

@@ -1,4 +1,5 @@
-// The members of an open directory, as a linked list of records.
+// bkwemdirectorymemberlist: the members of an open directory as a linked list of records.
+#include "jx/exports/posix.h"
 #include "jx/runtime.h"
 #include "posix/directory_stream.hpp"
 #include "posix/member_paths.hpp"
@@ -32,7 +33,7 @@ class MemberList {
 
  private:
   JXStatus next(dirent64 *entry) const {
-    const bool wants_all = (directory_->options & JX_DIRECTORY_ALL) != 0;
+    const bool wants_all = (directory_->options & JX_DIRECTORY_OPEN_ALL) != 0;
     for (;;) {
       const JXStatus status =
           jx::read_entry(jx::stream_of(directory_), entry, instance_, instance_->journal);
@@ -55,7 +56,7 @@ class MemberList {
     if ((flags_ & JX_LIST_INFORMATION) != 0) {
       record->information =
           instance_->info(instance_, pool_, path.block.get(), path.chars, &status);
-      // No table ends the list whatever the status: with 0 it is good as far as it goes.
+      // Without a table the list ends here, even when the status is 0: it is good so far.
       is_ended_ = !record->information;
       if (is_ended_) return status;
     }

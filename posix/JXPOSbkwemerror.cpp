@@ -1,9 +1,9 @@
-// The text of a system error, written to the journal.
+// bkwemerror: writes the text of a system error to the journal.
 #include <algorithm>
 #include <cstring>
 
+#include "jx/exports/posix.h"
 #include "jx/runtime.h"
-#include "jx/wem.h"
 #include "kernel/text.hpp"
 
 namespace {

@@ -1,8 +1,9 @@
-// Whether a path names anything.
+// bkwemexist, the exist slot: does a path name anything?
 #include <sys/stat.h>
 
 #include <cerrno>
 
+#include "jx/exports/posix.h"
 #include "posix/errno_map.hpp"
 #include "posix/path.hpp"
 #include "posix/path_steps.hpp"

@@ -1,8 +1,9 @@
-// Making data durable.
+// bkwem_flush, the flush slot of direct files: makes data durable.
 #include <unistd.h>
 
 #include <cerrno>
 
+#include "jx/exports/posix.h"
 #include "kernel/handle.hpp"
 #include "posix/errno_map.hpp"
 
@@ -21,7 +22,7 @@ extern "C" JXStatus bkwem_flush(JXFile *file) {
   if (!file) return JXWEM_E_NOHANDLE;
   const jx::FileHandle *handle = jx::handle_of(file);
   // Never repeated: after a failure the system may have dropped the data, and a second call would
-  // claim success.
+  // report success.
   if (fsync(handle->host_file->descriptor) == 0) return JX_OK;
   return jx::status_of_errno(kFlushErrors, errno, handle->instance, handle->journal);
 }

@@ -1,8 +1,9 @@
-// Information about the file system that holds a name, as records.
+// bkwemfsinfo: information about the file system that holds a name, as records.
 #include <sys/statvfs.h>
 
 #include <cerrno>
 
+#include "jx/exports/posix.h"
 #include "posix/errno_map.hpp"
 #include "posix/path.hpp"
 #include "posix/results.hpp"

@@ -1,16 +1,16 @@
-// Whether a path names a directory.
+// bkwemisdir: does a path name a directory?
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
 
+#include "jx/exports/posix.h"
 #include "posix/errno_map.hpp"
 #include "posix/path.hpp"
 #include "posix/path_steps.hpp"
 
 namespace {
 
-constexpr JXStatus kNotDirectory = 1;  // exists and is something else
 constexpr jx::ErrnoRow kDirectoryTestRows[] = {{ENOENT, JXWEM_E_NOPATH}, {EACCES, JXWEM_E_ACCESS}};
 constexpr jx::ErrnoMap kDirectoryTestErrors = {kDirectoryTestRows};
 

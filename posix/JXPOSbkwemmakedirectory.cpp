@@ -1,9 +1,10 @@
-// A new directory.
+// bkwemmakedirectory, the make_directory slot.
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
 
+#include "jx/exports/posix.h"
 #include "posix/errno_map.hpp"
 #include "posix/path.hpp"
 #include "posix/path_steps.hpp"

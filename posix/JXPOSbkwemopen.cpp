@@ -1,7 +1,8 @@
-// Opening the operating system's file through the extension "jxelm".
+// bkwem_open: opens the system's file through the extension "jxelm".
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "jx/exports/posix.h"
 #include "kernel/handle.hpp"
 #include "posix/path.hpp"
 
@@ -11,8 +12,8 @@ using jx::FileHandle;
 
 constexpr uint32_t kPermissions = 0777;  // reduced by the umask
 
-// How an access mode opens, and the lock mode for which it needs both reading and writing: a
-// shared lock wants a descriptor that reads, an exclusive one a descriptor that writes.
+// The open flags of an access mode, and the lock mode that needs both reading and writing: a shared
+// lock needs a descriptor that reads, an exclusive one a descriptor that writes.
 struct AccessRow {
   uint32_t flags;
   uint32_t both_lock_mode;
@@ -29,13 +30,13 @@ static_assert(O_RDONLY == 0 && O_WRONLY == 1 && O_RDWR == 2 && O_CREAT == 0x40 &
               "the flags handed to the host are those of its platform");
 
 uint32_t open_flags_of(const FileHandle *handle) {
-  const AccessRow &row = kAccess[handle->access_mode];
+  const AccessRow &row = kAccess[handle->access.mode];
   return handle->lock_mode == row.both_lock_mode ? row.both_flags : row.flags;
 }
 
 uint32_t lock_word_of(const FileHandle *handle) {
   const uint32_t default_word =
-      handle->access_mode == JX_ACCESS_INPUT ? JXELM_LOCK_SHARED : JXELM_LOCK_EXCLUSIVE;
+      handle->access.mode == JX_ACCESS_INPUT ? JXELM_LOCK_SHARED : JXELM_LOCK_EXCLUSIVE;
   switch (handle->lock_mode) {
     case JX_LOCK_NONE:
       return JXELM_LOCK_NONE;
@@ -50,7 +51,7 @@ uint32_t lock_word_of(const FileHandle *handle) {
   }
 }
 
-// What the extension's codes mean here; every other code is a system error.
+// From the extension's codes to ours; every other code is a system error.
 struct ElmRow {
   JXStatus from;
   JXStatus to;
@@ -83,7 +84,7 @@ JXStatus open_host_file(const FileHandle *handle, jx::HostFile *host_file) {
   jx::Text path = {handle->name, handle->name_chars};
   jx::OwnedPath expansion;
   JXStatus status = JX_OK;
-  if ((handle->open_flags & JX_OPEN_LITERAL_NAME) == 0) {
+  if (!handle->flags.has(JX_OPEN_LITERAL_NAME)) {
     status = jx::expand_path(handle->instance, path, &expansion);
     if (status != JX_OK) return status;
     path = expansion.text();
@@ -95,7 +96,7 @@ JXStatus open_host_file(const FileHandle *handle, jx::HostFile *host_file) {
   if (status != JX_OK || !open_file) return status_of_elm(status);
   host_file->descriptor = *open_file->descriptor;
   host_file->open_file = open_file;
-  if (handle->access_mode == JX_ACCESS_APPEND) lseek64(host_file->descriptor, 0, SEEK_END);
+  if (handle->access.mode == JX_ACCESS_APPEND) lseek64(host_file->descriptor, 0, SEEK_END);
   return JX_OK;
 }
 

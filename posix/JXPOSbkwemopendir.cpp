@@ -1,8 +1,9 @@
-// The stream of a directory handle, opened.
+// bkwemopendir: opens the stream of a directory handle.
 #include <dirent.h>
 
 #include <cerrno>
 
+#include "jx/exports/posix.h"
 #include "posix/directory_open.hpp"
 #include "posix/directory_stream.hpp"
 #include "posix/errno_map.hpp"

@@ -1,8 +1,9 @@
-// The descriptor's offset: asked for and moved.
+// bkwem_note and bkwem_point, the note and point slots: the descriptor's offset.
 #include <unistd.h>
 
 #include <cerrno>
 
+#include "jx/exports/posix.h"
 #include "kernel/handle.hpp"
 #include "posix/errno_map.hpp"
 
@@ -10,7 +11,7 @@ namespace {
 
 constexpr jx::ErrnoMap kSeekErrors = {{}, JXWEM_E_FAILED};
 
-// Moves the descriptor and stores where it stands, or -1.
+// Moves the descriptor and stores its new offset, or -1.
 JXStatus seek(const jx::FileHandle *handle, int64_t offset, int whence, int64_t *offset_out) {
   *offset_out = lseek64(handle->host_file->descriptor, offset, whence);
   if (*offset_out >= 0) return JX_OK;
@@ -40,11 +41,7 @@ JXStatus bkwem_point(JXFile *file, int64_t *offset, uint32_t mode) {
   if (handle->buffered != 0) return JXWEM_E_NOTSUPPORTED;
   if ((mode & (JX_POINT_START | JX_POINT_END)) != 0) *offset = 0;
   const JXStatus status = seek(handle, *offset, whence_of(mode), offset);
-  const bool may_write_bom = (handle->open_flags & JX_OPEN_NO_BOM) == 0;
-  handle->bom_pending = *offset == 0 && may_write_bom;
-  handle->tracked_position = static_cast<uint64_t>(*offset);
-  jx::leave_held(&handle->read_held);
-  jx::leave_held(&handle->write_held);
+  handle->moved_to(*offset);
   return status;
 }
 

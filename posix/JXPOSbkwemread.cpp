@@ -1,6 +1,7 @@
-// Reading from the descriptor.
+// bkwem_read: reads from the descriptor.
 #include <unistd.h>
 
+#include "jx/exports/posix.h"
 #include "kernel/handle.hpp"
 
 extern "C" JXStatus bkwem_read(JXFile *file, void *destination, uint32_t bytes, uint32_t *bytes_out,

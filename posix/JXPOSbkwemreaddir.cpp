@@ -1,6 +1,7 @@
-// The next name of a directory handle.
+// bkwemreaddir, the read slot of a directory handle: the next name.
 #include <dirent.h>
 
+#include "jx/exports/posix.h"
 #include "jx/runtime.h"
 #include "posix/directory_stream.hpp"
 #include "posix/path.hpp"
@@ -9,7 +10,7 @@ extern "C" JXStatus bkwemreaddir(JXDirectory *directory, JXChar *buffer, uint32_
   DIR *stream = directory ? jx::stream_of(directory) : nullptr;
   if (!stream) return JXWEM_E_NOHANDLE;
   if (!buffer || !chars) return JXWEM_E_FAILED;
-  const bool wants_all = (directory->options & JX_DIRECTORY_ALL) != 0;
+  const bool wants_all = (directory->options & JX_DIRECTORY_OPEN_ALL) != 0;
   dirent64 entry;
   do {
     const JXStatus status = jx::read_entry(stream, &entry, directory->instance, directory->journal);
@@ -17,7 +18,7 @@ extern "C" JXStatus bkwemreaddir(JXDirectory *directory, JXChar *buffer, uint32_
   } while (!wants_all && entry.d_name[0] == '.');
   const uint32_t bytes = skStrLen(entry.d_name);
   if (*chars < bytes) return JXWEM_E_NOROOM;
-  // The name is as long as it is on the system, whatever the decoder makes of it.
+  // The length is that of the name on the system, one character a byte, even when decoding fails.
   *chars = bytes;
   uint32_t decoded_chars = 0;
   return jx::decode_native(directory->instance, entry.d_name, bytes, buffer, &decoded_chars);

@@ -1,9 +1,9 @@
-// Removal of a file, a directory or a whole tree. A tree is removed by a loop over a list of
-// levels, one for each directory between the named one and the one being emptied. Below the named
-// directory every call that removes or opens names its entry relative to an open descriptor and
-// follows no link, so nothing that is put in an entry's place can lead out of the tree. Only the
-// test of what a name is follows links: a link to a file is removed itself, a link to a directory
-// or to nothing is JXWEM_E_NOTFOUND, stays, and ends the removal.
+// bkwemremove, the remove slot: removes a file, a directory or a whole tree. A tree is removed by a
+// loop over a list of levels, one for each directory from the named one down to the one being
+// emptied. Below the named directory every call that removes or opens names its entry relative to
+// an open descriptor and follows no link, so nothing swapped in for an entry can lead out of the
+// tree. Only the test of what a name is follows links: a link to a file is removed itself; a link
+// to a directory or to nothing is JXWEM_E_NOTFOUND, stays, and ends the removal.
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,6 +13,7 @@
 #include <climits>
 #include <cstring>
 
+#include "jx/exports/posix.h"
 #include "jx/runtime.h"
 #include "posix/directory_stream.hpp"
 #include "posix/errno_map.hpp"
@@ -32,7 +33,7 @@ constexpr jx::ErrnoRow kRemoveRows[] = {{EPERM, JXWEM_E_ACCESS},      {ENOENT, J
 constexpr jx::ErrnoMap kRemoveErrors = {kRemoveRows};
 
 // Removes a directory or anything else by its name relative to a directory's descriptor, or by its
-// path. Tells errno.
+// path. 0 or errno.
 int remove_by_kind(int directory_fd, const char *name, bool is_dir) {
   int result;
   if (directory_fd == AT_FDCWD) {
@@ -43,19 +44,22 @@ int remove_by_kind(int directory_fd, const char *name, bool is_dir) {
   return result == 0 ? 0 : errno;
 }
 
-// Removes a name, relative to a directory's descriptor or AT_FDCWD. What it is comes from
-// a test that follows links; where the directory's entry tells the type of something that is no
-// link, the test is made only when the removal fails.
+// Tells whether test_directory found anything.
+bool exists(JXStatus test) { return test == JX_OK || test == jx::kNotDirectory; }
+
+// Removes a name, relative to a directory's descriptor or AT_FDCWD. A test that follows links tells
+// what the name is; where the directory's entry tells the type of something that is no link, the
+// test is made only when the removal fails.
 JXStatus remove_name(JXInstance *instance, int directory_fd, const char *name, unsigned char type,
                      bool *is_dir_out) {
   const bool is_known = type != DT_UNKNOWN && type != DT_LNK;
-  JXStatus test = type == DT_DIR ? JX_OK : 1;
+  JXStatus test = type == DT_DIR ? JX_OK : jx::kNotDirectory;
   if (!is_known) test = jx::test_directory(instance, directory_fd, name);
-  if (test > 1) return JXWEM_E_NOTFOUND;
+  if (!exists(test)) return JXWEM_E_NOTFOUND;
   *is_dir_out = test == JX_OK;
   const int error = remove_by_kind(directory_fd, name, *is_dir_out);
   if (error == 0) return JX_OK;
-  if (is_known && error != ENOTEMPTY && jx::test_directory(instance, directory_fd, name) > 1) {
+  if (is_known && error != ENOTEMPTY && !exists(jx::test_directory(instance, directory_fd, name))) {
     return JXWEM_E_NOTFOUND;
   }
   return jx::status_of_errno(kRemoveErrors, error, instance, instance->journal);
@@ -66,12 +70,12 @@ struct Level {
   Level *above;             // null for the named directory
   Level *below;             // null for the deepest
   DIR *stream;              // null while closed
-  dev_t device;             // which directory it is, to know it again
+  dev_t device;             // identity, checked when it is opened again
   ino64_t inode;            // likewise
   char name[NAME_MAX + 1];  // in the level above
 };
 
-// The removal of what a directory holds and of the directory.
+// Removes everything in a directory, and the directory.
 class TreeRemoval {
  public:
   // The path is lent for the object's lifetime.
@@ -83,7 +87,7 @@ class TreeRemoval {
   }
 
   JXStatus run() {
-    // Not by opendir, which would follow a link put in the directory's place.
+    // Not by opendir, which would follow a link swapped in for the directory.
     JXStatus status = enter(AT_FDCWD, path_);
     while (status == JX_OK && deepest_) {
       dirent64 entry;
@@ -101,7 +105,7 @@ class TreeRemoval {
   JXStatus remove_entry(const dirent64 &entry) {
     const uint32_t bytes = skStrLen(entry.d_name);
     if (jx::is_dot_name(entry.d_name, bytes)) return JX_OK;
-    // The name is used as it is; one that has no characters still ends the removal.
+    // The native name is used; one that cannot be decoded still ends the removal.
     JXChar name[sizeof entry.d_name];
     uint32_t name_chars = 0;
     JXStatus status = jx::decode_native(instance_, entry.d_name, bytes, name, &name_chars);
@@ -154,8 +158,8 @@ class TreeRemoval {
     --open_count_;
   }
 
-  // Opens the level above the deepest again, through the deepest; its walk starts over, which is
-  // right because everything it came past is gone. Another directory in its place ends the walk.
+  // Opens the level above the deepest again, through the deepest. Its walk starts over, which is
+  // right because every entry it passed is gone. Another directory in its place ends the walk.
   JXStatus reopen_above() {
     Level *above = deepest_->above;
     const dev_t device = above->device;

@@ -1,7 +1,8 @@
-// A file or directory under another name.
+// bkwemrename, the rename slot.
 #include <cerrno>
 #include <cstdio>
 
+#include "jx/exports/posix.h"
 #include "posix/errno_map.hpp"
 #include "posix/path.hpp"
 

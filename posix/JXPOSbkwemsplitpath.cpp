@@ -1,9 +1,12 @@
-// A path taken apart.
+// bkwemsplitpath and bkwemsplitpathdestroy, the split_path and split_path_release slots.
 #include <algorithm>
 
+#include "jx/exports/posix.h"
 #include "posix/path.hpp"
 
 namespace {
+
+constexpr JXStatus kNoPath = 1;  // there is nothing to take apart
 
 struct Component {
   JXChar *text = nullptr;  // in the block of the split, or null
@@ -37,7 +40,7 @@ JXStatus bkwemsplitpath(JXInstance *instance, const JXChar *path, uint32_t path_
                         int32_t *member_chars_out, JXChar **base_out, int32_t *base_chars_out,
                         JXChar **extension_out, int32_t *extension_chars_out) {
   if (!instance) return JXWEM_E_NOHANDLE;
-  if (!path || path_chars == 0) return 1;
+  if (!path || path_chars == 0) return kNoPath;
   auto block = jx::copy_text(instance->pool, {path, path_chars});
   if (!block) return JX_E_NOMEM;
   const jx::Text text = {block.get(), path_chars};

@@ -1,8 +1,9 @@
-// Information about a file, as records.
+// bkweminfo: information about a file, as records.
 #include <sys/stat.h>
 
 #include <cerrno>
 
+#include "jx/exports/posix.h"
 #include "posix/errno_map.hpp"
 #include "posix/path.hpp"
 #include "posix/results.hpp"
@@ -23,7 +24,7 @@ JXStatus make_items(const jx::FileFacts &facts, jx::InfoItems *items) {
   value = {.time = facts.modified};
   status = items->add(JX_ITEM_MODTIME, JX_KIND_MODTIME, kTimeName, value);
   if (status != JX_OK) return status;
-  // By the wider member, so that the half behind the word is 0 as well.
+  // By the wider member, so that the half after the word is 0 as well.
   value = {.bytes = facts.is_dir ? 1u : 0u};
   return items->add(JX_ITEM_ISDIR, JX_KIND_ISDIR, kKindName, value);
 }

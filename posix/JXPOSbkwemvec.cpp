@@ -1,11 +1,15 @@
-// The routines of a file handle, chosen by record format and buffering.
+// bkwemvec: fills the slots and the method vector of a file handle by record format and buffering.
+// The one file that sees the routines of every layer.
 #include <iterator>
 
+#include "jx/exports/portable.h"
+#include "jx/exports/posix.h"
+#include "jx/exports/record.h"
 #include "kernel/handle.hpp"
 
 namespace {
 
-// What differs between handles: how records are read and written and what flush means.
+// The routines that differ between handles.
 struct RecordRoutines {
   JXReadSlot read;
   JXWriteSlot write;
@@ -21,8 +25,8 @@ struct FormatRoutines {
 
 constexpr RecordRoutines kBufferedText = {skwem_read_var, skwem_write_var, skwem_flush};
 
-// Text lines cannot be transferred directly past a buffer; the record open refuses the flag, so the
-// third column repeats the second.
+// Text lines need the record buffer: skwem_open refuses direct transfer of them, and the third
+// column repeats the second.
 constexpr FormatRoutines kText = {
     {skwem_read_rvar, skwem_write_rvar, bkwem_flush}, kBufferedText, kBufferedText};
 constexpr FormatRoutines kBinary = {{skwem_read_rbin, skwem_write_rbin, bkwem_flush},
@@ -37,7 +41,7 @@ constexpr const FormatRoutines *kFormats[] = {&kText, &kBinary, nullptr, &kText,
 
 const RecordRoutines &routines_for(const FormatRoutines &format, const jx::FileHandle *handle) {
   if (handle->buffered == 0) return format.direct;
-  const bool is_direct_transfer = (handle->open_flags & JX_OPEN_DIRECT_TRANSFER) != 0;
+  const bool is_direct_transfer = handle->flags.has(JX_OPEN_DIRECT_TRANSFER);
   return is_direct_transfer ? format.buffered_transfer : format.buffered;
 }
 

@@ -1,8 +1,9 @@
-// Writing to the descriptor.
+// bkwem_write: writes to the descriptor.
 #include <unistd.h>
 
 #include <cerrno>
 
+#include "jx/exports/posix.h"
 #include "kernel/handle.hpp"
 #include "posix/errno_map.hpp"
 

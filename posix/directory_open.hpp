@@ -1,15 +1,19 @@
 // Opening the stream of a directory handle.
 #pragma once
 
-#include "jx/wem.h"
+#include "jx/module.h"
 
-namespace jx {
+namespace [[gnu::visibility("hidden")]] jx {
 
-// The name that the copy of a tree gives its directory handles. Handles opened with this very
-// pointer, which no host has, use their path as it is: the names in it are those of the tree.
+// The name that the copy of a tree gives its directory handles.
 inline constexpr char kCopyHandleName[] = "BKWEMCOPY";
 
-// Opens the stream of a directory handle, by its path as it is or expanded. The statuses of
+// Tells whether the copy of a tree opens a directory handle, whose path must not be expanded: the
+// names in it are those of the tree. The slot it calls has no room for a switch, so the address of
+// the name is the switch; a host may use the same text, but cannot have the same pointer.
+inline bool is_copy_handle(const char *name8) { return name8 == kCopyHandleName; }
+
+// Opens the stream of a directory handle, by its path: literal or expanded. The statuses of
 // bkwemopendir.
 JXStatus open_stream(JXDirectory *directory, bool is_literal);
 

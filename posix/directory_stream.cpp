@@ -5,18 +5,18 @@
 
 #include "posix/errno_map.hpp"
 
+namespace jx {
+
 namespace {
 
-constexpr jx::ErrnoMap kReadEntryErrors = {};
+constexpr ErrnoMap kReadEntryErrors = {};
 
 }  // namespace
 
-namespace jx {
-
 JXStatus read_entry(DIR *stream, dirent64 *entry, JXInstance *instance, JXJournal *journal) {
   dirent64 *found = nullptr;
-  // The call leaves no doubt between the end and a failure and needs no errno; the C library
-  // deprecates it for systems with longer names than its entry holds.
+  // This call tells the end from a failure without errno; the C library deprecates it for systems
+  // whose names are longer than its entry holds.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
   const int error = readdir64_r(stream, entry, &found);

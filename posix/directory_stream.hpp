@@ -5,9 +5,9 @@
 
 #include <cstdint>
 
-#include "jx/wem.h"
+#include "jx/module.h"
 
-namespace jx {
+namespace [[gnu::visibility("hidden")]] jx {
 
 // Reads the next entry of a stream. 0, JXWEM_E_EOF when there is none, or JXWEM_E_SYSTEM after the
 // system's text went to the journal (which may be null).

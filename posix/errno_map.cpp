@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "jx/exports/posix.h"
+
 namespace jx {
 
 JXStatus status_of_errno(const ErrnoMap &map, int error, JXInstance *instance, JXJournal *journal) {

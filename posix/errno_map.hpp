@@ -1,15 +1,15 @@
-// How the errno of a failed system call becomes the status of an operation and a journal line.
+// From the errno of a failed system call to the status of an operation and a journal line.
 #pragma once
 
 #include <cerrno>
 #include <cstddef>
 #include <span>
 
-#include "jx/wem.h"
+#include "jx/module.h"
 
-namespace jx {
+namespace [[gnu::visibility("hidden")]] jx {
 
-// One row of a call's error table: what an errno means there.
+// One row of a call's error table.
 struct ErrnoRow {
   int error;        // errno value
   JXStatus status;  // what the operation answers

@@ -1,4 +1,5 @@
-// Path expansion: variables, home directories, leading dots, relative paths, trailing slashes.
+// bkwemexpand_path and bkwemexpand_path_free: variables, home directories, leading dots, relative
+// paths, trailing slashes.
 #include "posix/expand.hpp"
 
 #include <unistd.h>
@@ -6,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "jx/exports/posix.h"
 #include "posix/path.hpp"
 
 namespace {
@@ -19,7 +21,7 @@ const char *skip_slashes(const char *text) {
 
 bool ends_component(char character) { return character == '\0' || character == '/'; }
 
-// A path while it is expanded: the work text, and what goes before its remainder.
+// A path while it is expanded: the work text, and the prefix of its remainder.
 class Expansion {
  public:
   const char *text() const { return text_; }
@@ -62,8 +64,8 @@ class Expansion {
     prefix_bytes_ = std::strlen(prefix);
   }
 
-  // "~" alone is the caller's home directory, "~name" that of a user. Without one the path stays
-  // as it is written.
+  // "~" alone is the caller's home directory, "~name" that of a user. Without one the path is
+  // not changed.
   void choose_home() {
     const char *name = text_ + 1;
     const char *end = name + std::strcspn(name, "/");

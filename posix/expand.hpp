@@ -1,11 +1,11 @@
-// The pieces of path expansion, all on terminated text in the platform encoding.
+// The steps of path expansion, on terminated text in the platform encoding.
 #pragma once
 
 #include <cstdint>
 
 #include "jx/base.h"
 
-namespace jx {
+namespace [[gnu::visibility("hidden")]] jx {
 
 inline constexpr uint32_t kPathAreaBytes = 1024;  // the longest text while a path is expanded
 inline constexpr uint32_t kHomeAreaBytes = 1024;  // room for a home directory, terminator included

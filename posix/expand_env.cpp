@@ -33,7 +33,7 @@ class VariableExpander {
   JXStatus status() const { return status_; }
 
  private:
-  // Appends what stands before the next "$" and returns where it ended.
+  // Appends the text before the next "$" and returns where that ends.
   const char *copy_text(const char *source) {
     while (*source != '\0' && *source != '$' && next_ <= limit_) *next_++ = *source++;
     return source;
@@ -43,7 +43,7 @@ class VariableExpander {
     while (source != end && next_ <= limit_) *next_++ = *source++;
   }
 
-  // Appends the value of the variable at source (a "$") and returns what follows its name.
+  // Appends the value of the variable at source (a "$") and returns the text after its name.
   const char *expand_variable(const char *source, uint32_t depth) {
     const char *name = source + 1;
     const char *end = name;

@@ -5,30 +5,30 @@
 
 #include "posix/directory_stream.hpp"
 
+namespace jx {
+
 namespace {
 
 constexpr JXChar kProbeName[] = {'x'};  // a name that every expansion leaves alone
 constexpr uint32_t kPlainMaxChars = JX_NAME_MAX_CHARS - 1;  // fits the build and the expansion
 
-bool has_variable(jx::Text text) {
+bool has_variable(Text text) {
   return std::find(text.data, text.data + text.chars, JXChar{'$'}) != text.data + text.chars;
 }
 
 // Tells whether the platform encoding has every character; a zero has no place in a path.
-bool is_convertible(jx::Text text) {
+bool is_convertible(Text text) {
   return std::all_of(text.data, text.data + text.chars,
                      [](JXChar character) { return character - 1 < 0xFF; });
 }
 
 }  // namespace
 
-namespace jx {
-
 MemberPaths::MemberPaths(JXInstance *instance, Text directory)
     : instance_(instance), directory_(directory) {
   const Text given = trimmed(directory);
-  // Without a directory before it a leading "~" or "." of the name itself would be expanded. A
-  // variable's value may be cut where the work area ends, and what stands behind it is lost.
+  // Without a directory before it, a leading "~" or "." of the name itself would be expanded. A
+  // variable's value may be cut where the work area ends, and the text after it is lost.
   if (given.chars == 0 || has_variable(given)) return;
   OwnedPath probe;
   const JXStatus status = build_path(instance, directory, {kProbeName, 1}, &probe);

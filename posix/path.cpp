@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "jx/exports/posix.h"
+
 namespace jx {
 
 JXStatus encode_native(JXInstance *instance, Text text, char *destination) {

@@ -3,11 +3,11 @@
 
 #include <cstdint>
 
-#include "jx/wem.h"
+#include "jx/module.h"
 #include "kernel/owners.hpp"
 #include "kernel/text.hpp"
 
-namespace jx {
+namespace [[gnu::visibility("hidden")]] jx {
 
 // A block of the pool with a copy of text; empty when memory is out.
 PoolBlock<JXChar> copy_text(JXPool *pool, Text text);
@@ -27,11 +27,11 @@ JXStatus expand_path(JXInstance *instance, Text path, OwnedPath *path_out);
 JXStatus build_path(JXInstance *instance, Text directory, Text member, OwnedPath *path_out);
 
 // A component without its trailing blanks; empty when it is null. A length that no memory holds is
-// left as it is, for the test of its size to refuse.
+// not changed, so that the test of its size refuses it.
 Text trimmed(Text component);
 
 // Converts text to the platform encoding, one byte a character, and terminates it; destination
-// holds text.chars + 1 bytes. The text is one that memory holds. 0, or JXWEM_E_FAILED.
+// holds text.chars + 1 bytes, and text.chars * 4 fits in 32 bits. 0, or JXWEM_E_FAILED.
 JXStatus encode_native(JXInstance *instance, Text text, char *destination);
 // The same into a block of the pool, for any length. 0, JXWEM_E_NAMETOOLONG (no memory holds such
 // a text), JX_E_NOMEM or JXWEM_E_FAILED.
@@ -42,7 +42,7 @@ JXStatus encode_native(JXInstance *instance, Text text, JXPool *pool, PoolBlock<
 JXStatus decode_native(JXInstance *instance, const char *name, uint32_t bytes, JXChar *destination,
                        uint32_t *chars_out);
 
-// A path made ready for the system. Ends with everything it holds.
+// A path made ready for the system. Owns its blocks.
 class SystemPath {
  public:
   // Expands a path and converts the expansion; the platform form is a block of the pool. 0, a
@@ -52,7 +52,7 @@ class SystemPath {
   JXStatus prepare(JXInstance *instance, const JXChar *path, uint32_t path_chars) {
     return prepare(instance, {path, path_chars}, instance->pool);
   }
-  // Converts a path that is used as it is. 0, JXWEM_E_NAMETOOLONG, JX_E_NOMEM or JXWEM_E_FAILED.
+  // Converts a path without expanding it. 0, JXWEM_E_NAMETOOLONG, JX_E_NOMEM or JXWEM_E_FAILED.
   JXStatus convert(JXInstance *instance, Text path, JXPool *pool) {
     return encode_native(instance, path, pool, &native_);
   }

@@ -1,16 +1,15 @@
-// The records that information tables and lists are made of, with owners until they are handed
-// over.
+// The records of information tables and lists, and their owners until they are handed over.
 #pragma once
 
 #include <cstdint>
 #include <utility>
 
-#include "jx/wem.h"
+#include "jx/records.h"
 #include "kernel/owners.hpp"
 
 struct stat64;
 
-namespace jx {
+namespace [[gnu::visibility("hidden")]] jx {
 
 // Sets the results that a caller asks for to nothing, before anything can fail.
 template <typename... Result>
@@ -18,7 +17,7 @@ void clear_results(Result *...results_out) {
   ((results_out ? static_cast<void>(*results_out = {}) : static_cast<void>(0)), ...);
 }
 
-// What information tables and directory lists tell of a file.
+// The facts about a file in information tables and directory lists.
 struct FileFacts {
   uint64_t size_bytes;
   double modified;  // seconds since 1 January 1960 00:00 local time

@@ -1,4 +1,4 @@
-// What a transcoder holds of the text it was given, told from the text's last bytes.
+// Tracks what a transcoder holds of the text it was given, by the last bytes of that text.
 #include "record/cut.hpp"
 
 #include <algorithm>
@@ -9,15 +9,15 @@ namespace jx {
 
 namespace {
 
-// The longest start of a character that a form tells, in bytes.
+// The longest start of a character that a text form tells, in bytes.
 constexpr uint32_t kHeldMax = std::size(HeldStart{}.bytes);
 
-// Whatever starts a character, these bytes do not go on with it for long: in UTF-8, UTF-16 and
-// UTF-32 the first four alone are malformed, and the line feeds are no second byte of any encoding.
+// These bytes complete no character, however it starts: the first four are malformed in UTF-8,
+// UTF-16 and UTF-32, and a line feed is the second byte of a character in no encoding.
 constexpr uint8_t kNoText[] = {0xDC, 0xDC, 0xDC, 0xDC, 0xDC, 0xDC, 0xDC, 0xDC, 0x0A, 0x0A};
 constexpr uint32_t kMalformedBytes = 4;
 
-// Gives a transcoder bytes whose conversion nobody wants.
+// Converts bytes and drops the result.
 JXStatus feed(JXTranscoder *transcoder, const void *bytes, uint32_t count) {
   uint8_t ignored[128];
   uint32_t ignored_bytes = 0;
@@ -41,7 +41,7 @@ uint32_t cut_of_utf8(const uint8_t *bytes, uint32_t count) {
   return 0;
 }
 
-// The same; total_bytes is the length of the text, which began with a whole unit.
+// The same for UTF-16; total_bytes is the length of the text, which began with a whole unit.
 uint32_t cut_of_utf16(const uint8_t *bytes, uint32_t count, uint32_t total_bytes,
                       bool is_big_endian) {
   const uint32_t odd = total_bytes % 2;
@@ -70,7 +70,7 @@ uint32_t cut_of(TextForm form, const uint8_t *bytes, uint32_t count, uint32_t to
 }  // namespace
 
 void note_end(HeldStart *held, const uint8_t *text, uint32_t bytes) {
-  // Only the remainder of the total matters, which survives its wrapping.
+  // Only the total modulo the size of a unit matters, so it may wrap.
   const uint32_t total_bytes = held->count + bytes;
   // A short text may end a character that began before it.
   uint8_t joined[2 * kHeldMax];
@@ -95,7 +95,7 @@ bool would_cut(const HeldStart &held, const uint8_t *text, uint32_t bytes) {
 void drop_held(FileHandle *handle, HeldStart *held) {
   held->is_stale = 0;
   held->count = 0;
-  // A transcoder that fails holds nothing afterwards.
+  // A transcoder that failed holds nothing.
   if (!is_single_byte(handle, held)) {
     (void)feed(transcoder_of(handle, held), kNoText, sizeof kNoText);
   }
@@ -106,7 +106,7 @@ bool is_single_byte(FileHandle *handle, HeldStart *held) {
     const bool reads = held == &handle->read_held;
     JXEncodingInfo info{};
     const JXStatus status = handle->nls->encoding_info(
-        handle->nls, reads ? handle->file_encoding : handle->record_encoding, &info);
+        handle->nls, reads ? handle->encodings.file : handle->encodings.record, &info);
     const bool is_single = status == JX_OK && info.max_bytes_per_char == 1;
     held->form = is_single ? TextForm::single_byte : TextForm::several_bytes;
   }
@@ -124,8 +124,8 @@ JXStatus end_cut_text(FileHandle *handle, HeldStart *held, const void *line_end,
   JXTranscoder *transcoder = transcoder_of(handle, held);
   if (held->form == TextForm::several_bytes) return feed(transcoder, line_end, line_end_bytes);
   const JXStatus status = feed(transcoder, kNoText, sizeof kNoText);
-  // That may be the status of a character which the bytes completed. What is malformed from its
-  // start gets the status of a cut character.
+  // The failure may be about a character that the bytes completed. Bytes that are malformed on
+  // their own give the status of a cut character.
   return status == JX_OK ? JX_OK : feed(transcoder, kNoText, kMalformedBytes);
 }
 

@@ -1,12 +1,13 @@
-// Characters that a text cuts off at its end. A transcoder holds the start of one for its next
-// call; here is known what it holds, when that is a fault, and how it is dropped.
+// Characters that are cut off at the end of a text. A transcoder holds the start of one for its
+// next call; the routines here track what it holds, tell when that is a fault, and make it drop
+// that.
 #pragma once
 
 #include "kernel/handle.hpp"
 
 namespace [[gnu::visibility("hidden")]] jx {
 
-// The form of text in an encoding. Costs no call: an encoding of the host's own is "other".
+// The form of text in an encoding, without a host call: an encoding of the host's own is "other".
 constexpr TextForm form_of(uint32_t encoding) {
   switch (encoding) {
     case JX_ENCODING_UTF8:
@@ -25,21 +26,20 @@ constexpr TextForm form_of(uint32_t encoding) {
   }
 }
 
-// The routines below take a handle and which of its two they are about: what the transcoder of that
-// direction holds.
+// The routines below take a handle and one of its two HeldStarts, which names the direction.
 
-// Slow path of before_text.
+// Slow path of before_text().
 void drop_held(FileHandle *handle, HeldStart *held);
 
-// To be called before a transcoder is given text: drops what is stale.
+// Call before a transcoder is given text: drops what is stale.
 inline void before_text(FileHandle *handle, HeldStart *held) {
   if (held->is_stale != 0) drop_held(handle, held);
 }
 
-// Slow path of after_text.
+// Slow path of after_text().
 void note_end(HeldStart *held, const uint8_t *text, uint32_t bytes);
 
-// True when the last bytes of a text say at once that it ends with a whole character.
+// True when the last bytes of a text show at a glance that it ends with a whole character.
 inline bool ends_plainly(const HeldStart *held, const uint8_t *text, uint32_t bytes) {
   const TextForm form = held->form;
   if (form == TextForm::utf8) {  // a character of one byte, or of three
@@ -53,7 +53,7 @@ inline bool ends_plainly(const HeldStart *held, const uint8_t *text, uint32_t by
   return form == TextForm::single_byte;
 }
 
-// To be called after a transcoder took text: notes what it holds.
+// Call after a transcoder took text: notes what it holds.
 inline void after_text(HeldStart *held, const void *text, uint32_t bytes) {
   const auto *data = static_cast<const uint8_t *>(text);
   if (held->form >= TextForm::other) {
@@ -68,17 +68,17 @@ inline void after_text(HeldStart *held, const void *text, uint32_t bytes) {
 // Tells whether text would end inside a character, as far as its form tells.
 bool would_cut(const HeldStart &held, const uint8_t *text, uint32_t bytes);
 
-// Tells whether an encoding has no longer characters than of one byte. Asks the host, once, where
+// Tells whether every character of the encoding is one byte. Asks the host, once a handle, where
 // the form does not tell.
 bool is_single_byte(FileHandle *handle, HeldStart *held);
 
-// Slow path of end_text.
+// Slow path of end_text().
 JXStatus end_cut_text(FileHandle *handle, HeldStart *held, const void *line_end,
                       uint32_t line_end_bytes);
 
-// Ends the text that a transcoder was given: a character that is cut off there cannot go on. 0, or
-// the transcoder's status for it; either way nothing is held. Where the form does not tell, a line
-// end in the encoding of the text is given to the transcoder, and what comes of it is dropped.
+// Ends the text that a transcoder was given: a character that is cut off there is a fault. 0, or
+// the transcoder's status for it; either way nothing is held. Where the form does not tell, the
+// transcoder converts a line end in the encoding of the text, and the result is dropped.
 inline JXStatus end_text(FileHandle *handle, HeldStart *held, const void *line_end,
                          uint32_t line_end_bytes) {
   return held->count == 0 ? JX_OK : end_cut_text(handle, held, line_end, line_end_bytes);

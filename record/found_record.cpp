@@ -1,4 +1,4 @@
-// Records whose encoding does not tell where a character is cut off.
+// Conversion of text records in encodings that do not tell where a character is cut off.
 #include "record/found_record.hpp"
 
 #include <cstring>
@@ -10,10 +10,10 @@ namespace {
 constexpr uint8_t kLineFeedCharacter = 0x0A;
 constexpr uint8_t kReturnCharacter = 0x0D;
 
-// Puts a line feed behind the last record of a file, where there is room. Its size, or 0.
+// Appends a line feed to the last record of a file if there is room. Its size, or 0.
 uint32_t add_line_feed(const FileHandle *handle, uint8_t *end) {
-  const ControlCopy &line_feed = handle->inbound[kLineFeed];
-  const uint8_t *buffer_end = handle->record_buffer + handle->record_buffer_bytes;
+  const ControlCopy &line_feed = handle->controls.line_feed();
+  const uint8_t *buffer_end = handle->buffer.data + handle->buffer.size_bytes;
   if (static_cast<size_t>(buffer_end - end) < line_feed.bytes) return 0;
   std::memcpy(end, line_feed.text, line_feed.bytes);
   return line_feed.bytes;
@@ -32,16 +32,16 @@ uint32_t control_bytes_at(uint32_t encoding, const uint8_t *end, uint32_t bytes,
   const uint8_t value = is_big_endian ? end[-1] : unit[0];
   uint32_t sum = 0;
   for (; unit != end; ++unit) sum += *unit;
-  // In an encoding that is not known bytes below 0x40 are controls, and end no longer character.
+  // In an unknown encoding bytes below 0x40 are controls, and none ends a longer character.
   const bool is_there = form == TextForm::other ? value < 0x40 : value == character;
   return is_there && sum == value ? unit_bytes : 0;
 }
 
-// The same for any record; JXChars at once.
+// The same for the transcode buffer; fast for JXChars.
 inline uint32_t find_control(const FileHandle *handle, uint32_t bytes, uint8_t character) {
-  const uint8_t *end = handle->transcode_buffer + bytes;
-  if (handle->record_encoding != JX_ENCODING_UTF32LE || bytes < kJXCharBytes) {
-    return control_bytes_at(handle->record_encoding, end, bytes, character);
+  const uint8_t *end = handle->transcode_buffer.data + bytes;
+  if (handle->encodings.record != JX_ENCODING_UTF32LE || bytes < kJXCharBytes) {
+    return control_bytes_at(handle->encodings.record, end, bytes, character);
   }
   JXChar last = 0;
   std::memcpy(&last, end - kJXCharBytes, kJXCharBytes);
@@ -49,20 +49,20 @@ inline uint32_t find_control(const FileHandle *handle, uint32_t bytes, uint8_t c
 }
 
 JXStatus convert_bytes(FileHandle *handle, const uint8_t *bytes, uint32_t count, uint32_t *length) {
-  return transcode_in(handle, bytes, count, handle->transcode_buffer,
-                      handle->transcode_buffer_bytes, length);
+  return transcode_in(handle, bytes, count, handle->transcode_buffer.data,
+                      handle->transcode_buffer.size_bytes, length);
 }
 
 }  // namespace
 
-// The control character behind the record goes with it, which no character takes in, and what comes
-// of that is dropped: one call for the record and the question.
+// Converts the record with the control character after it, which is part of no other character, and
+// drops that again: one call converts and shows whether the record ends inside a character.
 JXStatus convert_with_control(FileHandle *handle, uint8_t *bytes, Line line, uint32_t *length) {
-  const ControlCopy &line_feed = handle->inbound[kLineFeed];
-  const uint32_t behind_bytes = line.consumed_bytes - line.record_bytes;
-  const bool is_returned = behind_bytes > line_feed.bytes;
-  uint32_t asked_bytes = is_returned ? handle->inbound[kCarriageReturn].bytes : behind_bytes;
-  if (behind_bytes == 0) asked_bytes = add_line_feed(handle, bytes + line.record_bytes);
+  const ControlCopy &line_feed = handle->controls.line_feed();
+  const uint32_t line_end_bytes = line.consumed_bytes - line.record_bytes;
+  const bool is_returned = line_end_bytes > line_feed.bytes;
+  uint32_t asked_bytes = is_returned ? handle->controls.carriage_return().bytes : line_end_bytes;
+  if (line_end_bytes == 0) asked_bytes = add_line_feed(handle, bytes + line.record_bytes);
   JXStatus status = convert_bytes(handle, bytes, line.record_bytes + asked_bytes, length);
   if (status != JX_OK) return status;
   if (asked_bytes != 0) {
@@ -76,7 +76,8 @@ JXStatus convert_with_control(FileHandle *handle, uint8_t *bytes, Line line, uin
   }
   status = end_line(handle);
   if (status != JX_OK || asked_bytes == 0) return status;
-  // The host made something else of it. Nothing is held, so the record can be converted again.
+  // The host made something else of the control. Nothing is held, so the record can be converted
+  // again.
   status = convert_bytes(handle, bytes, line.record_bytes, length);
   handle->read_held.count = 0;
   return status;

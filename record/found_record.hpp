@@ -1,4 +1,4 @@
-// The records of text lines on their way from the file to the caller.
+// Text-line records on their way from the file to the caller.
 #pragma once
 
 #include "record/line.hpp"
@@ -7,29 +7,29 @@ namespace [[gnu::visibility("hidden")]] jx {
 
 // Ends the text of a line: the status of a character that is cut off there, else 0.
 inline JXStatus end_line(FileHandle *handle) {
-  const ControlCopy &line_feed = handle->inbound[kLineFeed];
+  const ControlCopy &line_feed = handle->controls.line_feed();
   return end_text(handle, &handle->read_held, line_feed.text, line_feed.bytes);
 }
 
-// Converts a record that ended, in an encoding that does not itself tell whether its text ends
-// inside a character. 0 or the transcoder's status.
+// Slow path of convert_record(): a record that ended, in an encoding whose form does not tell
+// whether it ends inside a character. 0 or the transcoder's status.
 JXStatus convert_with_control(FileHandle *handle, uint8_t *bytes, Line line, uint32_t *length);
 
-// Converts the record of a line that begins at `bytes` into the transcode buffer. is_ended: by its
-// line end or the end of the file, so that a cut character cannot go on. 0 or the transcoder's
-// status, with a null pointer and length 0 then.
+// Converts the record of a line that begins at `bytes` into the transcode buffer. is_ended: a line
+// end or the end of the file follows, so a cut character is a fault. 0 or the transcoder's status;
+// the record is a null pointer and length 0 then.
 inline JXStatus convert_record(FileHandle *handle, uint8_t *bytes, Line line, bool is_ended,
                                void **data, uint32_t *length) {
   JXStatus status = JX_OK;
   if (is_ended && handle->read_held.form >= TextForm::other) [[unlikely]] {
     status = convert_with_control(handle, bytes, line, length);
   } else {
-    status = transcode_in(handle, bytes, line.record_bytes, handle->transcode_buffer,
-                          handle->transcode_buffer_bytes, length);
+    status = transcode_in(handle, bytes, line.record_bytes, handle->transcode_buffer.data,
+                          handle->transcode_buffer.size_bytes, length);
     if (handle->read_held.count != 0 && status == JX_OK && is_ended) status = end_line(handle);
   }
   if (status == JX_OK) {
-    *data = handle->transcode_buffer;
+    *data = handle->transcode_buffer.data;
     return JX_OK;
   }
   *data = nullptr;
@@ -37,7 +37,7 @@ inline JXStatus convert_record(FileHandle *handle, uint8_t *bytes, Line line, bo
   return status;
 }
 
-// Sets the record that a read hands back, in the record encoding. As convert_record.
+// Sets the result of a read: the record in the record encoding. Else as convert_record().
 inline JXStatus hand_back(FileHandle *handle, uint8_t *bytes, Line line, bool is_ended, void **data,
                           uint32_t *length) {
   if (handle->read_transcoder) {

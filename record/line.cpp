@@ -1,5 +1,5 @@
 // Finding text lines: the line feed by vector scan, the carriage return before it, the line end
-// just behind a record of full length.
+// right after a record of full length.
 #include "record/line.hpp"
 
 #include <algorithm>
@@ -35,29 +35,29 @@ uint32_t find_line_feed(const ControlCopy &line_feed, const uint8_t *data, uint3
   return unit_count;
 }
 
-bool stands_at(const ControlCopy &control, const uint8_t *data) {
+bool is_at(const ControlCopy &control, const uint8_t *data) {
   if (*data != *control.text) return false;
   return control.bytes == 1 || std::memcmp(data, control.text, control.bytes) == 0;
 }
 
 // The record before a line feed at `position`, less the carriage return before it.
 Line trim_line_end(const FileHandle *handle, const uint8_t *data, uint32_t position) {
-  const ControlCopy &line_feed = handle->inbound[kLineFeed];
-  const ControlCopy &carriage_return = handle->inbound[kCarriageReturn];
+  const ControlCopy &line_feed = handle->controls.line_feed();
+  const ControlCopy &carriage_return = handle->controls.carriage_return();
   Line line = {position, position + line_feed.bytes};
   if (position >= line_feed.bytes && position >= carriage_return.bytes &&
-      stands_at(carriage_return, data + position - line_feed.bytes)) {
+      is_at(carriage_return, data + position - line_feed.bytes)) {
     line.record_bytes = position - carriage_return.bytes;
   }
   return line;
 }
 
-// A search that may go on when more bytes are in hand: how far it came, in units of the line feed.
+// A search for the line feed that resumes when more bytes are in hand. Counts in its units.
 class LineSearch {
  public:
-  explicit LineSearch(const FileHandle *handle) : line_feed_(handle->inbound[kLineFeed]) {}
+  explicit LineSearch(const FileHandle *handle) : line_feed_(handle->controls.line_feed()) {}
 
-  // Searches the units that begin in the first window_bytes and lie in hand as a whole.
+  // Searches the units that begin in the first window_bytes and are in hand whole.
   bool finds_in(const uint8_t *data, uint32_t window_bytes, uint32_t bytes_in_hand) {
     const uint32_t unit_bytes = line_feed_.bytes;
     const uint32_t units = unit_bytes == 1
@@ -67,9 +67,9 @@ class LineSearch {
                                       units - searched_units_);
     return searched_units_ < units;
   }
-  // Where the line feed was found.
+  // The offset of the line feed in bytes.
   uint32_t position() const { return searched_units_ * line_feed_.bytes; }
-  // Where a search of window_bytes that finds nothing ends: at a whole unit.
+  // The offset where a search of window_bytes that finds nothing ends: at a whole unit.
   uint32_t end_of(uint32_t window_bytes) const {
     return units_over(window_bytes) * line_feed_.bytes;
   }
@@ -84,48 +84,48 @@ class LineSearch {
 };
 
 // What follows a record as long as the record length.
-enum class Behind { line_end, text, undecided };
+enum class Next { line_end, text, undecided };
 
-// Compares bytes with a control string: the string itself, or bytes that are not its start, or too
-// few to tell.
-Behind compare(const ControlCopy &control, const uint8_t *data, uint32_t bytes) {
+// Compares bytes with a control string: line_end for the string itself, text for bytes that do not
+// begin it, undecided for too few to tell.
+Next compare(const ControlCopy &control, const uint8_t *data, uint32_t bytes) {
   const uint32_t common = std::min(control.bytes, bytes);
-  if (common != 0 && std::memcmp(data, control.text, common) != 0) return Behind::text;
-  return common == control.bytes ? Behind::line_end : Behind::undecided;
+  if (common != 0 && std::memcmp(data, control.text, common) != 0) return Next::text;
+  return common == control.bytes ? Next::line_end : Next::undecided;
 }
 
-// Looks for the line end just behind the record: a line feed, or a carriage return and a line feed.
-// Stores the line that one makes.
-Behind look_behind_limit(const FileHandle *handle, Line *line) {
-  const ControlCopy &carriage_return = handle->inbound[kCarriageReturn];
-  const ControlCopy &line_feed = handle->inbound[kLineFeed];
+// Looks for a line end right after a record of full length: a line feed, or a carriage return and a
+// line feed. Stores the line if there is one.
+Next look_past_limit(const FileHandle *handle, Line *line) {
+  const ControlCopy &carriage_return = handle->controls.carriage_return();
+  const ControlCopy &line_feed = handle->controls.line_feed();
   const uint32_t limit = handle->record_length;
-  const uint32_t bytes_behind = handle->buffer_count - limit;
-  const uint8_t *data = first_unread(handle);
+  const uint32_t bytes_past = handle->buffer.unread_bytes - limit;
+  const uint8_t *data = handle->buffer.unread();
   uint32_t end = limit;
-  Behind behind = compare(line_feed, data + limit, bytes_behind);
-  if (behind == Behind::text) {
-    behind = compare(carriage_return, data + limit, bytes_behind);
-    if (behind != Behind::line_end) return behind;
+  Next next = compare(line_feed, data + limit, bytes_past);
+  if (next == Next::text) {
+    next = compare(carriage_return, data + limit, bytes_past);
+    if (next != Next::line_end) return next;
     end += carriage_return.bytes;
-    behind = compare(line_feed, data + end, bytes_behind - carriage_return.bytes);
+    next = compare(line_feed, data + end, bytes_past - carriage_return.bytes);
   }
-  if (behind == Behind::line_end) *line = trim_line_end(handle, data, end);
-  return behind;
+  if (next == Next::line_end) *line = trim_line_end(handle, data, end);
+  return next;
 }
 
 // A line with no line feed among its first record-length bytes, which are in hand or all there is.
 JXStatus take_long_or_last_line(FileHandle *handle, const LineSearch &search, Line *line) {
   const uint32_t limit = handle->record_length;
   for (;;) {
-    const uint32_t count = handle->buffer_count;
+    const uint32_t count = handle->buffer.unread_bytes;
     const uint32_t end = search.end_of(std::min(count, limit));
-    // A search that ends behind the limit has no line end to look for, only the end of the file.
-    Behind behind = count > end ? Behind::text : Behind::undecided;
-    if (end == limit && count > limit) behind = look_behind_limit(handle, line);
-    if (behind == Behind::line_end) return JX_OK;
-    if (behind == Behind::text || handle->end_seen != 0) {
-      // A character that the end of the file cuts off comes as it stands.
+    // A search that ends past the limit has no line end to look for, only the end of the file.
+    Next next = count > end ? Next::text : Next::undecided;
+    if (end == limit && count > limit) next = look_past_limit(handle, line);
+    if (next == Next::line_end) return JX_OK;
+    if (next == Next::text || handle->end_seen != 0) {
+      // A character that the end of the file cuts off is part of the record.
       const uint32_t bytes = std::min(end, count);
       *line = {bytes, bytes};
       return end == count && handle->end_seen != 0 ? JX_OK : JXWEM_E_PARTIAL;
@@ -140,14 +140,14 @@ JXStatus take_long_or_last_line(FileHandle *handle, const LineSearch &search, Li
 JXStatus find_line(FileHandle *handle, Line *line) {
   LineSearch search(handle);
   for (;;) {
-    const uint32_t count = handle->buffer_count;
+    const uint32_t count = handle->buffer.unread_bytes;
     const uint32_t window_bytes = std::min(count, handle->record_length);
-    const uint8_t *data = first_unread(handle);
+    const uint8_t *data = handle->buffer.unread();
     if (search.finds_in(data, window_bytes, count)) {
       *line = trim_line_end(handle, data, search.position());
       return JX_OK;
     }
-    // The last unit that begins within the record length must be in hand as a whole.
+    // The last unit that begins within the record length must be in hand whole.
     const uint32_t limit = handle->record_length;
     if ((count >= limit && count >= search.end_of(limit)) || handle->end_seen != 0) {
       return take_long_or_last_line(handle, search, line);
@@ -158,17 +158,17 @@ JXStatus find_line(FileHandle *handle, Line *line) {
 }
 
 JXStatus find_direct_line(const FileHandle *handle, DirectRead *read) {
-  const uint8_t *data = handle->record_buffer;
-  if (begins_with_bom(handle, data, read->read_bytes)) read->bom_bytes = handle->bom_bytes;
-  data += read->bom_bytes;
-  const uint32_t span = read->read_bytes - read->bom_bytes;
+  const uint8_t *data = handle->buffer.data;
+  if (handle->mark.begins(data, read->read_bytes)) read->mark_bytes = handle->mark.size;
+  data += read->mark_bytes;
+  const uint32_t span = read->read_bytes - read->mark_bytes;
   LineSearch search(handle);
   if (search.finds_in(data, span, span)) {
     read->line = trim_line_end(handle, data, search.position());
     return JX_OK;
   }
-  // A read that filled the buffer may cut a character; it begins the next record. One that the end
-  // of the file cuts comes as it stands.
+  // A read that filled the buffer may cut a character, which then begins the next record. One that
+  // the end of the file cuts is part of this record.
   const bool is_full = read->read_bytes == handle->record_length + handle->control_extra_bytes;
   const uint32_t bytes = is_full && search.position() != 0 ? search.position() : span;
   read->line = {bytes, bytes};

@@ -8,21 +8,21 @@
 
 namespace [[gnu::visibility("hidden")]] jx {
 
-// What a search for a record found in a span of bytes.
+// A line that was found, from its first byte.
 struct Line {
   uint32_t record_bytes;    // without its line end
   uint32_t consumed_bytes;  // with it
 };
 
-// The next record where that costs no more than one scan: line ends of one byte, the whole line in
-// hand, no byte-order mark before it. Consumes nothing (0 bytes) when it is not so simple.
+// Fast path of find_line(): one scan, for line ends of one byte, a whole line in hand and no
+// byte-order mark before it. Any other line: 0 consumed bytes.
 inline Line line_in_hand(const FileHandle *handle) {
-  const ControlCopy &line_feed = handle->inbound[kLineFeed];
-  const ControlCopy &carriage_return = handle->inbound[kCarriageReturn];
-  const uint32_t window = std::min(handle->buffer_count, handle->record_length);
+  const ControlCopy &line_feed = handle->controls.line_feed();
+  const ControlCopy &carriage_return = handle->controls.carriage_return();
+  const uint32_t window = std::min(handle->buffer.unread_bytes, handle->record_length);
   if (window == 0 || line_feed.bytes != 1 || carriage_return.bytes != 1) return {};
-  const uint8_t *data = first_unread(handle);
-  if (handle->bom_bytes != 0 && *data == handle->bom[0]) return {};
+  const uint8_t *data = handle->buffer.unread();
+  if (handle->mark.size != 0 && *data == handle->mark.bytes[0]) return {};
   const auto position = static_cast<uint32_t>(scan_units(data, window, *line_feed.text));
   if (position == window) return {};
   const bool is_returned = position != 0 && data[position - 1] == *carriage_return.text;
@@ -33,14 +33,14 @@ inline Line line_in_hand(const FileHandle *handle) {
 // JXWEM_E_PARTIAL, or the failure of a host read.
 JXStatus find_line(FileHandle *handle, Line *line);
 
-// A direct read: the bytes in the record buffer and what of them the record takes.
+// A direct read: the bytes in the record buffer, and how many the mark and the record take.
 struct DirectRead {
   uint32_t read_bytes;
-  uint32_t bom_bytes;
+  uint32_t mark_bytes;
   Line line;
 };
 
-// Finds the record in what one direct read brought; no other bytes decide it. 0 or JXWEM_E_PARTIAL.
+// Finds the record in the bytes of a direct read, which alone decide it. 0 or JXWEM_E_PARTIAL.
 JXStatus find_direct_line(const FileHandle *handle, DirectRead *read);
 
 }  // namespace jx

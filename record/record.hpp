@@ -1,4 +1,4 @@
-// The record layer's shared steps: refilling the buffer, byte-order marks, placing and writing
+// The record layer's shared steps: refilling the buffer, byte-order marks, appending and writing
 // bytes, transcoding. Each reader and writer is a short list of them.
 #pragma once
 
@@ -8,38 +8,33 @@
 #include "kernel/handle.hpp"
 #include "record/cut.hpp"
 
-// Hidden, so that a call within the module needs no table of addresses.
+// Hidden, so that a call within the module does not go through the table of addresses.
 namespace [[gnu::visibility("hidden")]] jx {
 
-// The control strings of one direction that matter to records.
-inline constexpr uint32_t kLineEnd = 0;         // outbound: what is written after a record
-inline constexpr uint32_t kLineFeed = 0;        // inbound: what ends a record
-inline constexpr uint32_t kCarriageReturn = 2;  // inbound: what is dropped before the line feed
+// Directions of setupCCTable.
+inline constexpr uint32_t kInbound = 0;   // recognised by readers
+inline constexpr uint32_t kOutbound = 1;  // written
 
 // Gives the record buffer and every control string back to the handle's pool.
 void release_record_layer(FileHandle *handle);
 
-// What every reader asks first: 0, JXWEM_E_NOHANDLE, or JXWEM_E_NOTSUPPORTED for a handle that only
+// First check of every reader: 0, JXWEM_E_NOHANDLE, or JXWEM_E_NOTSUPPORTED for a handle that only
 // writes, whose buffer holds no unread bytes.
 inline JXStatus check_reader(const JXFile *file) {
   if (!file) return JXWEM_E_NOHANDLE;
-  const uint32_t mode = handle_of(file)->access_mode;
-  const bool reads = mode == JX_ACCESS_INPUT || mode == JX_ACCESS_UPDATE;
-  return reads ? JX_OK : JXWEM_E_NOTSUPPORTED;
+  return handle_of(file)->access.can_read() ? JX_OK : JXWEM_E_NOTSUPPORTED;
 }
 
-// What every writer asks first: 0, JXWEM_E_NOHANDLE, or JXWEM_E_READONLY for an input handle.
+// First check of every writer: 0, JXWEM_E_NOHANDLE, or JXWEM_E_READONLY for an input handle.
 inline JXStatus check_writer(const JXFile *file) {
   if (!file) return JXWEM_E_NOHANDLE;
-  return handle_of(file)->access_mode == JX_ACCESS_INPUT ? JXWEM_E_READONLY : JX_OK;
+  return handle_of(file)->access.can_write() ? JX_OK : JXWEM_E_READONLY;
 }
 
-// Direct transfers of bytes need nothing of the handle but its descriptor, which a lock mode may
-// have opened for both ways: the host call answers. Text that is converted needs the transcoder of
-// the direction, and is checked as above.
-inline bool converts(const JXFile *file) {
-  return handle_of(file)->file_encoding != handle_of(file)->record_encoding;
-}
+// Direct transfers of unconverted bytes need only the descriptor, which a lock mode may have opened
+// both ways: the host call decides. Converted text needs the transcoder of its direction and is
+// checked as above.
+inline bool converts(const JXFile *file) { return handle_of(file)->encodings.differ(); }
 inline JXStatus check_direct_reader(const JXFile *file) {
   return file && !converts(file) ? JX_OK : check_reader(file);
 }
@@ -50,36 +45,22 @@ inline JXStatus check_direct_writer(const JXFile *file) {
 // True when a host read delivered bytes.
 inline bool has_read(JXStatus status) { return status == JX_OK || status == JXWEM_E_PARTIAL; }
 
-// The first unread byte of the record buffer.
-inline uint8_t *first_unread(const FileHandle *handle) {
-  return handle->record_buffer + handle->buffer_offset;
-}
-
-// Takes bytes off the front of the unread ones.
-inline void consume(FileHandle *handle, uint32_t bytes) {
-  handle->buffer_offset += bytes;
-  handle->buffer_count -= bytes;
-}
-
-// Host reads one block behind the unread bytes. At end of file sets end_seen. The unread bytes may
+// Host reads one block after the unread bytes. At end of file sets end_seen. The unread bytes may
 // move. 0, or the failure of the host read.
 JXStatus read_block(FileHandle *handle);
 
-// What refill does when too few bytes are unread.
+// Slow path of refill(): too few bytes are unread.
 JXStatus read_blocks(FileHandle *handle, uint32_t target_bytes);
 
 // Host reads blocks until `target_bytes` are unread or the file ends. 0, JXWEM_E_EOF when nothing
 // is left, or the failure of the host read.
 inline JXStatus refill(FileHandle *handle, uint32_t target_bytes) {
-  const uint32_t count = handle->buffer_count;
+  const uint32_t count = handle->buffer.unread_bytes;
   return count >= target_bytes && count != 0 ? JX_OK : read_blocks(handle, target_bytes);
 }
 
-// True when the bytes begin with the byte-order mark of the file's encoding.
-bool begins_with_bom(const FileHandle *handle, const uint8_t *bytes, uint32_t count);
-
 // Skips a byte-order mark at the start of the unread bytes.
-void skip_bom(FileHandle *handle);
+void skip_mark(FileHandle *handle);
 
 // Transcodes from the file's to the record encoding and stores what was produced. 0 or the
 // transcoder's status.
@@ -95,7 +76,7 @@ inline JXStatus transcode_in(FileHandle *handle, const void *source, uint32_t so
     after_text(&handle->read_held, source, source_bytes);
     return JX_OK;
   }
-  leave_held(&handle->read_held);
+  handle->read_held.leave();
   *produced_bytes_out = 0;
   return status;
 }
@@ -106,7 +87,7 @@ struct Outgoing {
   uint32_t bytes;
 };
 
-// What transcode_out does when there is a write transcoder.
+// Slow path of transcode_out(): the handle has a write transcoder.
 JXStatus encode(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record);
 
 // Transcodes a record for the file when the handle has a write transcoder; at most capacity_bytes
@@ -115,32 +96,23 @@ inline JXStatus transcode_out(FileHandle *handle, uint32_t capacity_bytes, Outgo
   return handle->write_transcoder ? encode(handle, capacity_bytes, record) : JX_OK;
 }
 
-// The same for a record, which ends there: a character that it cuts off is its fault.
+// The same for a record, whose end ends the text: a character cut off there is a fault.
 inline JXStatus transcode_record_out(FileHandle *handle, uint32_t capacity_bytes,
                                      Outgoing *record) {
-  // The line end in an encoding that is not known. A carriage return is one everywhere.
+  // A line end in an unknown encoding: 0x0D is a carriage return in all of them.
   static constexpr uint8_t kReturns[] = {0x0D, 0x0D};
   const JXStatus status = transcode_out(handle, capacity_bytes, record);
   if (status != JX_OK) return status;
   return end_text(handle, &handle->write_held, kReturns, sizeof kReturns);
 }
 
-// True when the caller lets byte-order marks be written.
-inline bool may_write_bom(const FileHandle *handle) {
-  return (handle->open_flags & JX_OPEN_NO_BOM) == 0;
-}
-
-// True when a byte-order mark is due before the next data at the descriptor's offset.
-inline bool owes_bom(const FileHandle *handle) {
-  return handle->bom_pending != 0 && may_write_bom(handle);
-}
-
-// What write_all does after a short write; *written_bytes_out counts on from it.
+// Slow path of write_all(): goes on after a partial write and adds to *written_bytes_out.
 JXStatus write_rest(FileHandle *handle, const void *source, uint32_t bytes, const int64_t *offset,
                     uint32_t *written_bytes_out);
 
-// Host writes until every byte is written; a short write is continued. *written_bytes_out receives
-// how many went, on failure too. offset null: at the descriptor's offset. 0 or the failure.
+// Host writes until every byte is written; a partial write is continued. *written_bytes_out
+// receives the number of bytes written, on failure too. A null offset is the descriptor's. 0 or the
+// failure.
 inline JXStatus write_all(FileHandle *handle, const void *source, uint32_t bytes,
                           const int64_t *offset, uint32_t *written_bytes_out) {
   *written_bytes_out = 0;
@@ -151,26 +123,26 @@ inline JXStatus write_all(FileHandle *handle, const void *source, uint32_t bytes
              : write_rest(handle, source, bytes, offset, written_bytes_out);
 }
 
-// Host writes the first bytes of the record buffer and empties it, whatever the write returned.
+// Host writes the first bytes of the record buffer and empties it, even when the write fails.
 JXStatus write_pending(FileHandle *handle, uint32_t bytes);
 
-// What place does with bytes that fill a block.
-JXStatus place_in_blocks(FileHandle *handle, const void *source, uint32_t bytes);
+// Slow path of append(): the bytes fill a block.
+JXStatus append_in_blocks(FileHandle *handle, const void *source, uint32_t bytes);
 
-// Places bytes in the record buffer, writing each block that becomes full. 0 or a write failure.
-inline JXStatus place(FileHandle *handle, const void *source, uint32_t bytes) {
-  if (bytes >= handle->buffer_count) return place_in_blocks(handle, source, bytes);
-  copy_bytes(handle->record_buffer + handle->buffer_offset, source, bytes);
-  handle->buffer_offset += bytes;
-  handle->buffer_count -= bytes;
+// Appends bytes to the record buffer and writes each block that becomes full. 0 or a write failure.
+inline JXStatus append(FileHandle *handle, const void *source, uint32_t bytes) {
+  RecordBuffer &buffer = handle->buffer;
+  if (bytes >= buffer.free_bytes) return append_in_blocks(handle, source, bytes);
+  copy_bytes(buffer.end(), source, bytes);
+  buffer.append(bytes);
   return JX_OK;
 }
 
-// Places the byte-order mark when it is due. 0 or a write failure.
-JXStatus place_bom(FileHandle *handle);
+// Appends the byte-order mark when it is due. 0 or a write failure.
+JXStatus append_mark(FileHandle *handle);
 
-// Host writes the byte-order mark, which is due no longer then. *written_bytes_out as write_all's;
+// Host writes the byte-order mark, which is no longer due then. *written_bytes_out as write_all's;
 // an encoding without a mark writes nothing. 0 or a write failure.
-JXStatus write_bom(FileHandle *handle, const int64_t *offset, uint32_t *written_bytes_out);
+JXStatus write_mark(FileHandle *handle, const int64_t *offset, uint32_t *written_bytes_out);
 
 }  // namespace jx

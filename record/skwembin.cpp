@@ -1,28 +1,30 @@
-// Binary records: bytes as they are, through the buffer or directly.
+// skwem_read_bin, skwem_write_bin, skwem_read_rbin, skwem_write_rbin: the read and write slots of
+// binary files. Bytes pass unchanged, through the buffer or directly.
 #include <algorithm>
 
+#include "jx/exports/record.h"
 #include "record/record.hpp"
 
 namespace {
 
 using jx::FileHandle;
 
-// Takes bytes that are in hand off the unread ones.
+// Hands back bytes that are in hand.
 JXStatus take_bytes(FileHandle *handle, uint32_t bytes, void **data, uint32_t *length) {
-  uint8_t *record = jx::first_unread(handle);
-  jx::consume(handle, bytes);
+  uint8_t *record = handle->buffer.unread();
+  handle->buffer.consume(bytes);
   *data = record;
   *length = bytes;
   return JX_OK;
 }
 
-// Reads bytes that are not all in hand. Apart from the reader, so that the reader keeps no stack
-// frame for it.
+// Slow path of the buffered reader: not all bytes are in hand. Out of line, so that the fast path
+// needs no stack frame.
 [[gnu::noinline]] JXStatus read_bytes(FileHandle *handle, uint32_t wanted, void **data,
                                       uint32_t *length) {
   const JXStatus status = jx::refill(handle, wanted);
   if (status == JX_OK) {
-    return take_bytes(handle, std::min(wanted, handle->buffer_count), data, length);
+    return take_bytes(handle, std::min(wanted, handle->buffer.unread_bytes), data, length);
   }
   *data = nullptr;
   *length = 0;
@@ -39,22 +41,23 @@ JXStatus skwem_read_bin(JXFile *file, void **data, uint32_t *length, uint32_t, i
   FileHandle *handle = jx::handle_of(file);
   const uint32_t wanted = *length;
   if (wanted > handle->record_length) return JXWEM_E_TOOLONG;
-  return wanted != 0 && wanted <= handle->buffer_count ? take_bytes(handle, wanted, data, length)
-                                                       : read_bytes(handle, wanted, data, length);
+  return wanted != 0 && wanted <= handle->buffer.unread_bytes
+             ? take_bytes(handle, wanted, data, length)
+             : read_bytes(handle, wanted, data, length);
 }
 
 JXStatus skwem_write_bin(JXFile *file, const void *data, uint32_t length, uint32_t, int64_t *) {
   JXStatus status = jx::check_writer(file);
   if (status != JX_OK) return status;
-  return jx::place(jx::handle_of(file), data, length);
+  return jx::append(jx::handle_of(file), data, length);
 }
 
 JXStatus skwem_read_rbin(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *offset) {
   JXStatus status = jx::check_direct_reader(file);
   if (status != JX_OK) return status;
   FileHandle *handle = jx::handle_of(file);
-  void *destination = handle->record_buffer;
-  if ((handle->open_flags & JX_OPEN_DIRECT_TRANSFER) != 0) {
+  void *destination = handle->buffer.data;
+  if (handle->flags.has(JX_OPEN_DIRECT_TRANSFER)) {
     destination = *data;
     if (!destination) return JXWEM_E_FAILED;
   } else if (*length > handle->record_length) {

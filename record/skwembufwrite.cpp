@@ -1,22 +1,23 @@
-// The block writer.
+// sk_buf_write: gathers bytes and writes each block that becomes full.
 #include <algorithm>
 #include <cstring>
 
+#include "jx/exports/record.h"
 #include "record/record.hpp"
 
 namespace jx {
 
-JXStatus place_in_blocks(FileHandle *handle, const void *source, uint32_t bytes) {
+JXStatus append_in_blocks(FileHandle *handle, const void *source, uint32_t bytes) {
   const auto *data = static_cast<const uint8_t *>(source);
+  RecordBuffer &buffer = handle->buffer;
   while (bytes != 0) {
-    const uint32_t piece = std::min(bytes, handle->buffer_count);
-    std::memmove(handle->record_buffer + handle->buffer_offset, data, piece);
-    handle->buffer_offset += piece;
-    handle->buffer_count -= piece;
+    const uint32_t piece = std::min(bytes, buffer.free_bytes);
+    std::memmove(buffer.end(), data, piece);
+    buffer.append(piece);
     data += piece;
     bytes -= piece;
-    if (handle->buffer_count == 0) {
-      const JXStatus status = write_pending(handle, handle->block_bytes);
+    if (buffer.free_bytes == 0) {
+      const JXStatus status = write_pending(handle, buffer.block_bytes);
       if (status != JX_OK) return status;
     }
   }
@@ -29,6 +30,6 @@ extern "C" JXStatus sk_buf_write(JXFile *file, const void *source, uint32_t byte
   const JXStatus status = jx::check_writer(file);
   if (status != JX_OK) return status;
   jx::FileHandle *handle = jx::handle_of(file);
-  if (handle->buffered == 0 || !handle->record_buffer) return JXWEM_E_NOTSUPPORTED;
-  return jx::place_in_blocks(handle, source, bytes);
+  if (handle->buffered == 0 || !handle->buffer.data) return JXWEM_E_NOTSUPPORTED;
+  return jx::append_in_blocks(handle, source, bytes);
 }

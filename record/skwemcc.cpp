@@ -1,20 +1,21 @@
-// The control strings of a handle in its file's encoding.
+// setupCCTable: a handle's control strings in the encoding of its file.
 #include <algorithm>
 #include <cstring>
 #include <span>
 
+#include "jx/exports/record.h"
 #include "record/record.hpp"
 
 namespace {
 
 using jx::ControlCopy;
 using jx::FileHandle;
+using jx::kInbound;
+using jx::kOutbound;
 
-constexpr uint32_t kInbound = 0;
-constexpr uint32_t kOutbound = 1;
 constexpr uint32_t kGroups = 2;
 
-// One direction of one group: what is copied where.
+// The control strings of one direction and group, and their copies in the handle.
 struct Direction {
   std::span<const JXControlString> entries;
   std::span<ControlCopy> copies;
@@ -22,7 +23,7 @@ struct Direction {
 
 uint32_t chars_of(const JXControlString &entry) { return entry.bytes / jx::kJXCharBytes; }
 
-// The longest copy, which readers and writers need as room beside a record.
+// The size of the longest copy: room that readers and writers need beside a record.
 uint32_t longest(std::span<const ControlCopy> copies) {
   return std::ranges::max_element(copies, {}, &ControlCopy::bytes)->bytes;
 }
@@ -34,7 +35,7 @@ void release(const FileHandle *handle, std::span<ControlCopy> copies) {
   }
 }
 
-// The characters are the file's encoding already.
+// Copies strings that are in the file's encoding already.
 JXStatus copy_entries(const FileHandle *handle, const Direction &direction) {
   for (size_t i = 0; i < direction.entries.size(); ++i) {
     const JXControlString &entry = direction.entries[i];
@@ -46,7 +47,7 @@ JXStatus copy_entries(const FileHandle *handle, const Direction &direction) {
   return JX_OK;
 }
 
-// char_bytes is the size of one control character in the file's encoding.
+// Converts strings; char_bytes is the size of one control character in the file's encoding.
 JXStatus encode_entries(const FileHandle *handle, const Direction &direction,
                         JXTranscoder *transcoder, uint32_t char_bytes) {
   for (size_t i = 0; i < direction.entries.size(); ++i) {
@@ -66,16 +67,17 @@ JXStatus encode_entries(const FileHandle *handle, const Direction &direction,
 // Makes the copies. Stores the size of a converted line feed, 0 when nothing is converted.
 JXStatus make_copies(FileHandle *handle, const Direction &direction, uint32_t *char_bytes_out) {
   JXNls *nls = handle->nls;
-  if (!nls->needs_conversion(nls, JX_ENCODING_UTF32LE, handle->file_encoding)) {
+  if (!nls->needs_conversion(nls, JX_ENCODING_UTF32LE, handle->encodings.file)) {
     *char_bytes_out = 0;
     return copy_entries(handle, direction);
   }
   jx::Transcoder transcoder(
-      nls, nls->create_transcoder(nls, JX_ENCODING_UTF32LE, handle->file_encoding, 0, nullptr));
+      nls, nls->create_transcoder(nls, JX_ENCODING_UTF32LE, handle->encodings.file, 0, nullptr));
   if (!transcoder) return JXWEM_E_FAILED;
   const JXControlString &line_feed = sk_inbound_cc[jx::kLineFeed];
-  JXStatus status = nls->measure_conversion(nls, JX_ENCODING_UTF32LE, line_feed.text,
-                                            line_feed.bytes, handle->file_encoding, char_bytes_out);
+  JXStatus status =
+      nls->measure_conversion(nls, JX_ENCODING_UTF32LE, line_feed.text, line_feed.bytes,
+                              handle->encodings.file, char_bytes_out);
   if (status != JX_OK) return status;
   status = encode_entries(handle, direction, transcoder.get(), *char_bytes_out);
   if (status != JX_OK) return status;
@@ -84,9 +86,11 @@ JXStatus make_copies(FileHandle *handle, const Direction &direction, uint32_t *c
 
 Direction direction_of(FileHandle *handle, uint32_t direction, uint32_t group) {
   if (direction == kInbound) {
-    return {{sk_inbound_cc + group * jx::kInboundCount, jx::kInboundCount}, handle->inbound};
+    return {{sk_inbound_cc + group * jx::kInboundCount, jx::kInboundCount},
+            handle->controls.inbound};
   }
-  return {{sk_outbound_cc + group * jx::kOutboundCount, jx::kOutboundCount}, handle->outbound};
+  return {{sk_outbound_cc + group * jx::kOutboundCount, jx::kOutboundCount},
+          handle->controls.outbound};
 }
 
 }  // namespace

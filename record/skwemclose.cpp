@@ -1,4 +1,5 @@
-// The end of the record layer of a handle.
+// skwem_close: closes the file and releases the record layer's part of its handle.
+#include "jx/exports/record.h"
 #include "record/record.hpp"
 
 namespace jx {
@@ -7,9 +8,9 @@ void release_record_layer(FileHandle *handle) {
   const auto release = [handle](uint8_t *&block) {
     const PoolBlock<uint8_t> owner(handle->pool, std::exchange(block, nullptr));
   };
-  release(handle->record_buffer);
-  for (ControlCopy &copy : handle->outbound) release(copy.text);
-  for (ControlCopy &copy : handle->inbound) release(copy.text);
+  release(handle->buffer.data);
+  for (ControlCopy &copy : handle->controls.outbound) release(copy.text);
+  for (ControlCopy &copy : handle->controls.inbound) release(copy.text);
 }
 
 }  // namespace jx

@@ -1,5 +1,5 @@
-// The carriage-control tables: line ends and page control as characters.
-#include "jx/wem.h"
+// sk_outbound_cc and sk_inbound_cc: line ends and page control as characters.
+#include "jx/exports/record.h"
 
 namespace {
 

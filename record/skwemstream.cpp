@@ -1,14 +1,16 @@
-// Stream records: text without line structure, with byte-order marks and transcoding.
+// skwem_read_stream, skwem_write_stream, skwem_read_rstream, skwem_write_rstream: the read and
+// write slots of stream files. Text without line ends, with byte-order marks and transcoding.
 #include <algorithm>
 #include <cstring>
 
+#include "jx/exports/record.h"
 #include "record/record.hpp"
 
 namespace {
 
 using jx::FileHandle;
 
-// Where a direct read puts the file's bytes and where the caller finds the chunk.
+// The buffers of a direct read: one for the file's bytes, one for the caller's chunk.
 struct Route {
   uint8_t *area;                  // the host read's destination
   uint32_t area_bytes;            // how much to read
@@ -18,46 +20,46 @@ struct Route {
 
 // Chooses the route. 0, JXWEM_E_TOOLONG, or JXWEM_E_FAILED when there is nowhere to convert to.
 JXStatus choose_route(const FileHandle *handle, void *caller_data, uint32_t wanted, Route *route) {
-  const bool is_direct_transfer = (handle->open_flags & JX_OPEN_DIRECT_TRANSFER) != 0;
+  const bool is_direct_transfer = handle->flags.has(JX_OPEN_DIRECT_TRANSFER);
   if (!is_direct_transfer) {
     if (wanted > handle->record_length) return JXWEM_E_TOOLONG;
-    *route = {handle->record_buffer, wanted, handle->record_buffer, wanted};
+    *route = {handle->buffer.data, wanted, handle->buffer.data, wanted};
     if (handle->read_transcoder) {
-      route->destination = handle->transcode_buffer;
-      route->destination_capacity = handle->transcode_buffer_bytes;
+      route->destination = handle->transcode_buffer.data;
+      route->destination_capacity = handle->transcode_buffer.size_bytes;
     }
     return JX_OK;
   }
   *route = {static_cast<uint8_t *>(caller_data), wanted, caller_data, wanted};
   if (handle->read_transcoder) {
     if (!caller_data) return JXWEM_E_FAILED;
-    route->area = handle->transcode_buffer;
+    route->area = handle->transcode_buffer.data;
     route->area_bytes = handle->record_length;
   }
   return JX_OK;
 }
 
-// Takes a byte-order mark off the front of what was read and reads as many bytes more. The status
-// of that read becomes the status of the chunk.
-JXStatus replace_bom(FileHandle *handle, const Route &route, const int64_t *offset,
-                     uint32_t *read_bytes) {
-  const uint32_t kept = *read_bytes - handle->bom_bytes;
-  std::memmove(route.area, route.area + handle->bom_bytes, kept);
+// Drops a byte-order mark from the front of the bytes read and reads that many more. The status of
+// that read becomes the status of the chunk.
+JXStatus replace_mark(FileHandle *handle, const Route &route, const int64_t *offset,
+                      uint32_t *read_bytes) {
+  const uint32_t kept = *read_bytes - handle->mark.size;
+  std::memmove(route.area, route.area + handle->mark.size, kept);
   const int64_t next_offset = offset ? *offset + *read_bytes : 0;
   uint32_t more = 0;
   const JXStatus status = handle->methods.host_read(
-      &handle->head, route.area + kept, handle->bom_bytes, &more, offset ? &next_offset : nullptr);
+      &handle->head, route.area + kept, handle->mark.size, &more, offset ? &next_offset : nullptr);
   *read_bytes = kept + (jx::has_read(status) ? more : 0);
   return status;
 }
 
 // Writes the byte-order mark where a direct write needs it: at offset 0 always, without an offset
 // when it is due. An offset given moves past it.
-JXStatus write_due_bom(FileHandle *handle, int64_t *offset) {
-  const bool is_due = offset ? *offset == 0 && jx::may_write_bom(handle) : jx::owes_bom(handle);
+JXStatus write_due_mark(FileHandle *handle, int64_t *offset) {
+  const bool is_due = offset ? *offset == 0 && handle->may_write_mark() : handle->owes_mark();
   if (!is_due) return JX_OK;
   uint32_t written = 0;
-  const JXStatus status = jx::write_bom(handle, offset, &written);
+  const JXStatus status = jx::write_mark(handle, offset, &written);
   if (status == JX_OK && offset) *offset = written;
   return status;
 }
@@ -69,8 +71,8 @@ JXStatus read_chunk(FileHandle *handle, const Route &route, const int64_t *offse
   JXStatus status =
       handle->methods.host_read(&handle->head, route.area, route.area_bytes, &read_bytes, offset);
   if (!jx::has_read(status)) return status;
-  if (jx::begins_with_bom(handle, route.area, read_bytes)) {
-    status = replace_bom(handle, route, offset, &read_bytes);
+  if (handle->mark.begins(route.area, read_bytes)) {
+    status = replace_mark(handle, route, offset, &read_bytes);
   }
   if (!handle->read_transcoder) {
     *data = route.area;
@@ -85,9 +87,9 @@ JXStatus read_chunk(FileHandle *handle, const Route &route, const int64_t *offse
 
 // Writes a chunk directly. The statuses of skwem_write_rstream.
 JXStatus write_chunk(FileHandle *handle, jx::Outgoing chunk, int64_t *offset) {
-  JXStatus status = jx::transcode_out(handle, handle->transcode_buffer_bytes, &chunk);
+  JXStatus status = jx::transcode_out(handle, handle->transcode_buffer.size_bytes, &chunk);
   if (status != JX_OK) return status;
-  status = write_due_bom(handle, offset);
+  status = write_due_mark(handle, offset);
   if (status != JX_OK) return status;
   uint32_t written = 0;
   return jx::write_all(handle, chunk.data, chunk.bytes, offset, &written);
@@ -107,18 +109,18 @@ JXStatus skwem_read_stream(JXFile *file, void **data, uint32_t *length, uint32_t
   *length = 0;
   status = jx::refill(handle, wanted);
   if (status != JX_OK) return status;
-  jx::skip_bom(handle);
-  uint8_t *chunk = jx::first_unread(handle);
-  const uint32_t chunk_bytes = std::min(wanted, handle->buffer_count);
-  jx::consume(handle, chunk_bytes);
+  jx::skip_mark(handle);
+  uint8_t *chunk = handle->buffer.unread();
+  const uint32_t chunk_bytes = std::min(wanted, handle->buffer.unread_bytes);
+  handle->buffer.consume(chunk_bytes);
   if (!handle->read_transcoder) {
     *data = chunk;
     *length = chunk_bytes;
     return JX_OK;
   }
-  status = jx::transcode_in(handle, chunk, chunk_bytes, handle->transcode_buffer,
-                            handle->transcode_buffer_bytes, length);
-  if (status == JX_OK) *data = handle->transcode_buffer;
+  status = jx::transcode_in(handle, chunk, chunk_bytes, handle->transcode_buffer.data,
+                            handle->transcode_buffer.size_bytes, length);
+  if (status == JX_OK) *data = handle->transcode_buffer.data;
   return status;
 }
 
@@ -127,10 +129,10 @@ JXStatus skwem_write_stream(JXFile *file, const void *data, uint32_t length, uin
   if (status != JX_OK) return status;
   FileHandle *handle = jx::handle_of(file);
   jx::Outgoing chunk = {data, length};
-  status = jx::transcode_out(handle, handle->transcode_buffer_bytes, &chunk);
-  if (status == JX_OK) status = jx::place_bom(handle);
-  if (status == JX_OK) status = jx::place(handle, chunk.data, chunk.bytes);
-  if (status != JX_OK) jx::leave_held(&handle->write_held);
+  status = jx::transcode_out(handle, handle->transcode_buffer.size_bytes, &chunk);
+  if (status == JX_OK) status = jx::append_mark(handle);
+  if (status == JX_OK) status = jx::append(handle, chunk.data, chunk.bytes);
+  if (status != JX_OK) handle->write_held.leave();
   return status;
 }
 
@@ -144,10 +146,10 @@ JXStatus skwem_read_rstream(JXFile *file, void **data, uint32_t *length, uint32_
   if (status == JXWEM_E_TOOLONG) return status;
   *length = 0;
   if (status != JX_OK) return status;
-  // A chunk from elsewhere neither goes on with a character nor leaves one to go on with.
-  if (offset) jx::leave_held(&handle->read_held);
+  // A chunk at an explicit offset neither continues a character nor leaves one to be continued.
+  if (offset) handle->read_held.leave();
   status = read_chunk(handle, route, offset, data, length);
-  if (offset) jx::leave_held(&handle->read_held);
+  if (offset) handle->read_held.leave();
   return status;
 }
 
@@ -156,9 +158,9 @@ JXStatus skwem_write_rstream(JXFile *file, const void *data, uint32_t length, ui
   const JXStatus status = jx::check_direct_writer(file);
   if (status != JX_OK) return status;
   FileHandle *handle = jx::handle_of(file);
-  if (offset) jx::leave_held(&handle->write_held);
+  if (offset) handle->write_held.leave();
   const JXStatus write_status = write_chunk(handle, {data, length}, offset);
-  if (offset || write_status != JX_OK) jx::leave_held(&handle->write_held);
+  if (offset || write_status != JX_OK) handle->write_held.leave();
   return write_status;
 }
 

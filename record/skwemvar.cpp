@@ -1,6 +1,8 @@
-// Text lines: records between line ends, read and written through the buffer or directly.
+// skwem_read_var, skwem_write_var, skwem_read_rvar, skwem_write_rvar: the read and write slots of
+// text lines, through the buffer or directly.
 #include <cstring>
 
+#include "jx/exports/record.h"
 #include "record/found_record.hpp"
 #include "record/line.hpp"
 
@@ -11,72 +13,72 @@ using jx::FileHandle;
 using jx::Line;
 
 // Skips a byte-order mark before a record; reads on only when the bytes in hand may become one.
-JXStatus skip_bom_before_line(FileHandle *handle) {
-  if (handle->bom_bytes == 0 || *jx::first_unread(handle) != handle->bom[0]) return JX_OK;
-  while (handle->buffer_count < handle->bom_bytes && handle->end_seen == 0) {
-    const uint8_t *data = jx::first_unread(handle);
-    if (std::memcmp(data, handle->bom, handle->buffer_count) != 0) return JX_OK;
+JXStatus skip_mark_before_line(FileHandle *handle) {
+  if (handle->mark.size == 0 || *handle->buffer.unread() != handle->mark.bytes[0]) return JX_OK;
+  while (handle->buffer.unread_bytes < handle->mark.size && handle->end_seen == 0) {
+    const uint8_t *data = handle->buffer.unread();
+    if (std::memcmp(data, handle->mark.bytes, handle->buffer.unread_bytes) != 0) return JX_OK;
     const JXStatus status = jx::read_block(handle);
     if (status != JX_OK) return status;
   }
-  jx::skip_bom(handle);
+  jx::skip_mark(handle);
   return JX_OK;
 }
 
-// Puts the descriptor just behind the bytes that the record took.
+// Moves the descriptor back to the first byte after the record.
 JXStatus step_back(FileHandle *handle, const jx::DirectRead &read) {
-  const uint32_t consumed = read.bom_bytes + read.line.consumed_bytes;
+  const uint32_t consumed = read.mark_bytes + read.line.consumed_bytes;
   handle->tracked_position += consumed;
   if (consumed == read.read_bytes) return JX_OK;
   int64_t distance = int64_t{consumed} - read.read_bytes;
-  // A part of a line may end in a character that the next part goes on with.
+  // A part of a line may end in a character that the next part continues.
   const jx::HeldStart held = handle->read_held;
   const JXStatus status = handle->methods.host_point(&handle->head, &distance, JX_POINT_RELATIVE);
   handle->read_held = held;
   return status;
 }
 
-// Finds the record among the bytes of a direct read. When these end in a cut character, though the
-// buffer has room, they may be all or not: what follows tells. 0 or JXWEM_E_PARTIAL.
+// Finds the record in the bytes of a direct read. Bytes that end in a cut character though the
+// buffer has room mean a pause or the end of the file: another read tells. 0 or JXWEM_E_PARTIAL.
 JXStatus find_whole_line(FileHandle *handle, jx::DirectRead *read, bool *is_ended_out) {
   for (;;) {
     const JXStatus status = jx::find_direct_line(handle, read);
     *is_ended_out = status == JX_OK;
     const uint32_t room = handle->record_length + handle->control_extra_bytes - read->read_bytes;
-    const uint8_t *record = handle->record_buffer + read->bom_bytes;
+    const uint8_t *record = handle->buffer.data + read->mark_bytes;
     if (*is_ended_out || room == 0 || !handle->read_transcoder ||
         !jx::would_cut(handle->read_held, record, read->line.record_bytes)) {
       return status;
     }
     uint32_t more = 0;
     const JXStatus read_status = handle->methods.host_read(
-        &handle->head, handle->record_buffer + read->read_bytes, room, &more, nullptr);
+        &handle->head, handle->buffer.data + read->read_bytes, room, &more, nullptr);
     *is_ended_out = read_status == JXWEM_E_EOF;
     if (!jx::has_read(read_status)) return status;
     read->read_bytes += more;
   }
 }
 
-// Takes a line off the unread bytes and hands its record back; an empty one has no address.
+// Takes a line off the unread bytes and hands its record back; an empty one is a null pointer.
 JXStatus take_line(FileHandle *handle, Line line, void **data, uint32_t *length) {
-  uint8_t *record = jx::first_unread(handle);
-  jx::consume(handle, line.consumed_bytes);
+  uint8_t *record = handle->buffer.unread();
+  handle->buffer.consume(line.consumed_bytes);
   const bool is_ended = line.consumed_bytes != line.record_bytes ||
-                        (handle->end_seen != 0 && handle->buffer_count == 0);
+                        (handle->end_seen != 0 && handle->buffer.unread_bytes == 0);
   if (line.record_bytes != 0) return jx::hand_back(handle, record, line, is_ended, data, length);
   *data = nullptr;
   *length = 0;
   return is_ended ? jx::end_line(handle) : JX_OK;
 }
 
-// Reads a line that takes more than a look at the unread bytes. Apart from the reader, so that the
-// reader keeps no stack frame for it.
+// Slow path of the buffered reader: the line needs a host read, a longer search, or a byte-order
+// mark skipped. Out of line, so that the fast path needs no stack frame.
 [[gnu::noinline]] JXStatus read_line(FileHandle *handle, void **data, uint32_t *length) {
   *data = nullptr;
   *length = 0;
   JXStatus status = jx::refill(handle, 1);
   if (status != JX_OK) return status;
-  status = skip_bom_before_line(handle);
+  status = skip_mark_before_line(handle);
   if (status != JX_OK) return status;
   Line line;
   status = jx::find_line(handle, &line);
@@ -86,16 +88,16 @@ JXStatus take_line(FileHandle *handle, Line line, void **data, uint32_t *length)
 }
 
 // Tells whether a record has more characters than the record length, where its encoding lets them
-// be counted: those that continue a character are left out. In other encodings the room of the
+// be counted: units that continue a character do not count. In other encodings the room of the
 // transcode buffer is the only bound.
 bool has_too_many_chars(FileHandle *handle, const jx::Outgoing &record) {
   using jx::TextForm;
   const auto *bytes = static_cast<const uint8_t *>(record.data);
   const TextForm form = handle->write_held.form;
   uint32_t unit_bytes = 1;
-  uint32_t lead_byte = 0;       // where in a unit the bits stand that tell
-  uint8_t mask = 0;             // those bits
-  uint8_t continuation = 0xFF;  // and their value in a unit that continues a character
+  uint32_t lead_byte = 0;       // the byte of a unit that has the bits
+  uint8_t mask = 0;             // the bits that tell
+  uint8_t continuation = 0xFF;  // their value in a unit that continues a character
   if (form == TextForm::utf32) {
     unit_bytes = jx::kJXCharBytes;
   } else if (form == TextForm::utf16le || form == TextForm::utf16be) {
@@ -117,18 +119,18 @@ bool has_too_many_chars(FileHandle *handle, const jx::Outgoing &record) {
   return chars > handle->record_length;
 }
 
-// Puts a record where its line end can follow: transcoded into the transcode buffer, or copied into
-// the record buffer. 0, JXWEM_E_TOOLONG, or a failure of the transcoding.
+// Puts a record where its line end can follow it: transcoded into the transcode buffer, or copied
+// into the record buffer. 0, JXWEM_E_TOOLONG, or a failure of the transcoding.
 JXStatus lay_out_record(FileHandle *handle, jx::Outgoing *record, uint8_t **buffer_out) {
   if (handle->write_transcoder) {
-    const uint32_t line_end_bytes = handle->outbound[jx::kLineEnd].bytes;
-    const uint32_t room_bytes = handle->transcode_buffer_bytes;
+    const uint32_t line_end_bytes = handle->controls.line_end().bytes;
+    const uint32_t room_bytes = handle->transcode_buffer.size_bytes;
     if (has_too_many_chars(handle, *record) || room_bytes < line_end_bytes) return JXWEM_E_TOOLONG;
-    *buffer_out = handle->transcode_buffer;
+    *buffer_out = handle->transcode_buffer.data;
     return jx::transcode_record_out(handle, room_bytes - line_end_bytes, record);
   }
   if (record->bytes > handle->record_length) return JXWEM_E_TOOLONG;
-  *buffer_out = handle->record_buffer;
+  *buffer_out = handle->buffer.data;
   if (record->bytes != 0) std::memmove(*buffer_out, record->data, record->bytes);
   return JX_OK;
 }
@@ -150,15 +152,15 @@ JXStatus skwem_write_var(JXFile *file, const void *data, uint32_t length, uint32
   JXStatus status = jx::check_writer(file);
   if (status != JX_OK) return status;
   FileHandle *handle = jx::handle_of(file);
-  status = jx::place_bom(handle);
+  status = jx::append_mark(handle);
   if (status != JX_OK) return status;
   jx::Outgoing record = {data, length};
-  status = jx::transcode_record_out(handle, handle->transcode_buffer_bytes, &record);
+  status = jx::transcode_record_out(handle, handle->transcode_buffer.size_bytes, &record);
   if (status != JX_OK) return status;
-  status = jx::place(handle, record.data, record.bytes);
+  status = jx::append(handle, record.data, record.bytes);
   if (status != JX_OK) return status;
-  const ControlCopy &line_end = handle->outbound[jx::kLineEnd];
-  return jx::place(handle, line_end.text, line_end.bytes);
+  const ControlCopy &line_end = handle->controls.line_end();
+  return jx::append(handle, line_end.text, line_end.bytes);
 }
 
 JXStatus skwem_read_rvar(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *) {
@@ -169,19 +171,18 @@ JXStatus skwem_read_rvar(JXFile *file, void **data, uint32_t *length, uint32_t, 
   *length = 0;
   const uint32_t wanted = handle->record_length + handle->control_extra_bytes;
   jx::DirectRead read = {};
-  status =
-      handle->methods.host_read(file, handle->record_buffer, wanted, &read.read_bytes, nullptr);
+  status = handle->methods.host_read(file, handle->buffer.data, wanted, &read.read_bytes, nullptr);
   if (status == JXWEM_E_EOF) {
-    // A character that a part of full length cut is not going on.
+    // A part of full length may have cut a character, whose rest never comes.
     const JXStatus end_status = jx::end_line(handle);
     return end_status != JX_OK ? end_status : status;
   }
   if (!jx::has_read(status)) return status;
   bool is_ended = false;
   status = find_whole_line(handle, &read, &is_ended);
-  const JXStatus transcode_status = jx::hand_back(handle, handle->record_buffer + read.bom_bytes,
+  const JXStatus transcode_status = jx::hand_back(handle, handle->buffer.data + read.mark_bytes,
                                                   read.line, is_ended, data, length);
-  // The next record is where it is, whatever became of this one.
+  // The descriptor moves to the next record even if this one could not be converted.
   const JXStatus point_status = step_back(handle, read);
   if (transcode_status != JX_OK) return transcode_status;
   return point_status != JX_OK ? point_status : status;
@@ -191,15 +192,15 @@ JXStatus skwem_write_rvar(JXFile *file, const void *data, uint32_t length, uint3
   JXStatus status = jx::check_writer(file);
   if (status != JX_OK) return status;
   FileHandle *handle = jx::handle_of(file);
-  const ControlCopy &line_end = handle->outbound[jx::kLineEnd];
+  const ControlCopy &line_end = handle->controls.line_end();
   jx::Outgoing record = {data, length};
   uint8_t *buffer = nullptr;
   status = lay_out_record(handle, &record, &buffer);
   if (status != JX_OK) return status;
   std::memcpy(buffer + record.bytes, line_end.text, line_end.bytes);
   uint32_t written = 0;
-  if (jx::owes_bom(handle)) {
-    status = jx::write_bom(handle, nullptr, &written);
+  if (handle->owes_mark()) {
+    status = jx::write_mark(handle, nullptr, &written);
     handle->tracked_position += written;
     if (status != JX_OK) return status;
   }

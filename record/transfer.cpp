@@ -1,4 +1,4 @@
-// The steps that readers and writers share.
+// Steps that readers and writers share.
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -9,32 +9,32 @@ namespace jx {
 
 namespace {
 
-// Up to this many unread bytes are moved to the front before a block is read, so that small records
-// keep to the same few pages however large the buffer is. More are left where they are while there
-// is room behind them: a long record is not moved once a block.
+// Before a block is read, up to this many unread bytes move to the front, so that short records
+// stay in the same few pages of a large buffer. More stay put while there is room after them: a
+// long record does not move once a block.
 constexpr uint32_t kCheapMoveBytes = 1024;
 
-// Makes room behind the unread bytes and returns how much of a block can be read there.
-uint32_t make_room(FileHandle *handle) {
-  const uint32_t count = handle->buffer_count;
-  uint32_t room = handle->record_buffer_bytes - handle->buffer_offset - count;
-  if (count <= kCheapMoveBytes || room < handle->block_bytes) {
-    if (handle->buffer_offset != 0 && count != 0) {
-      std::memmove(handle->record_buffer, first_unread(handle), count);
+// Makes room after the unread bytes and returns how much of a block can be read there.
+uint32_t make_room(RecordBuffer *buffer) {
+  const uint32_t count = buffer->unread_bytes;
+  uint32_t room = buffer->size_bytes - buffer->unread_offset - count;
+  if (count <= kCheapMoveBytes || room < buffer->block_bytes) {
+    if (buffer->unread_offset != 0 && count != 0) {
+      std::memmove(buffer->data, buffer->unread(), count);
     }
-    handle->buffer_offset = 0;
-    room = handle->record_buffer_bytes - count;
+    buffer->unread_offset = 0;
+    room = buffer->size_bytes - count;
   }
-  return std::min(handle->block_bytes, room);
+  return std::min(buffer->block_bytes, room);
 }
 
-// A copy of a record that lies in the transcode buffer itself, as one that was just read does: it
-// must not be written over while it is converted.
+// Copies a record that is in the transcode buffer, such as one that was just read: the conversion
+// must not overwrite its source.
 JXStatus detach(const FileHandle *handle, const Outgoing &record, PoolBlock<uint8_t> *copy_out) {
   const auto *data = static_cast<const uint8_t *>(record.data);
-  const uint8_t *buffer = handle->transcode_buffer;
+  const uint8_t *buffer = handle->transcode_buffer.data;
   if (record.bytes == 0 || data + record.bytes <= buffer ||
-      data >= buffer + handle->transcode_buffer_bytes) {
+      data >= buffer + handle->transcode_buffer.size_bytes) {
     return JX_OK;
   }
   *copy_out = PoolBlock<uint8_t>::allocate(handle->pool, record.bytes);
@@ -46,35 +46,31 @@ JXStatus detach(const FileHandle *handle, const Outgoing &record, PoolBlock<uint
 }  // namespace
 
 JXStatus read_block(FileHandle *handle) {
-  const uint32_t room = make_room(handle);
+  RecordBuffer &buffer = handle->buffer;
+  const uint32_t room = make_room(&buffer);
   uint32_t read_bytes = 0;
   const JXStatus status = handle->methods.host_read(
-      &handle->head, first_unread(handle) + handle->buffer_count, room, &read_bytes, nullptr);
+      &handle->head, buffer.unread() + buffer.unread_bytes, room, &read_bytes, nullptr);
   if (status == JXWEM_E_EOF) {
     handle->end_seen = 1;
   } else if (!has_read(status)) {
     return status;
   }
-  handle->buffer_count += read_bytes;
+  buffer.unread_bytes += read_bytes;
   return JX_OK;
 }
 
 JXStatus read_blocks(FileHandle *handle, uint32_t target_bytes) {
-  while (handle->buffer_count < target_bytes && handle->end_seen == 0) {
+  while (handle->buffer.unread_bytes < target_bytes && handle->end_seen == 0) {
     const JXStatus status = read_block(handle);
     if (status != JX_OK) return status;
   }
-  return handle->buffer_count == 0 && handle->end_seen != 0 ? JXWEM_E_EOF : JX_OK;
+  return handle->buffer.unread_bytes == 0 && handle->end_seen != 0 ? JXWEM_E_EOF : JX_OK;
 }
 
-bool begins_with_bom(const FileHandle *handle, const uint8_t *bytes, uint32_t count) {
-  return handle->bom_bytes != 0 && count >= handle->bom_bytes &&
-         std::memcmp(bytes, handle->bom, handle->bom_bytes) == 0;
-}
-
-void skip_bom(FileHandle *handle) {
-  if (begins_with_bom(handle, first_unread(handle), handle->buffer_count)) {
-    consume(handle, handle->bom_bytes);
+void skip_mark(FileHandle *handle) {
+  if (handle->mark.begins(handle->buffer.unread(), handle->buffer.unread_bytes)) {
+    handle->buffer.consume(handle->mark.size);
   }
 }
 
@@ -86,14 +82,14 @@ JXStatus encode(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record) {
   if (status != JX_OK) return status;
   uint32_t produced_bytes = 0;
   const void *text = copy ? copy.get() : record->data;
-  status = transcoder->transcode(transcoder, text, record->bytes, handle->transcode_buffer,
+  status = transcoder->transcode(transcoder, text, record->bytes, handle->transcode_buffer.data,
                                  capacity_bytes, &produced_bytes, 0);
   if (status != JX_OK) {
-    leave_held(&handle->write_held);
+    handle->write_held.leave();
     return status;
   }
   after_text(&handle->write_held, text, record->bytes);
-  *record = {handle->transcode_buffer, produced_bytes};
+  *record = {handle->transcode_buffer.data, produced_bytes};
   return JX_OK;
 }
 
@@ -106,7 +102,7 @@ JXStatus write_rest(FileHandle *handle, const void *source, uint32_t bytes, cons
     written = 0;
     const int64_t next_offset = offset ? *offset + done : 0;
     JXStatus status = JX_OK;
-    // A signal must not leave it unknown how much of the record went.
+    // Repeated after a signal: the caller could not tell how much of the record was written.
     do {
       status = handle->methods.host_write(&handle->head, data + done, bytes - done, &written,
                                           offset ? &next_offset : nullptr);
@@ -118,28 +114,27 @@ JXStatus write_rest(FileHandle *handle, const void *source, uint32_t bytes, cons
 
 JXStatus write_pending(FileHandle *handle, uint32_t bytes) {
   uint32_t written = 0;
-  const JXStatus status = write_all(handle, handle->record_buffer, bytes, nullptr, &written);
-  handle->buffer_offset = 0;
-  handle->buffer_count = handle->block_bytes;
+  const JXStatus status = write_all(handle, handle->buffer.data, bytes, nullptr, &written);
+  handle->buffer.clear_block();
   return status;
 }
 
-JXStatus place_bom(FileHandle *handle) {
-  if (!owes_bom(handle)) return JX_OK;
-  const JXStatus status = place(handle, handle->bom, handle->bom_bytes);
+JXStatus append_mark(FileHandle *handle) {
+  if (!handle->owes_mark()) return JX_OK;
+  const JXStatus status = append(handle, handle->mark.bytes, handle->mark.size);
   if (status != JX_OK) return status;
-  handle->bom_pending = 0;
+  handle->mark.is_pending = 0;
   return JX_OK;
 }
 
-JXStatus write_bom(FileHandle *handle, const int64_t *offset, uint32_t *written_bytes_out) {
+JXStatus write_mark(FileHandle *handle, const int64_t *offset, uint32_t *written_bytes_out) {
   *written_bytes_out = 0;
-  if (handle->bom_bytes != 0) {
+  if (handle->mark.size != 0) {
     const JXStatus status =
-        write_all(handle, handle->bom, handle->bom_bytes, offset, written_bytes_out);
+        write_all(handle, handle->mark.bytes, handle->mark.size, offset, written_bytes_out);
     if (status != JX_OK) return status;
   }
-  handle->bom_pending = 0;
+  handle->mark.is_pending = 0;
   return JX_OK;
 }
 

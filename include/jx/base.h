@@ -13,7 +13,7 @@
 #define JX_EXTERN_C_END
 #endif
 
-/* Marks a result whose loss is a bug at the call: the compiler warns when it is dropped. */
+/* Marks a result that must be used: the compiler warns when it is dropped. */
 #if defined(__GNUC__)
 #define JX_NODISCARD __attribute__((warn_unused_result))
 #define JX_EXPORT __attribute__((visibility("default")))
@@ -35,7 +35,7 @@
 typedef uint32_t JXChar;
 
 /* The outcome of an operation: 0 is success, every other value names one failure. Compare for
-   equality only; the bits inside have no meaning of their own. */
+   equality only; single bits have no meaning. */
 typedef uint32_t JXStatus;
 
 /* The opaque word that the host hands to entry, open and directory open and gets back whenever
@@ -51,9 +51,18 @@ typedef void *JXOwner;
 #define JX_ENCODING_UTF32LE 27u /* UTF-32, little-endian: JXChar */
 #define JX_ENCODING_NATIVE 62u  /* names and texts of the operating system, one byte a character */
 
+/* The byte-order mark of every encoding that has one, X(encoding, size in bytes, bytes). Longer
+   marks come first, because that of UTF-16 begins that of UTF-32. */
+#define JX_BYTE_ORDER_MARKS(X)                   \
+  X(JX_ENCODING_UTF32BE, 4u, "\x00\x00\xFE\xFF") \
+  X(JX_ENCODING_UTF32LE, 4u, "\xFF\xFE\x00\x00") \
+  X(JX_ENCODING_UTF8, 3u, "\xEF\xBB\xBF")        \
+  X(JX_ENCODING_UTF16BE, 2u, "\xFE\xFF")         \
+  X(JX_ENCODING_UTF16LE, 2u, "\xFF\xFE")
+
 #define JX_OK ((JXStatus)0u) /* success */
 
-/* Status codes shared with the host kernel. The meaning of each stands in JX_STATUS_LIST. */
+/* Status codes shared with the host kernel. JX_STATUS_LIST has the meaning of each. */
 #define JX_E_NOMEM ((JXStatus)0x803fc002u)
 #define JX_E_BADARG ((JXStatus)0x803fc003u)
 #define JX_E_UNSUPPORTED ((JXStatus)0x803fc004u)
@@ -89,8 +98,8 @@ typedef void *JXOwner;
 #define JXWEM_E_BADLOCKMODE ((JXStatus)0x80bfe824u)
 #define JXWEM_E_NOMEMBER ((JXStatus)0x80bfe825u)
 
-/* Every status code above with its meaning, X(name, text): the one place for the texts, which
-   catalogues and tools expand. */
+/* Every status code above with its meaning, X(name, text): the texts are here only; catalogues and
+   tools expand the list. */
 #define JX_STATUS_LIST(X)                                            \
   X(JX_E_NOMEM, "out of memory")                                     \
   X(JX_E_BADARG, "invalid argument")                                 \

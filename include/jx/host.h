@@ -28,8 +28,8 @@ typedef struct JXOpenFile JXOpenFile;
 typedef struct JXOpenRequest JXOpenRequest;
 typedef struct JXJournal JXJournal;
 
-/* The host kernel handle: what the host gives to the module, and the source of everything the
-   module does not do itself. Lives until the host ends. */
+/* The host kernel handle: the module asks it for everything that it does not do itself. Lives until
+   the host ends. */
 struct JXHost {
   /* Makes a lock; the host keeps it until destroy_lock. Null on failure. */
   JXLock *(*create_lock)(JXHost *host, uint8_t zero1, uint8_t zero2, uint32_t zero3,
@@ -82,7 +82,7 @@ struct JXLock {
   JXStatus (*lock_release)(JXLock *lock);                               /* 0 when released */
 };
 
-/* What a table calls for each entry it lets go of; the entry's third word is the value. */
+/* A table calls it for each entry that it releases; the entry's third word is the value. */
 typedef JXStatus (*JXEntryDestructor)(JXTableEntry *entry);
 
 /* An ordered collection of values, each with an optional key of bytes. Used by one caller at a
@@ -107,13 +107,13 @@ struct JXTable {
 struct JXTableEntry {
   void *link;     /* the host's own */
   JXTable *table; /* the table that holds the entry */
-  void *value;    /* what was inserted */
+  void *value;    /* the inserted value */
 };
 
-/* What encoding_info fills: a block of 32 bytes, of which the module reads the first. */
+/* The block of 32 bytes that encoding_info fills; the module reads the first byte. */
 typedef struct JXEncodingInfo {
   int8_t max_bytes_per_char; /* the longest character of the encoding, in bytes */
-  uint8_t reserved[31];      /* the host's own */
+  uint8_t reserved[31];      /* reserved: the host's own */
 } JXEncodingInfo;
 
 /* The character-set service. Encodings are named by number. */
@@ -141,14 +141,14 @@ struct JXNls {
 struct JXTranscoder {
   /* Converts source_bytes bytes into at most capacity_bytes bytes and stores the number produced
      (produced_bytes_out may be null). 0, or a status of the host: malformed input, no room; the
-     start of a character that was held is lost then. The module counts on that: where it gives up a
-     character that was cut off, it gives bytes that are no text, and drops what comes of them. */
+     start of a character that was held is lost then. The module relies on that: to drop a character
+     that was cut off, it converts bytes that are no text and discards the result. */
   JXStatus (*transcode)(JXTranscoder *transcoder, const void *source, uint32_t source_bytes,
                         void *destination, uint32_t capacity_bytes, uint32_t *produced_bytes_out,
                         uint32_t zero);
 };
 
-/* What every sibling extension begins with. */
+/* The head of every sibling extension. */
 struct JXExtension {
   JXStatus (*release_extension)(JXExtension *extension); /* 0 on success */
 };
@@ -173,8 +173,8 @@ struct JXElm {
      - The file is emptied (O_TRUNC) only after its lock is held: a refused lock leaves the content
        as it was. A file that the open created stays, empty, when its lock is refused.
      - The lock covers the whole file and belongs to this opening of it: it keeps out every other
-       opening that asks for a lock, in this process too, and ends with the close, where a process
-       has forked with that of every copy. Two callers that wait for one another wait on.
+       opening that asks for a lock, in this process too, and ends with the close; after a fork,
+     with the close of every copy. Two callers that wait for one another keep waiting.
      - Only regular files are locked. Devices, FIFOs and pipes are opened without a lock.
      - A directory is refused for reading too, and so is emptying a file that is only read
        (JXELM_E_BADARG). */
@@ -188,12 +188,12 @@ struct JXOpenRequest {
   uint32_t path_chars;  /* length of path */
   uint32_t permissions; /* permission bits of a file that is created, before the umask */
   uint32_t flags;       /* POSIX open flags of the platform */
-  uint32_t zero[4];     /* reserved, 0 */
+  uint32_t zero[4];     /* reserved: 0 */
 };
 
 /* An open file; owns the descriptor. */
 struct JXOpenFile {
-  /* Closes the descriptor, once whatever comes of it, and frees the object; zeros points to eight
+  /* Closes the descriptor, once even when that fails, and frees the object; zeros points to eight
      words of 0. 0, or a JXELM_E_* code when the system reports that data was lost at the close
      (the journal, or null, receives the text). */
   JXStatus (*close_file)(JXOpenFile *file, const uint32_t *zeros, JXJournal *journal);
@@ -207,7 +207,7 @@ struct JXOpenFile {
 #define JXELM_LOCK_EXCLUSIVE 2u /* no other lock at the same time */
 #define JXELM_LOCK_WAIT 0x8u    /* added: wait for the lock instead of refusing */
 
-/* Statuses of "jxelm"; their meanings stand in JXELM_STATUS_LIST. The module answers NOMEM,
+/* Statuses of "jxelm"; JXELM_STATUS_LIST has their meanings. The module answers NOMEM,
    NOTFOUND, NOPATH, ACCESS, REFUSED, LOCKED and the five BUSY codes with codes of its own; every
    other code of the family counts there as a system error. */
 #define JXELM_E_NOMEM ((JXStatus)0x80ffe001u)
@@ -263,9 +263,9 @@ struct JXOpenFile {
 #define JX_JOURNAL_ERROR 4u
 #define JX_JOURNAL_FATAL 5u
 
-/* Where error texts go. The variable list follows the fixed words; its texts are zero-terminated
-   JXChars. A status or a message is written with the host's text for it and, after that, the texts
-   of the list. A buffer operation writes JXChars without a zero after them and stores their number.
+/* Receives error texts. The variable list follows the fixed words; its texts are zero-terminated
+   JXChars. A status or a message is written with the host's text for it, followed by the texts of
+   the list. A buffer operation writes JXChars without a terminator and stores their number.
    0, JX_E_BADARG, JX_E_TRUNCATED (a buffer got what fits), or a status of the host. Several threads
    may write at once. */
 struct JXJournal {

@@ -6,7 +6,7 @@ namespace {
 
 class Directory : public PathTest {
  protected:
-  Owned<JXDirectory> open_all(const JXString &path, uint32_t options = JX_DIRECTORY_ALL) {
+  Owned<JXDirectory> open_all(const JXString &path, uint32_t options = JX_DIRECTORY_OPEN_ALL) {
     JXStatus status = 1;
     return open(path, options, &status);
   }
@@ -139,7 +139,7 @@ TEST_F(Directory, FullPathsAreBuiltPaths) {
                              "/", "//", "/proc/self/fdinfo  ", "/$JX_TEST_CUT"}) {
       SCOPED_TRACE(path);
       JXStatus status = 0;
-      const auto directory = open(jx(path), JX_DIRECTORY_ALL, &status);
+      const auto directory = open(jx(path), JX_DIRECTORY_OPEN_ALL, &status);
       if (!directory) continue;
       std::set<std::string> names;
       EXPECT_EQ(read_names(open_all(jx(path)), &names), JX_OK);

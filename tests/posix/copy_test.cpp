@@ -113,7 +113,7 @@ TEST_F(Copy, TreeOfHardNames) {
   // What a slot that stands in for the module's close answers is the outcome of the copy.
   instance->directory_open = [](auto... arguments) {
     JXDirectory *directory = jxwemdirectoryopen(arguments...);
-    EXPECT_EQ(directory->options, JX_DIRECTORY_ALL);
+    EXPECT_EQ(directory->options, JX_DIRECTORY_OPEN_ALL);
     directory->close = [](JXDirectory *closed) { return jxwemdirectoryclose(closed) + 77; };
     return directory;
   };

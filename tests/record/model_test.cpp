@@ -80,7 +80,7 @@ class Comparison {
     const auto stands = static_cast<uint64_t>(lseek64(handle->host_file->descriptor, 0, SEEK_CUR));
     // An append begins at the end, which the position does not know; nor does it after a point that
     // failed.
-    if (handle->access_mode != JX_ACCESS_APPEND && !is_lost_) {
+    if (handle->access.mode != JX_ACCESS_APPEND && !is_lost_) {
       compare("tracked position", handle->tracked_position, stands);
     }
   }

@@ -59,19 +59,19 @@ TEST_F(OpenBuffers, Buffers) {
     const File file(instance, path, options);
     ASSERT_TRUE(file) << std::hex << file.status;
     const FileHandle *handle = handle_of(file);
-    EXPECT_EQ(handle->file_encoding, row.file_encoding);
-    EXPECT_EQ(handle->record_encoding, row.record_encoding);
+    EXPECT_EQ(handle->encodings.file, row.file_encoding);
+    EXPECT_EQ(handle->encodings.record, row.record_encoding);
     EXPECT_EQ(handle->read_transcoder != nullptr, row.reads);
     EXPECT_EQ(handle->write_transcoder != nullptr, row.writes);
-    EXPECT_EQ(handle->record_buffer_bytes, row.record_buffer);
+    EXPECT_EQ(handle->buffer.size_bytes, row.record_buffer);
     EXPECT_EQ(handle->control_extra_bytes, row.extra);
     uint32_t largest = 0;
     for (const uint32_t encoding : row.sized_for) {
       largest = std::max(largest, max_bytes_of(encoding) * (80 + row.extra));
     }
-    EXPECT_EQ(handle->transcode_buffer_bytes, largest);
-    EXPECT_EQ(handle->block_bytes, 8192u);
-    EXPECT_EQ(handle->buffer_count, row.access == in ? 0 : row.record_buffer);
+    EXPECT_EQ(handle->transcode_buffer.size_bytes, largest);
+    EXPECT_EQ(handle->buffer.block_bytes, 8192u);
+    EXPECT_EQ(handle->buffer.free_bytes, row.access == in ? 0 : row.record_buffer);
   }
 }
 
@@ -112,10 +112,10 @@ TEST_F(OpenBuffers, ControlStrings) {
       }
       EXPECT_EQ(handle->control_extra_bytes, 3 * group * unit_bytes_of(encoding));
       for (size_t i = 0; i < 9; ++i) {
-        EXPECT_EQ(text(handle->outbound[i]), encode(encoding, outbound[group - 1][i]));
+        EXPECT_EQ(text(handle->controls.outbound[i]), encode(encoding, outbound[group - 1][i]));
       }
       for (size_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(text(handle->inbound[i]), encode(encoding, inbound[i]));
+        EXPECT_EQ(text(handle->controls.inbound[i]), encode(encoding, inbound[i]));
       }
     }
     EXPECT_EQ(setupCCTable(file, 2, 1), JXWEM_E_FAILED);

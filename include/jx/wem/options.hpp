@@ -90,9 +90,8 @@ class [[nodiscard]] OpenOptions {
   // Whether output begins with a byte-order mark.
   bool writes_mark() const {
     const uint32_t encoding = used_encodings().file;
-    const bool is_wide = encoding >= JX_ENCODING_UTF16BE && encoding <= JX_ENCODING_UTF32LE;
-    if (mark_ == Mark::kAlways) return is_wide || encoding == JX_ENCODING_UTF8;
-    return mark_ == Mark::kByEncoding && is_wide;
+    if (mark_ == Mark::kNever || !has_mark(encoding)) return false;
+    return mark_ == Mark::kAlways || encoding != JX_ENCODING_UTF8;
   }
   // The record that the module reads.
   JXOpenOptions raw() const {
@@ -103,6 +102,13 @@ class [[nodiscard]] OpenOptions {
 
  private:
   enum class Mark { kByEncoding, kAlways, kNever };
+
+  // Whether an encoding has a byte-order mark.
+  static constexpr bool has_mark(uint32_t number) {
+#define JX_IS_ENCODING(encoding, size, bytes) number == (encoding) ||
+    return JX_BYTE_ORDER_MARKS(JX_IS_ENCODING) false;
+#undef JX_IS_ENCODING
+  }
 
   explicit OpenOptions(uint32_t access) {
     options_.access_mode = access;

@@ -9,7 +9,7 @@
 #include "jx/runtime.h"
 #include "support/text.hpp"
 
-namespace jx_test {
+namespace jx::test {
 
 using jx::test::JXString;
 
@@ -71,4 +71,4 @@ class ArgumentList {
   size_t size_ = 0;
 };
 
-}  // namespace jx_test
+}  // namespace jx::test

@@ -11,7 +11,7 @@
 
 namespace {
 
-using jx_test::scaled;
+using jx::test::scaled;
 
 constexpr int kThreads = 4;
 

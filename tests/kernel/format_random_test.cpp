@@ -13,7 +13,7 @@
 
 namespace {
 
-using namespace jx_test;
+using namespace jx::test;
 using Random = std::mt19937_64;
 
 Type type_of(char letter, const std::string &modifier) {

@@ -10,7 +10,7 @@
 
 namespace {
 
-using jx_test::GuardedBuffer;
+using jx::test::GuardedBuffer;
 
 constexpr int32_t kAmple = 400;
 

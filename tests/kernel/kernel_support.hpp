@@ -16,9 +16,7 @@
 #include "support/scale.hpp"
 #include "support/text.hpp"
 
-namespace jx_test {
-
-using jx::test::scaled;
+namespace jx::test {
 
 // One byte for every character, so that lengths stay what they are.
 inline char as_byte(JXChar character) {
@@ -117,4 +115,4 @@ inline std::string exact_text(double value, char conversion, int precision, bool
   return text.erase(kept, end - kept);
 }
 
-}  // namespace jx_test
+}  // namespace jx::test

@@ -10,10 +10,10 @@
 
 namespace {
 
-using jx_test::digits_in_base;
-using jx_test::exact_text;
-using jx_test::GuardedBuffer;
-using jx_test::scaled;
+using jx::test::digits_in_base;
+using jx::test::exact_text;
+using jx::test::GuardedBuffer;
+using jx::test::scaled;
 using Random = std::mt19937_64;
 using Limits = std::numeric_limits<double>;
 

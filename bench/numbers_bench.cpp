@@ -1,5 +1,5 @@
-// Numbers and formatted text beside the C library, the C++ library and {fmt}. A row called "number"
-// is the bare conversion; "format" goes through the engine with a format string.
+// Numbers and formatted text against the C library, the C++ library and {fmt}. A row called
+// "number" is the bare conversion; "format" goes through the formatter with a format string.
 #include <benchmark/benchmark.h>
 #include <fmt/format.h>
 
@@ -22,8 +22,8 @@ using jx::bench::wide;
 constexpr size_t kValues = 1024;
 constexpr int32_t kRoom = 400;
 
-// What is converted: the counter of unique names, integers of every length, doubles of everyday
-// size and of every exponent.
+// The values: the counter of unique names, integers of every length, doubles of everyday size and
+// of every exponent.
 struct Inputs {
   std::array<uint32_t, kValues> counters;
   std::array<int32_t, kValues> integers;
@@ -47,7 +47,7 @@ struct Inputs {
 
 const Inputs inputs;
 
-// Runs `convert` on one value after the other.
+// Runs `convert` on the values in turn.
 template <typename Values, typename Convert>
 void run(benchmark::State &state, const Values &values, Convert convert) {
   size_t i = 0;
@@ -119,7 +119,7 @@ uint32_t jx_integer(uint64_t value) {
   return count;
 }
 
-// One row: the subject, who does it, on which values, and how.
+// One row: subject, library, values and the call.
 #define JX_ROW(subject, who, values, expression)                      \
   void subject##_##who(benchmark::State &state) {                     \
     run(state, inputs.values, [](auto value) { return expression; }); \

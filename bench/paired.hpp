@@ -1,7 +1,7 @@
-// Timing of whole passes in pairs, the module's and a peer's, for programs of either ABI (the
-// benchmark libraries at hand are 64-bit only). A pass takes milliseconds, so the clock's own cost
-// does not count; rounds alternate the two sides, and medians of the processor time are compared,
-// which other programs on the machine disturb least.
+// Times whole passes in pairs, the module's and a peer's, in either ABI (the benchmark libraries
+// are 64-bit only). A pass takes milliseconds, so the cost of the clock is negligible. Rounds
+// alternate between the two sides; medians of the processor time are compared, which other programs
+// disturb least.
 #pragma once
 
 #include <sys/resource.h>
@@ -24,7 +24,7 @@ struct Pair {
   std::function<void()> prepare = nullptr;  // before each pass, not timed
 };
 
-// Processor time so far, that of programs run and waited for included.
+// Processor time so far, child processes included.
 inline double processor_milliseconds() {
   timespec own;
   clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &own);
@@ -49,7 +49,8 @@ inline double median(std::vector<double> values) {
   return values[values.size() / 2];
 }
 
-// Runs the pairs whose description holds the first argument, if any, and prints a Markdown table.
+// Runs the pairs whose description contains the first argument, or all, and prints a Markdown
+// table.
 inline int run_pairs(int argc, char **argv, const std::vector<Pair> &pairs) {
   const std::string wanted = argc > 1 ? argv[1] : "";
   constexpr int kRounds = 11;

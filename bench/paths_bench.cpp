@@ -1,5 +1,5 @@
-// Directory lists, removal and copying of trees, and path building, against bare loops of the same
-// system calls, std::filesystem, rm and cp, on files in memory.
+// Directory lists, removal and copying of trees, and path building, against the bare system calls,
+// std::filesystem, rm and cp, on files in memory.
 #include <dirent.h>
 #include <fcntl.h>
 #include <spawn.h>

@@ -1,4 +1,4 @@
-// What the record benchmarks work on: files in memory, made once, and the module's handles.
+// Files in memory for the record benchmarks, made once, and the module's handles.
 #pragma once
 
 #include <unistd.h>
@@ -17,7 +17,7 @@ inline constexpr size_t kFileBytes = size_t{64} << 20;
 inline constexpr uint32_t kRecordBytes = 80;
 inline constexpr size_t kReadAhead = 8192;
 
-// The files that are read, made once and removed at the end.
+// The input files, made once and removed at the end.
 class Files {
  public:
   Files() {

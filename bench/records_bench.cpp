@@ -69,7 +69,7 @@ void lines_fgetws(const std::string &path) {
   std::fclose(file);
 }
 
-// What a careful program does by hand: blocks by read, lines by memchr, each converted by iconv.
+// The hand-written equivalent: blocks by read, lines by memchr, each converted by iconv.
 void lines_iconv(const std::string &path) {
   const int fd = open(path.c_str(), O_RDONLY);
   const iconv_t converter = iconv_open("UTF-32LE", "UTF-8");
@@ -165,7 +165,7 @@ void write_fwrite(const std::string &path) {
   std::fclose(file);
 }
 
-// One record at one offset, again and again: what the module adds to the system call.
+// One record at one offset, over and over: the cost that the module adds to the system call.
 constexpr uint32_t kDirectBytes = 4096;
 constexpr int kDirectCalls = 50'000;
 

@@ -1,4 +1,4 @@
-// The lock-free stack beside the one of Boost: threads that push a node of their own and pop one.
+// The lock-free stack against Boost's: threads push nodes of their own and pop as many.
 #include <benchmark/benchmark.h>
 
 #include <boost/lockfree/stack.hpp>
@@ -23,7 +23,7 @@ struct alignas(64) Shared {
 Shared shared;
 alignas(64) Node nodes[kMostThreads][kBatch];
 
-// Pops until one comes: the other threads may hold what this one pushed.
+// Pops until it gets one: other threads may hold the nodes that this one pushed.
 void jx_stack(benchmark::State &state) {
   Node *own[kBatch];
   for (int i = 0; i < kBatch; ++i) own[i] = &nodes[state.thread_index()][i];

@@ -6,7 +6,7 @@ include(CMakePackageConfigHelpers)
 set(jx_config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/jxwem)
 
 # The module is loaded by path, so it has a folder of its own rather than one of the linker's, and
-# always the same one: jxfile looks for it there, from where it stands itself.
+# always the same one: jxfile finds it relative to its own path.
 set(jx_module_folder lib/jxwem)
 install(TARGETS jxwem LIBRARY DESTINATION ${jx_module_folder})
 install(DIRECTORY include/jx DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})

@@ -31,7 +31,7 @@ static JXStatus write_lines(JXInstance *instance, const char *path) {
   for (int i = 0; i < 3 && status == JX_OK; ++i) {
     status = file->write(file, kLines[i], (uint32_t)strlen(kLines[i]), 0, NULL);
   }
-  /* Close writes what is still buffered: its status counts. */
+  /* Closing writes the buffered data, so its status matters. */
   const JXStatus closed = file->close(file);
   return status != JX_OK ? status : closed;
 }
@@ -68,7 +68,7 @@ int main(int argc, char **argv) {
   if (status == JX_OK) status = print_lines(instance, argv[2]);
   if (status != JX_OK) fprintf(stderr, "%s: %s\n", argv[2], jxhost_status_text(status));
   jxhost_unload(module);
-  /* Everything the module took from the host must have come back. */
+  /* Everything that the module took from the host must be released by now. */
   const uint32_t leaked = jxhost_destroy(host);
   return status == JX_OK && leaked == 0 ? 0 : 1;
 }

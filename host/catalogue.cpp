@@ -27,7 +27,7 @@ constexpr const Row *find(JXStatus status) {
 
 static_assert(std::ranges::all_of(kCatalogue,
                                   [](const Row &row) { return find(row.status) == &row; }),
-              "a status stands in the catalogue twice");
+              "a status is in the catalogue twice");
 
 }  // namespace
 

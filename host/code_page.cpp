@@ -1,4 +1,4 @@
-// Making the table of a single-byte encoding from the C library's conversion.
+// Builds the table of a single-byte encoding from the C library's conversion.
 #include "host/code_page.hpp"
 
 #include <iconv.h>

@@ -1,5 +1,5 @@
-// The table of a single-byte encoding, made once for a transcoder so that its calls need neither
-// the C library nor a lock.
+// The table of a single-byte encoding, built once for each transcoder, so that its calls need
+// neither the C library nor a lock.
 #pragma once
 
 #include <array>
@@ -13,16 +13,16 @@ namespace jxhost {
 
 class CodePage {
  public:
-  // What character() answers for a byte that means nothing.
+  // character() of an unassigned byte.
   static constexpr JXChar kNone = 0xffffffffu;
 
   // Asks the C library for the meaning of every byte. Null when it does not know the encoding, when
-  // the characters lie too far apart for the table, or when memory is out.
+  // the characters are too spread out for the table, or when out of memory.
   static std::unique_ptr<const CodePage> create(const Encoding &encoding);
 
   // The character of a byte, or kNone.
   JXChar character(uint8_t byte) const { return characters_[byte]; }
-  // The byte of a character if there is one: right when character() leads back to the same.
+  // The byte of a character. Valid only if character() of it gives the same character.
   uint8_t byte(JXChar c) const {
     return c < 0x10000 ? rows_[row_of_[c >> 8]][c & 0xff] : uint8_t{0};
   }

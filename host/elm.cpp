@@ -18,14 +18,14 @@ namespace jxhost {
 
 namespace {
 
-// Reading, writing and executing; a new file does not get another user's rights by its mode.
+// Read, write and execute only: no new file is set-user-id or set-group-id.
 constexpr uint32_t kPermissionsMax = 0777;
 
 struct OpenFile final : JXOpenFile, Live {
   OpenFile();
   ~OpenFile() override { close(); }
-  // Closes the descriptor once. 0 or the errno. Never repeated: Linux has closed it even when the
-  // call was interrupted, and its number may be another thread's by now.
+  // Closes the descriptor once. 0 or the errno. Never repeated: Linux closes it even when the call
+  // is interrupted, and another thread may have its number already.
   int close() {
     if (fd < 0) return 0;
     return ::close(std::exchange(fd, -1)) == 0 || errno == EINTR ? 0 : errno;
@@ -37,10 +37,10 @@ struct Elm final : JXElm, Live {
   Elm();
 };
 
-// A system call's outcome in the extension's terms.
+// The outcome of a system call as a status of the extension.
 struct Outcome {
   JXStatus status = JX_OK;
-  int error = 0;  // errno behind the status, 0 for a refusal of our own
+  int error = 0;  // errno that led to it; 0: refused without a call
 };
 
 // The path of a request in bytes: encoding 62, byte n is character n.
@@ -59,7 +59,7 @@ class Path {
 
   const char *bytes() const { return bytes_; }
 
-  // Tells whether the directory that would hold the name is missing. Cuts the name off.
+  // Tells whether the parent directory is missing. Cuts the last component off the path.
   bool cut_to_missing_parent() {
     size_t length = std::strlen(bytes_);
     while (length > 0 && bytes_[length - 1] == '/') --length;
@@ -107,7 +107,7 @@ Outcome open_path(Path &path, const JXOpenRequest &request, OpenFile &file) {
   return file.fd < 0 ? failed_open(errno, path) : Outcome{};
 }
 
-// Duplicates an offered descriptor, if it goes the ways that the request asks for.
+// Duplicates an offered descriptor if its access mode allows what the request asks for.
 Outcome duplicate(int fd, uint32_t flags, OpenFile &file) {
   const int have = ::fcntl(fd, F_GETFL);
   if (have < 0) return {elm_status_of_open(errno), errno};
@@ -119,7 +119,7 @@ Outcome duplicate(int fd, uint32_t flags, OpenFile &file) {
 
 Outcome lock_file(int fd, uint32_t lock_word) {
   if ((lock_word & ~JXELM_LOCK_WAIT) == JXELM_LOCK_NONE) return {};
-  struct flock lock = {};  // from the start to the end, wherever that will be
+  struct flock lock = {};  // the whole file, however it grows
   lock.l_type = lock_word & JXELM_LOCK_EXCLUSIVE ? F_WRLCK : F_RDLCK;
   lock.l_whence = SEEK_SET;
   const int command = lock_word & JXELM_LOCK_WAIT ? F_OFD_SETLKW : F_OFD_SETLK;
@@ -136,7 +136,7 @@ Outcome empty_file(int fd) {
   return {};
 }
 
-// What follows the open, in this order: content may go only once the lock is held.
+// The steps after the open. The order matters: the file is emptied only once the lock is held.
 Outcome take_possession(const OpenFile &file, uint32_t flags, uint32_t lock_word) {
   struct stat facts;
   if (::fstat(file.fd, &facts) != 0) return {elm_status_of_open(errno), errno};
@@ -147,7 +147,7 @@ Outcome take_possession(const OpenFile &file, uint32_t flags, uint32_t lock_word
   return flags & O_TRUNC ? empty_file(file.fd) : Outcome{};
 }
 
-// Statuses that are all one system error to the module's caller: the journal gets the text.
+// The module answers all of these with one system error, so the journal gets the text.
 constexpr JXStatus kReported[] = {JXELM_E_SYSTEM, JXELM_E_BADARG, JXELM_E_TOOLONG,  JXELM_E_NOSPACE,
                                   JXELM_E_LIMIT,  JXELM_E_LOOP,   JXELM_E_NODEVICE, JXELM_E_TOOBIG,
                                   JXELM_E_EXISTS, JXELM_E_NOLOCKS};
@@ -164,7 +164,7 @@ Outcome open_and_lock(const JXOpenRequest *request, uint32_t lock_word, OpenFile
   int32_t offered_fd = -1;
   if (file.host->offers.get(request->path, request->path_chars, &offered_fd)) {
     const Outcome opened = duplicate(offered_fd, request->flags, file);
-    // What the descriptor stands for keeps its content: whoever offers it decides.
+    // Not emptied: the content of an offered file is the offerer's to decide.
     return opened.status != JX_OK ? opened : take_possession(file, 0, lock_word);
   }
   Path path;
@@ -179,7 +179,7 @@ JXOpenFile *open_file(JXElm *elm, const JXOpenRequest *request, uint32_t, uint32
   JXStatus &status = status_out ? *status_out : ignored;
   status = JXELM_E_BADARG;
   if (!elm) return nullptr;
-  // The object comes first: nothing may fail after the file was emptied.
+  // Allocated first: nothing may fail once the file has been emptied.
   OpenFile *file = make_live<OpenFile>(static_cast<Elm *>(elm)->host, "open file", nullptr);
   status = JXELM_E_NOMEM;
   if (!file) return nullptr;

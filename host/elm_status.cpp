@@ -1,4 +1,4 @@
-// What the errno of a failed call becomes in the terms of "jxelm".
+// The tables from the errno of a failed call to a status of "jxelm".
 #include <algorithm>
 #include <cerrno>
 #include <iterator>

@@ -1,8 +1,8 @@
-// The table of encodings, and the finding of one by number or name.
+// The table of encodings, with look-up by number and by name.
 //
-// A number is for ever. 20 to 27 and 62 are the host's own; an encoding that is known by a code
-// page number has that; the others are numbered from 3001. Left out on purpose: forms whose meaning
-// depends on a byte-order mark or a header at the start, since records are converted one by one.
+// Numbers never change. 20 to 27 and 62 are the host's own; an encoding with a code page number has
+// that one; the others are numbered from 3001. Encodings that depend on a byte-order mark or a
+// header at the start are left out on purpose: records are converted one by one.
 #include "host/encodings.hpp"
 
 #include <algorithm>
@@ -22,7 +22,7 @@ constexpr Encoding page(uint32_t number, const char *name, const char *aliases =
   return {number, name, aliases, iconv_name ? iconv_name : name, 1, 1, Form::kPage};
 }
 
-// By number.
+// Sorted by number.
 constexpr Encoding kEncodings[] = {
     {20, "UTF-8", "cp65001", "", 1, 4, Form::kUtf8},
     {21, "US-ASCII", "ascii us iso646us cp367 ansix341968 cp20127", "", 1, 1, Form::kAscii},
@@ -212,7 +212,7 @@ constexpr bool is_in_order() {
 }
 static_assert(is_in_order(), "find_encoding searches by halves");
 
-// A name reduced to its small letters and digits; empty when it is longer than any name is.
+// A name reduced to lower-case letters and digits; empty when it is longer than any known name.
 class ReducedName {
  public:
   explicit ReducedName(std::string_view name) {
@@ -242,8 +242,7 @@ bool is_in_list(std::string_view list, std::string_view word) {
   return false;
 }
 
-// The encoding that is meant by a number alone or by "cp", "ibm" or "windows" and a code page
-// number, or null.
+// The encoding of a code page number, alone or after "cp", "ibm" or "windows"; null if unknown.
 const Encoding *find_by_code_page(std::string_view name) {
   const size_t digits = std::min(name.find_first_of("0123456789"), name.size());
   const std::string_view prefix = name.substr(0, digits);

@@ -14,27 +14,26 @@ enum class Form : uint8_t {
   kUtf16Le,
   kUtf32Be,
   kUtf32Le,   // JXChar
-  kPage,      // one byte a character, no two the same, by the C library's table
+  kPage,      // one byte a character, by a one-to-one table built from the C library
   kIconv,     // by the C library; characters are independent of one another
   kJoining,   // by the C library, which may join a character with the one before it
   kShifting,  // by the C library; bytes mean what the last shift or escape sequence says
 };
 
-// Where the C library loses or misreads text without a word, which the host refuses.
+// How the C library silently loses or misreads text; the host refuses such text.
 enum class Laxity : uint8_t {
   kNone,
   kControls,     // stray bytes from 0x80 to 0x9f become control characters
   kSubstitutes,  // unmappable characters and unassigned bytes become the substitute
 };
 
-// One encoding.
 struct Encoding {
-  uint32_t number;         // its number, for ever
-  const char *name;        // its usual name
-  const char *aliases;     // further names, reduced to small letters and digits, by blanks
+  uint32_t number;         // never changes
+  const char *name;        // usual name
+  const char *aliases;     // reduced to lower-case letters and digits, divided by blanks
   const char *iconv_name;  // the C library's name
   uint8_t min_bytes;       // the shortest character, in bytes
-  uint8_t max_bytes;       // the longest, with the shifts that it may need before and after
+  uint8_t max_bytes;       // the longest, with the shift sequences it may need around it
   Form form;
   Laxity laxity = Laxity::kNone;
 };

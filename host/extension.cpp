@@ -1,4 +1,5 @@
-// The sibling extensions by name, and the two small ones: "jxitcp" and "jxsecure".
+// Loading sibling extensions by name (the slot load_extension), and the two small ones: "jxitcp"
+// and "jxsecure".
 #include <limits.h>
 #include <unistd.h>
 
@@ -11,7 +12,7 @@ namespace jxhost {
 
 namespace {
 
-constexpr uint32_t kMachineName = 2;  // the one form of host name there is
+constexpr uint32_t kMachineName = 2;  // the only form of host name supported
 
 struct Itcp final : JXItcp, Live {
   Itcp();
@@ -57,7 +58,7 @@ JXExtension *make_itcp(JXHost *host) {
 JXExtension *make_secure(JXHost *host) { return make_live<Secure>(host, "extension", "jxsecure"); }
 
 struct Row {
-  const char *name;  // by which the extension is loaded
+  const char *name;  // passed to load_extension
   uint32_t bit;      // JXHOST_*
   JXExtension *(*make)(JXHost *host);
 };

@@ -1,4 +1,4 @@
-// The host kernel handle: how a host begins and ends, and its list of live objects.
+// The host kernel handle: creating and destroying a host, and its list of live objects.
 #include "host/host.hpp"
 
 #include <time.h>
@@ -36,7 +36,7 @@ void delist(Live *object) {
 
 namespace {
 
-// Seconds west of UTC of the process's time zone, as it is now.
+// The process's current time zone in seconds west of UTC.
 int32_t seconds_west() {
   ::tzset();
   const time_t now = ::time(nullptr);
@@ -122,7 +122,7 @@ uint32_t jxhost_destroy(JXHost *host) {
   jxhost::unload_all(owner.get());
   const uint32_t leaked_count = jxhost_live_objects(host);
   owner->drop_native_decoder();
-  // The newest first: an object may need those made before it.
+  // Newest first: an object may need those made before it.
   for (Live *object = owner->newest, *older; object; object = older) {
     older = object->previous;
     jxhost::free_leaked(object);

@@ -1,5 +1,5 @@
-// The reference host's contract with itself: the list of live objects, the host, and what its files
-// offer one another. Nothing here throws; memory comes from the C library and a failure is a null.
+// The reference host's internal interface: the list of live objects, the host, and what its files
+// offer one another. Nothing throws; memory comes from the C library, and a failure is a null.
 #pragma once
 
 #include <atomic>
@@ -19,21 +19,21 @@ struct Host;
 struct FreeBlock {
   void operator()(void *block) const { std::free(block); }
 };
-// Memory of the C library with an owner.
+// Owns a block from malloc.
 template <typename T>
 using Block = std::unique_ptr<T, FreeBlock>;
 
-// Tells whether a block of that size can be: none is larger than half the address space, which a
-// 32-bit size on a 32-bit machine can be.
+// Tells whether a block of that size can exist. On a 32-bit machine a 32-bit size can exceed half
+// the address space, and no block does.
 constexpr bool is_possible_size(uint64_t bytes) { return bytes <= uint64_t{PTRDIFF_MAX}; }
 
-// A copy of a zero-terminated text; empty when memory is out.
+// A copy of a zero-terminated text; empty when out of memory.
 Block<char> copy_text(const char *text8);
 
 // ---- host.cpp -----------------------------------------------------------------------------------
 
-// What every object that a host makes carries: its place in the host's list of live objects. The
-// destructor of an object frees all it owns and calls no code but the system's.
+// The base of every object that a host makes: its links in the host's list of live objects. The
+// destructor of an object frees all it owns and calls no code of the module.
 struct Live {
   Live() = default;
   Live(const Live &) = delete;
@@ -42,11 +42,11 @@ struct Live {
   // Live blocks of a pool; 0 for other objects.
   virtual uint64_t live_blocks() const { return 0; }
 
-  Host *host = nullptr;      // that made the object
+  Host *host = nullptr;      // owner of the object
   const char *kind = "";     // "pool", "lock", ...
-  Live *previous = nullptr;  // in the host's list: made before
-  Live *next = nullptr;      // in the host's list: made after
-  char name[32] = {};        // the object's name, cut to fit, for the line about a leak
+  Live *previous = nullptr;  // made before this one
+  Live *next = nullptr;      // made after this one
+  char name[32] = {};        // truncated; for the journal line about a leak
 };
 
 // Puts a new object into the host's list. name8 may be null.
@@ -54,7 +54,7 @@ void enlist(JXHost *handle, Live *object, const char *kind, const char *name8);
 // Takes an object out of its host's list.
 void delist(Live *object);
 
-// Makes an object of type T in the list of the host; null when memory is out. It ends by end_live.
+// Makes an object of type T in the host's list; null when out of memory. Freed by end_live.
 template <typename T>
 T *make_live(JXHost *host, const char *kind, const char *name8) {
   T *object = host ? new (std::nothrow) T : nullptr;
@@ -73,7 +73,7 @@ JXStatus end_live(T *object) {
 
 // ---- journal.cpp --------------------------------------------------------------------------------
 
-// Where the lines of a host go.
+// The journal of a host.
 struct Journal : JXJournal {
   Journal();
   std::mutex mutex;                  // held while a line is written
@@ -116,12 +116,12 @@ bool is_text(const JXChar *text, uint32_t chars, const char *text8);
 struct Host : JXHost {
   Host();
   ~Host();
-  // Takes over the configuration and makes the character-set service. False when memory is out.
+  // Copies the configuration and makes the character-set service. False when out of memory.
   bool set_up(const JXHostConfig &config);
-  // Ends the decoder of the locale, if it is there.
+  // Destroys the decoder of the locale, if there is one.
   void drop_native_decoder();
 
-  JXLocale locale_context{};             // what locale points to
+  JXLocale locale_context{};             // the target of locale
   std::atomic<uint32_t> live_objects{};  // length of the list
   mutable std::mutex mutex;              // guards the list
   Live *oldest = nullptr;                // the list of live objects
@@ -130,7 +130,7 @@ struct Host : JXHost {
   NamedValues offers;  // descriptors that "jxelm" opens instead of a file, by path
   Journal journal;
   uint32_t extensions = 0;  // JXHOST_* bits
-  Block<char> host_name;    // what "jxitcp" answers; null: the machine's name
+  Block<char> host_name;    // answer of "jxitcp"; null: the machine's name
 };
 
 // The operations of the handle, each in the file of its object.
@@ -150,10 +150,10 @@ void unload_all(Host *host);
 
 // ---- elm.cpp ------------------------------------------------------------------------------------
 
-// The extension "jxelm"; null when memory is out.
+// The extension "jxelm"; null when out of memory.
 JXExtension *make_elm(JXHost *host);
 
-// What the errno of a failed open, lock or close of "jxelm" becomes.
+// The status of "jxelm" for the errno of a failed open or close, and of a failed lock.
 JXStatus elm_status_of_open(int error);
 JXStatus elm_status_of_lock(int error);
 

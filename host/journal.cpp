@@ -15,11 +15,11 @@ namespace jxhost {
 
 namespace {
 
-// A line in UTF-8 stays below 4096 bytes, what a pipe takes without mixing writers.
+// Keeps a line in UTF-8 below 4096 bytes, the size of an atomic write to a pipe.
 constexpr uint32_t kLineChars = 1020;
 constexpr size_t kLineBytes = kLineChars * 4 + 2;
 
-constexpr uint32_t kTextCountMax = 16;  // of a message: a wrong count must not run through memory
+constexpr uint32_t kTextCountMax = 16;  // a wrong count must not read past the arguments
 
 constexpr const char *kLevels[] = {"level 0", "trace", "note", "warning", "error", "fatal"};
 
@@ -44,7 +44,7 @@ JXStatus write_all(int fd, const char *text, size_t bytes) {
   return JX_OK;
 }
 
-// A line on its way to one of the two outputs. The descriptor gets the level in front.
+// A line on its way to the sink or the descriptor. For a descriptor the line begins with the level.
 class Output {
  public:
   Output(Journal *journal, uint32_t level) : journal_(journal), level_(level) {
@@ -71,7 +71,7 @@ class Output {
   uint32_t level_;
 
  public:
-  Line line{chars_, kLineChars};  // what is written
+  Line line{chars_, kLineChars};  // the text so far
 };
 
 // A line in the caller's buffer.
@@ -135,14 +135,14 @@ JXStatus status_to_journal(JXJournal *journal, uintptr_t level, uintptr_t status
   } else if (text && *text) {
     output.line.add(text);
   } else {
-    // The embedding program gets level and status beside the text.
+    // The sink gets level and status as arguments.
     const char *meaning = jxhost_status_text(status);
     output.line.add(meaning ? meaning : "");
   }
   return output.write(status);
 }
 
-// Turns arguments into the list that a journal takes.
+// Calls the slot, which takes its texts as a va_list.
 JXStatus call_status_to_journal(JXJournal *journal, uintptr_t level, uintptr_t status, ...) {
   va_list args;
   va_start(args, status);

@@ -1,4 +1,4 @@
-// Lines of text: how statuses and messages are worded.
+// Composes journal lines: the wording of statuses and messages.
 #include "host/line.hpp"
 
 #include <algorithm>
@@ -15,8 +15,9 @@ struct Range {
   JXChar first, last;
 };
 
-// What would break a line, hide in it or turn its order round: controls, separators of lines and
-// paragraphs, whatever Unicode has a display ignore, and units that are no character.
+// Characters that would break a line, be invisible or change its direction: controls, line and
+// paragraph separators, everything Unicode marks as ignorable for display, and units that are no
+// character.
 constexpr Range kHidden[] = {
     {0, 0x1F},          {0x7F, 0x9F},       {0xAD, 0xAD},
     {0x34F, 0x34F},     {0x61C, 0x61C},     {0x115F, 0x1160},
@@ -47,7 +48,7 @@ void Line::add(const char *text8) {
 }
 
 void Line::add(const JXChar *text) {
-  // Nothing is read beyond what fits: a text without its zero does the least harm.
+  // Stops reading when the line is full: a text that is not terminated does little harm.
   while (text && *text && !is_cut_) {
     const JXChar c = *text++;
     if (is_shown(c)) {

@@ -1,4 +1,4 @@
-// The loader: a module comes into the process, makes its instance, and goes.
+// The loader: loads a module into the process, makes its instance, and unloads it.
 #include <dlfcn.h>
 
 #include <array>
@@ -11,10 +11,10 @@
 using Version = std::array<uint32_t, 3>;
 
 struct JXHostModule {
-  jxhost::Host *host;     // whose handle the module was given
-  void *library;          // of the dynamic loader
+  jxhost::Host *host;     // the host it was loaded for
+  void *library;          // handle of the dynamic loader
   JXInstance *instance;   // owned
-  JXHostModule *earlier;  // loaded before, by any host
+  JXHostModule *earlier;  // next in the list: loaded before, by any host
 };
 
 namespace jxhost {
@@ -23,8 +23,8 @@ namespace {
 
 constexpr Version kHostVersion = {JX_VERSION_MAJOR, JX_VERSION_MINOR, JX_VERSION_PATCH};
 
-// All modules of the process, the newest first. The module keeps the host's handle in a variable of
-// its own, so that two hosts cannot share one.
+// All modules of the process, newest first. A module keeps the host's handle in a variable of its
+// own, so two hosts cannot share one.
 constinit std::mutex modules_mutex;
 constinit JXHostModule *newest_module = nullptr;
 
@@ -85,7 +85,7 @@ Instance make_instance(Host *host, void *library, JXOwner owner) {
     return nullptr;
   }
   if (std::memcmp(made->eye_catcher, JX_EYE_CATCHER, sizeof made->eye_catcher) != 0) {
-    // It is left alone: what is no instance cannot be ended through its table.
+    // Leaked on purpose: there is no table to destroy it through.
     set_error("no module: its instance does not begin with \"%s\"", JX_EYE_CATCHER);
     return nullptr;
   }
@@ -117,7 +117,7 @@ JXHostModule *load(Host *host, const char *path8, JXOwner owner) {
   return newest_module = module.release();
 }
 
-// Takes the module out of the list. The caller holds the mutex.
+// Removes the module from the list. The caller holds the mutex.
 void unlink(const JXHostModule *module) {
   JXHostModule **link = &newest_module;
   while (*link != module) link = &(*link)->earlier;
@@ -161,7 +161,7 @@ void *jxhost_symbol(JXHostModule *module, const char *name8) {
 void jxhost_unload(JXHostModule *module) {
   if (!module) return;
   const jxhost::Block<JXHostModule> owner(module);
-  // The instance goes before the entry in the list: until then the module is this host's.
+  // The instance is destroyed first: while the module is in the list, no other host can load it.
   module->instance->destroy(module->instance);
   const std::lock_guard guard(jxhost::modules_mutex);
   jxhost::unlink(module);

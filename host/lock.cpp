@@ -1,4 +1,4 @@
-// Locks: a mutex that knows its holder, so that misuse is answered instead of undefined.
+// Locks: a mutex that knows its holder, so that misuse is a status instead of undefined behaviour.
 #include <thread>
 
 #include "host/host.hpp"
@@ -10,7 +10,7 @@ namespace {
 struct Lock final : JXLock, Live {
   Lock();
   std::mutex mutex;
-  std::atomic<std::thread::id> holder{};  // of mutex; no thread: free
+  std::atomic<std::thread::id> holder{};  // default: not locked
 };
 
 JXStatus destroy_lock(JXLock *lock) {
@@ -22,7 +22,7 @@ JXStatus destroy_lock(JXLock *lock) {
 JXStatus lock_acquire(JXLock *lock, uint32_t, uint32_t) {
   if (!lock) return JXHOST_E_BADOBJECT;
   auto *self = static_cast<Lock *>(lock);
-  // Only this thread stores its own id, so the answer cannot change in between.
+  // Not a race: only this thread can store its own id.
   if (self->holder.load() == std::this_thread::get_id()) return JXHOST_E_LOCKSTATE;
   self->mutex.lock();
   self->holder.store(std::this_thread::get_id());

@@ -13,7 +13,7 @@ namespace jxhost {
 namespace {
 
 struct Nls : JXNls {
-  JXHost *host;  // whose service it is
+  JXHost *host;  // owner of the service
 };
 
 std::unique_ptr<Transcoder> make_transcoder(uint32_t from, uint32_t to) {
@@ -25,7 +25,7 @@ std::unique_ptr<Transcoder> make_transcoder(uint32_t from, uint32_t to) {
   return transcoder;
 }
 
-// Makes a transcoder in the host's list, under the names of its encodings.
+// Makes a transcoder in the host's list, named for its two encodings.
 JXTranscoder *lend(JXNls *nls, uint32_t from, uint32_t to) {
   std::unique_ptr<Transcoder> transcoder = nls ? make_transcoder(from, to) : nullptr;
   if (!transcoder) return nullptr;
@@ -54,8 +54,8 @@ JXStatus destroy_transcoder(JXNls * /*nls*/, JXTranscoder *transcoder) {
   return end_live(static_cast<Transcoder *>(transcoder));
 }
 
-// Converts the text piece by piece into a buffer that is thrown away. The state of the conversion
-// goes on from piece to piece, so that the sum is what one call would produce.
+// Converts the text piece by piece into a scratch buffer. The conversion keeps its state between
+// pieces, so the sum is what one call would produce.
 JXStatus measure(const Transcoder &transcoder, const uint8_t *text, uint32_t bytes,
                  uint64_t &total_bytes) {
   constexpr size_t kPieceBytes = 256;

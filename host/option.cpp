@@ -1,4 +1,4 @@
-// 32-bit values by name, and the options that get_option answers from them.
+// 32-bit values by name, and the slot get_option.
 #include <unistd.h>
 
 #include <cstring>
@@ -10,14 +10,14 @@ namespace jxhost {
 
 namespace {
 
-constexpr uint32_t kTypeInt32 = 3;  // the one type of option there is
+constexpr uint32_t kTypeInt32 = 3;  // the only type of option
 
 constexpr const char *kProcessId = "host.process_id";
 
 }  // namespace
 
 struct NamedValues::Entry {
-  Entry *next;  // of the list
+  Entry *next;
   Block<char> name;
   int32_t value;
 };
@@ -72,7 +72,7 @@ JXStatus get_option(JXHost *host, const JXChar *name, uint32_t name_chars, uint3
   int32_t value;
   if (!static_cast<Host *>(host)->options.get(name, name_chars, &value)) {
     if (!is_text(name, name_chars, kProcessId)) return JXHOST_E_NOOPTION;
-    // Asked for each time: the answer differs after a fork.
+    // Not cached: it changes after a fork.
     value = static_cast<int32_t>(::getpid());
   }
   const uint32_t room_bytes = std::exchange(*size_bytes, sizeof value);

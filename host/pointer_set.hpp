@@ -1,5 +1,5 @@
-// A set of block addresses: open addressing with linear probing, nothing stored in the blocks
-// themselves, so that an address which is no live block is told apart without reading its memory.
+// A set of block addresses, with open addressing and linear probing. Nothing is stored in the
+// blocks, so an address can be checked without reading its memory.
 #pragma once
 
 #include <bit>
@@ -9,8 +9,8 @@
 
 namespace jxhost {
 
-// Not thread-safe: its owner locks. A slot is empty, an address, or the mark of one that was taken
-// out, over which searches go on and which an insertion uses again.
+// Not thread-safe: its owner locks. A slot is empty, an address, or a tombstone, which searches
+// skip and insertions reuse.
 class PointerSet {
  public:
   PointerSet() = default;
@@ -20,14 +20,14 @@ class PointerSet {
 
   size_t count() const { return count_; }
 
-  // Adds the address of a block that is not in the set. False when memory is out.
+  // Adds an address that is not in the set. False when out of memory.
   bool insert(void *address) {
     if ((used_count_ + 1) * 2 > capacity_ && !make_room()) return false;
     place(reinterpret_cast<uintptr_t>(address));
     return true;
   }
 
-  // Takes an address out. False when it is not in the set.
+  // Removes an address. False when it is not in the set.
   bool erase(const void *address) {
     const auto wanted = reinterpret_cast<uintptr_t>(address);
     if (count_ == 0 || wanted <= kTaken) return false;
@@ -37,7 +37,7 @@ class PointerSet {
       slot = after(slot);
     }
     --count_;
-    // Nothing was placed beyond the last slot of a run: it can be empty again.
+    // The last slot of a run needs no tombstone: no probe went past it.
     const bool ends_run = slots_[after(slot)] == kEmpty;
     slots_[slot] = ends_run ? kEmpty : kTaken;
     used_count_ -= ends_run;
@@ -54,12 +54,13 @@ class PointerSet {
 
  private:
   static constexpr uintptr_t kEmpty = 0;
-  static constexpr uintptr_t kTaken = 1;  // no block has this address
+  static constexpr uintptr_t kTaken = 1;  // the tombstone; no block has this address
   static constexpr size_t kFirstCapacity = 16;
 
   size_t after(size_t slot) const { return (slot + 1) & (capacity_ - 1); }
 
-  // The multiplication by the golden ratio spreads neighbours; its highest bits are the slot.
+  // Fibonacci hashing: multiplying by the golden ratio spreads neighbours; the top bits are the
+  // slot.
   size_t home_of(uintptr_t address) const {
     constexpr auto kRatio =
         static_cast<uintptr_t>(sizeof(uintptr_t) == 8 ? 0x9E3779B97F4A7C15u : 0x9E3779B1u);
@@ -74,7 +75,7 @@ class PointerSet {
     ++count_;
   }
 
-  // Doubles the slots or, where marks take up the room, only sweeps them out.
+  // Rehashes: doubles the slots or, when tombstones take up the room, just drops them.
   bool make_room() {
     const size_t new_capacity = capacity_ == 0           ? kFirstCapacity
                                 : count_ * 4 > capacity_ ? capacity_ * 2
@@ -93,10 +94,10 @@ class PointerSet {
   }
 
   uintptr_t *slots_ = nullptr;
-  size_t capacity_ = 0;    // slots, a power of two; at most half of them are in use
+  size_t capacity_ = 0;    // slots, a power of two; at most half are in use
   size_t count_ = 0;       // addresses
-  size_t used_count_ = 0;  // addresses and marks
-  int shift_ = 0;          // leaves as many bits as a slot number has
+  size_t used_count_ = 0;  // addresses and tombstones
+  int shift_ = 0;          // of a hash: leaves the bits of a slot number
 };
 
 }  // namespace jxhost

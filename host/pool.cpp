@@ -1,4 +1,4 @@
-// Pools: blocks of the C library's memory, known to their pool by address.
+// Pools: each remembers the addresses of its blocks, which come from malloc.
 #include <cstdlib>
 
 #include "host/host.hpp"
@@ -19,15 +19,15 @@ struct Pool final : JXPool, Live {
   }
 
   mutable std::mutex mutex;  // guards blocks
-  PointerSet blocks;         // the live ones
+  PointerSet blocks;         // live blocks
 };
 
 JXStatus destroy_pool(JXPool *pool) { return end_live(static_cast<Pool *>(pool)); }
 
-// Buffers begin at a cache line, which the system's copies into them are fastest with.
+// Aligns buffers to a cache line: the kernel copies into them fastest there.
 void *allocate_memory(size_t bytes) {
   constexpr size_t kCacheLineBytes = 64;
-  constexpr size_t kBufferBytes = 1024;  // from here on a block is taken for a buffer
+  constexpr size_t kBufferBytes = 1024;  // larger blocks count as buffers
   if (bytes < kBufferBytes) return std::malloc(bytes);
   const size_t lines = (bytes + kCacheLineBytes - 1) / kCacheLineBytes;
   return std::aligned_alloc(kCacheLineBytes, lines * kCacheLineBytes);

@@ -1,4 +1,4 @@
-// Finding the characters that the C library replaces.
+// Finds the characters that the C library replaces.
 #include "host/substitutes.hpp"
 
 #include <new>

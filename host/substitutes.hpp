@@ -1,5 +1,5 @@
-// Which characters the C library loses without a word: instead of answering that an encoding does
-// not have them, it writes the encoding's substitute.
+// Characters that the C library loses silently: it writes the encoding's substitute instead of
+// reporting that the encoding does not have them.
 #pragma once
 
 #include <array>
@@ -12,14 +12,14 @@
 
 namespace jxhost {
 
-// The character of the substitute.
+// The substitute character, SUB.
 inline constexpr JXChar kSubstitute = 0x1a;
 
-// Asks the C library, by the way there and back, for a row of characters when one of them is first
-// looked up, and remembers the answers. One caller at a time.
+// Converts a row of characters there and back when one of them is first looked up, and caches the
+// results. One caller at a time.
 class Substitutes {
  public:
-  // Null when the C library does not offer the encoding or memory is out.
+  // Null when the C library does not know the encoding or when out of memory.
   static std::unique_ptr<Substitutes> create(const Encoding &encoding);
 
   // Tells whether the character would become a substitute. False for one that the C library

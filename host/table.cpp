@@ -1,4 +1,5 @@
-// Tables: entries in the order of insertion, found by key through chains of equal hash.
+// Tables: a list of entries in the order of insertion, and a chained hash table over those with
+// keys.
 #include <cstring>
 #include <utility>
 
@@ -8,7 +9,8 @@ namespace jxhost {
 
 namespace {
 
-// The link of an entry is the entry inserted after it. The copy of the key follows in memory.
+// The link of an entry is the next entry in insertion order. A copy of the key follows the entry in
+// memory.
 struct Entry : JXTableEntry {
   Entry *chain;        // next entry of the same bucket
   uint32_t hash;       // of the key
@@ -30,7 +32,7 @@ struct Table final : JXTable, Live {
   Table();
   ~Table() override;
   Entry *find(const void *key, uint32_t key_bytes, uint32_t hash) const;
-  // Makes room in the buckets for one entry with a key. False when memory is out.
+  // Makes room in the buckets for one entry with a key. False when out of memory.
   bool reserve();
   void append(Entry *entry);
 
@@ -66,7 +68,7 @@ bool Table::reserve() {
   if (keyed_count < bucket_count) return true;
   const size_t new_count = bucket_count ? bucket_count * 2 : 16;
   Block<Entry *> fresh(static_cast<Entry **>(std::calloc(new_count, sizeof(void *))));
-  // A full set of buckets still works, only slower.
+  // Out of memory is no failure here: longer chains still work, only slower.
   if (!fresh) return bucket_count != 0;
   for (Entry *entry = first; entry; entry = after(entry)) {
     if (entry->key_bytes == 0) continue;

@@ -1,4 +1,4 @@
-// Names and texts between UTF-8, which C programs have, and JXChars.
+// Converts names and texts between UTF-8 and JXChars.
 #include <algorithm>
 #include <cstring>
 #include <utility>
@@ -10,7 +10,7 @@ namespace {
 
 using namespace jxhost;
 
-// A Convert of a name to its bytes. A zero would end them early and make them another name.
+// A Convert from a name to its bytes. A zero is refused: it would end the name early.
 JXStatus encode_name(const Step &, Cursor &cursor) {
   for (; cursor.in != cursor.in_end; cursor.in += sizeof(JXChar)) {
     JXChar c;
@@ -35,7 +35,7 @@ JXStatus to_chars(Convert convert, const char *utf8, size_t bytes, JXChar *chars
   if ((!utf8 && bytes > 0) || (!chars && room > 0)) return JX_E_BADARG;
   const auto *in = reinterpret_cast<const uint8_t *>(utf8);
   auto *out = reinterpret_cast<uint8_t *>(chars);
-  // No byte makes more than a character.
+  // A byte gives at most one character.
   Cursor cursor = {in, in + bytes, out, out + std::min(room, bytes) * sizeof(JXChar)};
   const JXStatus status = convert_all(convert, cursor);
   if (status != JX_OK) return status;

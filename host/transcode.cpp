@@ -1,4 +1,4 @@
-// Putting conversions together: characters that a call cut off, and pairs that go by way of JXChar.
+// Combines conversions: characters cut off by a call, and pairs that are converted through JXChar.
 #include "host/transcode.hpp"
 
 #include <cstring>
@@ -12,7 +12,7 @@
 namespace jxhost {
 namespace {
 
-// The characters that a chain has in hand between its two steps.
+// The buffer between the two steps of a chain.
 struct Between {
   static constexpr size_t kChars = 512;
   JXChar chars[kChars];
@@ -35,7 +35,7 @@ JXStatus convert_chain(const Step &step, Cursor &cursor) {
   for (;;) {
     Cursor decoding = {cursor.in, cursor.in_end, between.begin(), between.end()};
     const JXStatus decoded = chain.decode.convert(chain.decode, decoding);
-    // What was decoded comes before the character at which decoding failed, so its fault is first.
+    // An encoding failure wins: it is about a character before the one where decoding failed.
     const JXStatus encoded = encode_between(chain, between, decoding, cursor);
     if (encoded != JX_OK) return encoded;
     cursor.in = decoding.in;
@@ -84,7 +84,7 @@ Pair direct_pair(Form from, Form to) {
   }
 }
 
-// Sets up one of the two steps of a chain, the one between an encoding and JXChar.
+// Sets up one step of a chain, between an encoding and JXChar.
 bool set_up_step(Step &step, const Encoding &encoding, bool decodes) {
   if (encoding.form == Form::kPage) {
     step.page = CodePage::create(encoding);
@@ -157,8 +157,8 @@ JXStatus finish(const Step &step, Cursor &cursor) {
 }
 
 bool set_up(Transcoder &transcoder, const Encoding &from, const Encoding &to) {
-  // Text that stays in an encoding of the C library is copied, as it is where no transcoder is
-  // asked for: the way to JXChar and back does not lead to the same bytes in all of them.
+  // Between equal encodings of the C library text is copied: in some of them the way through JXChar
+  // and back does not give the same bytes.
   const bool is_copy = from.number == to.number && from.form >= Form::kPage;
   const Pair pair =
       is_copy ? direct_pair(Form::kByte, Form::kByte) : direct_pair(from.form, to.form);

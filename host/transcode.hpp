@@ -1,5 +1,5 @@
-// What the transcoders are made of: steps that convert from one position to another, and the object
-// that carries a step and the start of a character which a call cut off.
+// The parts of a transcoder: steps, which convert between two cursors, and the object that holds a
+// step and the start of a character that a call cut off.
 #pragma once
 
 #include <bitset>
@@ -18,7 +18,7 @@ class Substitutes;
 struct Chain;
 struct Step;
 
-// A conversion under way: what is left to read and the room that is left to write to.
+// The input still to be read and the room left for output.
 struct Cursor {
   const uint8_t *in;
   const uint8_t *in_end;
@@ -29,10 +29,10 @@ struct Cursor {
   size_t out_bytes() const { return static_cast<size_t>(out_end - out); }
 };
 
-// Converts as much as there is. 0: all was read except a character cut off at the end, at whose
-// start cursor.in then stands. JXHOST_E_MALFORMED, _UNMAPPABLE, _NOROOM: what came before the
-// character at fault is written, and cursor.out is behind it. Bytes between cursor.out and
-// cursor.out_end may have been overwritten, none beyond.
+// Converts all the input. 0: everything was read, except for a character cut off at the end;
+// cursor.in is then at its start. JXHOST_E_MALFORMED, _UNMAPPABLE, _NOROOM: everything before the
+// character at fault is written, and cursor.out is after it. Bytes between cursor.out and
+// cursor.out_end may be overwritten, none beyond.
 using Convert = JXStatus (*)(const Step &step, Cursor &cursor);
 
 // The slot of a transcoder.
@@ -55,42 +55,42 @@ class IconvHandle {
   void *descriptor_ = nullptr;
 };
 
-// One step of a conversion with what it needs; owns all of it.
+// One step of a conversion; owns the resources it needs.
 struct Step {
   Convert convert = nullptr;
-  std::unique_ptr<const CodePage> page;  // the table of a single-byte encoding
-  IconvHandle iconv;                     // a conversion of the C library
-  bool flushes = false;                  // iconv may owe characters or a shift at the end of a call
-  bool maps_tags = false;                // the target of iconv has the tag characters
-  bool refuses_controls = false;         // does not encode the characters 0x80 to 0x9f
-  std::bitset<256> refused;              // bytes that are malformed as characters of their own
-  std::unique_ptr<Substitutes> substitutes;  // the characters that iconv would replace, or null
-  std::unique_ptr<const Chain> chain;        // the two steps this one consists of
+  std::unique_ptr<const CodePage> page;      // the table of a single-byte encoding
+  IconvHandle iconv;                         // a conversion of the C library
+  bool flushes = false;                      // iconv may have output pending at the end of a call
+  bool maps_tags = false;                    // the target of iconv has the tag characters
+  bool refuses_controls = false;             // refuses to encode the characters 0x80 to 0x9f
+  std::bitset<256> refused;                  // bytes that are malformed as characters of their own
+  std::unique_ptr<Substitutes> substitutes;  // characters that iconv would replace, or null
+  std::unique_ptr<const Chain> chain;        // the two steps of a chain, or null
 
   Step();
   ~Step();
 };
 
-// A conversion by way of JXChar, for pairs that have no code of their own.
+// A conversion through JXChar, for pairs that are not converted directly.
 struct Chain {
   Step decode;  // to JXChar
   Step encode;  // from JXChar
 };
 
-// The longest start of a character, in bytes, that a transcoder can hold; the longest that occurs
-// is an escape sequence with the character behind it.
+// The longest start of a character, in bytes, that a transcoder can hold. The longest that occurs
+// is an escape sequence with the character after it.
 inline constexpr size_t kHeldBytesMax = 16;
 
-// What a JXTranscoder of this host is. One caller at a time, except that a call without iconv
-// writes to the object only when it cuts a character: such calls on whole characters may run side
-// by side.
+// The JXTranscoder of this host. One caller at a time, with one exception: without iconv a call
+// writes to the object only when it cuts a character, so calls on whole characters may run
+// concurrently.
 struct Transcoder final : JXTranscoder, Live {
   Step step;
   uint8_t held_bytes = 0;
   uint8_t held[kHeldBytesMax] = {};
 };
 
-// How a pair of encodings is converted directly; slot is null where it is not.
+// The direct conversion of a pair of encodings; slot is null when there is none.
 struct Pair {
   TranscodeSlot slot = nullptr;
   Convert convert = nullptr;
@@ -104,29 +104,30 @@ Pair pair_from_utf32(Form from, Form to);
 Pair pair_from_page(Form to);
 
 // Completes the held character from the input, byte by byte, and converts it. Called only when
-// there is one. Statuses as Convert; whatever came, the character is not held any more unless the
-// input ended before it was complete.
+// there is one. Statuses as Convert. The character is still held afterwards only if the input ended
+// before it was complete.
 JXStatus resume(Transcoder &transcoder, Cursor &cursor);
-// Keeps the rest of the input, a cut character, for the next call.
+// Keeps the rest of the input, the start of a character, for the next call.
 JXStatus hold(Transcoder &transcoder, Cursor &cursor);
-// Ends a call after whole characters: writes what a step still owes.
+// Ends a call that stops at a character boundary: writes pending output of the steps.
 JXStatus finish(const Step &step, Cursor &cursor);
 
-// Sets up the whole conversion between two encodings. False when the C library does not offer it
-// or memory is out.
+// Sets up the conversion between two encodings. False when the C library does not offer it or when
+// out of memory.
 bool set_up(Transcoder &transcoder, const Encoding &from, const Encoding &to);
 
-// Sets up a step from an encoding of the C library to JXChar, or from JXChar to it.
+// Sets up a step through iconv: from an encoding to JXChar, or from JXChar to an encoding.
 bool set_up_iconv_decode(Step &step, const Encoding &from);
 bool set_up_iconv_encode(Step &step, const Encoding &to);
-// Converts the input by the C library as far as it goes. Returns 0 or the errno of the C library.
+// Converts as much input as iconv takes. Returns 0 or the errno of iconv.
 int run_iconv(const Step &step, Cursor &cursor);
-// Writes what the conversion of the C library still owes and returns it to its first state.
+// Writes pending output of iconv and returns it to its initial state.
 JXStatus flush_iconv(const Step &step, Cursor &cursor);
-// Returns the conversion of the C library to its first state.
+// Returns iconv to its initial state.
 void reset_iconv(const Step &step);
 
-// The positions of one call. A destination may claim more room than there are addresses.
+// The cursor of one call. The capacity is cut to the end of the address space, which a caller's may
+// exceed.
 inline Cursor cursor_of(const void *source, uint32_t source_bytes, void *destination,
                         uint32_t capacity_bytes) {
   const auto *in = static_cast<const uint8_t *>(source);

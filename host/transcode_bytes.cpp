@@ -1,4 +1,4 @@
-// Conversions from the encodings of one byte a character.
+// Conversions from encodings of one byte a character.
 #include "host/transcode_pair.hpp"
 
 namespace jxhost {

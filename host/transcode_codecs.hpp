@@ -1,9 +1,8 @@
-// Reading and writing one character in each encoding that is converted directly. A decoder's
-// decode() returns the bytes read, kCut when the input ends inside a character that is right so
-// far, or kFault for malformed input. An encoder's encode() returns the bytes written, kNoRoom or
-// kFault for a character that the encoding has not. The input of both is at least one byte and a
-// valid character. kRunLimit is the highest character up to which a unit of the encoding is the
-// character itself, 0 when there is no such range.
+// Codecs: decode and encode one character of each encoding that is converted directly. decode()
+// takes at least one byte and returns the bytes read, kCut when the input ends inside a character
+// that is valid so far, or kFault for malformed input. encode() takes a valid character and returns
+// the bytes written, kNoRoom, or kFault for a character that the encoding does not have. Up to
+// kRunLimit a unit of the encoding equals the character; 0 when there is no such range.
 #pragma once
 
 #include <bit>
@@ -14,7 +13,7 @@
 
 namespace jxhost {
 
-static_assert(std::endian::native == std::endian::little, "units are loaded as they stand");
+static_assert(std::endian::native == std::endian::little, "units are loaded in native order");
 
 inline constexpr int kCut = 0;
 inline constexpr int kNoRoom = 0;
@@ -111,7 +110,7 @@ struct Utf8Codec : Bytes {
   }
 
  private:
-  // Six bits of a continuation byte; above 0x3f when it is not one.
+  // The six bits of a continuation byte; above 0x3f when the byte is not one.
   static uint32_t tail(uint8_t byte) { return byte ^ 0x80u; }
 
   [[gnu::always_inline]] static int decode_two(const uint8_t *in, size_t bytes, JXChar &c) {
@@ -189,7 +188,7 @@ struct Utf32Codec : Units<uint32_t, kOrder> {
   }
 };
 
-// A single-byte encoding by the table of the step.
+// A single-byte encoding, through the step's table.
 class PageCodec : public Bytes {
  public:
   static constexpr JXChar kRunLimit = 0;

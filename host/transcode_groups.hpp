@@ -5,9 +5,9 @@
 
 namespace jxhost {
 
-// Reading four characters into lanes and writing them. kBytes is what must be there; both return
-// the bytes that the four take, 0 when they are not alike or not of the basic plane. begins_group
-// tells cheaply whether a try is worth while.
+// Reads four characters into lanes and writes them. kBytes bytes must be available. Both return the
+// bytes that the four take, or 0 when their lengths differ or one is outside the basic plane.
+// begins_group is a cheap test whether to try.
 template <typename Codec>
 struct Lanes {
   static constexpr size_t kBytes = 0;
@@ -78,7 +78,7 @@ struct Lanes<Utf16Codec<kOrder>> {
 
 template <>
 struct Lanes<Utf8Codec> {
-  static constexpr size_t kBytes = 13;  // four times three, and one that is read along
+  static constexpr size_t kBytes = 13;  // four times three, and one more that is loaded
   static constexpr bool kMixed = false;
 
   static bool begins_group(const Cursor &at) {
@@ -120,7 +120,7 @@ struct Lanes<Utf8Codec> {
     const __m128i range = and_32(chars, 0xf800);
     return any_equal(range, _mm_setzero_si128()) || any_equal(range, all_32(0xd800)) ? 0 : 12;
   }
-  // Without a branch on the lengths, which are as good as random in most languages' texts.
+  // Branch-free: in most languages the lengths are as good as random.
   [[gnu::noinline]] static size_t write_mixed(uint8_t *out, __m128i chars) {
     const __m128i above_one = _mm_cmpgt_epi32(chars, all_32(0x7f));
     const __m128i above_two = _mm_cmpgt_epi32(chars, all_32(0x7ff));
@@ -131,7 +131,7 @@ struct Lanes<Utf8Codec> {
         _mm_or_si128(_mm_andnot_si128(above_one, chars), _mm_and_si128(above_one, twos));
     words = _mm_or_si128(_mm_andnot_si128(above_two, words),
                          _mm_and_si128(above_two, words_of_three(chars)));
-    // The end of each character: the sum of the lengths up to it.
+    // Where each character ends: the running sum of the lengths.
     __m128i ends = _mm_sub_epi32(_mm_sub_epi32(all_32(1), above_one), above_two);
     ends = _mm_add_epi32(ends, _mm_slli_si128(ends, 4));
     ends = _mm_add_epi32(ends, _mm_slli_si128(ends, 8));
@@ -165,12 +165,12 @@ struct Lanes<Utf8Codec> {
   }
 };
 
-// Tells whether groups are worth a try between two encodings.
+// Whether a pair of encodings converts in groups.
 template <typename Source, typename Target>
 inline constexpr bool kHasGroups = Lanes<Source>::kBytes > 0 && Lanes<Target>::kBytes > 0;
 
-// Converts groups of four as long as they come. Returns the bytes read, and written in the upper
-// half: one value, because both ABIs return that in registers.
+// Converts groups of four while there are any. Returns the bytes read, with the bytes written in
+// the upper half: one value, because both ABIs return it in registers.
 template <typename Source, typename Target>
 [[gnu::noinline]] uint64_t convert_groups(const uint8_t *in, const uint8_t *in_end, uint8_t *out,
                                           const uint8_t *out_end) {
@@ -178,7 +178,7 @@ template <typename Source, typename Target>
   using Writer = Lanes<Target>;
   const uint8_t *const in_begin = in;
   const uint8_t *const out_begin = out;
-  // Plain groups in a row: two are probably the start of a run. Only variable lengths show them.
+  // Groups in a row that took one byte a character; two are probably the start of a run.
   int plain = 0;
   while (plain < 2 && static_cast<size_t>(in_end - in) >= Reader::kBytes &&
          static_cast<size_t>(out_end - out) >= Writer::kBytes) {

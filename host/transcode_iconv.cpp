@@ -1,5 +1,5 @@
-// The steps that the C library's iconv does. It keeps a shift state and, in some encodings, a
-// character that the next one may still change; both are its own and are cleared by a reset.
+// Conversion steps through the C library's iconv. It keeps a shift state and, in some encodings, a
+// character that the next one may still change; a reset clears both.
 #include <iconv.h>
 
 #include <algorithm>
@@ -12,12 +12,12 @@
 namespace jxhost {
 namespace {
 
-// The C library's name of JXChar: its own inner form, which costs no further step.
+// The C library's name for JXChar: its internal form, which needs no further step.
 constexpr const char *kJXCharName = "WCHAR_T";
 static_assert(sizeof(wchar_t) == sizeof(JXChar));
 
-// Calls iconv with the room of the cursor. A null place means a reset to iconv, or makes it end the
-// process: it gets a place without room instead. Returns 0 or the errno of the C library.
+// Calls iconv with the cursor's room. A null output would mean a reset to iconv, or make it abort:
+// it gets an address without room instead. Returns 0 or the errno of iconv.
 int call(const Step &step, char **in, size_t *in_bytes, Cursor &cursor) {
   char nowhere = 0;
   char *out = cursor.out ? reinterpret_cast<char *>(cursor.out) : &nowhere;
@@ -37,7 +37,7 @@ JXStatus status_of_decoding(int error) {
   return error == E2BIG ? JXHOST_E_NOROOM : JXHOST_E_MALFORMED;
 }
 
-// Decodes the input up to a place in it.
+// Decodes the input up to `end`.
 JXStatus decode_to(const Step &step, Cursor &cursor, const uint8_t *end) {
   if (cursor.in == end) return JX_OK;
   Cursor part = {cursor.in, end, cursor.out, cursor.out_end};
@@ -57,7 +57,7 @@ JXStatus decode(const Step &step, Cursor &cursor) {
     const bool begins = cursor.in == searched;
     status = decode_to(step, cursor, searched + 1);
     if (status != JX_OK) return status;
-    // Within a longer character the byte is right.
+    // Inside a longer character the byte is valid.
     if (!begins || cursor.in == searched) continue;
     cursor.in = searched;
     cursor.out -= sizeof(JXChar);
@@ -76,8 +76,8 @@ const uint8_t *find_char(const Cursor &cursor, Test test) {
   return cursor.in_end;
 }
 
-// Finds the end of the characters that can be handed to iconv. It drops the tag characters without
-// a word when the target has none.
+// Finds the end of the characters that can be passed to iconv, which silently drops tag characters
+// when the target has none.
 const uint8_t *end_of_plain(const Step &step, const Cursor &cursor) {
   if (step.substitutes) {
     return find_char(cursor, [&substitutes = *step.substitutes](JXChar c) {
@@ -110,7 +110,7 @@ bool find_maps_tags(const Step &step) {
   return maps;
 }
 
-// The byte that an encoding has for the substitute, or 0.
+// The byte of the substitute in an encoding, or 0.
 uint8_t byte_of_substitute(const Encoding &encoding) {
   const JXChar substitute = kSubstitute;
   const auto *in = reinterpret_cast<const uint8_t *>(&substitute);
@@ -121,8 +121,8 @@ uint8_t byte_of_substitute(const Encoding &encoding) {
   return byte;
 }
 
-// Finds the bytes that the C library takes for a control character or the substitute although the
-// encoding has no character there.
+// Finds the bytes that the C library decodes as a control character or the substitute although they
+// are unassigned.
 void find_refused(Step &step, const Encoding &from) {
   const uint8_t own_substitute = byte_of_substitute(from);
   for (unsigned i = 0; i < step.refused.size(); ++i) {
@@ -156,7 +156,8 @@ bool IconvHandle::open(const char *from, const char *to) {
 
 bool set_up_iconv_decode(Step &step, const Encoding &from) {
   step.convert = decode;
-  // A flush would forget the shift state too, which the next piece of a text still needs.
+  // Shifting encodings are not flushed: that would lose the shift state, which the next piece of a
+  // text needs.
   step.flushes = from.form == Form::kJoining;
   if (!step.iconv.open(from.iconv_name, kJXCharName)) return false;
   if (from.laxity != Laxity::kNone) find_refused(step, from);

@@ -7,7 +7,7 @@
 
 namespace jxhost {
 
-// Converts one character; there is input.
+// Converts one character. The input is not empty.
 template <typename Source, typename Target>
 [[gnu::always_inline]] inline JXStatus convert_one(const Source &source, const Target &target,
                                                    Cursor &at, bool &is_cut) {
@@ -24,14 +24,14 @@ template <typename Source, typename Target>
   return JX_OK;
 }
 
-// How many characters of a run are taken one by one before the rest is looked at as a run again.
+// How many characters of a run are converted one by one before the rest is tried as a run again.
 template <typename Source, typename Target>
 constexpr size_t plain_max() {
   if constexpr (kHasGroups<Source, Target>) return Lanes<Source>::kMixed ? 1 : 8;
   return 8;
 }
 
-// A Convert: runs by blocks, what lies between them by single characters and groups.
+// A Convert: runs in blocks, the characters between them singly and in groups.
 template <typename Source, typename Target>
 JXStatus convert_pair(const Step &step, Cursor &cursor) {
   const Source source(step);

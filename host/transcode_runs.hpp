@@ -7,8 +7,8 @@
 
 namespace jxhost {
 
-// Eight units of two or four bytes as 16-bit lanes; units above 0x7fff stay above it when they are
-// read without sign.
+// Loads eight units of two or four bytes as 16-bit lanes. Units above 0x7fff stay above it as
+// unsigned values.
 template <typename Source>
 __m128i load_eight(const uint8_t *in) {
   if constexpr (Source::kUnitBytes == 2) {
@@ -40,7 +40,7 @@ uint32_t load_block(const uint8_t *in, __m128i &bytes_out) {
   }
 }
 
-// Stores eight 16-bit lanes, which are in the target's byte order, as units of the target.
+// Stores eight 16-bit lanes, already in the target's byte order, as units of the target.
 template <typename Target>
 void store_eight(uint8_t *out, __m128i v) {
   const __m128i zero = _mm_setzero_si128();
@@ -69,13 +69,12 @@ void store_block(uint8_t *out, __m128i v) {
   }
 }
 
-// Copies units, kCount at a time, up to the first above the limit; there are at least kCount.
-// Returns how many were copied.
+// Copies at least kCount units, kCount at a time, up to the first above the limit. Returns how many
+// were copied.
 template <typename Source, typename Target, JXChar kLimit, size_t kCount>
 size_t copy_blocks(const uint8_t *in, uint8_t *out, size_t units) {
   for (size_t done = 0; done < units; done += kCount) {
-    // The last block laps over the one before it, so that no units are left for a loop of single
-    // ones.
+    // The last block overlaps the one before it, so that no units are left for a scalar loop.
     done = std::min(done, units - kCount);
     __m128i bytes;
     const uint32_t above =
@@ -100,8 +99,8 @@ inline bool starts_run(const Cursor &at) {
          Source::load(at.in) <= kRunLimit<Source, Target>;
 }
 
-// Copies one-unit characters up to the first of another kind, at most units. Returns how many. Kept
-// out of line so that its vector constants do not crowd the loop over single characters.
+// Copies up to `units` characters of one unit, stopping at the first other one. Returns how many.
+// Out of line, so that its vector constants do not crowd the loop over single characters.
 template <typename Source, typename Target>
 [[gnu::noinline]] size_t copy_units(const uint8_t *in, uint8_t *out, size_t units) {
   constexpr JXChar kLimit = kRunLimit<Source, Target>;

@@ -1,4 +1,4 @@
-// What runs and groups share of SSE2, the baseline of both ABIs.
+// SSE2 helpers of runs and groups. SSE2 is the baseline of both ABIs.
 #pragma once
 
 #include <emmintrin.h>
@@ -26,7 +26,7 @@ inline __m128i swap_32(__m128i v) {
   constexpr int kSwapPairs = _MM_SHUFFLE(2, 3, 0, 1);
   return swap_16(_mm_shufflehi_epi16(_mm_shufflelo_epi16(v, kSwapPairs), kSwapPairs));
 }
-// Four 32-bit lanes as 16-bit units in the lower half; every lane is below 0x10000.
+// Packs four 32-bit lanes, each below 0x10000, into 16-bit units in the lower half.
 inline __m128i narrow_32(__m128i v) {
   // The only pack of 32-bit lanes saturates as signed, so the upper halves must be copies of the
   // sign.

@@ -1,6 +1,6 @@
-# What ./run, ./test, tools/bench and .ci/run share: the packages each needs, how they get onto the
-# machine, and how a preset is configured and built. Sourced by bash with $root set to the checkout.
-# Everything here talks on standard error, so that standard output stays the caller's.
+# Shared by ./run, ./test, tools/bench and .ci/run: the packages each needs, installing them, and
+# configuring and building a preset. Sourced by bash with $root set to the checkout. Prints only on
+# standard error: standard output belongs to the caller.
 
 # Packages by purpose; each list is what the commands of that purpose use by name.
 packages_build=(g++-multilib cmake ninja-build ccache libcli11-dev nlohmann-json3-dev)
@@ -23,8 +23,7 @@ find_missing_packages() {
   done
 }
 
-# Installs those of the given packages that are missing. Needs neither root nor the network when
-# there are none.
+# Installs the given packages that are missing. Needs neither root nor the network when none is.
 ensure_packages() {
   local as_root=() missing
   command -v dpkg-query >/dev/null ||
@@ -44,8 +43,8 @@ ensure_packages() {
     die "could not install ${missing[*]}; is the network there?"
 }
 
-# drop_foreign_build PRESET: removes build/PRESET when it came here with a checkout that was moved or
-# copied. Its files name the sources of the old place: what it builds is not what stands here.
+# drop_foreign_build PRESET: removes build/PRESET after a checkout was moved or copied: its files
+# still name the sources at the old path.
 drop_foreign_build() {
   local folder="$root/build/$1"
   [[ -f $folder/CMakeCache.txt ]] || return 0
@@ -72,7 +71,7 @@ configure() {
   return 1
 }
 
-# build PRESET [TARGET...]: shows progress for a first build, only what goes wrong for later ones.
+# build PRESET [TARGET...]: shows progress for a first build, only errors for later ones.
 build() {
   local folder="$root/build/$1" quiet=(--quiet)
   local stamp="$folder/.built${2:+.$2}"

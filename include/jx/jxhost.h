@@ -1,6 +1,6 @@
 /* The reference host kernel: everything the module needs from a host, as a library to embed. It
-   creates a host kernel handle, loads the module into the process and ends both. Valid as C11 and
-   as C++20; thread-safe unless a declaration says otherwise. */
+   creates a host kernel handle, loads the module into the process and releases both. Valid as C11
+   and as C++20; thread-safe unless a declaration says otherwise. */
 #ifndef JX_JXHOST_H
 #define JX_JXHOST_H
 
@@ -19,8 +19,8 @@ JX_EXTERN_C_BEGIN
 #define JXHOST_ALL 0x7u    /* all of them */
 
 /* Called with each journal line, one call at a time, on the thread that writes it: text8 is UTF-8
-   without control characters and invisible ones, zero-terminated, valid during the call. Where the
-   writer gave no text it is the catalogue's meaning of the status. It must not write to the same
+   without control characters and invisible ones, zero-terminated, valid during the call; the
+   catalogue's meaning of the status if the writer gave no text. The sink must not write to the same
    journal. */
 typedef void (*JXHostJournalSink)(void *context, uint32_t level, JXStatus status,
                                   const char *text8);
@@ -29,12 +29,12 @@ typedef void (*JXHostJournalSink)(void *context, uint32_t level, JXStatus status
 typedef struct JXHostConfig {
   uint32_t extensions;            /* JXHOST_* bits */
   int32_t time_zone;              /* seconds west of UTC; used when time_zone_set is not 0 */
-  uint32_t time_zone_set;         /* 0: the zone of the process, as it is when the host is made */
+  uint32_t time_zone_set;         /* 0: the zone that the process has when the host is made */
   int32_t process_id;             /* value of "host.process_id"; 0: the real one when asked */
-  const char *host_name8;         /* what "jxitcp" answers, a character a byte; null: the machine's
+  const char *host_name8;         /* answer of "jxitcp", a character a byte; null: the machine's
                                      name. Copied. */
   JXHostJournalSink journal_sink; /* where the journal goes, or null */
-  void *journal_context;          /* handed to journal_sink */
+  void *journal_context;          /* passed to journal_sink */
   int journal_fd;                 /* used without a sink: a descriptor, or -1 for no output; a pipe
                                      without a reader raises SIGPIPE */
 } JXHostConfig;
@@ -43,11 +43,11 @@ typedef struct JXHostConfig {
   { JXHOST_ALL, 0, 0, 0, NULL, NULL, NULL, -1 }
 
 /* A host with the given configuration (null: JXHOST_CONFIG_INIT), owned by the caller until
-   jxhost_destroy. Null when memory is out. The operations of the handle may be called from several
+   jxhost_destroy. Null when out of memory. The operations of the handle may be called from several
    threads at once. */
 JX_NODISCARD JXHost *jxhost_create(const JXHostConfig *config);
 
-/* Ends a host, null allowed: unloads modules still loaded, then frees what is still alive, the
+/* Destroys a host, null allowed: unloads modules still loaded, then frees the objects still alive,
    newest first; open files are closed, entry destructors are not called. Each such object is named
    in the journal with JXHOST_E_LEAKED. Returns how many pools, locks, tables, transcoders,
    extensions and open files were still alive (0 = nothing leaked). */
@@ -60,19 +60,19 @@ JX_NODISCARD JXJournal *jxhost_journal(JXHost *host);
    (no name, or not ASCII) or JX_E_NOMEM. */
 JX_NODISCARD JXStatus jxhost_set_option(JXHost *host, const char *name8, int32_t value);
 
-/* Offers an open descriptor under a path: from then on an open of exactly that path, as the module
-   hands it on, gives a duplicate of the descriptor instead of a file. Standard input, a socket or a
-   file that the program has just created reaches the module this way, and nobody can put another
-   file in its place. Position, content and status flags are shared and stay as they are; nothing is
-   created or emptied. A lock is taken on a regular file as the open asks: JX_LOCK_NONE leaves it
-   alone; a lock that was taken lasts until the last duplicate is closed. path8 need not name
-   anything; open it with JX_OPEN_LITERAL_NAME. Copied. The descriptor stays the caller's and must
-   be open until it is withdrawn; a second offer under the path replaces the first. An open that
-   wants to write where the descriptor only reads, or the other way, is JXELM_E_ACCESS. 0,
-   JX_E_BADARG (no path, or a negative descriptor) or JX_E_NOMEM. */
+/* Offers an open descriptor under a path: from then on opening exactly that path gives a duplicate
+   of the descriptor instead of a file. This hands standard input, a socket or a file that the
+   program has just created to the module, and nobody can put another file in its place. Offset,
+   content and status flags are shared and left alone; nothing is created or emptied. The open locks
+   a regular file as its lock mode says, JX_LOCK_NONE not at all; a lock lasts until the last
+   duplicate is closed. path8 is copied and need not name anything; open it with
+   JX_OPEN_LITERAL_NAME. The descriptor stays the caller's and must stay open until it is withdrawn;
+   a second offer under the path replaces the first. An open for writing of a descriptor that only
+   reads, or the reverse, is JXELM_E_ACCESS. 0, JX_E_BADARG (no path, or a negative descriptor) or
+   JX_E_NOMEM. */
 JX_NODISCARD JXStatus jxhost_offer_descriptor(JXHost *host, const char *path8, int fd);
-/* Ends an offer; does nothing when there is none. Files opened by it stay open. Not while another
-   thread opens that path. */
+/* Withdraws an offer; does nothing when there is none. Files opened through it stay open. Not to be
+   called while another thread opens that path. */
 void jxhost_withdraw_descriptor(JXHost *host, const char *path8);
 
 /* Live blocks of a pool of this host, and of all its pools together. */
@@ -83,7 +83,7 @@ uint32_t jxhost_live_objects(const JXHost *host);
 
 /* ---- Tables, from the host's side ---------------------------------------------------------- */
 
-/* Only for tables of this host kernel; null has no entries. Entries are valid until destroy_table.
+/* For tables of this host kernel only; null has no entries. Entries are valid until destroy_table.
  */
 
 /* The number of entries. */
@@ -99,20 +99,19 @@ const void *jxhost_table_key(const JXTableEntry *entry, uint32_t *key_bytes_out)
 
 /* ---- UTF-8 ----------------------------------------------------------------------------------- */
 
-/* A C program has its names and texts in UTF-8; the module takes JXChars. To the system a name or
-   path is bytes, and the module keeps it so: one JXChar a byte. "Z\u00FCrich" has 7 JXChars as a
+/* C programs have names and texts in UTF-8; the module takes JXChars. To the system a name or path
+   is bytes, and the module keeps it as bytes: one JXChar each. "Z\u00FCrich" has 7 JXChars as a
    name and 6 as a text. Two of these functions are for names, two for records of JXChars.
 
-   They work in memory of the caller. The last argument holds the room before the call and the
-   length after it, which is 0 when the call fails. A zero follows UTF-8 that is stored, not counted
-   in the length: 4 bytes a character and one more are always room enough. JX_E_BADARG: an argument
-   is null. */
+   They write to the caller's memory. The last argument is the room before the call and the length
+   after it, 0 if the call fails. UTF-8 is stored with a terminating zero, which the length does not
+   count: 4 bytes a character and one more are always enough. JX_E_BADARG: an argument is null. */
 
-/* Makes a name of zero-terminated bytes, an argument of main for example. They need not be UTF-8.
-   Room for JX_NAME_MAX_CHARS holds every name that the module takes. 0, JX_E_BADARG or
+/* Makes a name from zero-terminated bytes, for example an argument of main. They need not be UTF-8.
+   JX_NAME_MAX_CHARS is room for every name that the module takes. 0, JX_E_BADARG or
    JXWEM_E_NAMETOOLONG (no room). */
 JX_NODISCARD JXStatus jxhost_utf8_to_name(const char *utf8, JXChar *name, uint32_t *name_chars);
-/* Makes bytes of a name, for example of one that the module answers; they are UTF-8 if the file's
+/* Makes bytes from a name, for example one that the module returned; they are UTF-8 if the file's
    name is. 0, JX_E_BADARG, JXHOST_E_NOROOM or JXHOST_E_UNMAPPABLE (a JXChar of 0 or above 0xFF). */
 JX_NODISCARD JXStatus jxhost_name_to_utf8(const JXChar *name, uint32_t name_chars, char *utf8,
                                           uint32_t *utf8_bytes);
@@ -127,26 +126,26 @@ JX_NODISCARD JXStatus jxhost_text_to_utf8(const JXChar *text, uint32_t text_char
 
 /* ---- Encodings ----------------------------------------------------------------------------- */
 
-/* UTF-8, UTF-16, UTF-32, ASCII, Latin-1 and nearly all single-byte encodings are strict: what is
-   malformed or has no place in the target is a status, never a replacement. The others are
-   converted by the C library. Where it would write a substitute (some characters in IBM's Asian
+/* UTF-8, UTF-16, UTF-32, ASCII, Latin-1 and nearly all single-byte encodings are strict: malformed
+   input and characters that the target does not have are a status, never a replacement. The C
+   library converts the others. Where it would write a substitute (some characters in IBM's Asian
    encodings) or take a stray byte from 80 to 9F for a control character (EUC-JP, EUC-KR, Big5), the
    host answers with a status too. Look-alikes remain: the yen sign reads back from EUC-JP as a
    backslash.
 
-   UTF-7 is for stream records. It writes a line feed as one byte but a form feed as five, and text
-   lines need both in the same length: their open is refused with JXHOST_E_NOROOM. */
+   UTF-7 is for stream records only. It writes a line feed as one byte but a form feed as five, and
+   text lines need both of one length: opening them fails with JXHOST_E_NOROOM. */
 
-/* The number of an encoding by name ("utf-8", "utf-16le", "latin1", "cp1252", ...), whatever its
-   case and punctuation; 0 when it is not known. */
+/* The number of an encoding by name ("utf-8", "utf-16le", "latin1", "cp1252", ...), ignoring case
+   and punctuation; 0 for an unknown name. */
 JX_NODISCARD uint32_t jxhost_encoding_by_name(const char *name8);
 /* The usual name of an encoding, or null. The text is static. */
 const char *jxhost_encoding_name(uint32_t encoding);
-/* The encoding of the index-th entry of the list of all known encodings; 0 past its end. */
+/* The number of the index-th known encoding; 0 past the last. */
 uint32_t jxhost_encoding_at(uint32_t index);
 
-/* Statuses of the NLS service and of the host's other operations; their meanings stand in
-   JXHOST_STATUS_LIST. */
+/* Statuses of the character-set service and of the host's other operations; JXHOST_STATUS_LIST has
+   their meanings. */
 #define JXHOST_E_MALFORMED ((JXStatus)0x803fd001u)
 #define JXHOST_E_UNMAPPABLE ((JXStatus)0x803fd002u)
 #define JXHOST_E_NOROOM ((JXStatus)0x803fd003u)
@@ -157,7 +156,7 @@ uint32_t jxhost_encoding_at(uint32_t index);
 #define JXHOST_E_OUTPUT ((JXStatus)0x803fd008u)
 #define JXHOST_E_LEAKED ((JXStatus)0x803fd009u)
 
-/* Each of them with its meaning, X(name, text). */
+/* Expands to X(name, meaning) for each of them. */
 #define JXHOST_STATUS_LIST(X)                                        \
   X(JXHOST_E_MALFORMED, "input is not valid in its encoding")        \
   X(JXHOST_E_UNMAPPABLE, "no such character in the target encoding") \
@@ -169,11 +168,11 @@ uint32_t jxhost_encoding_at(uint32_t index);
   X(JXHOST_E_OUTPUT, "the journal could not be written")             \
   X(JXHOST_E_LEAKED, "the object outlived its host")
 
-/* The catalogue: name and meaning of a status, of the module, the host or "jxelm"; null when it is
-   not known. The texts are static. */
+/* The catalogue: name and meaning of a status of the module, the host or "jxelm"; null for an
+   unknown one. The texts are static. */
 const char *jxhost_status_name(JXStatus status);
 const char *jxhost_status_text(JXStatus status);
-/* The index-th failure of the catalogue; 0 past its end. */
+/* The index-th failure of the catalogue; 0 past the last. */
 JXStatus jxhost_status_at(uint32_t index);
 
 /* ---- Loading -------------------------------------------------------------------------------- */
@@ -184,7 +183,7 @@ typedef struct JXHostModule JXHostModule;
 /* Loads the module from path8, calls its jxextent and its entry, checks its versions, and stores
    the module in *module_out, owned by the caller until jxhost_unload. A host may load a module
    several times; two hosts of a process may not have the same one at once. On failure returns null
-   and stores a text in *error_out (or null) that stays valid until the next load on the thread. */
+   and stores the reason in *error_out (which may be null), valid until the thread's next load. */
 JX_NODISCARD JXInstance *jxhost_load(JXHost *host, const char *path8, JXOwner owner,
                                      JXHostModule **module_out, const char **error_out);
 

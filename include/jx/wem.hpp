@@ -1,6 +1,6 @@
-// The C++20 wrapper over the module's operation tables, header-only and without exceptions of its
-// own: handles that end themselves and keep the module loaded, names and lines in UTF-8, records,
-// entries and tables as ranges, and statuses that know their name and meaning.
+// The C++20 wrapper over the module's operation tables. Header-only, throws nothing of its own:
+// handles that close themselves and keep the module loaded, names and lines in UTF-8, records,
+// entries and tables as ranges, statuses that know their name and meaning.
 //
 //   std::string error;
 //   wem::Module module = wem::Module::load("./jxwem.so", nullptr, &error);
@@ -11,13 +11,13 @@
 //   for (const std::string &line : lines) use(line);
 //   if (!lines.error().ok()) return complain(lines.error().text());
 //
-// Or in one call: module.instance().read_lines("notes.txt"). Records as they are, without a copy:
-// File::for_each_record() and File::records().
+// Or in one call: module.instance().read_lines("notes.txt"). File::for_each_record() and
+// File::records() give the records themselves, without a copy.
 //
-// A host with a kernel of its own wraps its instance in wem::Instance and needs only these headers,
-// except for what only the reference host can do, which links with libjxhost: Module; begin(),
-// size(), empty() and find() of a Table; and Instance::info() and file_system_info(), which look
-// their facts up in one. Table::raw() is for its own walk.
+// A host with a kernel of its own wraps its instance in wem::Instance and needs only these headers.
+// What only the reference host can do needs libjxhost: Module; begin(), size(), empty() and find()
+// of a Table; and Instance::info() and file_system_info(), which read such a table. Other hosts
+// walk Table::raw() themselves.
 #pragma once
 
 #include "jx/wem/directory.hpp"

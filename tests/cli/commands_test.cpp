@@ -1,11 +1,8 @@
 // Every command once in its usual use and in its usual misuse, and the generated documents.
 #include "cli/program.hpp"
 
+namespace jx::test {
 namespace {
-
-using jx_test::matches;
-using jx_test::Outcome;
-using jx_test::ProgramTest;
 
 class Commands : public ProgramTest {
  protected:
@@ -179,8 +176,8 @@ TEST_F(Commands, CatalogueAndUsage) {
   });
 }
 
-#ifndef __SANITIZE_ADDRESS__  // which needs descriptors itself
-// Whatever the program runs out of descriptors at, it says so.
+#ifndef __SANITIZE_ADDRESS__  // which uses descriptors itself
+// At each point where the program runs out of descriptors it says so.
 TEST_F(Commands, OutOfDescriptors) {
   int failures = 0;
   for (int limit = 4; limit < 20; ++limit) {
@@ -188,7 +185,7 @@ TEST_F(Commands, OutOfDescriptors) {
                              "; exec " JX_BINARY_DIR "/jxfile cp dir/sub copy" +
                              std::to_string(limit);
     const Outcome outcome = run({"/bin/sh", "-c", line});
-    if (outcome.code == 0 || outcome.code == 127) continue;  // 127: not even the libraries
+    if (outcome.code == 0 || outcome.code == 127) continue;  // 127: the libraries did not load
     ++failures;
     EXPECT_TRUE(matches(outcome.err, "~too many open files \\(JXELM_E_LIMIT")) << outcome.err;
   }
@@ -196,7 +193,7 @@ TEST_F(Commands, OutOfDescriptors) {
 }
 #endif
 
-// A build folder that names another place is removed and configured; one that is right is kept.
+// A build folder of a checkout elsewhere is removed and configured anew; any other is kept.
 TEST_F(Commands, MovedCheckoutIsConfiguredAnew) {
   std::filesystem::create_directories(at("build/i386"));
   put("CMakePresets.json", "");
@@ -215,12 +212,12 @@ TEST_F(Commands, MovedCheckoutIsConfiguredAnew) {
   EXPECT_EQ(configure(std::filesystem::canonical(at("."))), "kept");
 }
 
-// Each help names an example, and every document is the one that the table of commands gives.
+// Each help has an example, and every generated document is current.
 TEST_F(Commands, DocumentsAreCurrent) {
   const std::string page = jxfile("generate man").out;
-  EXPECT_EQ(page, jx_test::read_all(JX_SOURCE_DIR "/docs/man/jxfile.1"));
+  EXPECT_EQ(page, read_all(JX_SOURCE_DIR "/docs/man/jxfile.1"));
   EXPECT_EQ(jxfile("generate completion").out,
-            jx_test::read_all(JX_SOURCE_DIR "/docs/completion/jxfile.bash"));
+            read_all(JX_SOURCE_DIR "/docs/completion/jxfile.bash"));
   const std::string section = "\n.SS \\fBjxfile ";
   int count = 0;
   for (size_t at = page.find(section); at != page.npos; at = page.find(section, at + 1), ++count) {
@@ -234,3 +231,4 @@ TEST_F(Commands, DocumentsAreCurrent) {
 }
 
 }  // namespace
+}  // namespace jx::test

@@ -1,13 +1,11 @@
-// The command "cp": what it refuses, and what is left when it does not come to its end.
+// The command "cp": what it refuses, and what is left when it fails.
 #include <sys/socket.h>
 #include <sys/un.h>
 
 #include "cli/program.hpp"
 
+namespace jx::test {
 namespace {
-
-using jx_test::Outcome;
-using jx_test::ProgramTest;
 
 class Copying : public ProgramTest {
  protected:
@@ -17,30 +15,30 @@ class Copying : public ProgramTest {
     put("tree/a/one", "1");
     put("tree/a/two", "2");
   }
-  // jxfile's arguments at the end of a shell's command line.
+  // Runs a shell command line that ends with jxfile's arguments.
   Outcome shell(const std::string &line) const {
     return run({"/bin/sh", "-c", "jxfile='" JX_BINARY_DIR "/jxfile'; " + line});
   }
 };
 
 TEST_F(Copying, RefusesWhatIsNoFile) {
-  for (const char *folder : {"fifo", "dangling", "loop", "behind"}) {
+  for (const char *folder : {"fifo", "dangling", "loop", "linked"}) {
     std::filesystem::create_directories(at(folder) + "/in");
   }
   ASSERT_EQ(::mkfifo(at("fifo/in/pipe").c_str(), 0600), 0);
   std::filesystem::create_symlink("none", at("dangling/in/link"));
   std::filesystem::create_symlink("..", at("loop/in/up"));
-  std::filesystem::create_symlink("../../fifo/in/pipe", at("behind/in/link"));
+  std::filesystem::create_symlink("../../fifo/in/pipe", at("linked/in/link"));
   const std::string before = names();
   const char *special = ": a FIFO, socket or device is not copied (JXWEM_E_NOTSUPPORTED";
   const std::string named = std::string("cp: fifo/in/pipe -> x") + special;
   const std::string inside = std::string("cp: fifo/in/pipe") + special;
-  const std::string linked = std::string("cp: behind/in/link") + special;
+  const std::string linked = std::string("cp: linked/in/link") + special;
   check({
       {1, "cp fifo/in/pipe x", "", named.c_str()},
       {1, "cp /dev/null x", "", special},
       {1, "cp fifo x", "", inside.c_str()},
-      {1, "cp behind x", "", linked.c_str()},
+      {1, "cp linked x", "", linked.c_str()},
       {1, "cp dangling x", "", "cp: dangling/in/link: file or directory not found"},
       {1, "cp loop x", "", "cp: loop/in/up: the tree has no end"},
       {1, "cp tree/a/one x/", "", "a directory on the path is missing"},
@@ -53,7 +51,7 @@ TEST_F(Copying, RefusesWhatIsNoFile) {
   check({{1, "cp tree x", "", "cp: tree/a/two: access denied"}}, true);
 }
 
-// A signal, a full device, a directory that cannot be read on: nothing is left under any name.
+// A signal, a full device, a directory whose reading fails: nothing is left under any name.
 TEST_F(Copying, IsWholeOrNothing) {
   put("tree/large", "");
   std::filesystem::resize_file(at("tree/large"), 1 << 20);
@@ -66,7 +64,7 @@ TEST_F(Copying, IsWholeOrNothing) {
     const Outcome cut =
         shell("ASAN_OPTIONS=verify_asan_link_order=0:$ASAN_OPTIONS FAIL_AT=" + std::to_string(at) +
               " LD_PRELOAD=" JX_FAIL_READDIR " exec $jxfile cp tree/a x");
-    // The folder's two names, "." and ".." before the entry that fails.
+    // The entry that fails comes after the folder's two names, "." and "..".
     if (cut.code == 0) break;
     EXPECT_NE(cut.err.find("could not be read to the end"), cut.err.npos) << at << cut.err;
     EXPECT_EQ(names(), "tree ") << at;
@@ -85,3 +83,4 @@ TEST_F(Copying, IsWholeOrNothing) {
 }
 
 }  // namespace
+}  // namespace jx::test

@@ -1,5 +1,5 @@
-/* Stands before the C library's routine: the directory stream of a module fails once, at the entry
-   that FAIL_AT tells. */
+/* Replaces the C library's routine: the directory stream of a module fails once, at the entry
+   number in FAIL_AT. */
 #include <dirent.h>
 #include <dlfcn.h>
 #include <errno.h>

@@ -1,18 +1,17 @@
-// What commands read: descriptors, pipes as they come, byte orders and shift states.
+// Input of commands: descriptors, live pipes, byte orders and shift states.
 #include <algorithm>
 
 #include "cli/program.hpp"
 
+namespace jx::test {
 namespace {
 
-using jx_test::Outcome;
-using jx_test::ProgramTest;
 using namespace std::string_literals;
 using namespace std::string_view_literals;
 
 class Input : public ProgramTest {
  protected:
-  // The output of a script in which $J is jxfile; "timeout" when it does not end.
+  // The output of a script in which $J is jxfile, or "timeout".
   std::string script(const std::string &text) {
     const std::string program = "J=" JX_BINARY_DIR "/jxfile\n" + text;
     const Outcome outcome = run({"/usr/bin/timeout", "10", "/bin/sh", "-c", program});
@@ -32,7 +31,7 @@ struct MarkRow {
   std::string_view expected;
 };
 
-// The return to the initial state at the end of a text is no character that was cut off.
+// A missing return to the initial state at the end of a text is not a cut character.
 TEST_F(Input, ShiftingEncodingsNeedNoLineEnd) {
   std::string longer = "a\n";
   while (longer.size() < 200000) longer += "\u4e00b\u4e00";
@@ -65,14 +64,14 @@ TEST_F(Input, MarksDecideTheByteOrder) {
     EXPECT_EQ(jxfile("convert in out "s + row.arguments).err, "");
     EXPECT_EQ(get("out"), row.expected) << row.arguments;
   }
-  // What is there goes on as it began.
+  // An append keeps the byte order of the file.
   put("out", "\xfe\xff\0a"sv);
   EXPECT_EQ(jxfile("convert in out --append --to utf-16").err, "");
   EXPECT_EQ(jxfile("write out --append --records stream --to utf-16", "b").err, "");
   EXPECT_EQ(get("out"), "\xfe\xff\0a\0a\0b"sv);
 }
 
-// Each line is printed when it has come, although the next one waits for it.
+// Each line is printed as it comes: the script sends the next one only after that.
 TEST_F(Input, PipesAreReadAsTheyCome) {
   const std::string half = "; { echo a; cat go; } | $J ";
   const std::string other = " - | { read line; echo b > go; echo \"$line\"; cat; }";
@@ -84,7 +83,7 @@ TEST_F(Input, PipesAreReadAsTheyCome) {
   }
 }
 
-// It is the open descriptor that is read, from where it stands and no further than needed.
+// The open descriptor is read, from its current offset and no further than needed.
 TEST_F(Input, StandardInput) {
   put("in", "0123\n56\n");
   const std::string_view rows[][2] = {
@@ -109,3 +108,4 @@ TEST_F(Input, StandardInput) {
 }
 
 }  // namespace
+}  // namespace jx::test

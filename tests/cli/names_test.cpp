@@ -3,10 +3,8 @@
 
 #include "cli/program.hpp"
 
+namespace jx::test {
 namespace {
-
-using jx_test::Outcome;
-using jx_test::ProgramTest;
 
 class Names : public ProgramTest {
  protected:
@@ -65,7 +63,7 @@ TEST_F(Names, AreLiteral) {
   EXPECT_TRUE(std::filesystem::exists(at("home/keep")));
   EXPECT_TRUE(std::filesystem::exists(at("desk/blank")));
 
-  // Deeper than a path that can be named, and where there is no path any more.
+  // A folder deeper than any path can name, and one that is gone.
   std::string deep = "desk";
   for (int i = 0; i < 6; ++i) deep += "/" + std::string(200, 'd');
   std::filesystem::create_directories(at(deep));
@@ -109,7 +107,7 @@ TEST_F(Names, AreRefusedByRm) {
   for (const char *path : {"tree/open/shut", "tree2/unread"}) ::chmod(at(path).c_str(), 0755);
 }
 
-// Bytes, their form in a message and on a terminal.
+// Names as bytes, in messages and on a terminal.
 TEST_F(Names, AreShownSafely) {
   const std::string name =
       "ok\xc3\xa4\xe6\x9d\xb1 "
@@ -149,3 +147,4 @@ TEST_F(Names, OfTheModuleAreAbsolute) {
 }
 
 }  // namespace
+}  // namespace jx::test

@@ -20,7 +20,7 @@
 
 #include "support/files.hpp"
 
-namespace jx_test {
+namespace jx::test {
 
 struct Outcome {
   int code = -1;  // exit code; 128 + the signal that ended the program; 126 not executable
@@ -34,11 +34,11 @@ inline std::string read_all(const std::string &path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// A command line and what comes of it.
+// A command line and its outcome.
 struct Row {
   int code;
   const char *arguments;
-  const char *out = "";  // the whole output; after "~" a pattern to be found in it
+  const char *out = "";  // the whole output; after "~" a pattern to find in it
   const char *err = "";  // a part of the messages; "" for none at all
   std::string_view input = {};
 };
@@ -76,11 +76,11 @@ class ProgramTest : public testing::Test {
     EXPECT_EQ(outcome.code, 1) << outcome.err;
     EXPECT_NE(outcome.err.find(message), outcome.err.npos) << outcome.err;
   }
-  // What runs from now on runs in that folder of the test's folder.
+  // Changes the working directory of later runs to a folder in the test's folder.
   void enter(const std::string &folder) { folder_ = folder; }
 
-  // Runs jxfile with arguments as they are typed to a shell; as_nobody without the rights of the
-  // superuser; stdout_path sends its standard output there.
+  // Runs jxfile with arguments as typed to a shell. as_nobody: without the superuser's rights.
+  // stdout_path: where its standard output goes.
   Outcome jxfile(const std::string &arguments, std::string_view input = {}, bool as_nobody = false,
                  const char *stdout_path = nullptr) const {
     const std::string command = "exec '" JX_BINARY_DIR "/jxfile' " + arguments;
@@ -144,4 +144,4 @@ class ProgramTest : public testing::Test {
   std::string folder_;
 };
 
-}  // namespace jx_test
+}  // namespace jx::test

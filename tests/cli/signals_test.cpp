@@ -1,17 +1,16 @@
-// What a signal removes.
+// Removal of unfinished files by a signal.
 #include "cli/signals.hpp"
 
 #include "cli/descriptor.hpp"
 #include "cli/program.hpp"
 
+namespace jx::test {
 namespace {
-
-using jx_test::ProgramTest;
 
 class Signals : public ProgramTest {
  protected:
-  // The signal that ended a child that names two files to remove, replaces the one it knows by
-  // descriptor, and raises the signals.
+  // Runs a child that registers two files for removal, replaces the one it holds by descriptor, and
+  // raises the signals. Returns the signal that ended it.
   int ended_by(std::initializer_list<int> signals) const {
     const pid_t child = ::fork();
     if (child == 0) {
@@ -46,3 +45,4 @@ TEST_F(Signals, RemoveWhatIsUnfinishedUnlessIgnored) {
 }
 
 }  // namespace
+}  // namespace jx::test

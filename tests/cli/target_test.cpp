@@ -1,13 +1,12 @@
-// What is written where, what a failure leaves, and who may read it.
+// Targets: where output goes, what a failure leaves, and who may read it.
 #include <sys/stat.h>
 #include <sys/xattr.h>
 
 #include "cli/program.hpp"
 
+namespace jx::test {
 namespace {
 
-using jx_test::Outcome;
-using jx_test::ProgramTest;
 using namespace std::string_literals;
 
 constexpr const char *kList = "system.posix_acl_access";
@@ -75,8 +74,8 @@ TEST_F(Target, PermissionsStayAndCount) {
   }
 }
 
-// A reader that goes away ends the program by the usual signal and without a message; where the
-// signal is ignored, the error has its name, whoever wrote.
+// A closed pipe ends the program by SIGPIPE, without a message; where the signal is ignored, every
+// command names the error.
 TEST_F(Target, ClosedPipes) {
   put("in", std::string(1 << 20, '\n'));
   for (const std::string arguments : {"lines in", "convert in", "write --append - < in"}) {
@@ -92,7 +91,7 @@ TEST_F(Target, ClosedPipes) {
   }
 }
 
-// What is open already is written where it stands, whatever names it.
+// An open descriptor is written at its current offset, by any of its names.
 TEST_F(Target, OpenDescriptorsAreContinued) {
   put("in", "x\n");
   ASSERT_EQ(::symlink("/proc/self/fd/1", at("link").c_str()), 0);
@@ -110,8 +109,8 @@ TEST_F(Target, OpenDescriptorsAreContinued) {
   EXPECT_EQ(names(), "in link out ");
 }
 
-// A size limit leaves no file; while a new content is made, no name shows it, so that no kill
-// leaves one; and a target that was put in another's place meanwhile is not followed.
+// A size limit leaves no file. New content has no name until it is complete, so a kill leaves none.
+// A target that was swapped meanwhile is not followed.
 TEST_F(Target, NothingIsLeftOrTakenAway) {
   put("in", std::string(9000, 'x'));
   put("out", "old");
@@ -129,7 +128,7 @@ TEST_F(Target, NothingIsLeftOrTakenAway) {
   expect_failure(outcome, "out: it became another file meanwhile");
   EXPECT_EQ(outcome.out, "in\nout\npipe\nvictim\n");
   EXPECT_EQ(get("victim"), "keep");
-  // Without /proc a file cannot get its name late: it has a hidden one from the start.
+  // Without /proc a file cannot be linked later: it has a hidden name from the start.
   const std::string hide = "exec unshare -m sh -c 'mount -t tmpfs none /proc && ";
   if (run({"/bin/sh", "-c", hide + "true'"}).code == 0) {
     for (const std::string name : {"victim", "fresh"}) {
@@ -145,7 +144,7 @@ TEST_F(Target, NothingIsLeftOrTakenAway) {
   EXPECT_EQ(names(), "in out pipe victim ");
 }
 
-// A new content has the old one's owner, group and permissions; what cannot be kept is taken away.
+// New content keeps owner, group and permissions; permissions that cannot be kept are dropped.
 TEST_F(Target, NewContentGivesNothingAway) {
   if (::geteuid() != 0) GTEST_SKIP() << "needs two users";
   if (jxfile("status", {}, true).code == 126) GTEST_SKIP() << "others cannot run the build";
@@ -159,8 +158,8 @@ TEST_F(Target, NewContentGivesNothingAway) {
     mode_t mode_after;
   } rows[] = {
       {kNobody, 1, 06764, false, kNobody, 0764},  // set-user-id and set-group-id go
-      {kNobody, 1, 01664, true, kNobody, 0644},   // the group is another one
-      {kNobody, 1, 0606, true, kNobody, 0600},    // the old group is among the others
+      {kNobody, 1, 01664, true, kNobody, 0644},   // the group changes
+      {kNobody, 1, 0606, true, kNobody, 0600},    // the old group becomes one of the others
       {0, 0, 0666, true, kNobody, 0666},
   };
   for (const auto &row : rows) {
@@ -175,7 +174,7 @@ TEST_F(Target, NewContentGivesNothingAway) {
     EXPECT_EQ(status.st_gid, row.as_nobody ? 0 : row.group);
     EXPECT_EQ(status.st_mode & 07777, row.mode_after) << std::oct << row.mode;
   }
-  // A list that gives user 1 what the group may not have, in the system's form.
+  // An access list in the system's format: user 1 has what the group does not.
   const std::string head = "\2\0\0\0\1\0\6\0\xff\xff\xff\xff\2\0\6\0\1\0\0\0"s;
   const std::string list = head +
                            "\4\0\0\0\xff\xff\xff\xff\x10\0\6\0\xff\xff\xff\xff"
@@ -194,7 +193,7 @@ TEST_F(Target, NewContentGivesNothingAway) {
   EXPECT_EQ(list_of("out"), "");
 }
 
-// Folders that others may write, or that the user may not.
+// Folders that others may write, and folders that the user may not.
 TEST_F(Target, FoldersOfOthers) {
   if (::geteuid() != 0) GTEST_SKIP() << "needs two users";
   put("in", "text\n");
@@ -220,3 +219,4 @@ TEST_F(Target, FoldersOfOthers) {
 }
 
 }  // namespace
+}  // namespace jx::test

@@ -1,10 +1,9 @@
-// Conversions there and back, and what a failed one leaves behind.
+// Conversions there and back, and what a failed one leaves.
 #include "cli/program.hpp"
 
+namespace jx::test {
 namespace {
 
-using jx_test::Outcome;
-using jx_test::ProgramTest;
 using namespace std::string_literals;
 
 class Text : public ProgramTest {};
@@ -54,7 +53,7 @@ TEST_F(Text, MarksLineEndsAndPipes) {
                    "a\0\n\0"s)
                 .out,
             "a\n");
-  // An addition puts no second mark into the file.
+  // An append adds no second mark.
   EXPECT_EQ(jxfile("convert in sum --bom").code, 0);
   EXPECT_EQ(jxfile("convert in sum --bom --append").code, 0);
   EXPECT_EQ(get("sum"),
@@ -103,14 +102,14 @@ TEST_F(Text, FaultsAreNamedAndLeaveTheTarget) {
     }
   }
   EXPECT_EQ(names(), "in out ");
-  // What was added before the fault stays.
+  // Text appended before the fault stays.
   put("in", "one\ntwo\n\xff\nthree\n");
   expect_failure(jxfile("convert in out --append"), "record 3, byte offset 8, bytes ff");
   EXPECT_EQ(get("out"), "oldone\ntwo\n");
   expect_failure(jxfile("write --append out", "1\n\xff\n"), "record 2, byte offset 2");
   EXPECT_EQ(get("out"), "oldone\ntwo\n1\n");
   expect_failure(jxfile("write --append fresh", "\xff\n"), "record 1, byte offset 0");
-  // A line that has no end is refused as soon as it is too long.
+  // An endless line is refused as soon as it is too long.
   const std::string endless = "yes | tr -d '\\n' | " JX_BINARY_DIR "/jxfile write fresh";
   expect_failure(run({"/bin/sh", "-c", endless}), "record 1 (JXWEM_E_TOOLONG");
   EXPECT_EQ(names(), "in out ");
@@ -129,3 +128,4 @@ TEST_F(Text, ExamplesRun) {
 }
 
 }  // namespace
+}  // namespace jx::test

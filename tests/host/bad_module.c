@@ -1,5 +1,5 @@
-/* A module that is none, in the way that its owner argument says: 0 has no instance, 1 an instance
-   without its eye-catcher, 2 one for a newer host. */
+/* A defective module. Its owner argument chooses the defect: 0 no instance, 1 an instance without
+   its eye-catcher, 2 one for a newer host. */
 #include <string.h>
 
 #include "jx/wem.h"

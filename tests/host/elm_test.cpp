@@ -86,7 +86,7 @@ TEST_F(Elm, RefusesWithAStatusForEachReason) {
       {"file", O_RDONLY | O_TRUNC, 0, JXELM_E_BADARG},
       {"file", O_RDWR, 3, JXELM_E_BADARG},
       {"file", O_RDWR, kWait, JXELM_E_BADARG},
-      // What is no regular file opens without a lock.
+      // Anything but a regular file opens without a lock.
       {"/dev/null", O_WRONLY | O_TRUNC, 2, JX_OK},
   };
   for (const auto &[name, flags, lock_word, expected] : rows) {
@@ -97,7 +97,7 @@ TEST_F(Elm, RefusesWithAStatusForEachReason) {
   EXPECT_EQ(status, JXELM_E_BADARG);
   ASSERT_EQ(chmod(path.c_str(), 0), 0);
   run_unprivileged([&] { EXPECT_EQ(try_open(path, O_RDONLY, 1), JXELM_E_ACCESS); });
-  // Only errors that the status does not tell reach the journal.
+  // Only errors without a status of their own reach the journal.
   EXPECT_EQ(host.take_lines().front(), "4 JXELM_E_LOOP Too many levels of symbolic links");
 }
 
@@ -123,8 +123,8 @@ TEST_F(Elm, EmptiesTheFileOnlyUnderTheLock) {
   EXPECT_EQ(read_file(path), "");
 }
 
-// An open descriptor is handed out as it is, whatever has the name: the request empties and creates
-// nothing, and the position is shared.
+// An offered descriptor is opened instead of a file of that name. The open empties and creates
+// nothing, and the offset is shared.
 TEST_F(Elm, HandsOutAnOfferedDescriptor) {
   write_file(path, "content");
   const int offered = open(path.c_str(), O_WRONLY);
@@ -166,7 +166,7 @@ TEST_F(Elm, WaitsThroughSignals) {
   waiter.join();
 }
 
-// What the system cannot be brought to refuse here is refused for it.
+// Errors that the system cannot be made to raise here, raised for it.
 TEST_F(Elm, ErrnosOfOpen) {
   const std::pair<int, JXStatus> rows[] = {
       {EPERM, JXELM_E_ACCESS},   {ENXIO, JXELM_E_NODEVICE}, {EAGAIN, JXELM_E_BUSY5},

@@ -1,4 +1,4 @@
-// The table of encodings: numbers, names, and that every row does what it says.
+// The table of encodings: numbers, names, and each row against the actual conversion.
 #include <sstream>
 
 #include "host/encodings.hpp"
@@ -26,7 +26,7 @@ TEST(Encodings, AreFoundByName) {
     EXPECT_EQ(jxhost_encoding_by_name(unknown), 0u) << unknown;
   }
   EXPECT_EQ(jxhost_encoding_by_name(nullptr), 0u);
-  // No name means two encodings.
+  // No name is used twice.
   for (const Encoding *row : all_encodings()) {
     EXPECT_EQ(jxhost_encoding_by_name(row->name), row->number);
     std::istringstream aliases(row->aliases);

@@ -68,7 +68,7 @@ TEST(Host, FreesAndCountsWhatLeaked) {
   ASSERT_NE(pool->pool_allocate(pool, 100, 0), nullptr);
   JXTable *table = host.table();
   ASSERT_NE(table->table_insert(table, 0, 0, pool, nullptr, "key", 3, 0), 0);
-  // The code of a destructor may be gone by then, so the host must not call it.
+  // The host must not call the destructor of a leaked table: its code may be unloaded.
   const JXEntryDestructor fail = [](JXTableEntry *) -> JXStatus { std::abort(); };
   ASSERT_EQ(table->table_set_entry_destructor(table, 0, fail), JX_OK);
   auto *elm = reinterpret_cast<JXElm *>(host.extension("jxelm"));

@@ -27,8 +27,8 @@ class Converter {
   Converter &operator=(const Converter &) = delete;
   ~Converter() { nls_->destroy_transcoder(nls_, transcoder_); }
 
-  // Converts from a block of exactly the source's size, so that the sanitizer sees each byte read
-  // too many, into the given room, whose end is guarded.
+  // Converts from a block of exactly the source's size, so that the sanitizer catches every read
+  // past it, into the given room, whose end is guarded.
   Outcome operator()(std::string_view source, size_t room) const {
     const std::string canary(16, '\x5a');
     const auto input = std::make_unique<char[]>(source.size());
@@ -43,7 +43,7 @@ class Converter {
     output.resize(produced);
     return {status, output};
   }
-  // The same with room enough.
+  // The same with enough room.
   Outcome operator()(std::string_view source) const {
     return (*this)(source, source.size() * 4 + 64);
   }
@@ -53,7 +53,7 @@ class Converter {
   JXTranscoder *transcoder_;
 };
 
-// What the C library makes of a text: 0, or its errno, with what came before the fault.
+// Converts with the C library: 0 or its errno, and the output before the fault.
 inline std::pair<int, std::string> by_iconv(const char *from, const char *to, std::string source) {
   const iconv_t descriptor = iconv_open(to, from);
   std::string output(source.size() * 4 + 64, '\0');

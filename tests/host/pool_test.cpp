@@ -35,7 +35,7 @@ TEST(Pool, GivesDistinctAlignedBlocksAndTakesOnlyThose) {
   EXPECT_EQ(jxhost_live_blocks(host.get()), 0u);
 }
 
-// With many blocks first, then with few: the set of live blocks grows and is swept meanwhile.
+// First many blocks, then few, so that the set of live blocks grows and is rehashed.
 TEST(Pool, ThreadsShareAPoolAndTheHost) {
   TestHost host;
   JXPool *pool = host.pool();

@@ -6,7 +6,7 @@
 namespace jx::test {
 namespace {
 
-// Numbers that an entry destructor was given, in order.
+// Numbers passed to the entry destructor, in order.
 std::vector<uint32_t> destroyed;
 
 JXStatus note_destroyed(JXTableEntry *entry) {
@@ -14,7 +14,7 @@ JXStatus note_destroyed(JXTableEntry *entry) {
   return destroyed.back() == 0 ? JX_OK : destroyed.back();
 }
 
-// So many that with a cost that grows with the table this would run into the time limit.
+// So many entries that a cost per entry that grows with the table would exceed the time limit.
 TEST(Table, KeepsOrderFindsKeysAndDestroysInOrder) {
   TestHost host;
   JXTable *table = host.table();

@@ -1,5 +1,5 @@
-// A host for one test: its journal is kept, where the configuration names no other place for it,
-// and what it leaks is counted.
+// A host for one test. Records its journal, unless the configuration sends it elsewhere, and counts
+// leaks.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -27,9 +27,9 @@ class TestHost {
   JXHost *get() const { return host_; }
   JXHost *operator->() const { return host_; }
   JXJournal *journal() const { return jxhost_journal(host_); }
-  // "LEVEL STATUS TEXT" of each line so far, now forgotten.
+  // Takes the lines so far, each as "LEVEL STATUS TEXT".
   std::vector<std::string> take_lines() { return std::exchange(lines_, {}); }
-  // Ends the host and tells what leaked.
+  // Destroys the host and returns the number of leaks.
   uint32_t end() { return jxhost_destroy(std::exchange(host_, nullptr)); }
 
   JXPool *pool(const char *name8 = "test") {
@@ -53,7 +53,7 @@ class TestHost {
   std::vector<std::string> lines_;
 };
 
-// Does the work on four threads at once, each given a number.
+// Runs the work on four threads at once, each with a number.
 template <typename Work>
 void on_threads(const Work &work) {
   std::vector<std::jthread> threads;

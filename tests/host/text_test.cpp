@@ -1,4 +1,4 @@
-// Names and texts between UTF-8 and JXChars, in memory of the caller.
+// Names and texts between UTF-8 and JXChars, in the caller's memory.
 #include <string>
 
 #include "host/test_host.hpp"

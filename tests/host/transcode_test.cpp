@@ -1,5 +1,5 @@
-// The transcoders: what is valid, where characters may be cut, how much room is needed, and that
-// every pair agrees with the C library.
+// The transcoders: valid and malformed input, cut characters, room for output, and every pair
+// against the C library.
 #include <random>
 #include <span>
 
@@ -17,7 +17,8 @@ constexpr uint32_t kSjis = 932;
 constexpr JXStatus kMalformed = JXHOST_E_MALFORMED;
 constexpr JXStatus kUnmappable = JXHOST_E_UNMAPPABLE;
 
-// Every encoding with code of its own, the C library's name for it and where its characters end.
+// Every encoding that is converted directly, with the C library's name for it and the end of its
+// characters.
 struct Direct {
   uint32_t number;
   const char *name;
@@ -35,12 +36,12 @@ TEST(Transcode, DecidesWhatIsValid) {
     JXStatus status;
     std::string produced;
   } rows[] = {
-      // Malformed text, what is before it being produced.
+      // Malformed text: everything before it is produced.
       {20, 62, "ab\xf0\x9f\x98z", kMalformed, "ab"},
       {25, 27, "\0\xd8\0\xd8"s, kMalformed, ""},
       {27, 25, jxchars(U"a") + "\0\0\x11\0"s, kMalformed, "a\0"s},
       {kSjis, 20, "a\x81 ", kMalformed, "a"},
-      // The first fault is reported, wherever it comes from.
+      // The first fault is reported, in decoding or in encoding.
       {20, 62, "\xc3\xbf\xc4\x80\xff", kUnmappable, "\xff"},
       {20, kSjis, "a\xc3\xbf\xff", kUnmappable, "a"},
       {20, kSjis, "a\xff\xc3\xbf", kMalformed, "a"},
@@ -49,7 +50,7 @@ TEST(Transcode, DecidesWhatIsValid) {
       {62, 21, "a\xff", kUnmappable, "a"},
       {27, kSjis, jxchars(U"a\xe0041z"), kUnmappable, "a"},
       {27, 54936, jxchars(U"a\xe0041"), 0, "a\xd3\x36\x9c\x33"},
-      // Characters that the C library replaces, and bytes that it takes for something else.
+      // Characters that the C library replaces, and bytes that it misreads.
       {20, 939, "caf\xc3\xa9", kUnmappable, "\x83\x81\x86"},
       {20, 943, "a\xc2\x80", kUnmappable, "a"},
       {27, 1390, jxchars(U"\x4e00\xffee"), kUnmappable, "\x0e\x45\x41"},
@@ -60,11 +61,11 @@ TEST(Transcode, DecidesWhatIsValid) {
       {950, 20, "a\x80", kMalformed, "a"},
       {951, 20, "\x88\x62\x80", kMalformed, "\xc3\x8a\xcc\x84"},
       {20, 51932, "a\xc2\x85", kUnmappable, "a"},
-      // By way of JXChar, and to an encoding with shifts, which every call ends unshifted.
+      // Through JXChar, and to an encoding with shifts: every call ends in the initial state.
       {1047, 437, "\x81\xc1", 0, "aA"},
       {20, 50220, "a\xe6\x97\xa5", 0, "a\x1b$BF|\x1b(B"},
       {50220, 20, "\x1b$BF|F|\x1b(Ba", 0, "\xe6\x97\xa5\xe6\x97\xa5\x61"},
-      // A text that stays in its encoding is copied where the C library might change it.
+      // Between equal encodings text is copied where the C library might change it.
       {kSjis, kSjis, "\x87\x90\x81", 0, "\x87\x90\x81"},
       {1252, 1252, "\x81", 0, "\x81"},
   };
@@ -74,7 +75,7 @@ TEST(Transcode, DecidesWhatIsValid) {
     const Converter convert(host, row.from, row.to);
     const Outcome expected = {row.status, row.produced};
     EXPECT_EQ(convert(row.source), expected);
-    // Neither a fault nor an escape sequence may be remembered.
+    // Neither a fault nor a shift state may survive the call.
     EXPECT_EQ(convert(row.source), expected) << "again";
   }
 }
@@ -107,8 +108,8 @@ TEST(Transcode, CompletesCharactersThatACallCut) {
   }
 }
 
-// Converts into every room that is too small, and into the one that is just enough, which is the
-// one that is measured.
+// Converts into every room that is too small, and into the smallest that is enough, which is the
+// measured one.
 void check_room(const TestHost &host, uint32_t from, uint32_t to, std::u32string_view text) {
   SCOPED_TRACE(std::to_string(from) + " to " + std::to_string(to));
   const std::string source = Converter(host, 27, from)(jxchars(text)).second;
@@ -165,7 +166,7 @@ TEST(Transcode, EveryCharacterRoundTripsThroughEveryUnicodeForm) {
   }
 }
 
-// Alone, and behind a run of ASCII, which goes another way through the code.
+// Alone, and after a run of ASCII, which takes another path through the code.
 TEST(Transcode, Utf8IsCheckedAtEveryLimit) {
   TestHost host;
   const Converter decode(host, 20, 27);
@@ -179,12 +180,12 @@ TEST(Transcode, Utf8IsCheckedAtEveryLimit) {
       std::string expected;
       const JXStatus status = TextModel(20, 27).convert(source, SIZE_MAX, &expected);
       EXPECT_EQ(decode(source), Outcome(status, expected));
-      decode("\xff");  // what was cut is not to be completed by the next row
+      decode("\xff");  // drops a cut character, so that the next row does not complete it
     }
   }
 }
 
-// Text of runs: what real text looks like to the code, with each run length and kind.
+// Text made of runs of every kind and length, as the code sees real text.
 std::u32string random_text(std::mt19937 &random, char32_t end) {
   constexpr std::pair<char32_t, char32_t> kKinds[] = {
       {0x20, 0x7e},     {0, 0x7f},        {0xa0, 0xff},       {0x400, 0x4ff},
@@ -208,14 +209,14 @@ TEST(Transcode, AgreesWithTheCLibraryOnRandomText) {
     const Direct &to = kDirect[i / std::size(kDirect) % std::size(kDirect)];
     std::string source =
         by_iconv("UTF-32LE", from.name, jxchars(random_text(random, from.end))).second;
-    // Texts with a wrong byte, or that end early. Not in UTF-8, in which the C library lets more
-    // pass than there is, and not to a small encoding, for which it drops tag characters.
+    // Texts with a wrong byte, or that end early. Not in UTF-8, where the C library is laxer, and
+    // not to a small encoding, for which it drops tag characters.
     if (random() % 2 && from.number != 20 && to.end == 0x110000 && !source.empty()) {
       source[random() % source.size()] = static_cast<char>(random());
     }
     if (random() % 2) source.resize(source.size() - source.size() % 3);
     const auto [error, bytes] = by_iconv(from.name, to.name, source);
-    // A fresh transcoder, for the text may have ended inside a character.
+    // A fresh transcoder: the text may have ended inside a character.
     const Outcome outcome = Converter(host, from.number, to.number)(source);
     EXPECT_TRUE((outcome.first == JX_OK) == (error == 0 || error == EINVAL) &&
                 outcome.second == bytes)
@@ -232,7 +233,7 @@ TEST(Transcode, TheNativePairIsSharedByThreads) {
   on_threads([&](uint32_t) {
     for (int i = 0; i < 500; ++i) {
       EXPECT_EQ(encode(decode(every_byte).second), Outcome(JX_OK, every_byte));
-      // A fault of one thread is no other thread's.
+      // A fault in one thread does not affect another.
       EXPECT_EQ(encode(jxchars(U"\x100")), Outcome(kUnmappable, ""));
     }
   });

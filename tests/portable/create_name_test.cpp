@@ -3,6 +3,7 @@
 #include <unordered_set>
 
 #include "support/path_fixture.hpp"
+#include "support/path_text.hpp"
 
 namespace jx::test {
 namespace {
@@ -51,7 +52,8 @@ TEST_F(CreateName, Forms) {
     instance->host_name_chars = row.claimed_chars ? row.claimed_chars : chars(host_name);
     ASSERT_EQ(jxhost_set_option(host.reference(), "host.process_id", row.process), JX_OK);
     std::string name;
-    EXPECT_EQ(create_name(jx(row.directory), jx(row.prefix), jx(row.extension), row.flags, &name),
+    EXPECT_EQ(create_name(instance, jx(row.directory), jx(row.prefix), jx(row.extension), row.flags,
+                          &name),
               row.status)
         << row.flags << row.prefix;
     EXPECT_EQ(name, row.name);
@@ -62,9 +64,9 @@ TEST_F(CreateName, Forms) {
 TEST_F(CreateName, Failures) {
   std::string name;
   host.arm(calls(Call::get_option), 0, 0x803fc123u);
-  EXPECT_EQ(create_name(jx("/d"), jx("t"), {}, 2, &name), 0x803fc123u);
+  EXPECT_EQ(create_name(instance, jx("/d"), jx("t"), {}, 2, &name), 0x803fc123u);
   EXPECT_TRUE(host.disarm());
-  EXPECT_EQ(create_name(jx(std::string(1025, 'd')), jx("t"), {}, 2, &name), 1u);
+  EXPECT_EQ(create_name(instance, jx(std::string(1025, 'd')), jx("t"), {}, 2, &name), 1u);
   EXPECT_EQ(instance->name_counter, 2u);
 }
 
@@ -72,11 +74,11 @@ TEST_F(CreateName, OneCycle) {
   std::unordered_set<std::string> names;
   std::string name;
   for (int i = 1; i <= 0xFFFF; ++i) {
-    ASSERT_EQ(create_name(jx("/d"), jx("t"), {}, 2, &name), JX_OK);
+    ASSERT_EQ(create_name(instance, jx("/d"), jx("t"), {}, 2, &name), JX_OK);
     EXPECT_TRUE(names.insert(name).second) << name;
   }
   EXPECT_TRUE(name.ends_with("000000")) << name;
-  EXPECT_EQ(create_name(jx("/d"), jx("t"), {}, 2, &name), JX_OK);
+  EXPECT_EQ(create_name(instance, jx("/d"), jx("t"), {}, 2, &name), JX_OK);
   EXPECT_TRUE(name.ends_with("000001")) << name;
 }
 
@@ -90,7 +92,7 @@ TEST_F(CreateName, EightThreads) {
     for (size_t first = 0; first < made.size(); first += made.size() / 8) {
       threads.emplace_back([&made, first, prefix, this] {
         for (size_t i = first; i < first + made.size() / 8; ++i) {
-          EXPECT_EQ(create_name(jx("/d"), jx(prefix), {}, 2, &made[i]), JX_OK);
+          EXPECT_EQ(create_name(instance, jx("/d"), jx(prefix), {}, 2, &made[i]), JX_OK);
         }
       });
     }

@@ -1,10 +1,11 @@
 // Directory handles, and the lists of their members.
-#include "support/path_fixture.hpp"
+#include "support/directory_fixture.hpp"
+#include "support/path_text.hpp"
 
 namespace jx::test {
 namespace {
 
-class Directory : public PathTest {
+class Directory : public DirectoryTest {
  protected:
   Owned<JXDirectory> open_all(const JXString &path, uint32_t options = JX_DIRECTORY_OPEN_ALL) {
     JXStatus status = 1;
@@ -35,7 +36,7 @@ TEST_F(Directory, ReadsEveryName) {
   EXPECT_EQ(narrow(every->path, every->path_chars), ".");
   EXPECT_EQ(every->pool, every->working_pool);
   EXPECT_NE(every->pool, instance->pool);
-  // The directory stays the one that was current at the open.
+  // The handle keeps the directory that was current at the open.
   fs::current_path("/");
   for (const auto &[directory, expected] : {std::pair(&some, visible), std::pair(&every, all)}) {
     std::set<std::string> names;
@@ -56,7 +57,7 @@ TEST_F(Directory, ANameThatDoesNotFitIsLost) {
   EXPECT_EQ(directory->read(directory.get(), name, &length), JX_OK);
   EXPECT_EQ(length, 4u);
   EXPECT_EQ(directory->read(directory.get(), name, &length), JXWEM_E_EOF);
-  // The length is that of the name, also where the decoder makes less of it.
+  // The length is that of the name even if the decoder produces less.
   const auto again = open_all(at(""), 0);
   JXTranscoder idle = {[](auto, auto, auto, auto, auto, uint32_t *produced_bytes, auto) {
     return JXStatus{*produced_bytes = 0};
@@ -88,7 +89,8 @@ TEST_F(Directory, MemberExist) {
 
 TEST_F(Directory, Refusals) {
   make_file("file");
-  // What an open made goes before its pool, the records that a table did not get before the table.
+  // A failed open frees its blocks before its pool; a failed list frees leftover records before the
+  // table.
   host.start_trace();
   EXPECT_EQ(open_status(at("file")), JXWEM_E_NOTFOUND);
   const auto trace = host.take_trace();
@@ -104,7 +106,8 @@ TEST_F(Directory, Refusals) {
   EXPECT_EQ(status, JXWEM_E_NAMETOOLONG);
   EXPECT_FALSE(jxwemdirectoryopen(nullptr, &text, 1, 0, 0, nullptr, nullptr, nullptr));
   EXPECT_FALSE(jxwemdirectorylist(nullptr, &text, 1, 0, 0, nullptr, nullptr));
-  // The instance or handle goes before other arguments; a closed handle is none.
+  // The instance or handle is checked before other arguments; a closed handle does not count as
+  // one.
   uint64_t count = 7;
   EXPECT_EQ(bkwemdirectorylist(nullptr, nullptr, 0, 9, 0, nullptr, &count), JXWEM_E_NOHANDLE);
   EXPECT_EQ(count, 0u);
@@ -117,15 +120,15 @@ TEST_F(Directory, Refusals) {
   EXPECT_EQ(jxwemdirectoryclose(nullptr), JXWEM_E_NOHANDLE);
 }
 
-// Each full path of a member list is what the path build makes of the handle's path and the name,
-// however the handle's path is written and whatever the name.
+// Each full path of a member list equals the path built from the handle's path and the name, for
+// every spelling of the handle's path and every name.
 TEST_F(Directory, FullPathsAreBuiltPaths) {
   setenv("HOME", dir.file("home").c_str(), 1);
   setenv("JX_TEST_DIR", dir.path().c_str(), 1);
   setenv("JX_TEST_D", "a/$JX_TEST_E", 1);
   setenv("JX_TEST_E", "b", 1);
-  // A value that the work area cuts: no member's name is left behind it, whatever the value ends
-  // in.
+  // A value that the work area cuts: no member's name fits after it, with any last character of the
+  // value.
   const std::string cut = dir.file("a/b/x");
   setenv("JX_TEST_CUT", (cut + std::string(1022 - cut.size(), '/')).c_str(), 1);
   for (const char *folder : {"home", "a/b", "a/b/x", "a/x y", "$JX_TEST_UNSET"}) {
@@ -145,7 +148,7 @@ TEST_F(Directory, FullPathsAreBuiltPaths) {
       EXPECT_EQ(read_names(open_all(jx(path)), &names), JX_OK);
       std::set<std::string> expected;
       for (auto name = names.begin(); name != names.end() && status == JX_OK; ++name) {
-        expected.insert(build(jx(path), jx(*name), {}, &status));
+        expected.insert(build(instance, jx(path), jx(*name), {}, &status));
       }
       uint64_t count = 0;
       JXStatus list_status = 0;
@@ -182,14 +185,14 @@ TEST_F(Directory, MemberList) {
     EXPECT_EQ(found, (std::set<std::string>{"/.=1", "/..=1", "/.profile=3", "/name=5", "/sub=1"}));
     EXPECT_EQ(count, 5u);
   }
-  // Information with neither a table nor a failure ends the list: what came before it is good.
+  // Information with neither a table nor a failure ends the list; the members before it are valid.
   instance->info = [](auto... arguments) {
     static int calls = 0;
     return ++calls == 2 ? nullptr : jxweminfo(arguments...);
   };
   EXPECT_TRUE(members(open_all(at("")), pool, JX_LIST_INFORMATION, &count, &status));
   EXPECT_EQ(count, 1u);
-  // No names: no table and no failure. A member that cannot be asked about ends the list.
+  // No names: no table and no failure. A member whose information fails ends the list.
   EXPECT_FALSE(members(open_all(at("sub"), 0), pool, 0, &count, &status));
   EXPECT_EQ(status, JX_OK);
   EXPECT_EQ(count, 0u);

@@ -1,5 +1,5 @@
-// The entry and the end of an instance: what is asked of the host, in which order, and what is left
-// when any of it fails.
+// The entry and the end of an instance: the host calls, their order, and the undoing when one
+// fails.
 #include <gtest/gtest.h>
 
 #include <array>

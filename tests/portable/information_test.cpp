@@ -4,12 +4,12 @@
 
 #include <bit>
 
-#include "support/path_fixture.hpp"
+#include "support/directory_fixture.hpp"
 
 namespace jx::test {
 namespace {
 
-class Information : public PathTest {
+class Information : public DirectoryTest {
  protected:
   struct Item {
     const char *name;
@@ -85,7 +85,7 @@ TEST_F(Information, Failures) {
   jxextent(host.host());
 }
 
-// What each list asks of the host for its table.
+// The table attributes that each list requests from the host.
 TEST_F(Information, Tables) {
   const std::pair<const char *, std::function<JXStatus()>> rows[] = {
       {"create_table 1 536870912 JXWEM Info", [this] { return info_status(at("")); }},

@@ -1,10 +1,12 @@
 // Lists of directories.
-#include "support/path_fixture.hpp"
+#include "support/directory_fixture.hpp"
+#include "support/path_text.hpp"
+#include "support/small_stack.hpp"
 
 namespace jx::test {
 namespace {
 
-using DirectoryList = PathTest;
+using DirectoryList = DirectoryTest;
 
 TEST_F(DirectoryList, Statuses) {
   setenv("HOME", dir.path().c_str(), 1);
@@ -32,8 +34,8 @@ TEST_F(DirectoryList, Statuses) {
   }
 }
 
-// With attributes every record holds what the information operation says of the built path, or the
-// defaults where it fails.
+// With attributes every record has the facts that `info` gives for the built path, or the defaults
+// when it fails.
 TEST_F(DirectoryList, Records) {
   using Facts = std::tuple<int64_t, double, uint32_t>;  // size, time, whether a directory
   setenv("JX_TEST_T", dir.file("trailing  ").c_str(), 1);
@@ -51,7 +53,7 @@ TEST_F(DirectoryList, Records) {
       std::map<std::string, Facts> expected = {{dir.file(folder), {-1, -1.0, 1}}};
       for (const std::string &name : names) {
         JXStatus status = 0;
-        const std::string full = build(at(folder), jx(name), {}, &status);
+        const std::string full = build(instance, at(folder), jx(name), {}, &status);
         Facts &facts = expected[(flags & 1) != 0 ? full : name];
         facts = {-1, -1.0, 0};
         const auto table = (flags & 2) != 0 ? info(jx(full), &status) : nullptr;
@@ -65,7 +67,7 @@ TEST_F(DirectoryList, Records) {
       JXStatus status = 0;
       uint64_t count = 0;
       const auto table = list(given, JX_DIRECTORY_NAMED, flags, &count, &status);
-      // With attributes the loop is asked about; a folder that its built paths miss has none.
+      // With attributes the loop is reported; in a folder that its built paths miss there is none.
       const bool meets_loop = (flags & 2) != 0 && folder == "folder";
       expect_journal(meets_loop ? std::vector{ELOOP} : std::vector<int>{});
       std::map<std::string, Facts> found;
@@ -100,7 +102,7 @@ TEST_F(DirectoryList, HundredThousandMembersOnALittleStack) {
     const uint64_t blocks = host.count(Call::pool_allocate);
     const auto table = list(at("wide"), JX_DIRECTORY_NAMED, 3, &count, &status);
     EXPECT_EQ(count, 100'001u);
-    // Besides the record and the name of each member, only a few blocks for the directory.
+    // A record and a name for each member, and a few blocks for the directory.
     EXPECT_LE(host.count(Call::pool_allocate) - blocks, 2 * count + 12);
   });
 }

@@ -1,15 +1,16 @@
 // Every path operation with each call of the host and each system call failing in turn.
-#include "support/path_fixture.hpp"
+#include "support/directory_fixture.hpp"
+#include "support/path_text.hpp"
 #include "support/sweep.hpp"
 
 namespace jx::test {
 namespace {
 
-class PathSweep : public PathTest {
+class PathSweep : public DirectoryTest {
  protected:
   using Operation = std::pair<const char *, std::function<JXStatus()>>;
 
-  // Makes what the operations need and takes away what they made.
+  // Creates the operations' input and removes their output.
   void restore() {
     for (const char *name : {"new", "copy", "other"}) fs::remove_all(dir.file(name));
     make_folder("tree/sub/deeper");
@@ -20,7 +21,7 @@ class PathSweep : public PathTest {
 
   JXStatus build_status() {
     JXStatus status = 0;
-    build({}, jx("x"), jx("e"), &status);
+    build(instance, {}, jx("x"), jx("e"), &status);
     return status;
   }
   JXStatus remove_all() {
@@ -31,9 +32,9 @@ class PathSweep : public PathTest {
 
   std::array<std::string, 4> parts;
   std::string made_name;
-  // Each from a restored folder and without a trace in the host.
+  // Each starts from a restored folder and leaves nothing in the host.
   const std::vector<Operation> operations = {
-      {"split", [this] { return split(jx("/a/b.c"), &parts); }},
+      {"split", [this] { return split(instance, jx("/a/b.c"), &parts); }},
       {"build", [this] { return build_status(); }},
       {"exist", [this] { return exist(at("tree")); }},
       {"isdir", [this] { return is_dir(at("tree")); }},
@@ -48,7 +49,8 @@ class PathSweep : public PathTest {
       {"member list", [this] { return members_status(at("tree")); }},
       {"list", [this] { return list_status(at("tree/file"), JX_DIRECTORY_PARENT, 1); }},
       {"list with attributes", [this] { return list_status(at("tree"), 0, 3); }},
-      {"create name", [this] { return create_name({}, {}, {}, JX_NAME_HOST, &made_name); }},
+      {"create name",
+       [this] { return create_name(instance, {}, {}, {}, JX_NAME_HOST, &made_name); }},
   };
 };
 
@@ -60,7 +62,7 @@ TEST_F(PathSweep, EachHostCall) {
       return run_it();
     };
     for (const SweepRun &met : sweep(host, kAllFailing, run)) {
-      // Memory has a status of its own; a member that cannot be asked about keeps its place.
+      // Out of memory has its own status; a member whose information fails stays in the list.
       if (met.failed == "pool_allocate" || met.failed == "create_pool") {
         const bool may_go_on = name == std::string_view("list with attributes");
         EXPECT_TRUE(met.status == JX_E_NOMEM || (may_go_on && met.status == JX_OK)) << met.n;

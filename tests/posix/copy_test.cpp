@@ -1,5 +1,6 @@
 // Copies of files and trees.
 #include "support/path_fixture.hpp"
+#include "support/small_stack.hpp"
 #include "support/syscalls.hpp"
 
 namespace jx::test {
@@ -39,7 +40,7 @@ TEST_F(Copy, Files) {
   EXPECT_TRUE(disarm_syscalls());
   EXPECT_TRUE(read_file(dir.file("target")) == content) << "after short writes";
   fs::remove(dir.file("target"));
-  // Copied in the blocks of the source's own size; what was written before a fault stays.
+  // Copied in blocks of the source's size; data written before a fault stays.
   struct stat64 facts;
   ASSERT_EQ(stat64(dir.file("source").c_str(), &facts), 0);
   arm_syscalls(syscalls(Syscall::write), {.n = 1, .error = ENOSPC});
@@ -72,7 +73,7 @@ TEST_F(Copy, Refusals) {
       {"folder", "nothing/new", JXWEM_E_NOPATH},
       {"folder", "file/new", JXWEM_E_SYSTEM, {ENOTDIR}},
       {"folder", "to_nothing", JXWEM_E_EXISTS},
-      {"file", "to_new", JX_OK},  // makes what the link points to
+      {"file", "to_new", JX_OK},  // creates the target of the link
   };
   for (const Row &row : rows) {
     EXPECT_EQ(copy_names(row.from, row.to), row.status) << row.from << " " << row.to;
@@ -80,14 +81,14 @@ TEST_F(Copy, Refusals) {
     expect_journal(row.errors);
   }
   EXPECT_EQ(read_file(dir.file("made")), "content");
-  // Climbing above the root is refused, unless the target is there anyway.
+  // Climbing above the root is refused, unless the target exists.
   fs::current_path("/");
   EXPECT_EQ(copy(jx("../.."), at("new")), JXWEM_E_FAILED);
   EXPECT_EQ(copy(jx("../.."), at("file")), JXWEM_E_EXISTS);
   EXPECT_EQ(copy(at("file"), jx("../..")), JXWEM_E_FAILED);
 }
 
-// The paths given are expanded, the names in the tree are not; nor when the copy is removed.
+// The caller's paths are expanded, the names in the tree are not, also when the copy is removed.
 TEST_F(Copy, TreeOfHardNames) {
   setenv("HOME", dir.path().c_str(), 1);
   setenv("A", "/nowhere", 1);
@@ -103,14 +104,14 @@ TEST_F(Copy, TreeOfHardNames) {
   fs::current_path(dir.path());
   EXPECT_EQ(copy(jx("~/tree/"), jx("./$JX_TEST_TO//")), JX_OK);
   auto expected = names_below("tree");
-  expected.insert("to_folder/file");  // links are copied as what they point to
+  expected.insert("to_folder/file");  // links are followed
   EXPECT_EQ(names_below("copy"), expected);
   EXPECT_EQ(read_file(dir.file("copy/$HOME/blanks  ")), "blanks  ");
   EXPECT_FALSE(fs::is_symlink(dir.file("copy/to_file")));
   EXPECT_EQ(remove(at("copy"), JX_REMOVE_CONTENTS), JX_OK);
   EXPECT_FALSE(exists("copy"));
   EXPECT_EQ(names_below("tree").size() + 1, expected.size());
-  // What a slot that stands in for the module's close answers is the outcome of the copy.
+  // The answer of a close slot that a host replaced is the outcome of the copy.
   instance->directory_open = [](auto... arguments) {
     JXDirectory *directory = jxwemdirectoryopen(arguments...);
     EXPECT_EQ(directory->options, JX_DIRECTORY_OPEN_ALL);
@@ -147,7 +148,7 @@ TEST_F(Copy, MembersUpTo1024Characters) {
     EXPECT_EQ(copy(jx(folder), at("copy")), status) << name_chars;
     fs::remove_all(dir.file("copy"));
   }
-  // The target's side counts as well, and so does what the caller wrote.
+  // The target's path counts too, and so does the caller's spelling.
   make_folder("tree");
   make_file("tree/" + std::string(30, 'f'));
   EXPECT_EQ(copy(at("tree"), jx(folder + "/c")), JXWEM_E_NAMETOOLONG);

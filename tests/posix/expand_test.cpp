@@ -1,4 +1,4 @@
-// Path expansion: every rule as rows, every bound at its edge, every failure of the host.
+// Path expansion: the rules as rows, the bounds at their edges, the failures of the host.
 #include <pwd.h>
 
 #include "support/path_fixture.hpp"
@@ -12,7 +12,7 @@ class Expand : public PathTest {
     PathTest::SetUp();
     setenv("HOME", "/home/u", 1);
   }
-  // What an expansion gave: the path, or its status as a number.
+  // The expanded path, or the status as a number.
   std::string expand(const JXString &path) {
     JXChar *result = nullptr;
     uint32_t length = 0;
@@ -35,7 +35,7 @@ TEST_F(Expand, Rules) {
   }
   make_folder("u");
   fs::current_path(dir.file("u"));
-  // Paths and their expansions, in which "@" stands for the folder above the current directory.
+  // Paths and their expansions, in which "@" is the parent of the current directory.
   const auto check = [&](std::initializer_list<const char *> rows) {
     for (const char *row : rows) {
       const auto [path, expected] = cells<2>(row);
@@ -95,7 +95,7 @@ TEST_F(Expand, Bounds) {
       // The platform form and the work area.
       {"/" + text(1023), "/" + text(1023)},
       {"/" + text(1024), too_long},
-      // Prefix, slash and remainder, with two characters to spare.
+      // Prefix, slash and remainder, two characters below the bound.
       {"~/" + text(522), "/" + text(499) + "/" + text(522)},
       {"~/" + text(523), too_long},
       // A value that runs past the work area is cut there; what it refers to is not.
@@ -106,12 +106,12 @@ TEST_F(Expand, Bounds) {
       // A variable's name.
       {"/$" + text(126), "/value"},
       {"/$" + text(127), too_long},
-      // A character that would end the platform form.
+      // A character that would terminate the platform form.
       {std::string("/a\0b", 4), failed},
   };
   for (const auto &[path, expected] : rows) EXPECT_EQ(expand(path), expected) << path;
-  EXPECT_EQ(expand(JXString{'/', 0x100}), failed);  // a character that is no byte
-  // No path of a length, and a length that cannot be: refused before memory is asked for.
+  EXPECT_EQ(expand(JXString{'/', 0x100}), failed);  // a character above 255
+  // A length without a path, and an impossible length: refused before memory is allocated.
   JXChar *path = nullptr;
   uint32_t path_chars = 0;
   const JXChar root = '/';
@@ -128,7 +128,7 @@ TEST_F(Expand, ValuesNestSixteenDeep) {
   for (int i = 1; i < 17; ++i) {
     const std::string next = std::to_string(i + 1);
     set("N", i, "$N" + next);
-    // Values that refer to many others must not hold the caller up.
+    // Values that refer to many others must not take exponential time.
     std::string many;
     for (int k = 0; k < 100; ++k) many += "$M" + next;
     set("M", i, many);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <map>
 
-#include "support/path_fixture.hpp"
+#include "support/directory_fixture.hpp"
 #include "support/syscalls.hpp"
 
 namespace jx::test {
@@ -18,7 +18,7 @@ constexpr JXStatus kFull = JXWEM_E_DISKFULL;
 constexpr JXStatus kFailed = JXWEM_E_FAILED;
 constexpr JXStatus kSystem = JXWEM_E_SYSTEM;
 
-// The errno values that a call's table tells apart, by their status.
+// The errno values in a call's table, by status.
 using Rows = std::map<JXStatus, std::set<int>>;
 const Rows kNone;
 const Rows kStat = {{kMissing, {ENOENT}}, {kAccess, {EACCES}}};
@@ -43,10 +43,10 @@ const Rows kReading = {{JX_OK, {EINTR}}};
 const Rows kClosing = {{JX_OK, {EINTR}}, {JXWEM_E_NOTSUPPORTED, {ENXIO}}, {kFull, {ENOSPC}}};
 const Rows kWriting = {{JXWEM_E_NOTSUPPORTED, {ENXIO}}, {kFull, {ENOSPC}}};
 
-class FileOperations : public PathTest {
+class FileOperations : public DirectoryTest {
  protected:
   void SetUp() override {
-    PathTest::SetUp();
+    DirectoryTest::SetUp();
     make_file("file");
     make_folder("folder/inner");
     make_folder("empty");
@@ -57,7 +57,7 @@ class FileOperations : public PathTest {
   }
 };
 
-// What the system refuses to a user who may look but not touch, and behind a closed door.
+// Refusals to a user with read access only, and in a folder without search permission.
 TEST_F(FileOperations, RightsOfAnotherUser) {
   ASSERT_EQ(chmod(dir.path().c_str(), 0755), 0);
   ASSERT_EQ(chmod(dir.file("folder").c_str(), 0), 0);
@@ -73,7 +73,7 @@ TEST_F(FileOperations, RightsOfAnotherUser) {
     EXPECT_EQ(open_status(at("folder")), kAccess);
     EXPECT_EQ(list_status(at("folder"), JX_DIRECTORY_NAMED), kAccess);
     EXPECT_EQ(remove(at("folder/inner")), kMissing);
-    // Its names can be listed, but not asked what they are.
+    // Its names can be listed, but not examined.
     EXPECT_EQ(remove(at("public/listed"), JX_REMOVE_CONTENTS), kMissing);
     EXPECT_EQ(remove(at("file")), kAccess);
     EXPECT_EQ(rename(at("file"), at("x")), kAccess);
@@ -140,7 +140,7 @@ TEST_F(FileOperations, MakeDirectory) {
   EXPECT_EQ(make({}), JXWEM_E_BADNAME);
 }
 
-// What each errno of the n-th such system call becomes in an operation.
+// The status and journal line of an operation for each errno of its n-th system call of a kind.
 TEST_F(FileOperations, ErrnoTables) {
   const auto remove_file = [&] { return remove(at("file")); };
   const auto remove_folder = [&] {

@@ -1,4 +1,5 @@
-// Paths taken apart and put together.
+// Splitting and building paths.
+#include "support/path_text.hpp"
 #include "support/path_fixture.hpp"
 
 namespace jx::test {
@@ -7,12 +8,12 @@ namespace {
 using PathText = PathTest;
 
 TEST_F(PathText, Split) {
-  // Paths, then their directories, members, bases and extensions; what is absent is empty.
+  // Path, directory, member, base and extension; empty if absent.
   const auto check = [&](std::initializer_list<const char *> rows) {
     for (const char *row : rows) {
       const auto [path, directory, member, base, extension] = cells<5>(row);
       std::array<std::string, 4> parts;
-      EXPECT_EQ(split(jx(path), &parts), JX_OK) << row;
+      EXPECT_EQ(split(instance, jx(path), &parts), JX_OK) << row;
       EXPECT_EQ(parts, (std::array{directory, member, base, extension})) << row;
     }
   };
@@ -42,13 +43,14 @@ TEST_F(PathText, Build) {
   fs::current_path(dir.path());
   setenv("HOME", "/home/u", 1);
   setenv("JX_TEST_A", "name", 1);
-  // Directory, member, extension and the path, in which "@" stands for the current directory.
+  // Directory, member, extension and the path, in which "@" is the current directory.
   const auto check = [&](std::initializer_list<const char *> rows) {
     for (const char *row : rows) {
       const auto [directory, member, extension, path] = cells<4>(row);
       const std::string expected = path.starts_with('@') ? dir.path() + path.substr(1) : path;
       JXStatus status = 1;
-      EXPECT_EQ(build(jx(directory), jx(member), jx(extension), &status), expected) << row;
+      EXPECT_EQ(build(instance, jx(directory), jx(member), jx(extension), &status), expected)
+          << row;
       EXPECT_EQ(status, JX_OK) << row;
     }
   };
@@ -77,7 +79,7 @@ TEST_F(PathText, BuildUpTo1024Characters) {
   };
   for (const auto &[directory, member, extension_chars, expected] : rows) {
     JXStatus status = 2;
-    build(jx(directory), jx(member), jx(std::string(extension_chars, 'e')), &status);
+    build(instance, jx(directory), jx(member), jx(std::string(extension_chars, 'e')), &status);
     EXPECT_EQ(status, expected) << directory.size() << member << extension_chars;
   }
 }
@@ -92,7 +94,7 @@ TEST_F(PathText, BuildRefusesWhatCannotBe) {
               JXWEM_E_NAMETOOLONG);
   }
   EXPECT_EQ(bkwembuildpath(instance, text, ~0u, text, 1, text, 0, &path, &path_chars), 1u);
-  // Its instance goes before its other arguments; the results it is given are cleared.
+  // The instance is checked before other arguments; the results are cleared.
   path_chars = 7;
   EXPECT_EQ(bkwembuildpath(nullptr, text, 5, text, 1, text, 0, nullptr, &path_chars),
             JXWEM_E_NOHANDLE);

@@ -1,10 +1,11 @@
-// Removal of files, links and trees, whatever the tree looks like and whoever changes it meanwhile.
+// Removal of files, links and trees of any shape, also while an attacker changes them.
 #include <sys/resource.h>
 #include <sys/syscall.h>
 
 #include <thread>
 
 #include "support/path_fixture.hpp"
+#include "support/small_stack.hpp"
 
 namespace jx::test {
 namespace {
@@ -13,7 +14,7 @@ class Remove : public PathTest {
  protected:
   JXStatus remove_tree(std::string_view name) { return remove(at(name), JX_REMOVE_CONTENTS); }
 
-  // A folder outside every tree that is removed, and a file in it that must stay.
+  // A folder outside the removed tree, with a file that must stay.
   void make_outside() {
     make_folder("outside/sub");
     make_file("outside/sub/keep");
@@ -82,8 +83,8 @@ TEST_F(Remove, OneName) {
 
 TEST_F(Remove, AnEntrySwappedForALinkDoesNotLeadOutside) {
   make_outside();
-  // Before the first removal of the tree's root, before its opening, before the removal and the
-  // opening of the folder in it, before that folder is removed at last.
+  // When the swap happens: before the first removal of the tree's root, before its open, before the
+  // removal and the open of the folder in it, before that folder's final removal.
   const std::pair<const char *, uint32_t> rows[] = {{"rmdir", 0},    {"openat64", 0},
                                                     {"unlinkat", 0}, {"openat64", 1},
                                                     {"unlinkat", 2}, {"rmdir", 1}};
@@ -110,7 +111,8 @@ TEST_F(Remove, AnEntrySwappedForALinkDoesNotLeadOutside) {
 TEST_F(Remove, AFolderMovedAwayIsNotFollowedUp) {
   make_outside();
   make_chain("tree", 40);
-  // When the walk is at the bottom the upper levels are closed; the way back up leads elsewhere.
+  // When the walk is at the bottom the upper levels are closed; then the way back up leads
+  // elsewhere.
   arm_path_call("readdir64_r", 3 * 39 + 1, 0, [&] {
     fs::rename(dir.file("tree/deeper/deeper/deeper/deeper"), dir.file("outside/sub/deeper"));
   });
@@ -134,7 +136,7 @@ TEST_F(Remove, AnAttackerWhoSwapsAFolderAndALink) {
     for (const std::string &folder : {tree, first, first + "/sub"}) mkdir(folder.c_str(), 0755);
     close(open64((first + "/sub/keep").c_str(), O_WRONLY | O_CREAT, 0644));
     fs::create_directory_symlink(dir.file("outside"), second, error);
-    // The link ends the removal; without it the second one starts afresh.
+    // The link ends the removal; a second attempt without it starts afresh.
     for (int attempt = 0; attempt < 2; ++attempt) {
       if (remove_tree("tree") == JX_OK) ++removed;
       ASSERT_TRUE(outside_is_whole()) << round;
@@ -143,13 +145,13 @@ TEST_F(Remove, AnAttackerWhoSwapsAFolderAndALink) {
     }
   }
   EXPECT_GT(removed, 0u);
-  journal.take_lines();  // what the attacker made fail
+  journal.take_lines();  // failures that the attacker caused
 }
 
 TEST_F(Remove, DeepAndWideTreesWithLittleStackAndFewDescriptors) {
   make_chain("deep", 6000);
   make_wide_folder("wide");
-  // Branches on many levels: closed levels are read on when the walk is back.
+  // Branches on many levels: the walk resumes levels that it had closed.
   make_folder("bushy");
   for (int i = 0; i < 3; ++i) {
     make_chain("bushy/chain" + std::to_string(i), 50);

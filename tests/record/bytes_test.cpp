@@ -1,4 +1,4 @@
-// Binary records and what is under all records: devices, pipes, offsets beyond 32 bits, the number
+// Binary records, and what all formats rely on: devices, pipes, offsets beyond 32 bits, the number
 // and size of transfers.
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -13,9 +13,8 @@
 #include "support/open.hpp"
 #include "support/syscalls.hpp"
 
+namespace jx::test {
 namespace {
-
-using namespace jx::test;
 
 class Bytes : public InstanceTest {
  protected:
@@ -43,7 +42,7 @@ TEST_F(Bytes, NoHandle) {
   }
 }
 
-// A block is written when it is full, neither later nor twice.
+// A block is written as soon as it is full, and once.
 TEST_F(Bytes, Transfers) {
   struct Row {
     uint32_t buffered, flags;
@@ -119,7 +118,7 @@ TEST_F(Bytes, Devices) {
   }
 }
 
-// A pipe has no positions; asking for one harms nothing.
+// A pipe has no offsets; asking for one does no harm.
 TEST_F(Bytes, Fifo) {
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
   const int fd = ::open(path.c_str(), O_RDWR);
@@ -178,3 +177,4 @@ TEST_F(Bytes, BeyondFourGigabytes) {
 }
 
 }  // namespace
+}  // namespace jx::test

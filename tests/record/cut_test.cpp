@@ -1,4 +1,4 @@
-// Characters that a record or a chunk cuts off, in encodings that show it in every way there is.
+// Characters that a record or a chunk cuts off, in one encoding for each way to detect it.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -30,7 +30,7 @@ const Row kRows[] = {
     {"ibm939", "\x0E\x45", "\x4E\x0F", "\x25", "\x84\x85\x86"},
 };
 
-// Buffered and direct input, and update; output takes the place of input.
+// Buffered and direct input, and update; for writing, output replaces input.
 constexpr std::pair<uint32_t, uint32_t> kModes[] = {{0, 1}, {0, 0}, {JX_ACCESS_UPDATE, 0}};
 
 class Cut : public InstanceTest {
@@ -94,8 +94,7 @@ TEST_F(Cut, IsTheFaultOfTheRecordThatIsWritten) {
   }
 }
 
-// What is held is dropped at a new position, and after a failure, also one that the transcoder had
-// no part in.
+// A held start is dropped at a new position and after any failure, even one outside the transcoder.
 TEST_F(Cut, IsDroppedWhereTheNextTextIsAnother) {
   for (const Row &row : kRows) {
     const uint32_t encoding = jxhost_encoding_by_name(row.encoding);

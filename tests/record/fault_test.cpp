@@ -1,5 +1,5 @@
-// Faults on the way of records: every call of the host and every system call of a file's life fails
-// in turn, in every format; and transfers that the system shortens.
+// Faults in the life of a file: every host call and every system call fails in turn, in every
+// format; and partial transfers.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -22,7 +22,7 @@ struct Way {
   friend void PrintTo(const Way &way, std::ostream *out) { *out << way.name; }
 };
 
-// Most names are literal: the expansion has sweeps of its own.
+// Most names are literal: expansion has sweeps of its own.
 constexpr uint32_t kLiteral = JX_OPEN_LITERAL_NAME;
 constexpr Way kWays[] = {
     {"text_buffered", 0, 1, 0, 0, 0},
@@ -42,7 +42,7 @@ constexpr uint32_t kRecords = 3;
 constexpr uint32_t kRecordChars = 4000;  // three fill more than a block of the buffer
 
 // A file's life in one of the ways. Keeps the first failure and goes on only as far as a careful
-// caller would: whatever happens, every file is closed.
+// caller would; every file is closed.
 class Life {
  public:
   Life(JXInstance *instance, const Way &way, std::string path, bool tries_again)
@@ -162,7 +162,7 @@ TEST_P(Fault, HostCalls) {
       {"measure_conversion", {kFaultStatus}},
       {"encoding_info", {kFaultStatus}},
       {"transcode", {kFaultStatus}},
-      // While the control strings are made; at close it is too late to matter.
+      // While the control strings are made it is a failure; at close it is ignored.
       {"destroy_transcoder", {kFaultStatus, JX_OK}},
       {"lock_acquire", {kFaultStatus}},
       {"lock_release", {kFaultStatus}},
@@ -179,8 +179,8 @@ TEST_P(Fault, SystemCalls) {
                      {"fsync", {JXWEM_E_SYSTEM}},
                      {"lseek64", {JXWEM_E_FAILED}},
                      {"ftruncate64", {JXWEM_E_SYSTEM}}};
-  // The bytes that take a byte-order mark's place are read again by the next call when their read
-  // fails and the chunk before them is transcoded.
+  // When the read that replaces a byte-order mark's bytes fails, the chunk before it is delivered
+  // and the next call reads them again.
   if (GetParam().format == JX_FORMAT_STREAM) answers["read"].insert(JX_OK);
   check(sweep_syscalls(host, kAllSyscalls, EIO, [this] { return live_once(); }), answers);
   check(sweep_syscalls(host, syscalls(Syscall::write, Syscall::sync), ENOSPC,
@@ -188,19 +188,19 @@ TEST_P(Fault, SystemCalls) {
         {{"write", {JXWEM_E_DISKFULL}}, {"fsync", {JXWEM_E_DISKFULL}}});
 }
 
-// A read that failed loses nothing: tried again, it gives the record.
+// A failed read loses nothing: repeated, it gives the record.
 TEST_P(Fault, ReadsCanBeTriedAgain) {
   const auto runs =
       sweep_syscalls(host, syscalls(Syscall::read), EIO, [this] { return live_once(true, true); });
   check(runs, {{"read", {JX_OK}}});
 }
 
-// Shortened transfers change nothing but the number of calls.
+// Partial transfers change only the number of calls.
 TEST_P(Fault, ShortTransfers) {
   const bool is_buffered =
       GetParam().buffered != 0 && !(GetParam().flags & JX_OPEN_DIRECT_TRANSFER);
   for (const uint32_t most_bytes : {1u, 5u, 4096u}) {
-    // A direct read is one transfer, as long as the system makes it.
+    // A direct read is one transfer, of the length that the system gives.
     const Syscalls reads = is_buffered ? syscalls(Syscall::read) : 0;
     arm_syscalls(reads | syscalls(Syscall::write), {.most_bytes = most_bytes, .to_the_end = true});
     EXPECT_EQ(live_once(!is_buffered), JX_OK) << most_bytes;
@@ -210,7 +210,7 @@ TEST_P(Fault, ShortTransfers) {
 
 using FlushFault = InstanceTest;
 
-// Errors of a flush by number, and whether the journal hears of them.
+// Statuses of a failed flush by errno, and whether the journal gets a line.
 TEST_F(FlushFault, ByNumber) {
   struct Row {
     int error;
@@ -227,7 +227,7 @@ TEST_F(FlushFault, ByNumber) {
     arm_syscalls(syscalls(Syscall::sync), {.error = row.error});
     EXPECT_EQ(file->flush(file), row.status) << row.error;
     EXPECT_EQ(journal.take_lines().size(), row.journal_lines) << row.error;
-    // The flush of a close fails: the file is closed all the same.
+    // The flush of a close fails: the file is closed anyway.
     arm_syscalls(syscalls(Syscall::sync), {.error = row.error});
     EXPECT_EQ(file.close(), row.status) << row.error;
     EXPECT_TRUE(disarm_syscalls());

@@ -1,5 +1,5 @@
-// The routines under the records, one system call each: what each failure of the call becomes, and
-// whether the journal hears of it.
+// The file access routines, one system call each: the status of each failure, and whether the
+// journal gets a line.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -83,7 +83,7 @@ TEST_F(HostAccess, FaultsByNumber) {
   }
 }
 
-// What cannot be written does not keep the rest from the device.
+// A failed write does not stop the flush to the device.
 TEST_F(HostAccess, FlushGoesOnAfterAFailedWrite) {
   File file(instance, path, open_options(JX_ACCESS_OUTPUT));
   ASSERT_TRUE(file);
@@ -128,7 +128,7 @@ TEST_F(HostAccess, MissingHandlesAndBlocks) {
   EXPECT_EQ(skwem_close(nullptr), JXWEM_E_NOHANDLE);
   EXPECT_EQ(skwem_flush(nullptr), JXWEM_E_NOHANDLE);
   EXPECT_EQ(sk_buf_write(nullptr, "x", 1), JXWEM_E_NOHANDLE);
-  // A handle that gathers no blocks has none to fill.
+  // An unbuffered handle has no block to fill.
   File direct(instance, path, open_options(JX_ACCESS_UPDATE, 0));
   ASSERT_TRUE(direct);
   EXPECT_EQ(sk_buf_write(direct, "x", 1), JXWEM_E_NOTSUPPORTED);

@@ -1,4 +1,4 @@
-// Text lines: what ends a record, line ends at the edge of a block, and the transfers they cost.
+// Text lines: the ends of records, line ends at the edge of a block, and the number of transfers.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -13,9 +13,8 @@
 #include "support/syscalls.hpp"
 #include "support/text_model.hpp"
 
+namespace jx::test {
 namespace {
-
-using namespace jx::test;
 
 class Lines : public InstanceTest {
  protected:
@@ -32,8 +31,8 @@ class Lines : public InstanceTest {
   const std::string path = dir.file("lines");
 };
 
-// A line of exactly the record length, with and without a mark before it, begins at every place
-// from which it, its line end or its mark reaches over the end of a block.
+// A line of exactly the record length, with and without a mark before it, starts at every offset
+// where the line, its line end or its mark crosses the end of a block.
 TEST_F(Lines, FullLineAtTheEndOfABlock) {
   constexpr uint32_t kChars = 8;
   for (const uint32_t encoding : {20u, 24u, 25u, 26u, 27u}) {
@@ -64,7 +63,7 @@ TEST_F(Lines, Transfers) {
   std::string content;
   while (content.size() < 3 * 8192) content += "0123456789abcde\n";
   write_file(path, content);
-  // One read a block and one that finds the end, whatever the record length.
+  // One read for each block and one that finds the end, for every record length.
   for (const uint32_t length : {15u, 80u, 8192u, 1u << 20}) {
     File file(instance, path, options(JX_ACCESS_INPUT, 1, JX_ENCODING_UTF8, length));
     const uint64_t reads = syscall_count(Syscall::read);
@@ -75,7 +74,7 @@ TEST_F(Lines, Transfers) {
     EXPECT_EQ(syscall_count(Syscall::read) - reads, 4u) << length;
     write_file(path, content);
   }
-  // Directly: a read and a step back for each record; a write for each, and one for the mark.
+  // Unbuffered: a read and a seek for each record; a write for each, and one for the mark.
   File file(instance, path, options(JX_ACCESS_UPDATE, 0, JX_ENCODING_UTF8, 80));
   uint64_t calls = syscall_count(Syscall::read) + syscall_count(Syscall::seek);
   for (int i = 0; i < 10; ++i) EXPECT_EQ(read_record(file).data, "0123456789abcde");
@@ -87,7 +86,7 @@ TEST_F(Lines, Transfers) {
   EXPECT_EQ(syscall_count(Syscall::write) - calls, 11u);
 }
 
-// Readers through the buffer take short reads for what they are; writers go on after short writes.
+// Buffered readers accept short reads; writers go on after partial writes.
 TEST_F(Lines, ShortTransfers) {
   const std::string content =
       "\xEF\xBB\xBF"
@@ -114,7 +113,7 @@ TEST_F(Lines, ShortTransfers) {
   }
 }
 
-// Records arrive as soon as they are there; the far end decides when the file ends.
+// Records are delivered as they arrive; the file ends when the writer closes the pipe.
 TEST_F(Lines, Fifo) {
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
   const int fd = ::open(path.c_str(), O_RDWR);
@@ -129,7 +128,7 @@ TEST_F(Lines, Fifo) {
   EXPECT_EQ(read_record(file).data, "def");
   send("\n");
   EXPECT_EQ(read_record(file).data, "0123456789");
-  // What the bytes in hand decide does not wait for more: here, it would fail.
+  // A record that the bytes in hand decide does not wait for more; a read would fail here.
   ASSERT_EQ(fcntl(jx::handle_of(file)->host_file->descriptor, F_SETFL, O_NONBLOCK), 0);
   const std::array<const char *, 2> rows[] = {
       {"0123456789\n", "0123456789"},
@@ -148,8 +147,8 @@ TEST_F(Lines, Fifo) {
   EXPECT_EQ(read_records(file), "last|");
 }
 
-// A direct writer's limit is in characters; where they cannot be counted cheaply the room alone
-// refuses a long record.
+// A direct writer's limit is in characters; where these cannot be counted cheaply, only the buffer
+// size limits a record.
 TEST_F(Lines, LongRecordOfAnotherEncoding) {
   for (const bool is_single : {true, false}) {
     JXOpenOptions output = options(JX_ACCESS_OUTPUT, 0, JX_ENCODING_UTF32LE, 2);
@@ -165,7 +164,7 @@ TEST_F(Lines, LongRecordOfAnotherEncoding) {
   }
 }
 
-// A form feed takes more room in UTF-7 than a line feed: it has no lines.
+// In UTF-7 a form feed is longer than a line feed: it has no text lines.
 TEST_F(Lines, EncodingWithoutLines) {
   for (const uint32_t access : {JX_ACCESS_OUTPUT, JX_ACCESS_INPUT, JX_ACCESS_UPDATE}) {
     JXOpenOptions utf7 = options(access, 1, jxhost_encoding_by_name("utf-7"), 80);
@@ -175,3 +174,4 @@ TEST_F(Lines, EncodingWithoutLines) {
 }
 
 }  // namespace
+}  // namespace jx::test

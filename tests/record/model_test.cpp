@@ -16,9 +16,9 @@
 #include "support/scale.hpp"
 #include "support/syscalls.hpp"
 
+namespace jx::test {
 namespace {
 
-using namespace jx::test;
 using jx::FileHandle;
 using jx::handle_of;
 
@@ -73,15 +73,14 @@ class Comparison {
     compare("status", actual, expected);
     difference_ << std::dec;
   }
-  // Direct text handles know where their descriptor stands.
+  // Direct text handles track the offset of their descriptor.
   void compare_tracked() {
     if (!file_ || !model_->is_text() || model_->is_buffered()) return;
     const FileHandle *handle = handle_of(file_);
-    const auto stands = static_cast<uint64_t>(lseek64(handle->host_file->descriptor, 0, SEEK_CUR));
-    // An append begins at the end, which the position does not know; nor does it after a point that
-    // failed.
+    const auto offset = static_cast<uint64_t>(lseek64(handle->host_file->descriptor, 0, SEEK_CUR));
+    // The tracked position does not cover the start of an append, nor a failed point.
     if (handle->access.mode != JX_ACCESS_APPEND && !is_lost_) {
-      compare("tracked position", handle->tracked_position, stands);
+      compare("tracked position", handle->tracked_position, offset);
     }
   }
   void compare_files() {
@@ -121,7 +120,7 @@ class Comparison {
     last_ = nullptr;
   }
 
-  // True when there may be more to read.
+  // Returns true when there may be more to read.
   bool read(const Step &step) {
     const int64_t offset = step.offset.value_or(0);
     last_ = nullptr;
@@ -202,7 +201,7 @@ class Comparison {
   std::optional<std::string> content_;  // of the model's file
   std::unique_ptr<RecordModel> model_;
   JXFile *file_ = nullptr;
-  std::unique_ptr<char[]> memory_;  // of the caller, exactly as much as it asks for
+  std::unique_ptr<char[]> memory_;  // the caller's, exactly of the size requested
   int64_t offset_ = 0;
   bool is_lost_ = false;  // the last point failed
   void *last_ = nullptr;  // what the last step read, and where
@@ -235,7 +234,7 @@ TEST(Records, BehaveLikeTheModel) {
     run_scripts(static_cast<uint32_t>(std::strtoul(seed, nullptr, 10)), 1);
     return;
   }
-  // A host keeps what ended, to find late calls: a new one now and then.
+  // A host keeps ended objects to find late calls, so a new one now and then saves memory.
   constexpr uint32_t kScriptsOfAHost = 50;
   const uint32_t scripts = script_count();
   for (uint32_t done = 0; done < scripts; done += kScriptsOfAHost) {
@@ -244,3 +243,4 @@ TEST(Records, BehaveLikeTheModel) {
 }
 
 }  // namespace
+}  // namespace jx::test

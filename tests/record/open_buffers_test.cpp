@@ -1,5 +1,4 @@
-// What an open prepares for the encodings and the length of records: buffers, transcoders and
-// control strings.
+// Buffers, transcoders and control strings after an open, by encodings and record length.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -75,7 +74,7 @@ TEST_F(OpenBuffers, Buffers) {
   }
 }
 
-// A length that makes a buffer larger than can be is refused before memory is touched.
+// A record length that needs an impossible buffer is refused before memory is touched.
 TEST_F(OpenBuffers, HugeRecordLength) {
   write_file(path, "");
   for (const uint32_t buffered : {0u, 1u}) {

@@ -1,5 +1,5 @@
-// Opening and closing: every option and its status, what a handle reports, and how its file is
-// opened.
+// Opening and closing: every option and its status, the attributes of a handle, and the request to
+// "jxelm".
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -55,7 +55,7 @@ TEST_F(Open, OptionErrors) {
     uint32_t first_bad;
     JXStatus status;
   };
-  // In the order of the checks: of several bad ones the first is reported.
+  // In the order of the checks: the first invalid option is reported.
   const Row rows[] = {
       {&JXOpenOptions::access_mode, 4, JXWEM_E_BADACCESS},
       {&JXOpenOptions::buffered, 2, JXWEM_E_BADBUFFERING},

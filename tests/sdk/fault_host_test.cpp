@@ -11,10 +11,10 @@ TEST(FaultHost, FindsMisuse) {
   JXPool *pool = host.host()->create_pool(host.host(), 0, 0, 0, nullptr, "pool");
   auto *block = static_cast<char *>(pool->pool_allocate(pool, 20, 0));
   EXPECT_EQ(host.list_live(), "live pool pool\nlive block #1 of 20 bytes\n");
-#ifndef __SANITIZE_ADDRESS__  // which stops at each of these
+#ifndef __SANITIZE_ADDRESS__  // which stops at each misuse
   block[20] = block[-1] = 1;
   EXPECT_EQ(host.take_misuse(),
-            "write before block #1 of 20 bytes\nwrite behind block #1 of 20 bytes\n");
+            "write before block #1 of 20 bytes\nwrite after block #1 of 20 bytes\n");
 #endif
   EXPECT_EQ(pool->pool_free(pool, block), JX_OK);
   EXPECT_NE(pool->pool_free(pool, block), JX_OK);

@@ -1,6 +1,6 @@
-/* A host in plain C that shares nothing with the reference host: loads the module, writes and reads
-   a text file through it and ends with everything given back.
-   Arguments: the module, a file to make. */
+/* A host in plain C without the reference host: loads the module, writes and reads a text file
+   through it and checks that everything is released at the end.
+   Arguments: the module, a file to create. */
 #define _POSIX_C_SOURCE 200809L
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -19,7 +19,7 @@
     }                                                                 \
   } while (0)
 
-static int live; /* objects handed out and not yet given back */
+static int live; /* objects not released yet */
 
 static void *take(size_t bytes) {
   void *object = calloc(1, bytes);
@@ -34,7 +34,7 @@ static JXStatus give_back(void *object) {
   return JX_OK;
 }
 
-/* ---- Pools: each hands out one piece of memory from front to back ---- */
+/* ---- Pools: each is a bump allocator over one piece of memory ---- */
 
 typedef struct Pool {
   JXPool operations;
@@ -123,7 +123,7 @@ static JXStatus measure_conversion(JXNls *nls, uint32_t from, const void *text, 
   *bytes_out = bytes / char_bytes(from) * char_bytes(to);
   return JX_OK;
 }
-/* 0 stands for an encoding that the caller left open: the answer must be "needed". */
+/* 0 is an encoding that the caller left open: the answer must be "needed". */
 static int32_t needs_conversion(JXNls *nls, uint32_t a, uint32_t b) {
   return nls && (a == JX_ENCODING_DEFAULT || b == JX_ENCODING_DEFAULT || a != b);
 }
@@ -193,7 +193,7 @@ static uint32_t to_name(const char *path8, JXChar *name) {
   return chars;
 }
 
-/* Checks which words of a block hold pointers: "x" one that does, "." one that is null. */
+/* Checks which words of a block are null: "." one that is, "x" one that is not. */
 static void check_words(const void *block, uint32_t first, const char *pattern) {
   static const char null[sizeof(void *)];
   const char *word = (const char *)block + first * sizeof null;

@@ -1,15 +1,14 @@
-// The C++ wrapper in a host that shares nothing with the reference host: what is said to need only
-// the headers links and works without it.
+// The C++ wrapper in a host without the reference host: the header-only part links and works.
 #include "jx/wem.hpp"
 
 extern "C" int use_wrapper(JXInstance *raw, const JXChar *path, uint32_t path_chars);
 
-// Appends two lines to a new file and reads them back. 1 when all went well.
+// Appends two lines to a new file and reads them back. 1 on success.
 extern "C" int use_wrapper(JXInstance *raw, const JXChar *path, uint32_t path_chars) {
   const wem::Instance instance(raw);
   const wem::Name name = wem::as_view(path, path_chars);
   for (const char *line : {"one", "two"}) {
-    // The host has this encoding and JXChars only.
+    // The only encodings of the host are this one and JXChars.
     const auto options = wem::OpenOptions::append().text(80).file_encoding(JX_ENCODING_NATIVE);
     auto file = instance.open(name, options);
     if (!file || !file->write_line(line).ok() || !file->close().ok()) return 0;

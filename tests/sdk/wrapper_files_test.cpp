@@ -5,11 +5,12 @@
 
 #include "sdk/wrapper_support.hpp"
 
+namespace jx::test {
 namespace {
 
 using wem::OpenOptions;
 using wem::Status;
-using WrapperFiles = jx_test::WrapperTest;
+using WrapperFiles = WrapperTest;
 
 TEST_F(WrapperFiles, EveryFileSlot) {
   constexpr std::array<uint32_t, 2> kValues = {7, 9};
@@ -92,7 +93,7 @@ TEST_F(WrapperFiles, RefusedOpenMakesAndEmptiesNothing) {
 }
 
 TEST_F(WrapperFiles, NothingReadIsLost) {
-  // The read that makes up for the mark answers with the end of the file.
+  // The read that replaces the mark's bytes meets the end of the file.
   put("marked", "\xef\xbb\xbfhello");
   const auto stream = OpenOptions::input().stream(100).direct().encodings(
       {.file = JX_ENCODING_UTF8, .record = JX_ENCODING_UTF8});
@@ -206,3 +207,4 @@ TEST_F(WrapperFiles, RecordsEntriesAndTables) {
 }
 
 }  // namespace
+}  // namespace jx::test

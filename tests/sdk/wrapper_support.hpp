@@ -1,4 +1,4 @@
-// The module in the test's own process through the C++ wrapper, with a folder.
+// The module through the C++ wrapper, with a folder of the test's own.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 #include "jx/wem.hpp"
 #include "support/files.hpp"
 
-namespace jx_test {
+namespace jx::test {
 
 class WrapperTest : public testing::Test {
  protected:
@@ -33,4 +33,4 @@ class WrapperTest : public testing::Test {
   wem::Module module_ = wem::Module::load(JXWEM_PATH, nullptr, &error_);
 };
 
-}  // namespace jx_test
+}  // namespace jx::test

@@ -1,4 +1,4 @@
-// The C++ wrapper: what compiles, what becomes of handles that are gone, and who outlives whom.
+// The C++ wrapper: what compiles, closed handles, and lifetimes.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -8,7 +8,7 @@
 #include "sdk/wrapper_support.hpp"
 
 namespace {
-long allocations_left = -1;  // until the next one fails; -1: none does
+long allocations_left = -1;  // before one fails; -1: none fails
 }  // namespace
 
 [[gnu::noinline]] void *operator new(size_t bytes, const std::nothrow_t &) noexcept {
@@ -23,6 +23,7 @@ long allocations_left = -1;  // until the next one fails; -1: none does
 [[gnu::noinline]] void operator delete(void *block) noexcept { std::free(block); }
 [[gnu::noinline]] void operator delete(void *block, size_t) noexcept { std::free(block); }
 
+namespace jx::test {
 namespace {
 
 using wem::Failed;
@@ -36,7 +37,7 @@ static_assert(Status(JXHOST_E_MALFORMED).text() ==
               std::string_view("input is not valid in its encoding"));
 static_assert(Failed(JX_OK).status() == JXWEM_E_FAILED);
 
-// Nothing becomes a status or a value by itself.
+// Nothing converts to a status or a result implicitly.
 template <typename To, typename... From>
 constexpr bool is_none_convertible = (!std::is_convertible_v<From, To> && ...);
 template <typename To, typename... From>
@@ -47,7 +48,7 @@ static_assert(is_none_convertible<Result<int64_t>, int, bool, double, JXStatus, 
 static_assert(is_none_usable<Result<int64_t>, int, bool, double, JXStatus, Status>);
 static_assert(is_none_convertible<bool, Status, Result<int64_t>, Result<bool>, wem::File>);
 
-// What is lent by a temporary does not compile; what loops is what it says.
+// Lending from a temporary does not compile; the ranges have the right category.
 template <typename T>
 concept Arrows = requires(T &&t) {
   static_cast<T &&>(t).operator->();
@@ -68,7 +69,7 @@ static_assert(std::ranges::view<wem::RecordRange> && std::ranges::input_range<we
 static_assert(std::ranges::view<wem::LineRange> && std::ranges::view<wem::EntryRange>);
 static_assert(std::ranges::forward_range<wem::Table<JXMember> &>);
 
-using Wrapper = jx_test::WrapperTest;
+using Wrapper = WrapperTest;
 
 TEST_F(Wrapper, ValueThatIsNotThereStopsWithItsName) {
   const Result<int64_t> failed = Failed(JXWEM_E_INUSE);
@@ -115,7 +116,8 @@ TEST_F(Wrapper, HandleThatIsNotThereIsToldByEveryCall) {
   }
 }
 
-// Makes something from a module that then goes, and uses it when nothing else keeps the module.
+// Makes an object from a module, drops the module, and uses the object, which alone keeps it
+// loaded.
 template <typename Make, typename Use>
 void use_alone(Make make, Use use) {
   wem::Module module = wem::Module::load(JXWEM_PATH);
@@ -128,7 +130,7 @@ void use_alone(Make make, Use use) {
 
 TEST_F(Wrapper, HandlesOutliveTheirModule) {
   put("text", "one\n");
-  // Loaded over itself: the old instance goes, the new one works.
+  // Loaded over itself: the old instance is destroyed, the new one works.
   module_ = wem::Module::load(JXWEM_PATH, nullptr, &error_);
   ASSERT_TRUE(module_) << error_;
   EXPECT_TRUE(instance().exist(at("text")).ok());
@@ -209,3 +211,4 @@ TEST_F(Wrapper, JournalOfTheConfigurationIsUsed) {
 }
 
 }  // namespace
+}  // namespace jx::test

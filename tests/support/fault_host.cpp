@@ -54,7 +54,7 @@ std::string FaultHost::list_live() const {
   return lines + blocks_.list_live();
 }
 
-// The reference host's table behind one that the module got.
+// The reference host's table inside one of the test host.
 static const JXTable *inner_of(const JXTable *table) {
   return reinterpret_cast<const Shell<JXTable> *>(table)->inner;
 }

@@ -1,5 +1,5 @@
-// The host of all tests: wraps every object of the reference host, counts the calls that the module
-// makes, makes a chosen one fail, and tells what was left alive or misused.
+// The host of all tests: wraps every object of the reference host, counts the module's calls, makes
+// a chosen one fail, and reports leaks and misuse.
 #pragma once
 
 #include <array>
@@ -19,8 +19,8 @@
 
 namespace jx::test {
 
-// The calls a host answers. Those before needs_conversion can be made to fail: by null, by "not
-// stored" or by a status; the object of a failed destroy or close is ended all the same.
+// The calls of a host. Those before needs_conversion can be made to fail: by null, by "not stored"
+// or by a status. A failed destroy or close releases its object anyway.
 #define JX_TEST_CALLS                                                                              \
   create_lock, create_pool, create_table, load_extension, get_option, pool_allocate, table_insert, \
       measure_conversion, encoding_info, create_transcoder, create_decoder, create_encoder,        \
@@ -40,10 +40,10 @@ inline constexpr Calls kAllFailing = calls(Call::needs_conversion) - 1;
 
 std::string call_name(Call call);
 
-// What a failing call answers when the test does not choose a status.
+// The status of a failing call unless the test chooses another.
 inline constexpr JXStatus kFaultStatus = 0x803fcfffu;
 
-// What is alive in a host.
+// Live objects of a host.
 struct LiveCounts {
   uint64_t blocks = 0, objects = 0;
   bool operator==(const LiveCounts &) const = default;
@@ -58,20 +58,20 @@ struct OpenCall {
 
 class FaultHost;
 
-// A host object as the module gets it, with what the test host knows about it behind. It stays
-// in memory after its end, so that a later call on it is found.
+// A host object as the module sees it, followed by the test host's data. Stays in memory after its
+// end, so that late calls on it are found.
 template <typename Object>
 struct Shell {
   Object object{};  // first: its address is the shell's
   FaultHost *owner = nullptr;
   Object *inner = nullptr;  // of the reference host
-  std::string label = {};   // what it was made with
+  std::string label = {};   // its arguments
   bool ended = false;
-  int held = 0;  // locks: acquired and not released
+  int held = 0;  // locks: acquired, not released yet
 };
 
-// The module may call it from several threads; its own routines are for the test, while no call is
-// under way. Ending it checks that nothing is left alive and fails the test otherwise.
+// The module may call it from several threads; the member functions are for the test, while no call
+// is running. The destructor fails the test when anything is still alive.
 class FaultHost {
  public:
   explicit FaultHost(uint32_t extensions = JXHOST_ALL);
@@ -79,14 +79,14 @@ class FaultHost {
   FaultHost &operator=(const FaultHost &) = delete;
   ~FaultHost();
 
-  // What the module gets. A test may change its data fields (nls, locale, time_zone).
+  // The host for the module. A test may change its data fields (nls, locale, time_zone).
   JXHost *host() { return &host_.object; }
   // The reference host underneath, for options and the like.
   JXHost *reference() { return host_.inner; }
 
-  // Makes the n-th (from 0) of these calls from now on fail, once.
+  // Makes the n-th of these calls from now on, counted from 0, fail once.
   void arm(Calls failing, uint32_t n, JXStatus status = kFaultStatus);
-  // Ends that and tells which call failed.
+  // Disarms; returns the call that failed.
   std::optional<Call> disarm() {
     armed_ = 0;
     return std::exchange(failed_, std::nullopt);
@@ -94,19 +94,19 @@ class FaultHost {
 
   // Calls of one kind since the start.
   uint64_t count(Call call) const { return counts_[static_cast<uint32_t>(call)]; }
-  // The calls from now on, each with the object or, where it makes one, with the words that are not
-  // zero and the text it is given. take_trace ends it.
+  // Records calls until take_trace: each with its object or, if it makes one, with the arguments
+  // that are not zero.
   void start_trace() { trace_.emplace(); }
   std::vector<std::string> take_trace() { return std::exchange(trace_, std::nullopt).value(); }
   OpenCall last_open() const { return last_open_; }
 
   LiveCounts live() const { return {.blocks = blocks_.live(), .objects = live_.size()}; }
-  // Misuse found so far, now forgotten; empty when there is none.
+  // Takes the misuse found so far; empty when there is none.
   std::string take_misuse() { return std::exchange(misuse_, {}) + blocks_.check(); }
-  // A line for each object and block that is alive.
+  // A line for each live object and block.
   std::string list_live() const;
 
-  // The value under the key, the 4-byte characters of an ASCII name; null when there is none.
+  // The value of the key with these ASCII characters; null when there is none.
   static void *find(const JXTable *table, std::string_view key8);
   // All values in insertion order.
   static std::vector<void *> values(const JXTable *table);
@@ -117,9 +117,9 @@ class FaultHost {
   template <typename Object>
   Object *adopt(Call made_by, Object *inner, const std::string &detail);
   void complain(const std::string &text);
-  // Counts and names a call; true when it is to fail.
+  // Counts and traces a call; true when it has to fail.
   bool fails(Call call, const std::string &detail);
-  // Ends an object: false when that has happened before.
+  // Marks an object as ended; false when it has ended already.
   template <typename Object>
   bool end(Shell<Object> *shell);
   template <typename Object>

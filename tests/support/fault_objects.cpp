@@ -1,4 +1,4 @@
-// The operations of the test host and its objects: count, fail when asked to, else hand on.
+// The operations of the test host and its objects: count, fail when armed, else pass the call on.
 #include <algorithm>
 #include <cstdlib>
 #include <type_traits>
@@ -15,7 +15,7 @@ Shell<Object> *shell_of(Object *object) {
   return reinterpret_cast<Shell<Object> *>(object);
 }
 
-// An argument as a trace shows it: empty for zero and for a pointer to something else.
+// An argument in a trace: empty for zero and for a pointer to something else.
 template <typename Argument>
 std::string word_of(Argument argument) {
   if constexpr (std::is_same_v<Argument, const char *>) return argument;
@@ -54,9 +54,9 @@ bool FaultHost::end(Shell<Object> *shell) {
 }
 
 struct HostCalls {
-  // ---- What most operations do
+  // ---- Shared by most operations
 
-  // Makes an object: null when the call is to fail or the reference host has none.
+  // Makes an object: null when the call has to fail or the reference host fails.
   template <Call kCall, auto kSlot>
   struct Make;
   template <Call kCall, typename Maker, typename Object, typename... Arguments,
@@ -76,8 +76,8 @@ struct HostCalls {
     }
   };
 
-  // Hands a call on to the inner object. What ends or lets go does so even where it is to fail, so
-  // that the test can go on.
+  // Passes a call on to the inner object. Calls that destroy or release do so even when they have
+  // to fail, so that the test can go on.
   static constexpr Calls kEnds =
       calls(Call::destroy_pool, Call::destroy_lock, Call::destroy_table, Call::close_file);
   static constexpr Calls kDoneAnyway = kEnds | calls(Call::lock_release);
@@ -89,7 +89,7 @@ struct HostCalls {
     static Result call(Object *object, Arguments... arguments) {
       Shell<Object> *shell = shell_of(object);
       FaultHost &self = *shell->owner;
-      // A signed result is no status but an answer.
+      // A signed result is an answer, not a status.
       const auto refuse = [](JXStatus status) {
         return static_cast<Result>(std::is_signed_v<Result> ? 0 : status);
       };

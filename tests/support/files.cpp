@@ -22,7 +22,7 @@ TempDir::TempDir() {
 TempDir::~TempDir() {
   std::error_code error;
   fs::recursive_directory_iterator entries(path_, error), end;
-  // Folders that a test closed are opened again, or their content would stay.
+  // Folders without permissions get them back, or their content could not be removed.
   for (; !error && entries != end; entries.increment(error)) {
     if (entries->is_symlink(error) || !entries->is_directory(error)) continue;
     fs::permissions(entries->path(), fs::perms::owner_all, fs::perm_options::add, error);

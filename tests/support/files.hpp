@@ -8,7 +8,7 @@
 
 namespace jx::test {
 
-// A new empty folder in memory where the system has such a file system; it goes with all it holds.
+// A new empty folder, on a file system in memory if there is one; removed with its content.
 class TempDir {
  public:
   TempDir();
@@ -31,7 +31,7 @@ void write_file(const std::string &path, std::string_view content);
 // Descriptors that the process has open.
 uint32_t open_descriptors();
 
-// Runs with the rights of a user who owns nothing.
+// Runs the body as a user who owns nothing.
 void run_unprivileged(const std::function<void()> &body);
 
 }  // namespace jx::test

@@ -14,8 +14,8 @@ constexpr unsigned char kFreshByte = 0xA5;  // content of a block that is not ze
 constexpr unsigned char kFreedByte = 0xDD;  // content of a freed block
 constexpr unsigned char kGuardByte = 0xFD;
 constexpr size_t kGuardBytes = 32;              // keeps the alignment of malloc
-constexpr size_t kHeldBackLimit = 4u << 20;     // bytes; checked again and again
-constexpr size_t kHeldBackOverhead = 2u << 10;  // what each block counts beside its bytes
+constexpr size_t kHeldBackLimit = 4u << 20;     // bytes; each check reads them all
+constexpr size_t kHeldBackOverhead = 2u << 10;  // added to the size of each block
 
 // Lets the address sanitizer catch accesses as they happen; does nothing in other builds.
 void close_guards(unsigned char *memory, uint32_t bytes) {
@@ -84,7 +84,7 @@ std::string GuardedBlocks::describe(const Block &block) {
          " bytes\n";
 }
 
-// What is damaged is mended, so that it is reported once.
+// Repairs the damage, so that it is reported once.
 std::string GuardedBlocks::check_block(const Block &block) {
   open_all(block.memory, block.bytes);
   unsigned char *user = block.memory + kGuardBytes;
@@ -97,7 +97,7 @@ std::string GuardedBlocks::check_block(const Block &block) {
     misuse += what + describe(block);
   };
   check(block.memory, kGuardBytes, kGuardByte, "write before ");
-  check(user + block.bytes, kGuardBytes, kGuardByte, "write behind ");
+  check(user + block.bytes, kGuardBytes, kGuardByte, "write after ");
   if (!block.pool) check(user, block.bytes, kFreedByte, "write after free to ");
   close_guards(block.memory, block.bytes);
   if (!block.pool) ASAN_POISON_MEMORY_REGION(user, block.bytes);
@@ -116,7 +116,7 @@ std::string GuardedBlocks::retire(Block &block) {
   return misuse;
 }
 
-// Gives a block's memory back to the C library.
+// Frees a block's memory.
 void GuardedBlocks::release(const void *user) {
   const Block block = blocks_[user];
   blocks_.erase(user);

@@ -1,5 +1,5 @@
-// The memory behind the test host's pools: every block has guards at both ends, fresh and freed
-// bytes are poisoned, and freed blocks are held back so that a late write or a second free shows.
+// The memory of the test host's pools: every block has guards at both ends, fresh and freed bytes
+// are poisoned, and freed blocks are quarantined to catch late writes and double frees.
 #pragma once
 
 #include <cstdint>
@@ -11,8 +11,8 @@
 
 namespace jx::test {
 
-// Blocks of any number of pools. Not thread-safe: its owner locks. Every routine that can find
-// misuse returns its description, empty when there is none.
+// Blocks of any number of pools. Not thread-safe: the owner locks. Routines that can find misuse
+// return its description, or an empty string.
 class GuardedBlocks {
  public:
   GuardedBlocks() = default;
@@ -34,7 +34,7 @@ class GuardedBlocks {
  private:
   struct Block {
     unsigned char *memory;  // start of the front guard
-    uint32_t bytes;         // size that was asked for
+    uint32_t bytes;         // requested size
     uint64_t ordinal;       // 1 for the first allocation of the host
     const JXPool *pool;     // null: freed
   };

@@ -1,4 +1,4 @@
-// The module brought up in the test's own process, through the test host.
+// The module in the test's own process, on the test host.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 
 namespace jx::test {
 
-// An instance made with an owner context that can be told apart; empty when the entry failed.
+// An instance with a recognisable owner context; empty when the entry failed.
 class Instance {
  public:
   explicit Instance(FaultHost &host) {
@@ -31,8 +31,8 @@ class Instance {
   JXInstance *instance_;
 };
 
-// A test with a host, an instance and a folder; it ends with nothing alive and with the descriptors
-// it began with.
+// A test with a host, an instance and a folder. At its end no object and no new descriptor may be
+// left.
 class InstanceTest : public testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(instance); }

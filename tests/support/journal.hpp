@@ -1,4 +1,4 @@
-// A journal that keeps what it is told.
+// A journal that records its calls.
 #pragma once
 
 #include <mutex>
@@ -11,14 +11,14 @@
 
 namespace jx::test {
 
-// One call of a journal: the operation's name, its fixed words and the text that came with it.
+// One call of a journal: the operation's name, its fixed arguments and the text.
 struct JournalLine {
   std::string operation;
   std::vector<uintptr_t> words;
   std::string text;
 };
 
-// Thread-safe. Knows status_to_journal only; the module calls nothing else on its own.
+// Thread-safe. Has status_to_journal only: the module calls no other slot by itself.
 class RecordingJournal : private JXJournal {
  public:
   RecordingJournal() : JXJournal{} { status_to_journal = keep; }
@@ -26,7 +26,7 @@ class RecordingJournal : private JXJournal {
   RecordingJournal &operator=(const RecordingJournal &) = delete;
 
   JXJournal *journal() { return this; }
-  // The lines so far, now forgotten.
+  // Takes the lines so far.
   std::vector<JournalLine> take_lines() {
     const std::lock_guard guard(mutex_);
     return std::exchange(lines_, {});

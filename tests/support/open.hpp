@@ -1,4 +1,4 @@
-// Opening files in tests, reading and writing their records.
+// Opens files in tests and reads their records.
 #pragma once
 
 #include <string>
@@ -10,8 +10,8 @@
 
 namespace jx::test {
 
-// Options with which most tests start: text lines of 80 characters for input, through the buffer,
-// in the default encodings.
+// The options most tests start from: buffered input of text lines of 80 characters, in the default
+// encodings.
 inline JXOpenOptions open_options(uint32_t access_mode = JX_ACCESS_INPUT, uint32_t buffered = 1,
                                   uint32_t record_format = JX_FORMAT_VARIABLE) {
   JXOpenOptions options = {};
@@ -22,7 +22,7 @@ inline JXOpenOptions open_options(uint32_t access_mode = JX_ACCESS_INPUT, uint32
   return options;
 }
 
-// An open file that closes itself; empty with the status of the open when that failed.
+// An open file that closes itself; empty, with the status, when the open failed.
 class File {
  public:
   File(JXInstance *instance, const JXString &name, const JXOpenOptions &options,
@@ -40,7 +40,7 @@ class File {
 
   JXFile *operator->() const { return file_; }
   operator JXFile *() const { return file_; }
-  // Closes the file and gives the status of that.
+  // Closes the file; returns the status.
   JXStatus close() {
     JXFile *file = std::exchange(file_, nullptr);
     return file->close(file);
@@ -52,7 +52,7 @@ class File {
   JXFile *file_;
 };
 
-// What a read answered.
+// The answer of a read.
 struct Record {
   JXStatus status;
   std::string data;
@@ -70,8 +70,8 @@ inline Record read_record(JXFile *file, uint32_t wanted = 0, int64_t *offset = n
           data};
 }
 
-// Every record to the end: "~" after a partial one, "|" after each, "null" for one without a
-// pointer, and the status that ended it unless that is the end of the file.
+// Every record to the end: "|" after each, "~" after a partial one, "null" for a null pointer, and
+// the last status unless it is the end of the file.
 inline std::string read_records(JXFile *file, uint32_t wanted = 0) {
   std::string all;
   for (;;) {

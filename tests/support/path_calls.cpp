@@ -1,9 +1,9 @@
-// A checked build turns some of the calls into inline wrappers; here the real names are defined.
+// A fortified build turns some of the calls into inline wrappers; this file defines the real names.
 #undef _FORTIFY_SOURCE
 #include "support/path_calls.hpp"
 
-// Without fcntl.h: open64 and openat64 are taken as calls whose mode is always there, and hand it
-// on as they found it.
+// Without fcntl.h: it declares open64 and openat64 variadic; here they always take a mode and pass
+// it on.
 #include <dirent.h>
 #include <dlfcn.h>
 #include <sys/stat.h>
@@ -11,7 +11,6 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <string>
 #include <utility>
 
 namespace jx::test {
@@ -27,7 +26,7 @@ struct State {
 };
 State state;
 
-// Tells whether the call is to fail, after what is to come before it; errno is set then.
+// Runs `before` if this is the armed call. Tells whether the call has to fail, and sets errno then.
 bool fails(std::string_view call) {
   if (state.call != call || state.calls_to_come-- > 0) return false;
   const State armed = std::exchange(state, {.hit = true});
@@ -37,12 +36,12 @@ bool fails(std::string_view call) {
   return true;
 }
 
-// The next definition of a name after this program's: of a call whose records have 64-bit times
-// where the C library has both.
+// The next definition of a name after this program's; the variant with 64-bit times if the C
+// library has both. Allocates nothing: the calls are noexcept, and a test may fail allocations.
 template <typename Function>
-Function *next(const std::string &name) {
-  void *address = dlsym(RTLD_NEXT, ("__" + name + "_time64").c_str());
-  if (!address) address = dlsym(RTLD_NEXT, name.c_str());
+Function *next(const char *name, const char *name_time64) {
+  void *address = dlsym(RTLD_NEXT, name_time64);
+  if (!address) address = dlsym(RTLD_NEXT, name);
   if (!address) std::abort();
   return reinterpret_cast<Function *>(address);
 }
@@ -60,11 +59,11 @@ bool disarm_path_calls() { return std::exchange(state, {}).hit; }
 using jx::test::fails;
 using jx::test::next;
 
-// A call that is passed on unless it is to fail.
-#define JX_CALL(result, name, failure, qualifier, parameters, arguments) \
-  result name parameters qualifier {                                     \
-    static auto *const real = next<result parameters>(#name);            \
-    return fails(#name) ? failure : real arguments;                      \
+// Defines a call that is passed on unless it has to fail.
+#define JX_CALL(result, name, failure, qualifier, parameters, arguments)            \
+  result name parameters qualifier {                                                \
+    static auto *const real = next<result parameters>(#name, "__" #name "_time64"); \
+    return fails(#name) ? failure : real arguments;                                 \
   }
 
 extern "C" {
@@ -88,11 +87,12 @@ JX_CALL(int, readdir64_r, errno, , (DIR * stream, Entry *entry, Entry **result),
 JX_CALL(int, open64, -1, , (const char *path, int flags, mode_t mode), (path, flags, mode))
 JX_CALL(int, openat64, -1, , (int fd, const char *path, int flags, mode_t mode),
         (fd, path, flags, mode))
-// A close that fails has closed all the same.
+// A failed close has closed anyway.
 JX_CALL(int, close, real(fd) - 1, , (int fd), (fd))
 
 int statvfs64(const char *path, struct statvfs64 *info) noexcept {
-  static auto *const real = next<int(const char *, struct statvfs64 *)>("statvfs64");
+  static auto *const real =
+      next<int(const char *, struct statvfs64 *)>("statvfs64", "__statvfs64_time64");
   const int result = fails("statvfs64") ? -1 : real(path, info);
   if (result == 0 && jx::test::amend_space) jx::test::amend_space(info);
   return result;

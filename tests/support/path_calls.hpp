@@ -1,7 +1,7 @@
-// System calls on paths that fail, or are preceded by something else, on request. A test program
-// that refers to one of these routines gets its own definitions of the calls below, which stand
-// before the C library's for the module too and hand on to them. Off until armed; not for use by
-// several threads at once, except that calls on other threads pass while nothing is armed.
+// System calls on paths that fail, or run other code first, on request. A test program that uses
+// these routines gets its own definitions of the calls below, which replace the C library's for the
+// module too and forward to them. Off until armed; for one thread at a time, though other threads'
+// calls pass while nothing is armed.
 #pragma once
 
 #include <sys/statvfs.h>
@@ -16,14 +16,14 @@ inline constexpr const char *kPathCalls[] = {
     "stat64", "fstatat64", "fstat64",   "statvfs64", "unlink",   "unlinkat",    "rmdir", "rename",
     "mkdir",  "opendir",   "fdopendir", "open64",    "openat64", "readdir64_r", "close"};
 
-// Runs `before` ahead of the n-th such call from now on, from 0; then the call fails with the
-// errno, unless that is 0. Calls that `before` makes are not counted.
+// Runs `before` ahead of the n-th such call from now on, counted from 0; then the call fails with
+// the errno, unless that is 0. Calls inside `before` are not counted.
 void arm_path_call(std::string_view call, uint32_t n, int error,
                    std::function<void()> before = nullptr);
-// Ends that; true when the call came.
+// Disarms; true when the call was made.
 bool disarm_path_calls();
 
-// Changes what statvfs64 reports, while it is set.
+// If set, changes the result of statvfs64.
 inline std::function<void(struct statvfs64 *)> amend_space;
 
 }  // namespace jx::test

@@ -8,7 +8,7 @@ namespace {
 
 constexpr ModelRead failed(JXStatus status) { return {status, ModelRead::null}; }
 
-// A record among bytes.
+// A record found among bytes.
 struct Cut {
   bool found;
   size_t end;       // of the record, or where the search stopped
@@ -95,10 +95,10 @@ ModelRead RecordModel::read_lines() {
   const size_t limit = record_length();
   Cut cut = find_line(bytes, std::min(bytes.size(), limit), line_feed_, carriage_return_);
   if (!cut.found && cut.end == limit && bytes.size() > limit) {
-    const std::string_view behind = bytes.substr(limit);
-    if (behind.starts_with(line_feed_)) {
+    const std::string_view rest = bytes.substr(limit);
+    if (rest.starts_with(line_feed_)) {
       cut = end_line(bytes, limit, line_feed_, carriage_return_);
-    } else if (behind.starts_with(carriage_return_ + line_feed_)) {
+    } else if (rest.starts_with(carriage_return_ + line_feed_)) {
       cut = {true, limit, limit + carriage_return_.size() + line_feed_.size()};
     }
   }
@@ -168,7 +168,7 @@ JXStatus RecordModel::fetch(uint32_t count, const int64_t *offset, std::string *
 }
 
 ModelRead RecordModel::read_directly(uint32_t wanted, const int64_t *offset) {
-  // A chunk from elsewhere neither goes on with a character nor leaves one to go on with.
+  // A chunk at an explicit offset neither completes a character nor leaves one to be completed.
   if (offset) (void)end_text(in_);
   std::string bytes;
   JXStatus status = fetch(transfers() && in_ ? record_length() : wanted, offset, &bytes);
@@ -209,7 +209,7 @@ JXStatus RecordModel::write_anywhere(std::string_view data, int64_t *offset) {
     *offset = static_cast<int64_t>(bom_.size());
     file_->replace(0, bom_.size(), bom_);
   };
-  // A line's mark is there before its text is looked at.
+  // The mark is written before the text is converted.
   if (is_text()) put_bom();
   std::string bytes(data);
   const JXStatus status = prepare(&bytes, transcode_bytes_);

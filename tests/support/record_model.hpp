@@ -1,5 +1,5 @@
-// What a file handle has to do, over a file that is one string: no buffer to manage, no descriptor,
-// whole records cut out of the string. The random tests hold the record layer against it.
+// A model of a file handle, over a file that is one string: no buffer, no descriptor, records cut
+// out of the string. The random tests compare the record layer with it.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 
 namespace jx::test {
 
-// What a read hands back. The pointer of the caller stays, becomes null or leads to the record.
+// The answer of a read. The caller's pointer stays, becomes null or points to the record.
 struct ModelRead {
   enum Pointer { stays, null, leads };
   JXStatus status;
@@ -37,7 +37,7 @@ class RecordModel {
 
   bool reads() const { return options_.access_mode % 2 != 0; }
   bool writes() const { return options_.access_mode != JX_ACCESS_INPUT; }
-  // Handles that read into the caller's memory.
+  // Whether the handle reads into the caller's memory.
   bool transfers() const { return (options_.open_flags & JX_OPEN_DIRECT_TRANSFER) != 0; }
   uint32_t unit_bytes() const { return unit_bytes_of(file_encoding_); }
   uint32_t record_length() const { return options_.record_length; }
@@ -46,10 +46,10 @@ class RecordModel {
 
  private:
   bool is_binary() const { return options_.record_format == JX_FORMAT_BINARY; }
-  // What the lock modes 2 and 3 open besides.
+  // The access that lock modes 2 and 3 add.
   bool can_read() const { return reads() || options_.lock_mode == 2; }
   bool can_write() const { return writes() || options_.lock_mode == 3; }
-  // Unconverted direct transfers, which only the descriptor can refuse.
+  // Unconverted direct transfer, which only the descriptor can refuse.
   bool is_plain() const {
     return !is_text() && (!is_buffered() || transfers()) && file_encoding_ == record_encoding_;
   }
@@ -63,13 +63,13 @@ class RecordModel {
   ModelRead read_line_directly();
   ModelRead read_buffered(uint32_t wanted);
   ModelRead read_directly(uint32_t wanted, const int64_t *offset);
-  // The record that is handed back for bytes of the file; a line that is ended ends its text.
+  // The record for bytes of the file; a line that has ended ends its text.
   ModelRead deliver(std::string_view bytes, JXStatus status, size_t capacity, bool is_ended);
   JXStatus fetch(uint32_t count, const int64_t *offset, std::string *bytes_out);
 
   JXStatus write_anywhere(std::string_view data, int64_t *offset);
   JXStatus write_line_directly(std::string_view data);
-  // Transcodes what is to be written.
+  // Transcodes data to be written.
   JXStatus prepare(std::string *data, size_t capacity);
   // Through the buffer, or at the descriptor's offset.
   void put(std::string_view bytes);
@@ -87,7 +87,7 @@ class RecordModel {
   int64_t offset_ = 0;    // of the descriptor; of the first unread byte when buffered
   int64_t hand_end_ = 0;  // buffered binary and stream: end of the blocks read so far
   bool end_seen_ = false;
-  std::string pending_;  // placed, not written
+  std::string pending_;  // in the buffer, not written yet
 };
 
 }  // namespace jx::test

@@ -40,7 +40,7 @@ class Maker {
     return value - std::min(value, spread) + below(2 * spread + 1);
   }
 
-  // What the sessions of a script share, so that they understand each other's files.
+  // Chooses what the sessions of a script share, so that they can read each other's files.
   void choose_frame() {
     format_ = any_of({0, 0, 0, 3, 1, 4, 4});
     length_ = one_in(5) ? any_of(kLargeLengths) : any_of(kSmallLengths);
@@ -56,7 +56,7 @@ class Maker {
     options.record_length = one_in(8) ? any_of(kSmallLengths) : length_;
     options.record_format = one_in(8) ? any_of({0, 1, 3, 4}) : format_;
     options.lock_mode = below(5);
-    // The defaults are asked for where they are what was chosen.
+    // 0, the default, is used where it means the same.
     options.file_encoding = file_encoding_ == 62 && one_in(2) ? 0 : file_encoding_;
     const uint32_t default_encoding = options.record_format == JX_FORMAT_STREAM ? 62u : 27u;
     options.record_encoding =
@@ -74,7 +74,7 @@ class Maker {
     return one_in(8) ? kRare[below(std::size(kRare))] : U'a' + below(26);
   }
 
-  // Characters that both encodings have, most of the time.
+  // Characters that both encodings usually have.
   std::u32string characters(uint32_t count, uint32_t encoding) {
     std::u32string text;
     while (text.size() < count) {
@@ -87,13 +87,13 @@ class Maker {
     return text;
   }
 
-  // Damages text: a byte changed, taken out or put in, the end cut off.
+  // Damages text: changes, removes or inserts a byte, or cuts the end off.
   void damage(std::string *bytes) {
     if (bytes->empty()) return;
     const uint32_t place = below(static_cast<uint32_t>(bytes->size()));
     const auto stray =
         static_cast<char>(one_in(2) ? below(256) : any_of({0x80, 0xC3, 0xD8, 0xE2, 0xF0, 0xFF}));
-    // What is taken out, and what is put in its place.
+    // Bytes to remove, and their replacement.
     const size_t taken = one_in(4) ? std::string::npos : below(2);
     bytes->replace(place, taken, one_in(2) ? 1 : 0, stray);
   }
@@ -110,7 +110,7 @@ class Maker {
 
   std::string content() {
     std::string content = one_in(3) ? bom_of(file_encoding_) : "";
-    // Now and then something happens close to the end of a block.
+    // Sometimes the interesting part is close to the end of a block.
     if (one_in(length_ < 16 ? 30 : 4)) fill(&content, 8192 * (1 + below(2)) - below(16));
     for (uint32_t lines = below(9); lines > 0 && content.size() < 40'000; --lines) {
       content += line();
@@ -122,7 +122,7 @@ class Maker {
     return content;
   }
 
-  // Lines up to exactly so many bytes.
+  // Adds lines up to exactly that many bytes.
   void fill(std::string *content, uint32_t bytes) {
     const std::string end = encode(file_encoding_, U"\n");
     const std::string x = encode(file_encoding_, U"x");
@@ -168,7 +168,7 @@ class Maker {
     return {.act = Act::point, .count = below(8), .offset = somewhere()};
   }
 
-  // A count close to something that matters.
+  // A count close to an interesting size.
   uint32_t count_for(const JXOpenOptions &options) {
     const uint32_t length = options.record_length;
     const uint32_t choice = below(5);

@@ -1,5 +1,5 @@
-// Scripts of file operations made from a seed: what is in the file, how it is opened, what is read
-// and written. The same seed makes the same script everywhere.
+// Random scripts of file operations: the content of the file, how it is opened, what is read and
+// written. A seed makes the same script everywhere.
 #pragma once
 
 #include <cstdint>
@@ -32,7 +32,7 @@ Script make_script(uint32_t seed);
 
 // For people.
 std::string describe(const Script &script);
-// A string as hexadecimal digits, long ones cut off.
+// A string as hexadecimal digits; long ones are cut.
 std::string hex(std::string_view bytes);
 
 }  // namespace jx::test

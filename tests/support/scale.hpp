@@ -1,4 +1,4 @@
-// How much the random tests do.
+// The number of repetitions of random tests.
 #pragma once
 
 #include <cstdint>
@@ -6,8 +6,8 @@
 
 namespace jx::test {
 
-// Repetitions of a random test: `count` in a plain build, a twentieth of it under a sanitizer, both
-// times the environment variable JX_TEST_SCALE.
+// Repetitions of a random test: `count`, or a twentieth of it under a sanitizer, multiplied by the
+// environment variable JX_TEST_SCALE.
 inline int64_t scaled(int64_t count) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   count /= 20;

@@ -1,5 +1,5 @@
-// The fault sweep: an operation is run again and again, each time with the next call failing, until
-// a run meets no fault. Whatever failed, nothing may be left and nothing may be released twice.
+// The fault sweep: repeats an operation, each time with the next call failing, until a run meets no
+// fault. After each run nothing may be left and nothing may have been released twice.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,18 +13,18 @@
 
 namespace jx::test {
 
-// What a run of a sweep met and answered.
+// One run of a sweep that met a fault.
 struct SweepRun {
   uint32_t n;          // which call failed, from 0
   std::string failed;  // its name
   JXStatus status;     // what the body returned
 };
 
-inline constexpr uint32_t kSweepLimit = 100'000;  // a sweep that needs more does not end
+inline constexpr uint32_t kSweepLimit = 100'000;  // more runs mean that the sweep never ends
 
-// arm(n) makes the n-th call fail; disarm() ends that and gives the name of the call that failed,
-// empty when none did. body() brings the operation from nothing to nothing and returns its status.
-// Returns the runs that met a fault; the one after them must succeed.
+// arm(n) makes the n-th call fail; disarm() returns the name of the call that failed, empty when
+// none did. body() runs the operation, releases its results and returns its status. Returns the
+// runs that met a fault; the one after them must succeed.
 template <typename Arm, typename Disarm, typename Body>
 std::vector<SweepRun> sweep_with(FaultHost &host, Arm arm, Disarm disarm, Body body) {
   std::vector<SweepRun> runs;

@@ -1,4 +1,4 @@
-// A checked build turns read into an inline wrapper; here the real name is defined.
+// A fortified build turns read into an inline wrapper; this file defines the real name.
 #undef _FORTIFY_SOURCE
 #include "support/syscalls.hpp"
 
@@ -26,7 +26,7 @@ struct State {
 };
 constinit State state;
 
-// The errno with which a call is to fail, or 0 after shortening *count where that is asked for.
+// The errno for a call that has to fail, or 0; shortens *count if armed to do so.
 int judge(Syscall call, size_t *count) {
   const std::lock_guard guard(state.mutex);
   ++state.counts[static_cast<uint32_t>(call)];
@@ -45,8 +45,8 @@ int judge(Syscall call, size_t *count) {
   return state.fault.error;
 }
 
-// Judges a call and hands it on to the next definition of its name. The arguments are references:
-// one of them is *count.
+// Judges a call and forwards it to the next definition of its name. The arguments are references
+// because one of them is *count.
 template <Syscall kCall, typename Function, typename... Arguments>
 auto hand_on(size_t *count, Function *, const Arguments &...arguments) {
   static auto *const real = reinterpret_cast<Function *>(dlsym(RTLD_NEXT, syscall_name(kCall)));
@@ -106,7 +106,7 @@ ssize_t pwrite64(int fd, const void *buffer, size_t count, off64_t offset) {
   return hand_on<Syscall::pwrite>(&count, pwrite64, fd, buffer, count, offset);
 }
 
-// What a checked build calls instead where it knows the room.
+// A fortified build calls this instead when it knows the size of the buffer.
 ssize_t __read_chk(int fd, void *buffer, size_t count, size_t room) {
   if (count > room) std::abort();
   return read(fd, buffer, count);

@@ -1,8 +1,10 @@
-// JXChar text in tests: from literals and back.
+// Text in tests: JXChars from literals and back, rows of cells.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <cstdio>
+#include <sstream>
 #include <string>
 #include <string_view>
 
@@ -32,7 +34,16 @@ inline std::string narrow(const JXChar *text, size_t chars) {
 }
 inline std::string narrow(const JXString &text) { return narrow(text.data(), text.size()); }
 
-// The length as the module takes it.
+// The length in JXChars.
 inline uint32_t chars(const JXString &text) { return static_cast<uint32_t>(text.size()); }
+
+// The cells of a row of text, separated by bars.
+template <size_t kCount>
+std::array<std::string, kCount> cells(const std::string &row) {
+  std::array<std::string, kCount> cells;
+  std::istringstream text(row);
+  for (std::string &cell : cells) std::getline(text, cell, '|');
+  return cells;
+}
 
 }  // namespace jx::test

@@ -6,7 +6,7 @@ namespace jx::test {
 
 namespace {
 
-// What stands at the start of some bytes.
+// The character at the start of some bytes.
 struct Decoded {
   enum { whole, cut, malformed } kind;
   uint32_t bytes = 0;
@@ -19,7 +19,7 @@ bool is_big_endian(uint32_t encoding) {
 }
 
 Decoded decode_utf8(std::string_view text) {
-  static constexpr char32_t kFirst[] = {0, 0x80, 0x800, 0x10000};  // character of each length
+  static constexpr char32_t kFirst[] = {0, 0x80, 0x800, 0x10000};  // the smallest by length
   const auto lead = static_cast<uint8_t>(text[0]);
   const uint32_t bytes = lead < 0x80 ? 1 : lead < 0xC0 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
   if (bytes == 0 || lead > 0xF7) return {Decoded::malformed};
@@ -32,7 +32,7 @@ Decoded decode_utf8(std::string_view text) {
     low = low * 64 + (is_there ? byte & 0x3Fu : 0);
     high = high * 64 + (is_there ? byte & 0x3Fu : 0x3F);
   }
-  // What is there must be the start of some character of that length.
+  // The bytes must be the start of some character of that length.
   const char32_t first = std::max(low, kFirst[bytes - 1]);
   if (first > high || !is_character(first)) return {Decoded::malformed};
   return text.size() < bytes ? Decoded{Decoded::cut} : Decoded{Decoded::whole, bytes, low};

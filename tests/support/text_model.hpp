@@ -1,5 +1,5 @@
-// Conversion of text written as plainly as can be: one character at a time, ranges instead of bit
-// tricks. What the tests hold the transcoders and the records that pass through them against.
+// A model of text conversion, as plain as possible: one character at a time, ranges instead of bit
+// tricks. The tests compare transcoders and converted records with it.
 #pragma once
 
 #include <cstdint>
@@ -18,9 +18,9 @@ uint32_t unit_bytes_of(uint32_t encoding);
 uint32_t max_bytes_of(uint32_t encoding);
 // The byte-order mark; empty for encodings without one.
 std::string bom_of(uint32_t encoding);
-// A character in an encoding; null when the encoding has none such.
+// A character in an encoding; nullopt when the encoding does not have it.
 std::optional<std::string> encode(uint32_t encoding, char32_t character);
-// Text in an encoding; every character must have a place in it.
+// Text in an encoding, which must have every character.
 std::string encode(uint32_t encoding, std::u32string_view text);
 // Units that begin a character.
 uint32_t count_characters(uint32_t encoding, std::string_view text);
@@ -31,9 +31,9 @@ class TextModel {
   TextModel(uint32_t from, uint32_t to) : from_(from), to_(to) {}
 
   // Converts all of `text`; a character cut off at its end is kept for the next call. On failure
-  // nothing is kept and *produced_out is what stands before the fault.
+  // nothing is kept and *produced_out is the output before the fault.
   JXStatus convert(std::string_view text, size_t capacity_bytes, std::string *produced_out);
-  // Forgets what was kept. The fault of a character that is cut off for good, else 0.
+  // Drops a kept character; JXHOST_E_MALFORMED if there was one, else 0.
   JXStatus end() { return std::exchange(held_, "").empty() ? JX_OK : JXHOST_E_MALFORMED; }
 
  private:

@@ -34,16 +34,16 @@ struct EntryReader {
 
 }  // namespace detail
 
-// The names of a directory from its current place on, as Name takes them.
+// The names of a directory not read yet, in the form that Name takes.
 using EntryRange = ReadRange<detail::EntryReader>;
 
-// An open directory; closed by its destructor. Used by one thread at a time. Every operation of a
-// directory that is closed, moved from or was never opened answers JXWEM_E_NOHANDLE. The module
-// stays loaded as long as a directory is open.
+// An open directory; the destructor closes it. Used by one thread at a time. On a directory that is
+// closed, moved from or was never opened every operation answers JXWEM_E_NOHANDLE. The module stays
+// loaded as long as a directory is open.
 class Directory {
  public:
   Directory() = default;
-  // Takes a directory over.
+  // Takes ownership of a directory.
   explicit Directory(JXDirectory *directory, Keeper keeper = {})
       : handle_(directory, std::move(keeper)) {}
 
@@ -54,7 +54,7 @@ class Directory {
 
   // The next name, in the system's order. JXWEM_E_EOF after the last one.
   Result<std::u32string> read() { return detail::read_entry(raw()); }
-  // Every name not read yet, for a range-for; error() tells afterwards whether all came.
+  // Every name not read yet, for a range-for; check error() after the loop.
   EntryRange entries() & { return EntryRange({handle_.watch()}); }
   EntryRange entries() && = delete;
   // 0 when the directory holds a member of that name; JXWEM_E_NOTFOUND.

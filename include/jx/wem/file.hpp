@@ -21,30 +21,31 @@
 
 namespace wem {
 
-// An open file; closed by its destructor, whose status is lost: close a file that was written. Used
-// by one thread at a time. Every operation of a file that is closed, moved from or was never opened
-// answers JXWEM_E_NOHANDLE. The module stays loaded as long as a file is open.
+// An open file. The destructor closes it, but loses the status: call close() on a file that was
+// written. Used by one thread at a time. On a file that is closed, moved from or was never opened
+// every operation answers JXWEM_E_NOHANDLE. The module stays loaded as long as a file is open.
 class File {
  public:
   File() = default;
-  // Takes over a file that was opened with these options.
+  // Takes ownership of a file that was opened with these options.
   File(JXFile *file, const OpenOptions &options, Keeper keeper = {})
       : handle_(file, std::move(keeper)), encoding_(options.used_encodings().record) {}
 
   explicit operator bool() const { return raw() != nullptr; }
   JXFile *raw() const { return handle_.get(); }
-  // What was opened; all zero for a file that is not open. Valid until the file is closed.
+  // The attributes of the open file; all zero for a file that is not open. Valid until the file is
+  // closed.
   const JXFileAttributes &attributes() const & {
     static constexpr JXFileAttributes kNone = {};
     return raw() ? raw()->attributes : kNone;
   }
   const JXFileAttributes &attributes() && = delete;
-  // The name as it was given to open; empty for a file that is not open.
+  // The name passed to open; empty for a file that is not open.
   std::u32string_view name() const & { return as_view(attributes().name, attributes().name_chars); }
   std::u32string_view name() && = delete;
 
-  // Flushes and closes; the first failure of the two, 0 for a file that is closed already. The
-  // file is closed whatever the status.
+  // Flushes and closes, and answers the first failure of the two; 0 for a file that is closed
+  // already. The file is closed even on failure.
   Status close() { return handle_.close(); }
 
   // The next record: a text line, or up to the record length of a binary or stream file.
@@ -55,7 +56,7 @@ class File {
   Result<Record> read(uint32_t count, int64_t *offset = nullptr) & {
     return detail::read_record(raw(), encoding_, nullptr, count, offset);
   }
-  // What a file lends does not outlast it: keep the file in a variable.
+  // A record does not outlive its file: keep the file in a variable.
   Result<Record> read() && = delete;
   Result<Record> read(uint32_t count, int64_t *offset = nullptr) && = delete;
   // The same into the caller's memory, for a file opened with direct transfer.
@@ -64,7 +65,7 @@ class File {
     return detail::read_record(raw(), encoding_, destination.data(), count, offset);
   }
   // Calls use with every record from here on. 0 at the end of the file, or the failure that came
-  // before. A use that returns a Status ends the reading with it when it is not 0.
+  // before. If use returns a Status, one that is not 0 ends the loop and is the answer.
   template <std::invocable<const Record &> Use>
   Status for_each_record(Use use) {
     const RecordRange range = records();
@@ -77,18 +78,18 @@ class File {
     }
     return range.error();
   }
-  // Every record from here on, for a range-for; error() tells afterwards whether all came.
+  // Every record from here on, for a range-for; check error() after the loop.
   RecordRange records() & { return RecordRange({handle_.watch(), encoding_}); }
   RecordRange records() && = delete;
 
-  // The next line of a text file in UTF-8, however long it is. JXWEM_E_EOF at the end,
+  // The next line of a text file in UTF-8, of any length. JXWEM_E_EOF at the end,
   // JXWEM_E_NOTSUPPORTED for other files and for records neither in JXChars nor in UTF-8,
-  // JXHOST_E_MALFORMED for what is no text.
+  // JXHOST_E_MALFORMED for invalid text.
   Result<std::string> read_line() { return detail::read_line(raw(), encoding_); }
-  // Every line from here on, for a range-for; error() tells afterwards whether all came.
+  // Every line from here on, for a range-for; check error() after the loop.
   LineRange lines() & { return LineRange({handle_.watch(), encoding_}); }
   LineRange lines() && = delete;
-  // All lines from here on; a failure of read_line().
+  // All lines from here on, or a failure of read_line().
   Result<std::vector<std::string>> read_lines() {
     std::vector<std::string> all;
     const LineRange range = lines();
@@ -108,8 +109,8 @@ class File {
     return Result<std::vector<std::byte>>(std::move(all));
   }
 
-  // Writes a record in its record encoding; *offset as for reading. JXWEM_E_TOOLONG when 32 bits
-  // do not count its bytes.
+  // Writes a record, given in the record encoding; *offset as for reading. JXWEM_E_TOOLONG when it
+  // has 2^32 bytes or more.
   Status write(std::span<const std::byte> record, int64_t *offset = nullptr) {
     if (record.size() > UINT32_MAX) return Status(JXWEM_E_TOOLONG);
     const auto length = static_cast<uint32_t>(record.size());
@@ -133,18 +134,18 @@ class File {
     return encoding_ == JX_ENCODING_UTF8 ? write(std::as_bytes(std::span(utf8))) : write(*text);
   }
 
-  // Forces what was written to the device.
+  // Flushes all written data to the device.
   Status flush() { return detail::call(raw(), &JXFile::flush); }
-  // The current offset in bytes, of a file without buffering.
+  // The current offset in bytes of an unbuffered file.
   Result<int64_t> note() {
     int64_t offset = 0;
     return result(detail::call(raw(), &JXFile::note, &offset), offset);
   }
-  // Moves by JX_POINT_* of a file without buffering; the new offset.
+  // Moves the offset of an unbuffered file by JX_POINT_*; answers the new one.
   Result<int64_t> point(int64_t offset, uint32_t mode = 0) {
     return result(detail::call(raw(), &JXFile::point, &offset, mode), offset);
   }
-  // A position of the module is a byte offset; both ways answer the same number.
+  // Positions of the module are byte offsets: both conversions answer the number they are given.
   Result<int64_t> position_to_byte(int64_t position) {
     int64_t offset = 0;
     return result(detail::call(raw(), &JXFile::position_to_byte, &position, &offset), offset);
@@ -166,7 +167,7 @@ class File {
   }
 
  private:
-  // A reference, because the call that makes the status sets the value.
+  // By reference: the argument that makes the status also sets the value.
   static Result<int64_t> result(Status status, const int64_t &value) {
     if (!status.ok()) return Failed(status);
     return Result<int64_t>(value);

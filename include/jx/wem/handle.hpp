@@ -1,4 +1,5 @@
-// What files, directories and tables share: who keeps the module alive, who closes, who looks on.
+// Ownership of files, directories and tables: who keeps the module loaded, who closes, who only
+// observes.
 #pragma once
 
 #include <iterator>
@@ -10,7 +11,7 @@
 
 namespace wem {
 
-// Holds what must outlive a handle, as a rule the loaded module; empty when the caller sees to it.
+// Keeps alive what must outlive a handle, usually the loaded module; empty when the caller does.
 using Keeper = std::shared_ptr<const void>;
 
 namespace detail {
@@ -21,8 +22,8 @@ Status call(Raw *raw, Slot Raw::*slot, Arguments... arguments) {
   return Status(raw ? (raw->*slot)(raw, arguments...) : JXWEM_E_NOHANDLE);
 }
 
-// Owns a handle of the module, closed once. Those who look on (see watch()) find null afterwards.
-// Moving leaves nothing behind; assigning closes what was held.
+// Owns a handle of the module and closes it once; observers (see watch()) find null afterwards. A
+// moved-from object is empty; assigning closes what was held.
 template <typename Raw>
 class Handle {
   struct Held {
@@ -35,7 +36,7 @@ class Handle {
   };
 
  public:
-  // A handle as others see it: valid as long as they like, null once it is closed.
+  // An observer of a handle; null once the handle is closed.
   class Watch {
    public:
     explicit Watch(const Handle &handle) : held_(handle.held_) {}
@@ -46,7 +47,7 @@ class Handle {
   };
 
   Handle() = default;
-  // Takes the handle over, and closes it when memory is out.
+  // Takes ownership of the handle, and closes it when out of memory.
   Handle(Raw *raw, Keeper keeper) {
     std::unique_ptr<Raw, Close> guard(raw);
     if (raw) held_ = std::make_shared<Held>(std::move(keeper), raw);
@@ -63,7 +64,7 @@ class Handle {
 
   Raw *get() const { return held_ ? held_->raw : nullptr; }
   Watch watch() const { return Watch(*this); }
-  // For what came from the handle and may outlive it.
+  // The keeper, for objects that came from the handle and may outlive it.
   Keeper keeper() const { return held_ ? held_->keeper : nullptr; }
 
   // The status of the handle's close; 0 when there is none.
@@ -71,7 +72,7 @@ class Handle {
     const std::shared_ptr<Held> held = std::exchange(held_, nullptr);
     if (!held) return Status();
     const Status status = call(std::exchange(held->raw, nullptr), &Raw::close);
-    held->keeper.reset();  // the module may go now, whoever looks on
+    held->keeper.reset();  // observers do not keep the module loaded
     return status;
   }
 
@@ -81,8 +82,8 @@ class Handle {
 
 }  // namespace detail
 
-// What a reader gives, one item after the other, as an input range. Every step is one read; copies
-// are one range. A loop ends at the end or at a failure: ask error() which it was.
+// The items of a reader as an input range. Every step is one read; copies share their state. A loop
+// ends at the end or at a failure: error() tells which.
 template <typename Reader>
 class ReadRange : public std::ranges::view_base {
   using Item = typename Reader::Item;
@@ -92,7 +93,7 @@ class ReadRange : public std::ranges::view_base {
       status = next.status();
     }
     Reader reader;
-    Result<Item> next;  // what the loop stands at
+    Result<Item> next;  // the current item
     Status status = {};
   };
 
@@ -117,7 +118,7 @@ class ReadRange : public std::ranges::view_base {
 
   explicit ReadRange(Reader reader)
       : loop_(std::make_shared<Loop>(Loop{std::move(reader), Failed(JXWEM_E_NOHANDLE)})) {}
-  // Reads the first item. Valid as long as the range or a copy of it.
+  // Reads the first item. Iterators are valid as long as the range or a copy of it.
   Iterator begin() const { return ++Iterator(loop_.get()); }
   std::default_sentinel_t end() const { return {}; }
 

@@ -21,18 +21,18 @@
 
 namespace wem {
 
-// Three numbers of a version, most significant first.
+// A version, most significant number first.
 struct Version {
   uint32_t a = 0;
   uint32_t b = 0;
   uint32_t c = 0;
 };
 
-// The operations of an instance. Copies are the same instance; any number of threads may call. The
-// instance of a Module stays as long as a copy of it, a file, a directory or a table is there; one
-// that a host made itself is lent, and the host ends it after all of these. A default instance
+// The operations of an instance. Copies share the instance; any number of threads may call. The
+// instance of a Module lives as long as a copy of it, a file, a directory or a table does. One that
+// a host made itself is not owned: the host destroys it after all of these. A default instance
 // answers JXWEM_E_NOHANDLE; the other statuses are those of the slot of the same name in jx/wem.h.
-// A path is expanded: variables, "~", leading dots.
+// Paths are expanded: variables, "~", leading dots.
 class Instance {
  public:
   Instance() = default;
@@ -42,15 +42,15 @@ class Instance {
   explicit operator bool() const { return instance_ != nullptr; }
   JXInstance *raw() const { return instance_.get(); }
 
-  // The host version that the module asks for, and its own; 0.0.0 of a default instance.
+  // The host version that the module requires, and its own; 0.0.0 for a default instance.
   Version required_version() const { return version_from(&JXInstance::get_required_version); }
   Version version() const { return version_from(&JXInstance::get_version); }
 
-  // Opens a file. A record length of 0 is JXWEM_E_BADOPTIONS. What can be told without the file is
-  // told before one is made or emptied. An append or update of a text or stream file that is not
-  // empty gets no byte-order mark in its middle, whatever the options say: the file is opened a
-  // second time, to be measured, when a mark might be due. System errors go to the instance's
-  // journal unless the options name another. caller_tag8 is copied; it may be null.
+  // Opens a file. A record length of 0 is JXWEM_E_BADOPTIONS. Options are checked before a file is
+  // created or emptied. An append or update never puts a byte-order mark into the middle of a text
+  // or stream file: when one might be due, the file is opened a second time to see whether it is
+  // empty. System errors go to the instance's journal unless the options name another. caller_tag8
+  // is copied; it may be null.
   Result<File> open(const Name &name, const OpenOptions &options,
                     const char *caller_tag8 = nullptr) const {
     if (!instance_) return Failed(JXWEM_E_NOHANDLE);
@@ -62,7 +62,7 @@ class Instance {
     if (!measured) return measured;
     const auto size = measured->point(0, JX_POINT_END);
     if (size && *size > 0) return file;
-    // Open until the end: a pipe whose only writer went away in between would end for its reader.
+    // Closed only now: if a pipe had no writer in between, its reader would see the end.
     if (const Status status = file->close(); !status.ok()) return Failed(status);
     return open_as_asked(name, options, caller_tag8);
   }
@@ -77,7 +77,7 @@ class Instance {
     return Result<Directory>(Directory(directory, instance_));
   }
 
-  // All lines of a text file in UTF-8, however long they are.
+  // All lines of a text file in UTF-8, of any length.
   Result<std::vector<std::string>> read_lines(const Name &name,
                                               uint32_t file_encoding = JX_ENCODING_UTF8) const {
     auto file = open(name, OpenOptions::input().text().file_encoding(file_encoding));
@@ -99,7 +99,7 @@ class Instance {
                      char_count(parts[0]), as_chars(parts[1]), char_count(parts[1]),
                      as_chars(parts[2]), char_count(parts[2]));
   }
-  // Takes a path apart, without looking at the file system.
+  // Splits a path, without access to the file system.
   Result<SplitPath> split_path(const Name &path) const {
     detail::LentParts parts(raw());
     const Status status =
@@ -137,19 +137,19 @@ class Instance {
       return instance_->info(raw(), instance_->pool, as_chars(chars), char_count(chars), status);
     });
   }
-  // What that table says.
+  // The facts in that table.
   Result<FileInfo> info(const Name &path) const {
     const auto table = info_table(path);
     if (!table) return Failed(table.status());
     return Result<FileInfo>(to_file_info(*table, instance_->host->time_zone));
   }
-  // What a record of a directory list says; empty when it was not asked for or not found.
+  // The information in a record of a directory list; empty when it was not asked for or not found.
   std::optional<FileInfo> info_of(const JXDirectoryEntry &entry) const {
     if (!instance_ || entry.size_bytes < 0) return std::nullopt;
     return FileInfo{static_cast<uint64_t>(entry.size_bytes), entry.modified, entry.is_dir != 0,
                     to_system_time(entry.modified, instance_->host->time_zone)};
   }
-  // The same two for the file system that holds the path.
+  // The same two for the file system of the path.
   Result<Table<JXInfoItem>> file_system_info_table(const Name &path) const {
     const std::u32string_view chars = path.chars();
     return to_table<JXInfoItem>([&](JXStatus *status) {
@@ -175,7 +175,7 @@ class Instance {
     });
   }
 
-  // A name in a directory (empty: the current one) that no one else was given recently.
+  // A name in a directory (empty: the current one) that was not returned recently.
   Result<std::u32string> create_name(const Name &directory, const NameRequest &wanted) const {
     const std::u32string_view prefix = wanted.prefix ? wanted.prefix->chars() : U"";
     const std::u32string_view extension = wanted.extension ? wanted.extension->chars() : U"";
@@ -189,7 +189,7 @@ class Instance {
   }
 
  private:
-  // What a slot that tells a version answers.
+  // Calls a version slot.
   template <typename Slot>
   Version version_from(Slot slot) const {
     Version version;
@@ -202,7 +202,7 @@ class Instance {
     const std::u32string_view chars = path.chars();
     return detail::call(raw(), slot, as_chars(chars), char_count(chars), arguments...);
   }
-  // Calls a slot that ends with a path that the module lends, and copies that.
+  // Calls a slot that returns a path, copies the path and releases it.
   template <typename Slot, typename Release, typename... Arguments>
   Result<std::u32string> lent_path(Slot slot, Release release, Arguments... arguments) const {
     JXChar *path = nullptr;
@@ -225,8 +225,8 @@ class Instance {
     return Result<Table<Value>>(Table<Value>(table, Pool(), instance_));
   }
 
-  // Refuses options that the module would refuse late, after it has made or emptied the file, or
-  // not at all: records of nothing, and a conversion that the host has not or has no room for.
+  // Refuses options that the module refuses only after it has created or emptied the file, or not
+  // at all: empty records, and a conversion that the host does not have or has no room for.
   Status check(const OpenOptions &options) const {
     const JXOpenOptions asked = options.raw();
     if (asked.record_length == 0) return Status(JXWEM_E_BADOPTIONS);
@@ -240,13 +240,13 @@ class Instance {
     auto *transcoder = nls->create_transcoder(nls, encodings.record, encodings.file, 0, nullptr);
     return Status(transcoder ? nls->destroy_transcoder(nls, transcoder) : JXWEM_E_FAILED);
   }
-  // Whether a byte-order mark is due that may come into the middle of a file.
+  // Whether a byte-order mark might go into the middle of a file.
   static bool may_mark_middle(const OpenOptions &options) {
     const uint32_t mode = options.raw().access_mode;
     const bool keeps = mode == JX_ACCESS_APPEND || mode == JX_ACCESS_UPDATE;
     return keeps && options.writes_mark();
   }
-  // Opens a file, once.
+  // Opens a file, without the checks.
   Result<File> open_as_asked(const Name &name, const OpenOptions &options,
                              const char *caller_tag8) const {
     const std::u32string_view chars = name.chars();
@@ -258,8 +258,8 @@ class Instance {
     if (!file) return Failed(status == JX_OK ? JXWEM_E_BADNAME : status);
     return Result<File>(File(file, options, instance_));
   }
-  // A second opening of a file that is open already. It opens for what was asked and nothing more,
-  // so that it needs no other rights.
+  // Opens a file that is open already once more, with the same access, so that it needs no other
+  // permissions.
   Result<File> open_to_measure(const Name &name, const OpenOptions &options) const {
     const JXOpenOptions asked = options.raw();
     const OpenOptions bytes =

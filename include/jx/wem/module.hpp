@@ -1,4 +1,4 @@
-// The module as the reference host loads it: needs libjxhost.
+// The module, loaded by the reference host. Needs libjxhost.
 #pragma once
 
 #include <memory>
@@ -29,7 +29,7 @@ class HostKernel {
 
   JXHost *get() const { return host_; }
   bool has_journal() const { return config_.journal_sink || config_.journal_fd >= 0; }
-  // Whether a host made from this configuration would be the same.
+  // Whether a host made from that configuration would be the same.
   bool is_like(const JXHostConfig &other) const {
     const bool has_name = config_.host_name8 != nullptr;
     return config_.extensions == other.extensions && config_.time_zone == other.time_zone &&
@@ -40,8 +40,8 @@ class HostKernel {
            config_.journal_fd == other.journal_fd;
   }
 
-  // The host of a configuration: the one that is there, for a module can be in one host of a
-  // process only, or a new one.
+  // The host of a configuration: an existing one, because only one host of a process can have the
+  // module, or a new one.
   static std::shared_ptr<HostKernel> find_or_make(const JXHostConfig &config) {
     static std::vector<std::weak_ptr<HostKernel>> hosts;
     const std::lock_guard guard(mutex);
@@ -54,16 +54,16 @@ class HostKernel {
     return host;
   }
 
-  // Held while a host is found and while one goes with its last module: nobody finds it half gone.
+  // Held while a host is looked up and while one is destroyed with its last module.
   inline static std::mutex mutex;
 
  private:
   JXHostConfig config_;
-  std::string name_;  // what config_.host_name8 was
+  std::string name_;  // owns the text of config_.host_name8
   JXHost *host_ = nullptr;
 };
 
-// A module in its host; unloads before the host goes.
+// A module and its host; unloads before it lets go of the host.
 struct LoadedModule {
   explicit LoadedModule(const JXHostConfig &config) : host(HostKernel::find_or_make(config)) {}
   LoadedModule(const LoadedModule &) = delete;
@@ -80,16 +80,16 @@ struct LoadedModule {
 
 }  // namespace detail
 
-// The module, loaded into a host kernel. It is unloaded, and the host ended, with the last of this
-// object and of the instances, files, directories and tables that came from it. Modules that are
-// loaded with equal configurations share one host, so that one can be loaded over another.
+// The module, loaded into a host kernel. It is unloaded, and the host destroyed, with the last of
+// this object and the instances, files, directories and tables that came from it. Modules loaded
+// with equal configurations share one host, so one can be loaded over another.
 class Module {
  public:
   Module() = default;
   // Loads the module from path8 (config null: the reference host's defaults). A journal in the
   // configuration becomes that of the instance and of its files. Empty on failure, with the reason
-  // in *error_out when that is given; so when the module is in a host of another configuration,
-  // which must end first: module = {}.
+  // in *error_out if that is not null. Loading also fails while a host of another configuration has
+  // the module; release that first: module = {}.
   static Module load(const char *path8, const JXHostConfig *config = nullptr,
                      std::string *error_out = nullptr) {
     constexpr JXHostConfig kDefault = JXHOST_CONFIG_INIT;
@@ -109,10 +109,10 @@ class Module {
     return module;
   }
   explicit operator bool() const { return loaded_ != nullptr; }
-  // The instance; a default one of an empty module.
+  // The instance; a default one if the module is empty.
   const Instance &instance() const & { return instance_; }
   Instance instance() && { return std::move(instance_); }
-  // The host; null of an empty module.
+  // The host; null if the module is empty.
   JXHost *host() const { return loaded_ ? loaded_->host->get() : nullptr; }
   // A routine that the module exports by name, as a function pointer type; null when there is none.
   template <typename Function>

@@ -11,22 +11,22 @@
 
 namespace wem {
 
-// Encoding numbers of the host, by their use; 0 takes the module's default.
+// Encoding numbers of the host; 0 is the module's default.
 struct Encodings {
   uint32_t file = JX_ENCODING_UTF8;       // of the bytes in the file
   uint32_t record = JX_ENCODING_UTF32LE;  // of the records that are read and written
 };
 
-// What to open and how. Every setter gives back a changed copy, so that options are built in one
-// expression and kept as values. Start: buffered binary records of up to 8192 bytes; text, once
-// that is chosen, is UTF-8 in the file and JXChars in the records.
+// How to open a file. Every setter returns a changed copy, so options are built in one expression
+// and kept as values. Defaults: buffered binary records of up to 8192 bytes; with text(), UTF-8 in
+// the file and JXChars in the records.
 class [[nodiscard]] OpenOptions {
  public:
-  // The longest text record where none is given, in bytes of the file.
+  // The default length of a text record, in bytes of the file.
   static constexpr uint32_t kTextBytes = 65536;
 
-  // To read a file that is there; to make or empty and write one; to make one or write at its end;
-  // to make one or read and write it.
+  // Read an existing file; create or empty a file and write it; create a file or append to it;
+  // create a file or read and write it.
   static OpenOptions input() { return OpenOptions(JX_ACCESS_INPUT); }
   static OpenOptions output() { return OpenOptions(JX_ACCESS_OUTPUT); }
   static OpenOptions append() { return OpenOptions(JX_ACCESS_APPEND); }
@@ -44,7 +44,7 @@ class [[nodiscard]] OpenOptions {
   OpenOptions direct() const { return with(&JXOpenOptions::buffered, 0); }
   // Binary and stream reads go straight into the caller's memory.
   OpenOptions direct_transfer() const { return with_flag(JX_OPEN_DIRECT_TRANSFER); }
-  // The name is used as it is, without path expansion.
+  // The name is not expanded.
   OpenOptions literal_name() const { return with_flag(JX_OPEN_LITERAL_NAME); }
 
   // The encodings of text: .encodings({.file = JX_ENCODING_UTF16LE, .record = JX_ENCODING_UTF8}).
@@ -57,7 +57,7 @@ class [[nodiscard]] OpenOptions {
   OpenOptions record_encoding(uint32_t encoding) const {
     return with(&JXOpenOptions::record_encoding, encoding);
   }
-  // Whether output begins with a byte-order mark. Left open, that of UTF-16 and UTF-32 does and
+  // Whether output begins with a byte-order mark. By default that of UTF-16 and UTF-32 does and
   // that of UTF-8 does not. Instance::open never puts one into the middle of a file.
   OpenOptions byte_order_mark() const { return with_mark(Mark::kAlways); }
   OpenOptions no_byte_order_mark() const { return with_mark(Mark::kNever); }
@@ -76,10 +76,10 @@ class [[nodiscard]] OpenOptions {
     copy.options_.user_value_count = static_cast<int32_t>(count);
     return copy;
   }
-  // Where system errors are reported, instead of the instance's journal; must outlive the file.
+  // The journal for system errors, instead of the instance's; must outlive the file.
   OpenOptions journal(JXJournal *journal) const { return with(&JXOpenOptions::journal, journal); }
 
-  // The encodings that the module works with: its defaults for 0, and none for binary records.
+  // The encodings that the module uses: its defaults for 0, and none for binary records.
   Encodings used_encodings() const {
     if (options_.record_format == JX_FORMAT_BINARY) return {0, 0};
     const bool is_stream = options_.record_format == JX_FORMAT_STREAM;

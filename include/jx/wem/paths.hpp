@@ -1,4 +1,4 @@
-// Paths taken apart and names to be made.
+// Split paths, and requests for unique names.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace wem {
 
-// A path taken apart; a component that the path does not have is empty.
+// A split path; a component that the path does not have is empty.
 struct SplitPath {
   std::optional<std::u32string> directory;
   std::optional<std::u32string> member;
@@ -19,7 +19,7 @@ struct SplitPath {
   std::optional<std::u32string> extension;
 };
 
-// What a created name is made of. Without a prefix the name carries the machine's name.
+// The parts of a unique name. Without a prefix the name contains the machine's name.
 struct NameRequest {
   std::optional<Name> prefix;
   std::optional<Name> extension;
@@ -27,7 +27,7 @@ struct NameRequest {
 
 namespace detail {
 
-// The components of a split, which the module gets back in the end.
+// Owns the components of a split path until they are released to the module.
 struct LentParts {
   explicit LentParts(JXInstance *its_instance) : instance(its_instance) {}
   LentParts(const LentParts &) = delete;

@@ -1,4 +1,4 @@
-// Records that a file lends, and how they and whole lines are read off its handle.
+// Records in a file's buffer, and reading them and whole lines from a handle.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,7 @@
 
 namespace wem {
 
-// A record that a file lends: valid until the next call on the file.
+// A record in a file's buffer: valid until the next call on the file.
 struct Record {
   std::span<const std::byte> bytes;  // the record in its record encoding
   bool partial = false;              // a text record whose line end was not seen
@@ -23,15 +23,15 @@ struct Record {
 
   // Whether the record is in JXChars, the default of text and stream records.
   bool is_text() const { return encoding == JX_ENCODING_UTF32LE; }
-  // The record as text. Of a record that is not in JXChars it ends the program, as a Result
-  // without a value does.
+  // The record as text. Stops the program if the record is not in JXChars, like taking the value of
+  // a failed Result.
   std::u32string_view text() const {
     if (!is_text()) detail::stop(Status(JXWEM_E_NOTSUPPORTED));
     return as_view(static_cast<const JXChar *>(static_cast<const void *>(bytes.data())),
                    bytes.size() / sizeof(JXChar));
   }
   // A copy in UTF-8 of a record in JXChars or UTF-8. JXWEM_E_NOTSUPPORTED for another encoding,
-  // JXHOST_E_MALFORMED for what is no text, such as UTF-8 that the record length cuts.
+  // JXHOST_E_MALFORMED for invalid text, such as UTF-8 that the record length cuts.
   Result<std::string> utf8() const {
     if (is_text()) return to_utf8(text());
     if (encoding != JX_ENCODING_UTF8) return Failed(JXWEM_E_NOTSUPPORTED);
@@ -52,8 +52,8 @@ inline bool is_lines(const JXFile *file) {
   return format == JX_FORMAT_VARIABLE || format == JX_FORMAT_VARIABLE_3;
 }
 
-// Reads a record of up to count bytes to the caller's data or to where the file keeps it. Bytes
-// that come with the end of the file are a record; the end itself is told by the next read.
+// Reads a record of up to count bytes into the caller's memory or the file's buffer. Bytes that
+// come with the end of the file are a record; the next read reports the end.
 inline Result<Record> read_record(JXFile *file, uint32_t encoding, void *data, uint32_t count,
                                   int64_t *offset) {
   uint32_t length = count;
@@ -64,13 +64,13 @@ inline Result<Record> read_record(JXFile *file, uint32_t encoding, void *data, u
   return Result<Record>(Record{{bytes, length}, status == JXWEM_E_PARTIAL, encoding});
 }
 
-// Reads the next record, as long as it may be.
+// Reads the next record, up to the record length.
 inline Result<Record> read_record(JXFile *file, uint32_t encoding) {
   const uint32_t length = file ? file->attributes.record_length : 0;
   return read_record(file, encoding, nullptr, length, nullptr);
 }
 
-// Adds a record to a line in UTF-8. One that is in UTF-8 may begin or end inside a character.
+// Appends a record to a line in UTF-8. A record in UTF-8 may begin or end inside a character.
 inline Status append_record(const Record &record, std::string &line) {
   if (!record.is_text()) {
     line += record.raw_text();
@@ -116,9 +116,9 @@ struct LineReader {
 
 }  // namespace detail
 
-// The records of a file from its current place on; each lasts until the next step.
+// The records of a file from the current one on; each is valid until the next step.
 using RecordRange = ReadRange<detail::RecordReader>;
-// The lines of a text file from its current place on, in UTF-8.
+// The lines of a text file from the current one on, in UTF-8.
 using LineRange = ReadRange<detail::LineReader>;
 
 }  // namespace wem

@@ -15,14 +15,13 @@
 
 namespace wem {
 
-// The outcome of an operation; a default one is success. It knows the names and meanings of the
-// module's statuses and of those that the reference host adds; a host whose own statuses are others
-// looks these up by code().
+// The outcome of an operation; a default one is success. Knows the names and meanings of the
+// statuses of the module and of the reference host; another host looks up its own by code().
 class [[nodiscard]] Status {
  public:
   constexpr Status() = default;
-  // Of a status constant or of what a slot answered, said out loud: no number turns into a status
-  // by itself, and none but a JXStatus does at all.
+  // From a status constant or the answer of a slot. Explicit, and only from a JXStatus: no number
+  // converts by accident.
   constexpr explicit Status(std::same_as<JXStatus> auto code) : code_(code) {}
 
   constexpr JXStatus code() const { return code_; }
@@ -63,8 +62,8 @@ class [[nodiscard]] Status {
 
 namespace detail {
 
-// Ends the program, which took a value that is not there. Says so on standard error, with the name
-// and the code of the status.
+// Stops a program that took the value of a failed Result. Writes the name and the code of the
+// status to standard error.
 [[noreturn]] inline void stop(Status status) {
   std::fprintf(stderr, "wem: there is no value: %s 0x%08x (%s)\n", status.name(),
                static_cast<unsigned>(status.code()), status.text());
@@ -73,8 +72,8 @@ namespace detail {
 
 }  // namespace detail
 
-// What a function with a Result returns when it fails: return wem::Failed(status). A failure is
-// never a success: JX_OK becomes JXWEM_E_FAILED.
+// The failure of a function that returns a Result: return wem::Failed(status). Never a success:
+// JX_OK becomes JXWEM_E_FAILED.
 class Failed {
  public:
   constexpr explicit Failed(Status status)
@@ -87,14 +86,14 @@ class Failed {
   Status status_;
 };
 
-// A value, or the status that says why there is none. Taking the value of a failure ends the
-// program with the name of the status on standard error: ask first, or use value_or().
+// A value, or the status that says why there is none. Taking the value of a failure stops the
+// program with the name of the status on standard error: check first, or use value_or().
 template <typename T>
 class [[nodiscard]] Result {
  public:
   using value_type = T;
 
-  // Of exactly a T, said out loud: Result<int64_t>(offset).
+  // From exactly a T, explicitly: Result<int64_t>(offset).
   template <typename Value>
   requires std::same_as<std::remove_cvref_t<Value>, T>
   explicit Result(Value &&value) : value_(std::forward<Value>(value)) {}
@@ -125,8 +124,8 @@ class [[nodiscard]] Result {
   T *operator->() & { return &require(); }
   const T *operator->() const & { return &require(); }
   T *operator->() && requires std::copyable<T> { return &require(); }
-  // Files, directories and tables end with the temporary while what they lend is still in use: keep
-  // the result in a variable.
+  // A file, directory or table would be closed with the temporary while its records are still in
+  // use: keep the result in a variable.
   T *operator->() && requires(!std::copyable<T>) = delete;
 
  private:

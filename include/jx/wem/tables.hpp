@@ -1,4 +1,4 @@
-// Host pools and tables, and what they say about files.
+// Host pools and tables, and the information about files in them.
 #pragma once
 
 #include <algorithm>
@@ -20,11 +20,12 @@
 
 namespace wem {
 
-// A pool of the host, which must outlive it; destroyed, with every block in it, by its destructor.
+// A pool of the host, which must outlive it. The destructor destroys the pool with every block in
+// it.
 class Pool {
  public:
   Pool() = default;
-  // name8 is copied by the host. Empty when memory is out, or without a host.
+  // name8 is copied by the host. Empty when out of memory or without a host.
   Pool(JXHost *host, const char *name8)
       : pool_(host ? host->create_pool(host, 0, 0, 0, nullptr, name8) : nullptr) {}
 
@@ -38,9 +39,9 @@ class Pool {
   std::unique_ptr<JXPool, Destroy> pool_;
 };
 
-// A table of records of type Value that the module handed out, with the pool its records need when
-// that is the table's own. The module stays loaded as long as the table is there. The walk and the
-// look-up are the reference host's.
+// A table of records of type Value from the module, with the pool of its records if that is the
+// table's own. The module stays loaded as long as the table exists. Iteration and look-up need the
+// reference host.
 template <typename Value>
 class Table {
  public:
@@ -67,11 +68,12 @@ class Table {
     const JXTableEntry *entry_ = nullptr;
   };
 
-  // Takes a table over. A null one is empty: the module's answer for a directory without members.
+  // Takes ownership of a table. Null is an empty table: the module's answer for a directory without
+  // members.
   explicit Table(JXTable *table = nullptr, Pool pool = {}, Keeper keeper = {})
       : keeper_(std::move(keeper)), pool_(std::move(pool)), table_(table) {}
   Table(Table &&) noexcept = default;
-  // Destroys what was held, before the pool it is in.
+  // Destroys the table that was held before its pool.
   Table &operator=(Table &&other) noexcept {
     table_ = std::move(other.table_);
     pool_ = std::move(other.pool_);
@@ -91,7 +93,7 @@ class Table {
     const auto *entry = table_ ? jxhost_table_find(raw(), as_chars(key), key_bytes) : nullptr;
     return entry ? static_cast<const Value *>(entry->value) : nullptr;
   }
-  // Records end with the table: keep it in a variable.
+  // Records do not outlive their table: keep it in a variable.
   Iterator begin() && = delete;
   Iterator end() && = delete;
   const Value *find(std::u32string_view key) && = delete;
@@ -101,7 +103,7 @@ class Table {
     void operator()(JXTable *table) const { table->destroy_table(table); }
   };
 
-  // In this order: the table goes first, the module last.
+  // Destroyed in reverse order: the table first, the module last.
   Keeper keeper_;
   Pool pool_;
   std::unique_ptr<JXTable, Destroy> table_;
@@ -118,14 +120,14 @@ inline std::u32string_view name_of(const JXDirectoryEntry &entry) {
   return as_view(entry.name, entry.name_chars);
 }
 
-// What the module knows about a file.
+// Information about a file.
 struct FileInfo {
   uint64_t size_bytes = 0;
   double modified = 0;  // seconds since 1 January 1960, local time
   bool is_directory = false;
-  std::chrono::sys_seconds modified_at = {};  // the same as a time of the system's clock
+  std::chrono::sys_seconds modified_at = {};  // the same in the system's clock
 
-  // The same as the C library's time; the nearest there is when a time_t of 32 bits has no room.
+  // The same as a time_t; the nearest one when it does not fit 32 bits.
   std::time_t modified_time_t() const {
     using Limits = std::numeric_limits<std::time_t>;
     const int64_t seconds = modified_at.time_since_epoch().count();
@@ -133,21 +135,21 @@ struct FileInfo {
   }
 };
 
-// A time of the module, in seconds since 1 January 1960 in a zone so many seconds west of UTC, as a
-// time of the system's clock.
+// Converts a time of the module to the system's clock: seconds since 1 January 1960, in a zone that
+// is seconds_west seconds west of UTC.
 inline std::chrono::sys_seconds to_system_time(double modified, int32_t seconds_west) {
   constexpr double kSecondsTo1970 = 315619200;
   const double seconds = std::floor(modified - kSecondsTo1970 + seconds_west);
   return std::chrono::sys_seconds(std::chrono::seconds(static_cast<int64_t>(seconds)));
 }
 
-// What an information table says about the file system that holds a file.
+// Information about a file system.
 struct FileSystemInfo {
   uint64_t free_bytes = 0;
   uint32_t identifier = 0;
 };
 
-// What a table of Instance::info_table says; seconds_west is the time zone of the host.
+// The facts in a table of Instance::info_table; seconds_west is the time zone of the host.
 inline FileInfo to_file_info(const Table<JXInfoItem> &table, int32_t seconds_west) {
   FileInfo info;
   if (const auto *item = table.find(U"FILESIZE")) info.size_bytes = item->value.bytes;
@@ -157,7 +159,7 @@ inline FileInfo to_file_info(const Table<JXInfoItem> &table, int32_t seconds_wes
   return info;
 }
 
-// What a table of Instance::file_system_info_table says.
+// The facts in a table of Instance::file_system_info_table.
 inline FileSystemInfo to_file_system_info(const Table<JXInfoItem> &table) {
   FileSystemInfo info;
   if (const auto *item = table.find(U"FREESPACE")) info.free_bytes = item->value.bytes;

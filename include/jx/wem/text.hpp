@@ -20,20 +20,20 @@ namespace wem {
 static_assert(sizeof(char32_t) == sizeof(JXChar));
 static_assert(alignof(char32_t) == alignof(JXChar));
 
-// Text as the module takes it. char32_t and JXChar have one representation, and the module, which
-// is compiled apart, only ever sees the memory as JXChars: the cast hands over a pointer and no
-// object is read through both types on either side. Valid as long as the text.
+// Text as JXChars, for the module. char32_t and JXChar have one representation, and the module,
+// which is compiled separately, sees the memory only as JXChars: no code reads it through both
+// types. Valid as long as the text.
 inline const JXChar *as_chars(std::u32string_view text) {
   return reinterpret_cast<const JXChar *>(text.data());
 }
 
-// The number of JXChars of a text. Longer ones than 32 bits can count are too long for every
-// operation, and are handed over as the longest length there is.
+// The length of a text in JXChars. A length beyond 32 bits is too long for every operation and
+// becomes the largest one.
 constexpr uint32_t char_count(std::u32string_view text) {
   return text.size() > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(text.size());
 }
 
-// Text that the module lends, as a view; empty for null. Valid as long as the module's text.
+// Text of the module as a view; empty for null. Valid as long as the module's text.
 template <typename Count>
 std::u32string_view as_view(const JXChar *data, Count chars) {
   if (!data || chars <= 0) return {};
@@ -48,7 +48,7 @@ constexpr bool is_character(char32_t unit) {
 
 // Appends a character as UTF-8.
 inline void append_utf8(std::string &utf8, char32_t character) {
-  constexpr uint32_t kBits = 6;  // that a continuation byte carries
+  constexpr uint32_t kBits = 6;  // in a continuation byte
   const uint32_t more = character < 0x80 ? 0 : character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
   const uint32_t lead = more == 0 ? 0 : 0xFF00u >> (more + 1) & 0xFFu;
   utf8 += static_cast<char>(lead | character >> kBits * more);
@@ -57,10 +57,10 @@ inline void append_utf8(std::string &utf8, char32_t character) {
   }
 }
 
-// Takes a character off the front of UTF-8 that is not empty; none when it is malformed, overlong,
-// a surrogate, out of range or cut off.
+// Takes a character off the front of UTF-8 that is not empty; nullopt when it is malformed,
+// overlong, a surrogate, out of range or cut off.
 inline std::optional<char32_t> take_utf8(std::string_view &utf8) {
-  constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};  // by the number of bytes that follow
+  constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};  // by continuation bytes
   const auto byte = [&utf8](size_t i) { return static_cast<unsigned char>(utf8[i]); };
   const unsigned lead = byte(0);
   const size_t more = lead < 0x80 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
@@ -108,11 +108,11 @@ inline bool is_utf8(std::string_view bytes) {
   return true;
 }
 
-// The name of a file or a path, as every operation takes it. To the system a name is bytes, UTF-8
-// as a rule; the module's characters are those bytes, one each. So "Zürich.txt", u8"Zürich.txt" and
-// a std::filesystem::path name what they say, whatever their bytes, and so does text that came from
-// the module: an entry of a directory, a built path. A literal U"..." compiles only in ASCII: its
-// other characters are not the bytes of a name.
+// The name of a file or a path, the argument of every operation. To the system a name is bytes,
+// usually UTF-8; the module's characters are those bytes, one each. So "Zürich.txt",
+// u8"Zürich.txt", a std::filesystem::path of any bytes, and text from the module (a directory
+// entry, a built path) all work. A literal U"..." compiles only in ASCII: its other characters are
+// not the bytes of a name.
 class Name {
  public:
   // No name.
@@ -136,12 +136,12 @@ class Name {
     }
   }
 
-  // The name as the module takes it. Valid as long as the object is not changed.
+  // The name in the module's characters. Valid until the object is changed.
   std::u32string_view chars() const & { return chars_ ? std::u32string_view(*chars_) : literal_; }
   std::u32string_view chars() && = delete;
   bool empty() const { return chars().empty(); }
-  // The bytes of the name: UTF-8 if it is a name in UTF-8. A character that is no byte, which no
-  // name from the module has, is written in UTF-8.
+  // The bytes of the name: UTF-8 if the name is. A character above 255, which no name from the
+  // module has, is encoded in UTF-8.
   std::string utf8() const {
     std::string bytes;
     bytes.reserve(chars().size());
@@ -166,7 +166,7 @@ class Name {
                    [](Byte byte) { return static_cast<unsigned char>(byte); });
     return chars;
   }
-  // Called by no program: a literal with such a character does not compile.
+  // Never called: a literal with such a character does not compile.
   static void a_name_is_bytes_drop_the_u();
 
   std::optional<std::u32string> chars_;

@@ -198,6 +198,23 @@ int find_command_word(int argc, char **argv) {
   return static_cast<int>(found - argv);
 }
 
+// The words of a command line in the parser's order, from the last to the first. An option with an
+// empty value after "=" becomes two words: the parser would take the next word for its value.
+std::vector<std::string> parser_words(int argc, char **argv) {
+  std::vector<std::string> words;
+  bool may_be_option = true;
+  for (int at = 1; at < argc; ++at) {
+    const std::string_view word = argv[at];
+    if (word == "--") may_be_option = false;
+    const bool is_empty = may_be_option && word.starts_with("--") && word.ends_with('=') &&
+                          word.find('=') == word.size() - 1;
+    words.emplace_back(is_empty ? word.substr(0, word.size() - 1) : word);
+    if (is_empty) words.emplace_back();
+  }
+  std::ranges::reverse(words);
+  return words;
+}
+
 // What is wrong with a command line; an unknown option goes before what it caused to be missing.
 UsageError to_usage_error(const CLI::App &app, const CLI::ParseError &error) {
   for (const std::string &word : app.remaining(true)) {
@@ -221,7 +238,7 @@ bool parse_command_line(int argc, char **argv, Invocation *invocation) {
   std::vector<std::string> operands;
   if (command) operands = split_off_operands(*command, command_at, &argc, argv);
   try {
-    app.parse(argc, argv);
+    app.parse(parser_words(argc, argv));
   } catch (const CLI::CallForHelp &) {
     std::cout << app.help() << std::flush;
     if (!std::cout) throw Failure("standard output", JXWEM_E_SYSTEM);

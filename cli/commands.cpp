@@ -19,7 +19,7 @@ constexpr Option kReadLength = {"--record-length", "N",
                                 "longest record in bytes of the file (default: 65536)"};
 
 constexpr auto kCommonOptions = std::to_array<Option>({
-    {"--module", "FILE", "load this module; FILE has a / in it"},
+    {"--module", "FILE", "load this module, which JXWEM_MODULE names else; FILE has a / in it"},
     {"--expand", nullptr, "expand $NAME and a leading ~ in the paths given"},
 });
 
@@ -134,8 +134,9 @@ constexpr auto kCommands = std::to_array<Command>({
      "jxfile lines --from latin1 --number notes.txt", kLinesOperands, kLinesOptions, run_lines},
     {"convert", "copy a text file into another encoding",
      "Copies IN to OUT and changes the encoding only: line ends, a missing last line end and a "
-     "byte-order mark stay as they are, so that converting there and back gives the same bytes. "
-     "OUT is replaced when everything is written; a failure leaves it as it was. --append adds to "
+     "byte-order mark stay as they are, so that converting there and back gives the same bytes; "
+     "utf-16 and utf-32 add a mark, and some encodings of the C library map look-alikes. OUT is "
+     "replaced when everything is written; a failure leaves it as it was. --append adds to "
      "it in place.",
      "jxfile convert --from utf-8 --to utf-16le --bom in.txt out.txt", kConvertOperands,
      kConvertOptions, run_convert},

@@ -19,20 +19,21 @@ namespace {
 constexpr std::string_view kStandardNames[] = {"/dev/stdin", "/dev/stdout", "/dev/stderr"};
 static_assert(STDIN_FILENO == 0 && STDOUT_FILENO == 1 && STDERR_FILENO == 2);
 
-// What poll answers about reading.
-int wait_for_bytes(int fd, int milliseconds) {
-  struct ::pollfd state = {fd, POLLIN, 0};
+// What poll answers about one kind of event.
+int wait_for(int fd, short events, int milliseconds) {
+  struct ::pollfd state = {fd, events, 0};
   return ::poll(&state, 1, milliseconds);
 }
 
 // Repeats a transfer to a place with so many bytes before it until count bytes are there.
 template <typename Transfer>
-std::string gather(size_t count, const std::string &shown, Transfer transfer) {
+std::string gather(int fd, size_t count, const std::string &shown, Transfer transfer) {
   std::string bytes(count, '\0');
   size_t used = 0;
   while (used < count) {
     const ssize_t got = transfer(bytes.data() + used, count - used, used);
     if (got < 0 && errno == EINTR) continue;
+    if (got < 0 && errno == EAGAIN && wait_for(fd, POLLIN, -1) >= 0) continue;
     if (got < 0) throw system_failure(shown, errno);
     if (got == 0) break;
     used += static_cast<size_t>(got);
@@ -68,28 +69,31 @@ std::string read_some(int fd, size_t count, const std::string &shown) {
   while ((got = ::read(fd, bytes.data(), count)) < 0) {
     if (errno != EINTR && errno != EAGAIN) throw system_failure(shown, errno);
     // Whoever shares the descriptor may have made it one that does not wait.
-    wait_for_bytes(fd, -1);
+    wait_for(fd, POLLIN, -1);
   }
   bytes.resize(static_cast<size_t>(got));
   return bytes;
 }
 
 std::string read_fully(int fd, size_t count, const std::string &shown) {
-  return gather(count, shown, [fd](char *to, size_t left, size_t) { return ::read(fd, to, left); });
+  return gather(fd, count, shown,
+                [fd](char *to, size_t left, size_t) { return ::read(fd, to, left); });
 }
 
 std::string read_at(int fd, size_t count, uint64_t offset, const std::string &shown) {
-  return gather(count, shown, [fd, offset](char *to, size_t left, size_t used) {
+  return gather(fd, count, shown, [fd, offset](char *to, size_t left, size_t used) {
     return ::pread(fd, to, left, static_cast<off_t>(offset + used));
   });
 }
 
-bool would_wait(int fd) { return wait_for_bytes(fd, 0) == 0; }
+bool would_wait(int fd) { return wait_for(fd, POLLIN, 0) == 0; }
 
 bool write_fully(int fd, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t count = ::write(fd, bytes.data(), bytes.size());
     if (count < 0 && errno == EINTR) continue;
+    // Whoever shares the descriptor may have made it one that does not wait.
+    if (count < 0 && errno == EAGAIN && wait_for(fd, POLLOUT, -1) >= 0) continue;
     if (count < 0) return false;
     bytes.remove_prefix(static_cast<size_t>(count));
   }

@@ -126,8 +126,9 @@ const std::string &Input::head() {
     return *head_;
   }
   session_.output().flush();
+  // A socket of packets drops what a read leaves of one, so as much is taken as may be there.
   while (!is_at_end_ && may_become_mark(*head_)) {
-    const std::string more = read_some(fd_, kLongestMark - head_->size(), shown_);
+    const std::string more = read_some(fd_, kChunkBytes, shown_);
     is_at_end_ = more.empty();
     *head_ += more;
   }

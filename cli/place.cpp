@@ -97,8 +97,9 @@ std::string examine(Place &place, const std::string &shown) {
 
 Place find_place(const std::string &path, const std::string &shown) {
   Place place;
-  if (path == "-") {
-    place.own_fd = STDOUT_FILENO;
+  const auto own_fd = path == "-" ? STDOUT_FILENO : descriptor_named(path);
+  if (own_fd) {
+    place.own_fd = *own_fd;
     return place;
   }
   Descriptor at(AT_FDCWD);

@@ -123,6 +123,9 @@ void Replacement::sync_folder() const {
 
 // The file or the place is gone, or the place is taken: somebody else was at work.
 Failure Replacement::naming_failure(int error) const {
+  struct ::stat folder = {};
+  const bool is_folder_gone = ::fstat(place_.folder.get(), &folder) == 0 && folder.st_nlink == 0;
+  if (error == ENOENT && is_folder_gone) return path_failure(shown_, error);
   return error == ENOENT || error == EEXIST ? changed_failure(shown_) : failure(error);
 }
 

@@ -53,6 +53,24 @@ JXStatus convert_bytes(FileHandle *handle, const uint8_t *bytes, uint32_t count,
                       handle->transcode_buffer.size_bytes, length);
 }
 
+// Drops what the transcoder makes of a control from the end of converted text. 0, JXWEM_E_FAILED
+// when the text does not end so, or the transcoder's status.
+JXStatus drop_control(FileHandle *handle, const uint8_t *control, uint32_t control_bytes,
+                      uint32_t *length) {
+  uint8_t made[64];
+  uint32_t made_bytes = 0;
+  const JXStatus status =
+      transcode_in(handle, control, control_bytes, made, sizeof made, &made_bytes);
+  handle->read_held.count = 0;
+  if (status != JX_OK) return status;
+  const bool is_at_end =
+      made_bytes != 0 && made_bytes <= *length &&
+      std::memcmp(handle->transcode_buffer.data + *length - made_bytes, made, made_bytes) == 0;
+  if (!is_at_end) return JXWEM_E_FAILED;
+  *length -= made_bytes;
+  return JX_OK;
+}
+
 }  // namespace
 
 // Converts the record with the control character after it, which is part of no other character, and
@@ -76,11 +94,9 @@ JXStatus convert_with_control(FileHandle *handle, uint8_t *bytes, Line line, uin
   }
   status = end_line(handle);
   if (status != JX_OK || asked_bytes == 0) return status;
-  // The host made something else of the control. Nothing is held, so the record can be converted
-  // again.
-  status = convert_bytes(handle, bytes, line.record_bytes, length);
-  handle->read_held.count = 0;
-  return status;
+  // Either the host makes something else of the control, which is dropped, or the record ends
+  // inside what the control did not complete.
+  return drop_control(handle, bytes + line.record_bytes, asked_bytes, length);
 }
 
 }  // namespace jx

@@ -3,31 +3,15 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <iostream>
-#include <system_error>
 
 #include "cli/commands.hpp"
 #include "cli/failure.hpp"
-#include "jx/jxhost.h"
 
 namespace cli {
 namespace {
 
 constexpr size_t kHelpColumns = 80;
-
-// The encodings that a byte-order mark decides between, by their names in small letters without
-// separators. Little-endian where there is none: what this machine's programs write.
-struct MarkedFamily {
-  std::string_view name;
-  Encoding encoding;
-};
-
-constexpr auto kMarkedFamilies = std::to_array<MarkedFamily>({
-    {"utf16", {JX_ENCODING_UTF16LE, JX_ENCODING_UTF16BE}},
-    {"utf32", {JX_ENCODING_UTF32LE, JX_ENCODING_UTF32BE}},
-});
 
 // The long name of an option: "--recursive" of "-r,--recursive".
 std::string key_of(const Option &option) {
@@ -162,14 +146,6 @@ std::vector<std::string> split_off_operands(const Command &command, int command_
   return operands;
 }
 
-uint64_t suffix_factor(std::string_view suffix) {
-  if (suffix.empty()) return 1;
-  if (suffix == "k" || suffix == "K") return uint64_t{1} << 10;
-  if (suffix == "M") return uint64_t{1} << 20;
-  if (suffix == "G") return uint64_t{1} << 30;
-  return 0;
-}
-
 void add_commands(CLI::App &app) {
   const auto formatter = std::make_shared<TableFormatter>();
   formatter->label("SUBCOMMAND", "COMMAND");
@@ -257,45 +233,6 @@ bool parse_command_line(int argc, char **argv, Invocation *invocation) {
   }
   arguments.set_operands(std::move(operands));
   return true;
-}
-
-uint64_t parse_number(const std::string &what, const std::string &text, uint64_t minimum,
-                      uint64_t maximum) {
-  const bool is_hex = text.starts_with("0x") || text.starts_with("0X");
-  const char *begin = text.data() + (is_hex ? 2 : 0);
-  const char *end = text.data() + text.size();
-  uint64_t value = 0;
-  const auto [stop, error] = std::from_chars(begin, end, value, is_hex ? 16 : 10);
-  const uint64_t factor = suffix_factor({stop, static_cast<size_t>(end - stop)});
-  const bool fits = error == std::errc() && factor != 0 && value <= UINT64_MAX / factor;
-  if (!fits || value * factor < minimum || value * factor > maximum) {
-    throw UsageError(what + ": '" + text + "' is not a number from " + std::to_string(minimum) +
-                     " to " + std::to_string(maximum));
-  }
-  return value * factor;
-}
-
-std::string Arguments::text(const std::string &option, const std::string &fallback) const {
-  const auto found = options_.find(option);
-  return found == options_.end() ? fallback : found->second;
-}
-
-uint64_t Arguments::number(const std::string &option, uint64_t fallback, uint64_t minimum,
-                           uint64_t maximum) const {
-  return has(option) ? parse_number(option, text(option), minimum, maximum) : fallback;
-}
-
-Encoding Arguments::encoding(const std::string &option) const {
-  if (!has(option)) return {};
-  const std::string name = text(option);
-  const uint32_t number = jxhost_encoding_by_name(name.c_str());
-  if (number == 0) throw UsageError(option + ": the encoding '" + name + "' is not known");
-  std::string family;
-  for (const char c : name) {
-    if (c != '-' && c != '_') family += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  }
-  const auto row = std::ranges::find(kMarkedFamilies, family, &MarkedFamily::name);
-  return row != kMarkedFamilies.end() ? row->encoding : Encoding{number, 0};
 }
 
 }  // namespace cli

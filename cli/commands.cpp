@@ -55,7 +55,8 @@ constexpr auto kWriteOptions = std::to_array<Option>({
     kTo,
     kBom,
     kAppend,
-    {"--update", nullptr, "overwrite from the start or from behind a byte-order mark, in place"},
+    {"--update", nullptr,
+     "overwrite from the start, after a byte-order mark if there is one, in place"},
     {"--at", "OFFSET", "overwrite from this byte on, in place"},
     {"--record-length", "N", "longest record in characters, binary in bytes (default: 65536)"},
 });
@@ -146,8 +147,8 @@ constexpr auto kCommands = std::to_array<Command>({
      "printf 'one\\ntwo\\n' | jxfile write --to utf-16le --bom out.txt", kWriteOperands,
      kWriteOptions, run_write},
     {"bytes", "print the bytes of a file",
-     "Reads binary records and prints them as a hex dump. Standard input is read from where it "
-     "stands, and no further than --count says.",
+     "Reads binary records and prints them as a hex dump. Standard input is read from its "
+     "current offset, and no further than --count says.",
      "jxfile bytes --offset 16 --count 32 jxwem.so", kBytesOperands, kBytesOptions, run_bytes},
     {"truncate", "set the length of a file",
      "Cuts a file off or fills it up with zeros. The file must exist.", "jxfile truncate out.txt 0",
@@ -224,7 +225,7 @@ constexpr auto kNotes = std::to_array<Note>({
     {"STANDARD INPUT AND OUTPUT",
      "- is standard input where lines, convert and bytes read a file, and standard output where "
      "convert and write write one. /dev/stdout, /dev/fd/N and links to them mean the same open "
-     "descriptor: it is written from where it stands, and neither emptied, replaced nor locked. "
+     "descriptor: it is written from its current offset, and neither emptied, replaced nor locked. "
      "A file is never input and output at once. Elsewhere - is a name like others."},
     {"REPLACED FILES",
      "convert and write make a new file in the folder of the old one and put it in its place when "

@@ -33,7 +33,7 @@ struct Command {
   std::span<const Operand> operands;
   std::span<const Option> options;
   int (*run)(Session &session, const Arguments &arguments);  // the exit code
-  // Everything from the first operand on is an operand, whatever it looks like.
+  // Everything from the first operand on is an operand, even when it begins with a dash.
   bool takes_anything = false;
   bool is_hidden = false;  // not in help, man page and completion
 };

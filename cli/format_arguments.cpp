@@ -11,7 +11,7 @@
 namespace cli {
 namespace {
 
-// Room behind the last argument, zeros: what a refused format may still fetch.
+// Zeros after the last argument: a refused format may still fetch some.
 constexpr size_t kSpareBytes = 256;
 
 UsageError wrong(const std::string &shown, const std::string &text, const char *wanted) {

@@ -23,7 +23,7 @@ class LineEnds {
  public:
   LineEnds(Session &session, uint32_t encoding);
 
-  // Takes the next bytes. Before the reader can see them, so that has_next is never behind it.
+  // Takes the next bytes. Called before the reader can see them, so that has_next never lags.
   void feed(std::string_view bytes);
   // Whether the end of a line has passed that was not asked for yet.
   bool has_next();

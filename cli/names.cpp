@@ -37,7 +37,7 @@ bool is_same_file(const std::string &path, const std::string &other) {
          a.st_dev == b.st_dev;
 }
 
-// A relative path from the current directory on, whatever that is called.
+// A relative path that needs no name of the current directory.
 std::string through_proc(const std::string &path) { return "/proc/self/cwd/" + path; }
 
 const char *obstacle_to(std::string_view path) {

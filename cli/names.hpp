@@ -1,5 +1,5 @@
 // Names that mean what their bytes say. The module expands $NAME and "~", takes trailing slashes
-// off and makes paths absolute; what stands here gives it paths that come out of that unchanged.
+// off and makes paths absolute; the paths made here come out of that unchanged.
 #pragma once
 
 #include <string>

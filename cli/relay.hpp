@@ -20,7 +20,7 @@ class Relay {
  public:
   struct Source {
     std::string shown;       // what messages call it
-    int fd = -1;             // read from where it stands
+    int fd = -1;             // read from its current offset
     std::string head;        // the bytes that were read already
     size_t mark_bytes = 0;   // how many of these are a byte-order mark
     bool is_at_end = false;  // whether there are no others

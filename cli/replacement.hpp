@@ -9,8 +9,8 @@
 namespace cli {
 
 // A file without a name in the target's folder or, where the system has no such files, under a
-// hidden name that nobody can guess. It is reached by its descriptor only; whatever others do to
-// names in the folder, no other file is written, given away or opened up.
+// hidden name that nobody can guess. It is reached by its descriptor only; others may change names
+// in the folder, but no other file is written, given away or opened up.
 class Replacement {
  public:
   // Makes the file; it is empty. old_fd: the file to replace, or -1 when the place is empty; it

@@ -61,10 +61,10 @@ class Session {
   std::string shown(const std::string &name) const;
   // Opens a file that the user named. A Failure when that fails.
   wem::File open(const std::string &name, const wem::OpenOptions &options);
-  // Opens what a descriptor of this program stands for, which keeps its content and its position:
+  // Opens the file of a descriptor of this program, which keeps its content and its offset:
   // no name is looked up. A Failure under shown's name when that fails.
   wem::File open_descriptor(int fd, const wem::OpenOptions &options, const std::string &shown);
-  // The path that a name stands for, in bytes, as the module expands it with the user's variables.
+  // A name expanded by the module, in bytes, with the user's variables.
   std::string expand(const std::string &name);
 
   // Text in UTF-8; and the way back, empty when the bytes are not UTF-8.

@@ -52,7 +52,7 @@ class RemoveOnSignal final : SignalCleanup {
   // Nothing is removed until a name is set.
   RemoveOnSignal() : RemoveOnSignal(-1, {}) {}
   // dirfd: the directory that holds the name; stays the caller's and open as long as the name is
-  // set. own_fd: remove the name only while it is that file; -1: whatever it is.
+  // set. own_fd: remove the name only while it is that file; -1: in any case.
   RemoveOnSignal(int dirfd, std::string name, int own_fd = -1);
   ~RemoveOnSignal() { delist(); }
 

@@ -11,7 +11,7 @@ namespace cli {
 // A directory of a random hidden name, open to its owner only, in the directory of a target. What
 // is made in it takes the target's name when it is complete; else it goes with the directory, also
 // when a signal ends the program. Nobody else can put anything in it, and it is
-// reached by its descriptor, whatever takes its name's place.
+// reached by its descriptor, even when something else takes its name.
 class Staging final : SignalCleanup {
  public:
   // In the directory that folder_fd is open on, lent for the object's lifetime, and that the path

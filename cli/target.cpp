@@ -182,7 +182,7 @@ void Target::require_written(wem::Status status, const std::string &detail) cons
 }
 
 void Target::commit() {
-  // A pipe or a device cannot be forced anywhere; what was written to it was accepted by then.
+  // A pipe or a device cannot be forced anywhere; it has accepted what was written.
   const auto tolerable = [this](wem::Status status) {
     return status == JXWEM_E_FAILED && !is_forced() ? wem::Status() : status;
   };

@@ -27,7 +27,7 @@ class CreationMask {
 // A new content is written to a file beside the target and takes its place when it is complete:
 // until then the target stays as it was. Additions and updates are made in place, and so is
 // everything written to what is not a regular file. What is open already, standard output first of
-// all, is written where it stands: it is neither emptied nor replaced nor locked.
+// all, is written at its current offset: it is neither emptied nor replaced nor locked.
 //
 // Everything happens through descriptors that are opened once, so no other file is ever reached.
 class Target {

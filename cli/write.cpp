@@ -127,7 +127,7 @@ void write_text(Session &session, const Writing &writing, Target &target) {
   writer.finish();
 }
 
-// Text goes on in the encoding of what is there, behind its byte-order mark.
+// Text continues in the encoding of the target, after its byte-order mark.
 void adapt(Writing &writing, const Arguments &arguments, const Target &target, Target::Mode mode) {
   const Encoding to = arguments.encoding("--to");
   writing.to = target.encoding(settle(to, target.head()));

@@ -167,7 +167,8 @@ struct Lanes<Utf8Codec> {
 
 // Whether a pair of encodings converts in groups.
 template <typename Source, typename Target>
-inline constexpr bool kHasGroups = Lanes<Source>::kBytes > 0 && Lanes<Target>::kBytes > 0;
+inline constexpr bool kHasGroups =  // NOLINTNEXTLINE(misc-redundant-expression): of two types
+    Lanes<Source>::kBytes > 0 && Lanes<Target>::kBytes > 0;
 
 // Converts groups of four while there are any. Returns the bytes read, with the bytes written in
 // the upper half: one value, because both ABIs return it in registers.

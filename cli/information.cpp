@@ -11,12 +11,10 @@
 namespace cli {
 namespace {
 
-constexpr double kSecondsTo1970 = 315619200;  // from 1 January 1960
-
 // A local date and time in the form 2026-01-31T12:00:00. The value is local time by today's
 // distance from UTC, which may not be that of its own day.
 std::string to_date(Session &session, double modified) {
-  const double utc = modified - kSecondsTo1970 + session.module().host()->time_zone;
+  const double utc = modified - JX_SECONDS_1960_TO_1970 + session.module().host()->time_zone;
   const auto seconds = static_cast<std::time_t>(std::floor(utc));
   std::tm parts = {};
   if (!::localtime_r(&seconds, &parts)) return std::to_string(modified);

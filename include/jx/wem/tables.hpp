@@ -138,8 +138,7 @@ struct FileInfo {
 // Converts a time of the module to the system's clock: seconds since 1 January 1960, in a zone that
 // is seconds_west seconds west of UTC.
 inline std::chrono::sys_seconds to_system_time(double modified, int32_t seconds_west) {
-  constexpr double kSecondsTo1970 = 315619200;
-  const double seconds = std::floor(modified - kSecondsTo1970 + seconds_west);
+  const double seconds = std::floor(modified - JX_SECONDS_1960_TO_1970 + seconds_west);
   return std::chrono::sys_seconds(std::chrono::seconds(static_cast<int64_t>(seconds)));
 }
 

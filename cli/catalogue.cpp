@@ -65,7 +65,11 @@ int run_version(Session &session, const Arguments &arguments) {
   const wem::Instance &instance = session.instance();
   const std::string own = to_text(instance.version());
   const std::string needs = to_text(instance.required_version());
+#if defined(__aarch64__)
+  const std::string abi = "aarch64";
+#else
   const std::string abi = sizeof(void *) == 4 ? "i386" : "x86_64";
+#endif
   if (arguments.has("--json")) {
     Row row;
     row.add("version", own).add("required_host", needs).add("abi", abi);

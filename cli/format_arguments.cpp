@@ -116,7 +116,7 @@ void ArgumentList::add_string(Session &session, const ArgumentUse &use, const st
   append(&pointer, sizeof pointer, sizeof pointer);
 }
 
-// The low bytes of a value come first on both machines, so a narrow slot holds their start.
+// The low bytes of a value come first on every machine, so a narrow slot holds their start.
 void ArgumentList::append(const void *value, size_t bytes, size_t slot_bytes) {
   const size_t alignment = sizeof(void *) == 8 && slot_bytes == 16 ? 16 : sizeof(void *);
   const size_t at = (block_.size() + alignment - 1) / alignment * alignment;
@@ -135,8 +135,17 @@ void ArgumentList::point_to_block(va_list &list) const {
   } state = {48, 176, block_.data(), nullptr};
 #elif defined(__i386__)
   const void *const state = block_.data();
+#elif defined(__aarch64__)
+  // No room is left in either area of registers.
+  const struct {
+    const void *stack;
+    const void *general_end = nullptr;
+    const void *floating_end = nullptr;
+    int general_offset = 0;
+    int floating_offset = 0;
+  } state = {.stack = block_.data()};
 #else
-#error "the layout of an argument list is known for i386 and x86-64 only"
+#error "the layout of an argument list is not known for this processor"
 #endif
   static_assert(sizeof state == sizeof list);
   std::memcpy(&list, &state, sizeof state);

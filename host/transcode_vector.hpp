@@ -1,9 +1,8 @@
 // SSE2 helpers of runs and groups. SSE2 is the baseline of both ABIs.
 #pragma once
 
-#include <emmintrin.h>
-
 #include "host/transcode_codecs.hpp"
+#include "vector/sse2.hpp"
 
 namespace jxhost {
 

@@ -2,10 +2,10 @@
 // call and dispatch cost more than the copy.
 #pragma once
 
-#include <emmintrin.h>
-
 #include <cstdint>
 #include <cstring>
+
+#include "vector/sse2.hpp"
 
 namespace jx {
 

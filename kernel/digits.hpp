@@ -2,14 +2,13 @@
 // a store.
 #pragma once
 
-#include <emmintrin.h>
-
 #include <array>
 #include <bit>
 #include <cstdint>
 #include <cstring>
 
 #include "jx/runtime.h"
+#include "vector/sse2.hpp"
 
 namespace jx {
 

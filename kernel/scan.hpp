@@ -1,11 +1,11 @@
 // Scans and fills of 8-, 16- and 32-bit units, with SSE2: both builds may assume it.
 #pragma once
 
-#include <emmintrin.h>
-
 #include <bit>
 #include <cstdint>
 #include <cstring>
+
+#include "vector/sse2.hpp"
 
 namespace jx {
 

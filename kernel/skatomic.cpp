@@ -18,6 +18,7 @@
 #include <cstring>
 
 #include "jx/runtime.h"
+#include "vector/processor.hpp"
 
 namespace {
 
@@ -49,7 +50,7 @@ void *link_field(void *node, uint32_t link_offset) {
 class Backoff {
  public:
   void wait() {
-    for (uint32_t i = 0; i < pauses_; ++i) __builtin_ia32_pause();
+    for (uint32_t i = 0; i < pauses_; ++i) jx::vector::pause();
     if (pauses_ < kLongestWait) pauses_ *= 2;
   }
 
@@ -61,7 +62,7 @@ class Backoff {
 void *settled(Head head) {
   void *top = head.load(std::memory_order_acquire);
   while (is_busy(top)) {
-    __builtin_ia32_pause();
+    jx::vector::pause();
     top = head.load(std::memory_order_acquire);
   }
   return top;

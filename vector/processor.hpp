@@ -57,4 +57,13 @@ namespace detail {
 #endif
 }
 
+// Tells the processor that the caller waits in a loop for another thread.
+[[gnu::always_inline]] inline void pause() {
+#if JX_VECTOR_X86
+  __builtin_ia32_pause();
+#elif defined(__aarch64__)
+  asm volatile("isb" ::: "memory");  // "yield" does nothing on most processors
+#endif
+}
+
 }  // namespace jx::vector

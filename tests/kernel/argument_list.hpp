@@ -26,7 +26,7 @@ struct Argument {
   JXString wide = {};     // the same in characters
 };
 
-// An argument list in memory: all of it on i386, the part after the registers on x86-64.
+// An argument list in memory: all of it on i386, elsewhere the part after the registers.
 class ArgumentList {
  public:
   void add(const Argument &argument) {
@@ -47,6 +47,11 @@ class ArgumentList {
       uint32_t used_integers = 48, used_floats = 304;  // bytes: every register is used up
       const void *memory, *registers;
     } state = {.memory = memory_, .registers = nullptr};
+#elif defined(__aarch64__)
+    const struct {
+      const void *memory, *integers_end, *floats_end;
+      int integers_left = 0, floats_left = 0;  // bytes, negated: every register is used up
+    } state = {.memory = memory_, .integers_end = nullptr, .floats_end = nullptr};
 #else
     const void *state = memory_;
 #endif

@@ -12,54 +12,14 @@
 #include <string>
 #include <vector>
 
+#include "bench/module.hpp"
 #include "bench/paired.hpp"
-#include "jx/jxhost.h"
-#include "jx/wem.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-using jx::bench::keep;
-using jx::bench::Pair;
-
-// The folder of all passes, removed at the end.
-class Scratch {
- public:
-  Scratch() {
-    char name[] = "/dev/shm/jxwem-bench-XXXXXX";
-    if (!mkdtemp(name)) std::abort();
-    path_ = name;
-  }
-  ~Scratch() { fs::remove_all(path_); }
-  std::string at(const std::string &name) const { return path_ + "/" + name; }
-
- private:
-  std::string path_;
-};
-
-const Scratch &scratch() {
-  static const Scratch instance;
-  return instance;
-}
-
-JXInstance *instance() {
-  static JXHost *host = jxhost_create(nullptr);
-  static JXInstance *made = [] {
-    jxextent(host);
-    return jxwem(host, nullptr);
-  }();
-  return made;
-}
-
-using Chars = std::vector<JXChar>;
-
-Chars chars_of(const std::string &text) { return {text.begin(), text.end()}; }
-uint32_t count_of(const Chars &text) { return static_cast<uint32_t>(text.size()); }
-
-void check(bool is_good) {
-  if (!is_good) std::abort();
-}
+using namespace jx::bench;
 
 // ---- Lists
 

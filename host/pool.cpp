@@ -14,7 +14,7 @@ struct Pool final : JXPool, Live {
     blocks.for_each([](void *block) { std::free(block); });
   }
   uint64_t live_blocks() const override {
-    const std::lock_guard guard(mutex);
+    const Guard guard(mutex);
     return blocks.count();
   }
 
@@ -41,7 +41,7 @@ void *pool_allocate(JXPool *pool, uint32_t bytes, uint32_t flags) {
   auto *self = static_cast<Pool *>(pool);
   bool is_known;
   {
-    const std::lock_guard guard(self->mutex);
+    const Guard guard(self->mutex);
     is_known = self->blocks.insert(block);
   }
   if (is_known) return block;
@@ -53,7 +53,7 @@ JXStatus pool_free(JXPool *pool, void *block) {
   if (!pool) return JXHOST_E_BADOBJECT;
   auto *self = static_cast<Pool *>(pool);
   {
-    const std::lock_guard guard(self->mutex);
+    const Guard guard(self->mutex);
     if (!self->blocks.erase(block)) return JXHOST_E_BADOBJECT;
   }
   std::free(block);

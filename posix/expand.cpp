@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "jx/exports/posix.h"
+#include "kernel/scan_text.hpp"
 #include "posix/path.hpp"
 
 namespace {
@@ -35,10 +36,11 @@ struct PlatformForm {
     if (status != JX_OK) return status;
     text = block.get();
     end = text + path.chars;
-    const auto *mark = static_cast<const char *>(std::memchr(text, '$', path.chars));
-    variable = mark ? mark : end;
-    return std::memchr(text, '\0', path.chars) ? JXWEM_E_FAILED : JX_OK;
+    variable = text + jx::first_zero_or(text, path.chars, '$');
+    const bool has_zero = variable != end && std::memchr(variable, '\0', bytes_from_variable());
+    return has_zero ? JXWEM_E_FAILED : JX_OK;
   }
+  size_t bytes_from_variable() const { return static_cast<size_t>(end - variable); }
 };
 
 // A path while it is expanded: its text, and the prefix of its remainder. The text is that of the

@@ -1,8 +1,11 @@
-// Pools: each remembers the addresses of its blocks, which come from malloc.
+// Pools: each remembers the addresses of its blocks, which come from malloc or, small ones of a
+// size in demand, from slabs.
 #include <cstdlib>
+#include <cstring>
 
 #include "host/host.hpp"
 #include "host/pointer_set.hpp"
+#include "host/small_blocks.hpp"
 
 namespace jxhost {
 
@@ -15,11 +18,12 @@ struct Pool final : JXPool, Live {
   }
   uint64_t live_blocks() const override {
     const Guard guard(mutex);
-    return blocks.count();
+    return blocks.count() + small.count();
   }
 
-  mutable std::mutex mutex;  // guards blocks
-  PointerSet blocks;         // live blocks
+  mutable std::mutex mutex;  // guards the blocks
+  PointerSet blocks;         // live blocks from malloc
+  SmallBlocks small;         // and from slabs
 };
 
 JXStatus destroy_pool(JXPool *pool) { return end_live(static_cast<Pool *>(pool)); }
@@ -33,20 +37,33 @@ void *allocate_memory(size_t bytes) {
   return std::aligned_alloc(kCacheLineBytes, lines * kCacheLineBytes);
 }
 
-void *pool_allocate(JXPool *pool, uint32_t bytes, uint32_t flags) {
-  if (!pool || !is_possible_size(bytes)) return nullptr;
-  const size_t size = bytes ? bytes : 1;
-  void *block = flags & JX_POOL_ZERO_FILL ? std::calloc(1, size) : allocate_memory(size);
+void *allocate_alone(Pool &pool, size_t bytes, bool is_zero) {
+  void *block = is_zero ? std::calloc(1, bytes) : allocate_memory(bytes);
   if (!block) return nullptr;
-  auto *self = static_cast<Pool *>(pool);
   bool is_known;
   {
-    const Guard guard(self->mutex);
-    is_known = self->blocks.insert(block);
+    const Guard guard(pool.mutex);
+    is_known = pool.blocks.insert(block);
   }
   if (is_known) return block;
   std::free(block);
   return nullptr;
+}
+
+// A block from a slab; null when it is not to be cut from one, or out of memory.
+void *allocate_small(Pool &pool, size_t bytes) {
+  if (bytes > SmallBlocks::kLargestBytes) return nullptr;
+  const Guard guard(pool.mutex);
+  return pool.small.allocate(bytes);
+}
+
+void *pool_allocate(JXPool *pool, uint32_t bytes, uint32_t flags) {
+  if (!pool || !is_possible_size(bytes)) return nullptr;
+  auto &self = *static_cast<Pool *>(pool);
+  const bool is_zero = (flags & JX_POOL_ZERO_FILL) != 0;
+  void *block = allocate_small(self, bytes);
+  if (!block) return allocate_alone(self, bytes ? bytes : 1, is_zero);
+  return is_zero ? std::memset(block, 0, bytes) : block;
 }
 
 JXStatus pool_free(JXPool *pool, void *block) {
@@ -54,6 +71,7 @@ JXStatus pool_free(JXPool *pool, void *block) {
   auto *self = static_cast<Pool *>(pool);
   {
     const Guard guard(self->mutex);
+    if (self->small.free(block)) return JX_OK;
     if (!self->blocks.erase(block)) return JXHOST_E_BADOBJECT;
   }
   std::free(block);

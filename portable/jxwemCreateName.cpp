@@ -1,6 +1,5 @@
 // jxwemcreatename, the create_name slot: a name that no other caller was given recently.
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
 
 #include "jx/exports/portable.h"
@@ -19,7 +18,8 @@ constexpr uint32_t kNameChars = JX_NAME_MAX_CHARS;
 constexpr JXChar kProcessOption[] = {'h', 'o', 's', 't', '.', 'p', 'r', 'o',
                                      'c', 'e', 's', 's', '_', 'i', 'd'};
 constexpr JXChar kHostStart[] = {'Z', 'O', 'R', '_', 'u', 't', 'i', 'l'};
-constexpr JXChar kHostMark[] = {'_'};  // before the host name
+constexpr JXChar kCountStart[] = {'0', '0'};  // before the digits of a count
+constexpr JXChar kHostMark[] = {'_'};         // before the host name
 
 // The next value of the counter. Callers that pass the top at the same moment all get 0.
 uint32_t next_count(JXInstance *instance) {
@@ -55,8 +55,7 @@ class MemberName {
     chars_ += piece.chars;
   }
   void append_blanks(uint32_t count) {
-    std::fill_n(text_ + chars_, count, JXChar{' '});
-    chars_ += count;
+    for (; count > 0; --count) text_[chars_++] = ' ';
   }
   // The last digits of a value.
   void append_hexadecimal(uint32_t value, uint32_t digits) {
@@ -77,21 +76,24 @@ JXStatus make_name(const NameParts &parts, MemberName *name) {
   const JXChar *text_end = std::find(parts.text.data, parts.text.data + parts.text.chars, 0u);
   const jx::Text text = {parts.text.data, static_cast<uint32_t>(text_end - parts.text.data)};
   // Blanks fill the field before the text, or after it when the width is negative.
-  const int64_t width = parts.width_chars;
-  const int64_t blanks = std::max<int64_t>(std::abs(width) - text.chars, 0);
-  if (blanks + text.chars + kFixedChars[parts.is_host_form] > kNameChars) return JX_E_TRUNCATED;
+  const bool is_left = parts.width_chars < 0;
+  const auto width = static_cast<uint32_t>(parts.width_chars);
+  const uint32_t field_chars = std::max(is_left ? 0 - width : width, text.chars);
+  if (field_chars > kNameChars - kFixedChars[parts.is_host_form]) return JX_E_TRUNCATED;
+  const uint32_t blanks = field_chars - text.chars;
   if (parts.is_host_form) {
     name->append({kHostStart, std::size(kHostStart)});
     name->append_hexadecimal(parts.count, 4);
     name->append_hexadecimal(parts.process_id, 8);
     name->append({kHostMark, 1});
   }
-  if (width > 0) name->append_blanks(static_cast<uint32_t>(blanks));
+  if (!is_left) name->append_blanks(blanks);
   name->append(text);
-  if (width < 0) name->append_blanks(static_cast<uint32_t>(blanks));
+  if (is_left) name->append_blanks(blanks);
   if (!parts.is_host_form) {
     name->append_hexadecimal(parts.process_id, 4);
-    name->append_hexadecimal(parts.count, 6);
+    name->append({kCountStart, std::size(kCountStart)});
+    name->append_hexadecimal(parts.count, 4);
   }
   return JX_OK;
 }

@@ -37,7 +37,7 @@ void *allocate_memory(size_t bytes) {
   return std::aligned_alloc(kCacheLineBytes, lines * kCacheLineBytes);
 }
 
-void *allocate_alone(Pool &pool, size_t bytes, bool is_zero) {
+[[gnu::noinline]] void *allocate_alone(Pool &pool, size_t bytes, bool is_zero) {
   void *block = is_zero ? std::calloc(1, bytes) : allocate_memory(bytes);
   if (!block) return nullptr;
   bool is_known;

@@ -1,5 +1,5 @@
-// Small blocks of a pool, cut from slabs: aligned areas with blocks of one size each. Cutting and
-// taking back a block costs a quarter of malloc and free with an entry in the set of blocks.
+// Small blocks of a pool, cut from slabs: aligned areas with blocks of one size each. Cutting a
+// block and taking it back costs half of malloc and free with an entry in the set of blocks.
 #pragma once
 
 #include <array>
@@ -13,7 +13,7 @@
 namespace jxhost {
 
 // Not thread-safe: its owner locks. A slab is found by the high bits of an address and vouches for
-// its blocks by a bit each, so an address can be checked without reading its memory.
+// its blocks by a mark each, so an address can be checked without reading its memory.
 class SmallBlocks {
  public:
   static constexpr size_t kLargestBytes = 512;
@@ -25,13 +25,19 @@ class SmallBlocks {
     slabs_.for_each([](void *slab) { std::free(slab); });
   }
 
-  size_t count() const { return count_; }
+  // Live blocks.
+  size_t count() const {
+    size_t count = 0;
+    slabs_.for_each([&count](void *slab) { count += static_cast<Slab *>(slab)->live_count; });
+    return count;
+  }
 
   // A block of at most kLargestBytes, aligned for any type. Null when out of memory, or when its
   // size was not asked for often yet: a slab is more than a few blocks are worth.
   void *allocate(size_t bytes) {
     Size &size = sizes_[bytes == 0 ? 0 : (bytes - 1) / kUnitBytes];
-    Slab *slab = size.first ? size.first : make_slab(&size);
+    Slab *slab = size.first;
+    if (!slab || slab->is_full()) slab = find_room(&size);
     if (!slab) return nullptr;
     FreeBlock *block = slab->free;
     if (block) {
@@ -40,10 +46,8 @@ class SmallBlocks {
       block = reinterpret_cast<FreeBlock *>(bytes_of(slab) + slab->cut_bytes);
       slab->cut_bytes += slab->block_bytes;
     }
-    if (slab->is_full()) unlink(slab);
-    flip(slab, block);
+    mark_of(slab, block) = 1;
     ++slab->live_count;
-    ++count_;
     return block;
   }
 
@@ -51,15 +55,13 @@ class SmallBlocks {
   bool free(void *address) {
     const auto bits = reinterpret_cast<uintptr_t>(address);
     auto *slab = reinterpret_cast<Slab *>(bits & ~(kSlabBytes - 1));
-    if (bits % kUnitBytes != 0 || !slabs_.contains(slab) || !is_live(slab, address)) return false;
-    flip(slab, address);
-    const bool was_full = slab->is_full();
+    if (bits % kUnitBytes != 0 || !slabs_.contains(slab) || !mark_of(slab, address)) return false;
+    mark_of(slab, address) = 0;
     auto *block = static_cast<FreeBlock *>(address);
     block->next = slab->free;
     slab->free = block;
-    --count_;
-    if (was_full) link(slab);
-    if (--slab->live_count == 0) drop_spare(slab);
+    --slab->live_count;
+    if (!slab->is_listed || (slab->live_count == 0 && slab->has_neighbour())) review(slab);
     return true;
   }
 
@@ -82,40 +84,39 @@ class SmallBlocks {
 
   // One size of block.
   struct Size {
-    Slab *first = nullptr;  // slabs that are not full
-    uint32_t requests = 0;  // without a slab with room
+    Slab *first = nullptr;  // slabs with room, and full ones not found yet
+    uint32_t requests = 0;  // that met no slab
   };
 
   // The head of a slab; the blocks follow.
   struct alignas(kUnitBytes) Slab {
-    Slab *previous;  // slabs of this size that are not full
+    Slab *previous;  // in the list of its size
     Slab *next;
     Size *size;
     FreeBlock *free;       // blocks taken back
     uint32_t block_bytes;  // size of a block
     uint32_t cut_bytes;    // where the next block is cut, from the start of the slab
     uint32_t live_count;
-    uint32_t live[kSlabBytes / kUnitBytes / 32];  // bits: a live block begins at that unit
+    uint32_t is_listed;                      // 0: it was found full
+    uint8_t marks[kSlabBytes / kUnitBytes];  // 1: a live block begins at that unit
 
+    bool has_neighbour() const { return previous || next; }
     bool is_full() const { return !free && cut_bytes + block_bytes > kSlabBytes; }
   };
 
   static unsigned char *bytes_of(Slab *slab) { return reinterpret_cast<unsigned char *>(slab); }
 
-  // The unit of an address in its slab.
-  static size_t unit_of(const void *address) {
-    return (reinterpret_cast<uintptr_t>(address) & (kSlabBytes - 1)) / kUnitBytes;
-  }
-  static bool is_live(const Slab *slab, const void *address) {
-    const size_t unit = unit_of(address);
-    return (slab->live[unit / 32] >> (unit % 32) & 1) != 0;
-  }
-  static void flip(Slab *slab, const void *address) {
-    const size_t unit = unit_of(address);
-    slab->live[unit / 32] ^= 1u << (unit % 32);
+  static uint8_t &mark_of(Slab *slab, const void *address) {
+    return slab->marks[(reinterpret_cast<uintptr_t>(address) & (kSlabBytes - 1)) / kUnitBytes];
   }
 
-  [[gnu::noinline]] Slab *make_slab(Size *size) {
+  // A slab with room; null when there is none and none is made.
+  [[gnu::noinline]] Slab *find_room(Size *size) {
+    while (size->first && size->first->is_full()) unlink(size->first);
+    return size->first ? size->first : make_slab(size);
+  }
+
+  Slab *make_slab(Size *size) {
     if (!kCuts || ++size->requests < kFewRequests) return nullptr;
     void *memory = std::aligned_alloc(kSlabBytes, kSlabBytes);
     if (!memory) return nullptr;
@@ -135,17 +136,20 @@ class SmallBlocks {
     Slab *&first = slab->size->first;
     slab->previous = nullptr;
     slab->next = first;
+    slab->is_listed = 1;
     if (first) first->previous = slab;
     first = slab;
   }
   void unlink(Slab *slab) {
     (slab->previous ? slab->previous->next : slab->size->first) = slab->next;
     if (slab->next) slab->next->previous = slab->previous;
+    slab->is_listed = 0;
   }
 
-  // Frees an empty slab, unless it is the last one of its size with room.
-  void drop_spare(Slab *slab) {
-    if (!slab->previous && !slab->next) return;
+  // Lists a slab that is no longer full; frees an empty one, unless it is the only one listed.
+  [[gnu::noinline]] void review(Slab *slab) {
+    if (!slab->is_listed) link(slab);
+    if (slab->live_count != 0 || !slab->has_neighbour()) return;
     unlink(slab);
     slabs_.erase(slab);
     std::free(slab);
@@ -153,7 +157,6 @@ class SmallBlocks {
 
   PointerSet slabs_;
   std::array<Size, kSizeCount> sizes_;
-  size_t count_ = 0;  // live blocks
 };
 
 }  // namespace jxhost

@@ -58,7 +58,7 @@ JXStatus SystemPath::prepare(JXInstance *instance, Text path, JXPool *pool) {
 
 PoolBlock<JXChar> copy_text(JXPool *pool, Text text) {
   auto block = PoolBlock<JXChar>::allocate(pool, text.chars);
-  if (block) copy_chars(text.data, text.chars, block.get());
+  if (block) copy_bytes(block.get(), text.data, size_t{text.chars} * kJXCharBytes);
   return block;
 }
 

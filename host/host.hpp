@@ -29,12 +29,14 @@ using Block = std::unique_ptr<T, FreeBlock>;
 // the address space, and no block does.
 constexpr bool is_possible_size(uint64_t bytes) { return bytes <= uint64_t{PTRDIFF_MAX}; }
 
-// Holds a mutex for the length of a scope. While the process has one thread there is nobody to
-// exclude, and the C library says so for less than a lock costs: two locks were a third of what a
-// block allocated and freed took. No thread starts inside such a scope.
+// Tells whether the process has one thread: then there is nobody to exclude. The C library says so
+// for less than a lock costs: two locks were a third of what a block allocated and freed took.
+inline bool is_one_thread() { return __libc_single_threaded != 0; }
+
+// Holds a mutex for the length of a scope, in which no thread starts.
 class Guard {
  public:
-  explicit Guard(std::mutex &mutex) : mutex_(__libc_single_threaded ? nullptr : &mutex) {
+  explicit Guard(std::mutex &mutex) : mutex_(is_one_thread() ? nullptr : &mutex) {
     if (mutex_) mutex_->lock();
   }
   Guard(const Guard &) = delete;

@@ -37,7 +37,8 @@ void *allocate_memory(size_t bytes) {
   return std::aligned_alloc(kCacheLineBytes, lines * kCacheLineBytes);
 }
 
-[[gnu::noinline]] void *allocate_alone(Pool &pool, size_t bytes, bool is_zero) {
+// A block from malloc.
+void *allocate_alone(Pool &pool, size_t bytes, bool is_zero) {
   void *block = is_zero ? std::calloc(1, bytes) : allocate_memory(bytes);
   if (!block) return nullptr;
   bool is_known;
@@ -50,32 +51,46 @@ void *allocate_memory(size_t bytes) {
   return nullptr;
 }
 
-// A block from a slab; null when it is not to be cut from one, or out of memory.
 void *allocate_small(Pool &pool, size_t bytes) {
   if (bytes > SmallBlocks::kLargestBytes) return nullptr;
   const Guard guard(pool.mutex);
   return pool.small.allocate(bytes);
 }
 
+[[gnu::noinline]] void *allocate_any(Pool &pool, size_t bytes, bool is_zero) {
+  if (!is_possible_size(bytes)) return nullptr;
+  void *block = allocate_small(pool, bytes);
+  if (!block) return allocate_alone(pool, bytes ? bytes : 1, is_zero);
+  return is_zero ? std::memset(block, 0, bytes) : block;
+}
+
+// The common case, a small block and nobody to exclude, is short and in line.
 void *pool_allocate(JXPool *pool, uint32_t bytes, uint32_t flags) {
-  if (!pool || !is_possible_size(bytes)) return nullptr;
+  if (!pool) return nullptr;
   auto &self = *static_cast<Pool *>(pool);
   const bool is_zero = (flags & JX_POOL_ZERO_FILL) != 0;
-  void *block = allocate_small(self, bytes);
-  if (!block) return allocate_alone(self, bytes ? bytes : 1, is_zero);
-  return is_zero ? std::memset(block, 0, bytes) : block;
+  if (bytes <= SmallBlocks::kLargestBytes && is_one_thread()) {
+    void *block = self.small.take(bytes);
+    if (block) return is_zero ? std::memset(block, 0, bytes) : block;
+  }
+  return allocate_any(self, bytes, is_zero);
+}
+
+[[gnu::noinline]] JXStatus free_any(Pool &pool, void *block) {
+  {
+    const Guard guard(pool.mutex);
+    if (pool.small.free(block)) return JX_OK;
+    if (!pool.blocks.erase(block)) return JXHOST_E_BADOBJECT;
+  }
+  std::free(block);
+  return JX_OK;
 }
 
 JXStatus pool_free(JXPool *pool, void *block) {
   if (!pool) return JXHOST_E_BADOBJECT;
-  auto *self = static_cast<Pool *>(pool);
-  {
-    const Guard guard(self->mutex);
-    if (self->small.free(block)) return JX_OK;
-    if (!self->blocks.erase(block)) return JXHOST_E_BADOBJECT;
-  }
-  std::free(block);
-  return JX_OK;
+  auto &self = *static_cast<Pool *>(pool);
+  if (is_one_thread() && self.small.give_back(block)) return JX_OK;
+  return free_any(self, block);
 }
 
 Pool::Pool()

@@ -32,17 +32,16 @@ class SmallBlocks {
     return count;
   }
 
-  // A block of at most kLargestBytes, aligned for any type. Null when out of memory, or when its
-  // size was not asked for often yet: a slab is more than a few blocks are worth.
-  void *allocate(size_t bytes) {
-    Size &size = sizes_[bytes == 0 ? 0 : (bytes - 1) / kUnitBytes];
-    Slab *slab = size.first;
-    if (!slab || slab->is_full()) slab = find_room(&size);
+  // A block of at most kLargestBytes, aligned for any type, from the slab at hand; null when that
+  // has no room. Calls nothing, like give_back, so that its caller keeps no stack frame.
+  void *take(size_t bytes) {
+    Slab *slab = size_of(bytes).first;
     if (!slab) return nullptr;
     FreeBlock *block = slab->free;
     if (block) {
       slab->free = block->next;
     } else {
+      if (slab->is_full()) return nullptr;
       block = reinterpret_cast<FreeBlock *>(bytes_of(slab) + slab->cut_bytes);
       slab->cut_bytes += slab->block_bytes;
     }
@@ -51,17 +50,30 @@ class SmallBlocks {
     return block;
   }
 
+  // The same from any slab, an old or a new one. Null when out of memory, or when the size was not
+  // asked for often yet: a slab is more than a few blocks are worth.
+  void *allocate(size_t bytes) {
+    Size &size = size_of(bytes);
+    while (size.first && size.first->is_full()) unlink(size.first);
+    return size.first || make_slab(&size) ? take(bytes) : nullptr;
+  }
+
+  // Takes a block back. False when the address is none of a live block, or when the slab's place in
+  // the list changes.
+  bool give_back(void *address) {
+    Slab *slab = slab_of(address);
+    if (!slab || slab->changes_place()) return false;
+    put(slab, address);
+    return true;
+  }
+
   // Takes a block back. False when the address is none of a live block.
   bool free(void *address) {
-    const auto bits = reinterpret_cast<uintptr_t>(address);
-    auto *slab = reinterpret_cast<Slab *>(bits & ~(kSlabBytes - 1));
-    if (bits % kUnitBytes != 0 || !slabs_.contains(slab) || !mark_of(slab, address)) return false;
-    mark_of(slab, address) = 0;
-    auto *block = static_cast<FreeBlock *>(address);
-    block->next = slab->free;
-    slab->free = block;
-    --slab->live_count;
-    if (!slab->is_listed || (slab->live_count == 0 && slab->has_neighbour())) review(slab);
+    Slab *slab = slab_of(address);
+    if (!slab) return false;
+    put(slab, address);
+    if (!slab->is_listed) link(slab);
+    if (slab->live_count == 0 && slab->has_neighbour()) drop(slab);
     return true;
   }
 
@@ -101,6 +113,8 @@ class SmallBlocks {
     uint8_t marks[kSlabBytes / kUnitBytes];  // 1: a live block begins at that unit
 
     bool has_neighbour() const { return previous || next; }
+    // Before a block is given back: the slab was found full, or is empty then and not the only one.
+    bool changes_place() const { return !is_listed || (live_count == 1 && has_neighbour()); }
     bool is_full() const { return !free && cut_bytes + block_bytes > kSlabBytes; }
   };
 
@@ -110,10 +124,22 @@ class SmallBlocks {
     return slab->marks[(reinterpret_cast<uintptr_t>(address) & (kSlabBytes - 1)) / kUnitBytes];
   }
 
-  // A slab with room; null when there is none and none is made.
-  [[gnu::noinline]] Slab *find_room(Size *size) {
-    while (size->first && size->first->is_full()) unlink(size->first);
-    return size->first ? size->first : make_slab(size);
+  Size &size_of(size_t bytes) { return sizes_[bytes == 0 ? 0 : (bytes - 1) / kUnitBytes]; }
+
+  // The slab of a live block; null when the address is none of one.
+  Slab *slab_of(const void *address) const {
+    const auto bits = reinterpret_cast<uintptr_t>(address);
+    auto *slab = reinterpret_cast<Slab *>(bits & ~(kSlabBytes - 1));
+    const bool is_ours = bits % kUnitBytes == 0 && slabs_.contains(slab);
+    return is_ours && mark_of(slab, address) ? slab : nullptr;
+  }
+
+  static void put(Slab *slab, void *address) {
+    mark_of(slab, address) = 0;
+    auto *block = static_cast<FreeBlock *>(address);
+    block->next = slab->free;
+    slab->free = block;
+    --slab->live_count;
   }
 
   Slab *make_slab(Size *size) {
@@ -146,10 +172,7 @@ class SmallBlocks {
     slab->is_listed = 0;
   }
 
-  // Lists a slab that is no longer full; frees an empty one, unless it is the only one listed.
-  [[gnu::noinline]] void review(Slab *slab) {
-    if (!slab->is_listed) link(slab);
-    if (slab->live_count != 0 || !slab->has_neighbour()) return;
+  void drop(Slab *slab) {
     unlink(slab);
     slabs_.erase(slab);
     std::free(slab);

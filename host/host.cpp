@@ -19,7 +19,7 @@ void enlist(JXHost *handle, Live *object, const char *kind, const char *name8) {
   object->host = host;
   object->kind = kind;
   if (name8) std::snprintf(object->name, sizeof object->name, "%s", name8);
-  const std::lock_guard guard(host->mutex);
+  const Guard guard(host->mutex);
   object->previous = host->newest;
   (host->newest ? host->newest->next : host->oldest) = object;
   host->newest = object;
@@ -28,7 +28,7 @@ void enlist(JXHost *handle, Live *object, const char *kind, const char *name8) {
 
 void delist(Live *object) {
   Host *host = object->host;
-  const std::lock_guard guard(host->mutex);
+  const Guard guard(host->mutex);
   (object->previous ? object->previous->next : host->oldest) = object->next;
   (object->next ? object->next->previous : host->newest) = object->previous;
   host->live_objects.fetch_sub(1, std::memory_order_relaxed);
@@ -137,7 +137,7 @@ JXJournal *jxhost_journal(JXHost *host) {
 uint64_t jxhost_live_blocks(const JXHost *host) {
   if (!host) return 0;
   const auto *self = static_cast<const Host *>(host);
-  const std::lock_guard guard(self->mutex);
+  const jxhost::Guard guard(self->mutex);
   uint64_t block_count = 0;
   for (const Live *object = self->oldest; object; object = object->next) {
     block_count += object->live_blocks();

@@ -1,7 +1,9 @@
 // 32-bit values by name, and the slot get_option.
+#include <pthread.h>
 #include <unistd.h>
 
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 #include "host/host.hpp"
@@ -12,7 +14,22 @@ namespace {
 
 constexpr uint32_t kTypeInt32 = 3;  // the only type of option
 
-constexpr const char *kProcessId = "host.process_id";
+constexpr JXChar kProcessIdName[] = {'h', 'o', 's', 't', '.', 'p', 'r', 'o',
+                                     'c', 'e', 's', 's', '_', 'i', 'd'};
+
+// The system is asked once a process: the call costs more than all else that makes a unique name.
+constinit std::atomic<int32_t> known_process_id{};  // 0: to be asked
+
+int32_t process_id() {
+  int32_t id = known_process_id.load(std::memory_order_relaxed);
+  if (id != 0) return id;
+  // A child asks again.
+  static const bool is_reset_by_fork =
+      ::pthread_atfork(nullptr, nullptr, [] { known_process_id = 0; }) == 0;
+  id = static_cast<int32_t>(::getpid());
+  if (is_reset_by_fork) known_process_id = id;
+  return id;
+}
 
 }  // namespace
 
@@ -34,7 +51,7 @@ NamedValues::~NamedValues() {
 }
 
 JXStatus NamedValues::set(const char *name8, int32_t value) {
-  const std::lock_guard guard(mutex_);
+  const Guard guard(mutex_);
   for (Entry *entry = first_; entry; entry = entry->next) {
     if (std::strcmp(entry->name.get(), name8) != 0) continue;
     entry->value = value;
@@ -49,7 +66,7 @@ JXStatus NamedValues::set(const char *name8, int32_t value) {
 }
 
 bool NamedValues::get(const JXChar *name, uint32_t name_chars, int32_t *value_out) const {
-  const std::lock_guard guard(mutex_);
+  const Guard guard(mutex_);
   for (const Entry *entry = first_; entry; entry = entry->next) {
     if (!is_text(name, name_chars, entry->name.get())) continue;
     *value_out = entry->value;
@@ -59,7 +76,7 @@ bool NamedValues::get(const JXChar *name, uint32_t name_chars, int32_t *value_ou
 }
 
 void NamedValues::remove(const char *name8) {
-  const std::lock_guard guard(mutex_);
+  const Guard guard(mutex_);
   Entry **link = &first_;
   while (*link && std::strcmp((*link)->name.get(), name8) != 0) link = &(*link)->next;
   if (*link) delete std::exchange(*link, (*link)->next);
@@ -71,9 +88,11 @@ JXStatus get_option(JXHost *host, const JXChar *name, uint32_t name_chars, uint3
   if (type != kTypeInt32) return JXHOST_E_NOOPTION;
   int32_t value;
   if (!static_cast<Host *>(host)->options.get(name, name_chars, &value)) {
-    if (!is_text(name, name_chars, kProcessId)) return JXHOST_E_NOOPTION;
-    // Not cached: it changes after a fork.
-    value = static_cast<int32_t>(::getpid());
+    if (name_chars != std::size(kProcessIdName) ||
+        std::memcmp(name, kProcessIdName, sizeof kProcessIdName) != 0) {
+      return JXHOST_E_NOOPTION;
+    }
+    value = process_id();
   }
   const uint32_t room_bytes = std::exchange(*size_bytes, sizeof value);
   if (room_bytes < sizeof value) return JXHOST_E_NOROOM;

@@ -27,19 +27,16 @@ class PointerSet {
     return true;
   }
 
+  bool contains(const void *address) const { return find(address) != nullptr; }
+
   // Removes an address. False when it is not in the set.
   bool erase(const void *address) {
-    const auto wanted = reinterpret_cast<uintptr_t>(address);
-    if (count_ == 0 || wanted <= kTaken) return false;
-    size_t slot = home_of(wanted);
-    while (slots_[slot] != wanted) {
-      if (slots_[slot] == kEmpty) return false;
-      slot = after(slot);
-    }
+    uintptr_t *found = find(address);
+    if (!found) return false;
     --count_;
     // The last slot of a run needs no tombstone: no probe went past it.
-    const bool ends_run = slots_[after(slot)] == kEmpty;
-    slots_[slot] = ends_run ? kEmpty : kTaken;
+    const bool ends_run = slots_[after(static_cast<size_t>(found - slots_))] == kEmpty;
+    *found = ends_run ? kEmpty : kTaken;
     used_count_ -= ends_run;
     return true;
   }
@@ -65,6 +62,17 @@ class PointerSet {
     constexpr auto kRatio =
         static_cast<uintptr_t>(sizeof(uintptr_t) == 8 ? 0x9E3779B97F4A7C15u : 0x9E3779B1u);
     return (address * kRatio) >> shift_;
+  }
+
+  // The slot of an address, or null.
+  uintptr_t *find(const void *address) const {
+    const auto wanted = reinterpret_cast<uintptr_t>(address);
+    if (count_ == 0 || wanted <= kTaken) return nullptr;
+    size_t slot = home_of(wanted);
+    for (; slots_[slot] != wanted; slot = after(slot)) {
+      if (slots_[slot] == kEmpty) return nullptr;
+    }
+    return slots_ + slot;
   }
 
   void place(uintptr_t address) {

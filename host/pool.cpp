@@ -1,8 +1,11 @@
-// Pools: each remembers the addresses of its blocks, which come from malloc.
+// Pools: each remembers the addresses of its blocks, which come from malloc or, small ones of a
+// size in demand, from slabs.
 #include <cstdlib>
+#include <cstring>
 
 #include "host/host.hpp"
 #include "host/pointer_set.hpp"
+#include "host/small_blocks.hpp"
 
 namespace jxhost {
 
@@ -14,12 +17,13 @@ struct Pool final : JXPool, Live {
     blocks.for_each([](void *block) { std::free(block); });
   }
   uint64_t live_blocks() const override {
-    const std::lock_guard guard(mutex);
-    return blocks.count();
+    const Guard guard(mutex);
+    return blocks.count() + small.count();
   }
 
-  mutable std::mutex mutex;  // guards blocks
-  PointerSet blocks;         // live blocks
+  mutable std::mutex mutex;  // guards the blocks
+  PointerSet blocks;         // live blocks from malloc
+  SmallBlocks small;         // and from slabs
 };
 
 JXStatus destroy_pool(JXPool *pool) { return end_live(static_cast<Pool *>(pool)); }
@@ -33,31 +37,60 @@ void *allocate_memory(size_t bytes) {
   return std::aligned_alloc(kCacheLineBytes, lines * kCacheLineBytes);
 }
 
-void *pool_allocate(JXPool *pool, uint32_t bytes, uint32_t flags) {
-  if (!pool || !is_possible_size(bytes)) return nullptr;
-  const size_t size = bytes ? bytes : 1;
-  void *block = flags & JX_POOL_ZERO_FILL ? std::calloc(1, size) : allocate_memory(size);
+// A block from malloc.
+void *allocate_alone(Pool &pool, size_t bytes, bool is_zero) {
+  void *block = is_zero ? std::calloc(1, bytes) : allocate_memory(bytes);
   if (!block) return nullptr;
-  auto *self = static_cast<Pool *>(pool);
   bool is_known;
   {
-    const std::lock_guard guard(self->mutex);
-    is_known = self->blocks.insert(block);
+    const Guard guard(pool.mutex);
+    is_known = pool.blocks.insert(block);
   }
   if (is_known) return block;
   std::free(block);
   return nullptr;
 }
 
-JXStatus pool_free(JXPool *pool, void *block) {
-  if (!pool) return JXHOST_E_BADOBJECT;
-  auto *self = static_cast<Pool *>(pool);
+void *allocate_small(Pool &pool, size_t bytes) {
+  if (bytes > SmallBlocks::kLargestBytes) return nullptr;
+  const Guard guard(pool.mutex);
+  return pool.small.allocate(bytes);
+}
+
+[[gnu::noinline]] void *allocate_any(Pool &pool, size_t bytes, bool is_zero) {
+  if (!is_possible_size(bytes)) return nullptr;
+  void *block = allocate_small(pool, bytes);
+  if (!block) return allocate_alone(pool, bytes ? bytes : 1, is_zero);
+  return is_zero ? std::memset(block, 0, bytes) : block;
+}
+
+// The common case, a small block and nobody to exclude, is short and in line.
+void *pool_allocate(JXPool *pool, uint32_t bytes, uint32_t flags) {
+  if (!pool) return nullptr;
+  auto &self = *static_cast<Pool *>(pool);
+  const bool is_zero = (flags & JX_POOL_ZERO_FILL) != 0;
+  if (bytes <= SmallBlocks::kLargestBytes && is_one_thread()) {
+    void *block = self.small.take(bytes);
+    if (block) return is_zero ? std::memset(block, 0, bytes) : block;
+  }
+  return allocate_any(self, bytes, is_zero);
+}
+
+[[gnu::noinline]] JXStatus free_any(Pool &pool, void *block) {
   {
-    const std::lock_guard guard(self->mutex);
-    if (!self->blocks.erase(block)) return JXHOST_E_BADOBJECT;
+    const Guard guard(pool.mutex);
+    if (pool.small.free(block)) return JX_OK;
+    if (!pool.blocks.erase(block)) return JXHOST_E_BADOBJECT;
   }
   std::free(block);
   return JX_OK;
+}
+
+JXStatus pool_free(JXPool *pool, void *block) {
+  if (!pool) return JXHOST_E_BADOBJECT;
+  auto &self = *static_cast<Pool *>(pool);
+  if (is_one_thread() && self.small.give_back(block)) return JX_OK;
+  return free_any(self, block);
 }
 
 Pool::Pool()

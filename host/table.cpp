@@ -1,5 +1,6 @@
 // Tables: a list of entries in the order of insertion, and a chained hash table over those with
 // keys.
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -28,14 +29,56 @@ Entry *after(const JXTableEntry *entry) {
   return static_cast<Entry *>(static_cast<JXTableEntry *>(entry->link));
 }
 
+// Memory for the entries of a table, given back with the table alone: a list of 10,000 members
+// makes as many entries, and malloc and free of each cost more than all else here.
+class EntryMemory {
+ public:
+  EntryMemory() = default;
+  EntryMemory(const EntryMemory &) = delete;
+  EntryMemory &operator=(const EntryMemory &) = delete;
+  ~EntryMemory() {
+    while (newest_) std::free(std::exchange(newest_, newest_->older));
+  }
+
+  // Memory aligned for an entry; null when out of memory.
+  void *allocate(size_t bytes) {
+    bytes = (bytes + alignof(Entry) - 1) & ~(alignof(Entry) - 1);
+    if (bytes > room_bytes_ && !add_area(bytes)) return nullptr;
+    room_bytes_ -= bytes;
+    return std::exchange(next_, next_ + bytes);
+  }
+
+ private:
+  struct alignas(Entry) Area {
+    Area *older;
+  };
+  static constexpr size_t kLargestBytes = 65536;  // of an area, unless one entry needs more
+
+  bool add_area(size_t bytes) {
+    const size_t room_bytes = std::max(bytes, area_bytes_);
+    void *memory = std::malloc(sizeof(Area) + room_bytes);
+    if (!memory) return false;
+    newest_ = new (memory) Area{newest_};
+    next_ = reinterpret_cast<unsigned char *>(newest_ + 1);
+    room_bytes_ = room_bytes;
+    area_bytes_ = std::min(area_bytes_ * 2, kLargestBytes);
+    return true;
+  }
+
+  Area *newest_ = nullptr;
+  unsigned char *next_ = nullptr;
+  size_t room_bytes_ = 0;    // from next_
+  size_t area_bytes_ = 256;  // of the next area
+};
+
 struct Table final : JXTable, Live {
   Table();
-  ~Table() override;
   Entry *find(const void *key, uint32_t key_bytes, uint32_t hash) const;
   // Makes room in the buckets for one entry with a key. False when out of memory.
   bool reserve();
   void append(Entry *entry);
 
+  EntryMemory memory;
   Entry *first = nullptr;  // in the order of insertion
   Entry *last = nullptr;
   uint32_t count = 0;                      // entries
@@ -51,10 +94,6 @@ uint32_t hash_of(const void *key, uint32_t key_bytes) {
     hash = (hash ^ *byte++) * 16777619u;
   }
   return hash ^ (hash >> 15);
-}
-
-Table::~Table() {
-  for (Entry *entry = first; entry;) std::free(std::exchange(entry, after(entry)));
 }
 
 Entry *Table::find(const void *key, uint32_t key_bytes, uint32_t hash) const {
@@ -116,7 +155,7 @@ int32_t table_insert(JXTable *table, uint32_t, uint32_t, void *value, JXTableEnt
   if (!is_possible_size(sizeof(Entry) + uint64_t{key_bytes})) return 0;
   const uint32_t hash = hash_of(key, key_bytes);
   if (key_bytes > 0 && (self->find(key, key_bytes, hash) || !self->reserve())) return 0;
-  void *memory = std::malloc(sizeof(Entry) + key_bytes);
+  void *memory = self->memory.allocate(sizeof(Entry) + key_bytes);
   if (!memory) return 0;
   auto *entry = new (memory) Entry{{nullptr, table, value}, nullptr, hash, key_bytes};
   if (key_bytes > 0) std::memcpy(entry->key(), key, key_bytes);

@@ -218,13 +218,17 @@ class TreeCopy {
   // Copies the next member of the deepest level. When a read gives none, at the end or by a
   // failure, the level is left.
   JXStatus copy_next() {
-    // The length is that of the name on the system; a decoder may have filled less.
-    JXChar name[JX_NAME_MAX_CHARS] = {};
-    uint32_t name_chars = JX_NAME_MAX_CHARS;
+    uint32_t chars = JX_NAME_MAX_CHARS;
     JXDirectory *directory = deepest_->directory;
-    if (directory->read(directory, name, &name_chars) != JX_OK) return leave();
-    if (jx::is_dot_name(name, name_chars)) return JX_OK;
-    return copy_member({name, name_chars});
+    const bool is_read = directory->read(directory, name_, &chars) == JX_OK;
+    JXStatus status = JX_OK;
+    if (!is_read) {
+      status = leave();
+    } else if (!jx::is_dot_name(name_, chars)) {
+      status = copy_member({name_, chars});
+    }
+    std::fill_n(name_, is_read ? chars : JX_NAME_MAX_CHARS, JXChar{0});
+    return status;
   }
 
   JXStatus copy_member(jx::Text name) {
@@ -258,6 +262,9 @@ class TreeCopy {
   Level *deepest_ = nullptr;
   struct stat64 target_root_ = {};
   bool has_target_root_ = false;
+  // Zeros between reads: the length read is that of the name on the system, and a decoder may have
+  // filled less.
+  JXChar name_[JX_NAME_MAX_CHARS] = {};
 };
 
 }  // namespace

@@ -19,7 +19,7 @@ class MemberList {
     const jx::MemberPaths paths(instance_, given);
     JXChar buffer[JX_NAME_MAX_CHARS];
     while (!is_ended_) {
-      dirent64 entry;
+      dirent64 entry __attribute__((uninitialized));
       JXStatus status = next(&entry);
       if (status != JX_OK) return status == JXWEM_E_EOF ? JX_OK : status;
       jx::Text name = {buffer, 0};

@@ -11,7 +11,7 @@ extern "C" JXStatus bkwemreaddir(JXDirectory *directory, JXChar *buffer, uint32_
   if (!stream) return JXWEM_E_NOHANDLE;
   if (!buffer || !chars) return JXWEM_E_FAILED;
   const bool wants_all = (directory->options & JX_DIRECTORY_OPEN_ALL) != 0;
-  dirent64 entry;
+  dirent64 entry __attribute__((uninitialized));
   do {
     const JXStatus status = jx::read_entry(stream, &entry, directory->instance, directory->journal);
     if (status != JX_OK) return status;

@@ -90,7 +90,7 @@ class TreeRemoval {
     // Not by opendir, which would follow a link swapped in for the directory.
     JXStatus status = enter(AT_FDCWD, path_);
     while (status == JX_OK && deepest_) {
-      dirent64 entry;
+      dirent64 entry __attribute__((uninitialized));
       status = jx::read_entry(deepest_->stream, &entry, instance_, instance_->journal);
       if (status == JXWEM_E_EOF) {
         status = leave();
@@ -106,7 +106,7 @@ class TreeRemoval {
     const uint32_t bytes = skStrLen(entry.d_name);
     if (jx::is_dot_name(entry.d_name, bytes)) return JX_OK;
     // The native name is used; one that cannot be decoded still ends the removal.
-    JXChar name[sizeof entry.d_name];
+    JXChar name[sizeof entry.d_name] __attribute__((uninitialized));
     uint32_t name_chars = 0;
     JXStatus status = jx::decode_native(instance_, entry.d_name, bytes, name, &name_chars);
     if (status != JX_OK) return status;

@@ -1,4 +1,5 @@
 // Environment variables in a path: "$" and a name become the variable's value.
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -33,15 +34,17 @@ class VariableExpander {
   JXStatus status() const { return status_; }
 
  private:
-  // Appends the text before the next "$" and returns where that ends.
-  const char *copy_text(const char *source) {
-    while (*source != '\0' && *source != '$' && next_ <= limit_) *next_++ = *source++;
-    return source;
+  // Appends the text before the next "$", as far as it fits, and returns the text after it.
+  const char *copy_text(const char *source) { return copy_bytes(source, strchrnul(source, '$')); }
+
+  const char *copy_bytes(const char *source, const char *end) {
+    const auto bytes = std::min(static_cast<size_t>(end - source), room_bytes());
+    std::memcpy(next_, source, bytes);
+    next_ += bytes;
+    return source + bytes;
   }
 
-  void copy_bytes(const char *source, const char *end) {
-    while (source != end && next_ <= limit_) *next_++ = *source++;
-  }
+  size_t room_bytes() const { return static_cast<size_t>(limit_ + 1 - next_); }
 
   // Appends the value of the variable at source (a "$") and returns the text after its name.
   const char *expand_variable(const char *source, uint32_t depth) {
@@ -52,7 +55,7 @@ class VariableExpander {
     if (name_bytes >= kVariableNameBytes || ++variable_count_ > kVariableCount) {
       return refuse(end);
     }
-    char terminated[kVariableNameBytes];
+    char terminated[kVariableNameBytes] __attribute__((uninitialized));
     std::memcpy(terminated, name, name_bytes);
     terminated[name_bytes] = '\0';
     const char *value = std::getenv(terminated);

@@ -22,7 +22,7 @@ int copy_home(const passwd *entry, char *destination) {
 }  // namespace
 
 int vvzgthm(const char *user_name, char *destination) {
-  char texts[kEntryBytes];
+  char texts[kEntryBytes] __attribute__((uninitialized));
   passwd record;
   passwd *entry = nullptr;
   if (getpwnam_r(user_name, &record, texts, sizeof texts, &entry) != 0) return 1;
@@ -30,7 +30,7 @@ int vvzgthm(const char *user_name, char *destination) {
 }
 
 int vvzgthmu(uint32_t user_id, char *destination) {
-  char texts[kEntryBytes];
+  char texts[kEntryBytes] __attribute__((uninitialized));
   passwd record;
   passwd *entry = nullptr;
   if (getpwuid_r(user_id, &record, texts, sizeof texts, &entry) != 0) return 1;

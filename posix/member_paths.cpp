@@ -16,10 +16,11 @@ bool has_variable(Text text) {
   return std::find(text.data, text.data + text.chars, JXChar{'$'}) != text.data + text.chars;
 }
 
-// Tells whether the platform encoding has every character; a zero has no place in a path.
-bool is_convertible(Text text) {
-  return std::all_of(text.data, text.data + text.chars,
-                     [](JXChar character) { return character - 1 < 0xFF; });
+// Tells whether the expansion leaves a name alone: no variable, and every character one that the
+// platform encoding has; a zero has no place in a path.
+bool is_unchanged(Text name) {
+  return std::all_of(name.data, name.data + name.chars,
+                     [](JXChar character) { return character - 1 < 0xFF && character != '$'; });
 }
 
 }  // namespace
@@ -44,7 +45,7 @@ bool MemberPaths::is_plain(Text name) const {
   return prefix_.block && name.chars != 0 && name.data[name.chars - 1] != ' ' &&
          !is_dot_name(name.data, name.chars) &&
          std::max(prefix_.chars, joined_chars_) + name.chars <= kPlainMaxChars &&
-         !has_variable(name) && is_convertible(name);
+         is_unchanged(name);
 }
 
 bool MemberPaths::lead_into(Text directory) const {

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "jx/exports/posix.h"
+#include "kernel/copy.hpp"
 
 namespace jx {
 
@@ -57,7 +58,7 @@ JXStatus SystemPath::prepare(JXInstance *instance, Text path, JXPool *pool) {
 
 PoolBlock<JXChar> copy_text(JXPool *pool, Text text) {
   auto block = PoolBlock<JXChar>::allocate(pool, text.chars);
-  if (block) std::copy_n(text.data, text.chars, block.get());
+  if (block) copy_bytes(block.get(), text.data, size_t{text.chars} * kJXCharBytes);
   return block;
 }
 

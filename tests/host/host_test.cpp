@@ -1,5 +1,6 @@
 // The handle and its smaller objects: locks, options, the loader, leaks.
 #include <fcntl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -52,6 +53,24 @@ TEST(Option, AnswersByNameTypeAndRoom) {
     EXPECT_EQ(value, status == JX_OK ? 42 : -1) << name8;
     EXPECT_EQ(size, status == JXHOST_E_NOOPTION ? room : 4) << name8;
   }
+}
+
+TEST(Option, ProcessIdOfParentAndChild) {
+  TestHost host;
+  const auto is_right = [&] {
+    const JXString name = jx("host.process_id");
+    int32_t value = -1;
+    uint32_t size = sizeof value;
+    return host->get_option(host.get(), name.data(), chars(name), 3, &value, &size) == JX_OK &&
+           value == ::getpid();
+  };
+  EXPECT_TRUE(is_right());
+  const pid_t child = ::fork();
+  if (child == 0) ::_exit(is_right() ? 0 : 1);
+  int status = -1;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  EXPECT_TRUE(is_right());
 }
 
 TEST(Host, KnowsTheTimeZoneOfTheProcess) {

@@ -35,6 +35,43 @@ TEST(Pool, GivesDistinctAlignedBlocksAndTakesOnlyThose) {
   EXPECT_EQ(jxhost_live_blocks(host.get()), 0u);
 }
 
+// More blocks of each size than fit the area that they are cut from.
+TEST(Pool, KeepsManySmallBlocksApart) {
+  TestHost host;
+  JXPool *pool = host.pool();
+  const auto make = [&](uint32_t bytes, unsigned char mark, uint32_t flags) {
+    auto *block = static_cast<unsigned char *>(pool->pool_allocate(pool, bytes, flags));
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(block) % 16, 0u) << bytes;
+    EXPECT_TRUE(flags == 0 ||
+                std::all_of(block, block + bytes, [](int byte) { return byte == 0; }));
+    std::fill_n(block, bytes, mark);
+    return block;
+  };
+  uint64_t live = 0;
+  for (uint32_t bytes : {0u, 1u, 16u, 17u, 48u, 255u, 496u, 511u, 512u, 513u, 528u}) {
+    std::vector<unsigned char *> blocks(2000);
+    for (auto &block : blocks) block = make(bytes, 1, 0);
+    EXPECT_EQ(std::set<void *>(blocks.begin(), blocks.end()).size(), blocks.size());
+    for (size_t i = 0; i < blocks.size(); i += 2) {
+      for (uint32_t inside : {1u, 8u, 16u, 32u}) {
+        if (inside >= bytes) continue;
+        EXPECT_EQ(pool->pool_free(pool, blocks[i] + inside), JXHOST_E_BADOBJECT) << bytes;
+      }
+      ASSERT_EQ(pool->pool_free(pool, blocks[i]), JX_OK);
+      EXPECT_EQ(pool->pool_free(pool, blocks[i]), JXHOST_E_BADOBJECT) << bytes;
+    }
+    for (size_t i = 0; i < blocks.size(); i += 2) blocks[i] = make(bytes, 2, JX_POOL_ZERO_FILL);
+    for (size_t i = 0; i < blocks.size(); ++i) {
+      const auto mark = static_cast<unsigned char>(i % 2 ? 1 : 2);
+      ASSERT_EQ(std::count(blocks[i], blocks[i] + bytes, mark), bytes) << bytes;
+      ASSERT_TRUE(i % 8 == 0 || pool->pool_free(pool, blocks[i]) == JX_OK) << bytes;
+    }
+    live += blocks.size() / 8;
+    EXPECT_EQ(jxhost_pool_live_blocks(pool), live);
+  }
+  EXPECT_EQ(pool->destroy_pool(pool), JX_OK);
+}
+
 // First many blocks, then few, so that the set of live blocks grows and is rehashed.
 TEST(Pool, ThreadsShareAPoolAndTheHost) {
   TestHost host;

@@ -1,5 +1,7 @@
 #include <cstring>
 #include <numeric>
+#include <string>
+#include <vector>
 
 #include "host/test_host.hpp"
 
@@ -48,6 +50,26 @@ TEST(Table, KeepsOrderFindsKeysAndDestroysInOrder) {
   destroyed.clear();
   EXPECT_EQ(table->destroy_table(table), 1u) << "the destructor's first failure";
   EXPECT_TRUE(destroyed == values);
+}
+
+TEST(Table, KeepsKeysOfAllLengths) {
+  TestHost host;
+  JXTable *table = host.table();
+  const std::string text(200000, 'k');
+  const uint32_t lengths[] = {1, 7, 9, 255, 300, 1, 65530, 3, 200000, 2, 70000};
+  std::vector<JXTableEntry *> entries;
+  for (const uint32_t bytes : lengths) {
+    JXTableEntry *entry = nullptr;
+    const bool is_new = !jxhost_table_find(table, text.data(), bytes);
+    EXPECT_EQ(table->table_insert(table, 0, 0, nullptr, &entry, text.data(), bytes, 0) != 0,
+              is_new);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(entry) % alignof(void *), 0u) << bytes;
+    entries.push_back(is_new ? entry : entries[0]);
+  }
+  for (size_t i = 0; i < entries.size(); ++i) {
+    EXPECT_EQ(jxhost_table_find(table, text.data(), lengths[i]), entries[i]) << lengths[i];
+  }
+  EXPECT_EQ(table->destroy_table(table), JX_OK);
 }
 
 }  // namespace

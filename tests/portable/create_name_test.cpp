@@ -26,6 +26,8 @@ TEST_F(CreateName, Forms) {
       {4, 0, "", "", JX_OK, "/d/ZOR_util0001000004D2_node7"},
       {4, 0, "", "", JX_OK, "/d/ZOR_util0001000004D2_node7", 1234, "/d", "node7", ~0u},
       {4, 0, "", "", JX_E_TRUNCATED, "", 1234, "/d", "node7", ~0u >> 1},
+      {4, 0, "", "", JX_E_TRUNCATED, "", 1234, "/d", "node7", 1u << 31},
+      {4, 0, "", "", JX_OK, "/d/ZOR_util0001000004D2_node7", 1234, "/d", "node7", ~0u - 998},
       {6, 0xFFFC, "tmp", "x", JX_OK, "/d/ZOR_utilFFFD000004D2_node7"},
       {5, 9, "", "dat", JX_OK, "/d/ZOR_util000A000004D2_node7.dat"},
       {4, 0, "", "", JX_OK, "/d/ZOR_util0001000004D2_", 1234, "/d/", ""},

@@ -2,12 +2,15 @@
 // call and dispatch cost more than the copy.
 #pragma once
 
-#include <emmintrin.h>
-
 #include <cstdint>
 #include <cstring>
 
+#include "vector/base.hpp"
+
 namespace jx {
+
+// Runs of up to this many bytes are worth no call.
+inline constexpr size_t kShortCopyBytes = 4 * vector::Base::kBytes;
 
 namespace detail {
 
@@ -23,20 +26,23 @@ inline void copy_ends(uint8_t *to, const uint8_t *from, size_t count) {
 
 }  // namespace detail
 
-// Copies `count` bytes between ranges that do not overlap.
-inline void copy_bytes(void *destination, const void *source, size_t count) {
-  constexpr size_t kLongest = 256;  // above it, memcpy is faster
+// Copies at most kShortCopyBytes. The ranges may overlap: all is loaded before any is stored.
+inline void copy_short(void *destination, const void *source, size_t count) {
+  using Ops = vector::Base;
+  constexpr size_t kBlock = Ops::kBytes;
   auto *to = static_cast<uint8_t *>(destination);
   const auto *from = static_cast<const uint8_t *>(source);
-  if (count > kLongest) {
-    std::memcpy(to, from, count);
-  } else if (count >= 16) {
-    size_t done = 0;
-    for (; done + 32 <= count; done += 16) {
-      _mm_storeu_si128(reinterpret_cast<__m128i *>(to + done),
-                       _mm_loadu_si128(reinterpret_cast<const __m128i *>(from + done)));
+  if (count >= kBlock) {
+    const auto first = Ops::load(from);
+    const auto last = Ops::load(from + count - kBlock);
+    if (count > 2 * kBlock) {
+      const auto second = Ops::load(from + kBlock);
+      const auto third = Ops::load(from + count - 2 * kBlock);
+      Ops::store(to + kBlock, second);
+      Ops::store(to + count - 2 * kBlock, third);
     }
-    detail::copy_ends<__m128i>(to + done, from + done, count - done);
+    Ops::store(to, first);
+    Ops::store(to + count - kBlock, last);
   } else if (count >= 8) {
     detail::copy_ends<uint64_t>(to, from, count);
   } else if (count >= 4) {
@@ -46,6 +52,24 @@ inline void copy_bytes(void *destination, const void *source, size_t count) {
   } else if (count == 1) {
     *to = *from;
   }
+}
+
+// Copies `count` bytes between ranges that do not overlap.
+inline void copy_bytes(void *destination, const void *source, size_t count) {
+  using Ops = vector::Base;
+  constexpr size_t kLongest = 256;  // above it, memcpy is faster
+  if (count <= kShortCopyBytes) return copy_short(destination, source, count);
+  if (count > kLongest) {
+    std::memcpy(destination, source, count);
+    return;
+  }
+  auto *to = static_cast<uint8_t *>(destination);
+  const auto *from = static_cast<const uint8_t *>(source);
+  const size_t last = count - Ops::kBytes;
+  for (size_t done = 0; done < last; done += Ops::kBytes) {
+    Ops::store(to + done, Ops::load(from + done));
+  }
+  Ops::store(to + last, Ops::load(from + last));
 }
 
 // The same for 32-bit units; a short run costs no call.

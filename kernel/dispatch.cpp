@@ -50,12 +50,13 @@ JX_CHOOSE(find_other_char);
 JX_CHOOSE(compare_bytes);
 JX_CHOOSE(compare_chars);
 JX_CHOOSE(fill_chars);
+JX_CHOOSE(note_bytes);
 
 }  // namespace
 
 constinit const jx::LongRuns jx::kLongRuns = {
     find_byte,     find_other_byte, find_char,  find_other_char,
-    compare_bytes, compare_chars,   fill_chars,
+    compare_bytes, compare_chars,   fill_chars, note_bytes,
 };
 
 #endif

@@ -34,7 +34,14 @@ struct LongRunsOf {
   static int32_t compare_bytes(const void *first, const void *second, uint32_t count);
   static int32_t compare_chars(const void *first, const void *second, uint32_t count);
   static void fill_chars(uint32_t *buffer, uint32_t value, uint32_t count);
+  // Notes where bytes of `data` from *offset up to `end` equal `value`: their offsets, which it
+  // returns the number of. Stops after kManyPlaces or more, and moves *offset there. Any length.
+  static uint32_t note_bytes(const uint8_t *data, uint32_t *offset, uint32_t end, uint8_t value,
+                             uint32_t *places);
 };
+
+inline constexpr uint32_t kManyPlaces = 32;
+inline constexpr uint32_t kPlacesRoom = kManyPlaces + 66;  // of note_bytes: two blocks, two spare
 
 extern template struct LongRunsOf<vector::Base>;
 #if !JX_ONE_LEVEL
@@ -50,6 +57,7 @@ struct LongRuns {
   decltype(&LongRunsOf<vector::Base>::compare_bytes) compare_bytes;
   decltype(&LongRunsOf<vector::Base>::compare_chars) compare_chars;
   decltype(&LongRunsOf<vector::Base>::fill_chars) fill_chars;
+  decltype(&LongRunsOf<vector::Base>::note_bytes) note_bytes;
 };
 
 #if JX_ONE_LEVEL
@@ -57,7 +65,7 @@ using BaseRuns = LongRunsOf<vector::Base>;
 inline constexpr LongRuns kLongRuns = {
     BaseRuns::find_byte,       BaseRuns::find_other_byte, BaseRuns::find_char,
     BaseRuns::find_other_char, BaseRuns::compare_bytes,   BaseRuns::compare_chars,
-    BaseRuns::fill_chars,
+    BaseRuns::fill_chars,      BaseRuns::note_bytes,
 };
 #else
 extern const LongRuns kLongRuns;

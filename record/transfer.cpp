@@ -14,8 +14,9 @@ namespace {
 // long record does not move once a block.
 constexpr uint32_t kCheapMoveBytes = 1024;
 
-// Makes room after the unread bytes and returns how much of a block can be read there.
-uint32_t make_room(RecordBuffer *buffer) {
+// Makes room after the unread bytes and returns how much of a block can be read there. What was
+// noted of bytes that move is forgotten.
+uint32_t make_room(RecordBuffer *buffer, LineFeeds *line_feeds) {
   const uint32_t count = buffer->unread_bytes;
   uint32_t room = buffer->size_bytes - buffer->unread_offset - count;
   if (count <= kCheapMoveBytes || room < buffer->block_bytes) {
@@ -23,6 +24,7 @@ uint32_t make_room(RecordBuffer *buffer) {
       std::memmove(buffer->data, buffer->unread(), count);
     }
     buffer->unread_offset = 0;
+    line_feeds->forget();
     room = buffer->size_bytes - count;
   }
   return std::min(buffer->block_bytes, room);
@@ -47,7 +49,7 @@ JXStatus detach(const FileHandle *handle, const Outgoing &record, PoolBlock<uint
 
 JXStatus read_block(FileHandle *handle) {
   RecordBuffer &buffer = handle->buffer;
-  const uint32_t room = make_room(&buffer);
+  const uint32_t room = make_room(&buffer, &handle->line_feeds);
   uint32_t read_bytes = 0;
   const JXStatus status = handle->methods.host_read(
       &handle->head, buffer.unread() + buffer.unread_bytes, room, &read_bytes, nullptr);

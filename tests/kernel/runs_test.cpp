@@ -34,7 +34,7 @@ Routines bodies(const char *name) {
   return {name,
           jx::kShortRunBytes + 1,
           {Runs::find_byte, Runs::find_other_byte, Runs::find_char, Runs::find_other_char,
-           Runs::compare_bytes, Runs::compare_chars, Runs::fill_chars}};
+           Runs::compare_bytes, Runs::compare_chars, Runs::fill_chars, Runs::note_bytes}};
 }
 
 const Routines kExported = {
@@ -52,7 +52,7 @@ const Routines kExported = {
        return skWMemCmp(static_cast<const uint32_t *>(first), static_cast<const uint32_t *>(second),
                         count);
      },
-     skMemTSet}};
+     skMemTSet, nullptr}};
 
 std::vector<Routines> all_routines() {
   std::vector<Routines> all = {kExported, bodies<jx::vector::Plain>("plain"),
@@ -192,6 +192,32 @@ TEST(Runs, FillWritesExactlyTheRange) {
         ASSERT_TRUE(std::none_of(units - 9, units, is_filled)) << routines.name << count;
         ASSERT_TRUE(std::none_of(units + count, units + count + gap / 4, is_filled));
       }
+    }
+  }
+}
+
+// Every place is noted once and in order, however often the search has to go on.
+TEST(Runs, NotesEveryPlace) {
+  const FencedPages pages;
+  std::mt19937 random{21};
+  for (uint32_t count = 0; count <= 2 * kLongest; ++count) {
+    const uint32_t one_in = 1 + count % 40;
+    uint8_t *data = pages.at_end(count, count % 7 / 6);
+    std::vector<uint32_t> expected;
+    for (uint32_t i = 0; i < count; ++i) {
+      data[i] = random() % one_in == 0 ? '\n' : static_cast<uint8_t>(random() | 0x80);
+      if (data[i] == '\n') expected.push_back(i);
+    }
+    for (const Routines &routines : all_routines()) {
+      if (!routines.runs.note_bytes) continue;
+      std::vector<uint32_t> noted;
+      for (uint32_t offset = 0; offset != count;) {
+        uint32_t places[jx::kPlacesRoom];
+        const uint32_t found = routines.runs.note_bytes(data, &offset, count, '\n', places);
+        noted.insert(noted.end(), places, places + found);
+        ASSERT_TRUE(found >= jx::kManyPlaces || offset == count) << routines.name << count;
+      }
+      ASSERT_EQ(noted, expected) << routines.name << ' ' << count;
     }
   }
 }

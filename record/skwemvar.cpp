@@ -1,5 +1,6 @@
 // skwem_read_var, skwem_write_var, skwem_read_rvar, skwem_write_rvar: the read and write slots of
 // text lines, through the buffer or directly.
+#include <algorithm>
 #include <cstring>
 
 #include "jx/exports/record.h"
@@ -150,12 +151,70 @@ JXStatus lay_out_record(FileHandle *handle, jx::Outgoing *record, uint8_t **buff
     const uint32_t room_bytes = handle->transcode_buffer.size_bytes;
     if (has_too_many_chars(handle, *record) || room_bytes < line_end_bytes) return JXWEM_E_TOOLONG;
     *buffer_out = handle->transcode_buffer.data;
-    return jx::transcode_record_out(handle, room_bytes - line_end_bytes, record);
+    return jx::transcode_record_out(handle, *buffer_out, room_bytes - line_end_bytes, record);
   }
   if (record->bytes > handle->record_length) return JXWEM_E_TOOLONG;
   *buffer_out = handle->buffer.data;
   if (record->bytes != 0) std::memmove(*buffer_out, record->data, record->bytes);
   return JX_OK;
+}
+
+// True when a record of so many bytes and its line end do not fill the block.
+inline bool has_room_for_line(const FileHandle *handle, uint32_t bytes) {
+  const uint32_t free_bytes = handle->buffer.free_bytes;
+  return bytes < free_bytes && handle->controls.line_end().bytes < free_bytes - bytes;
+}
+
+// Appends the line end to a record that lies at the end of the block; there is room for both.
+inline void append_line_end(FileHandle *handle, uint32_t record_bytes) {
+  const ControlCopy &line_end = handle->controls.line_end();
+  uint8_t *end = handle->buffer.end() + record_bytes;
+  *end = *line_end.text;
+  for (uint32_t i = 1; i < line_end.bytes; ++i) end[i] = line_end.text[i];
+  handle->buffer.append(record_bytes + line_end.bytes);
+}
+
+// Appends a record and its line end, and writes each block that becomes full.
+[[gnu::noinline]] JXStatus write_line(FileHandle *handle, const void *data, uint32_t bytes) {
+  JXStatus status = jx::append_mark(handle);
+  if (status != JX_OK) return status;
+  if (has_room_for_line(handle, bytes)) {
+    jx::copy_bytes(handle->buffer.end(), data, bytes);
+    append_line_end(handle, bytes);
+    return JX_OK;
+  }
+  status = jx::append(handle, data, bytes);
+  if (status != JX_OK) return status;
+  const ControlCopy &line_end = handle->controls.line_end();
+  return jx::append(handle, line_end.text, line_end.bytes);
+}
+
+// The most bytes that a record becomes in the file, where both encodings tell: a character of four
+// bytes, one perhaps begun by the record before, stays one of at most four. Else more than a block.
+uint32_t most_converted_bytes(const FileHandle *handle, uint32_t bytes) {
+  const bool tells = handle->write_held.form == jx::TextForm::utf32 &&
+                     jx::form_of(handle->encodings.file) != jx::TextForm::other;
+  return tells && bytes < JX_RECORD_BLOCK_BYTES ? bytes + jx::kJXCharBytes : UINT32_MAX;
+}
+
+// Appends a record in the file's encoding and its line end. It is converted right into the block if
+// there is room for any result.
+[[gnu::noinline]] JXStatus write_converted(FileHandle *handle, const void *data, uint32_t bytes) {
+  jx::Outgoing record = {data, bytes};
+  const uint32_t capacity = handle->transcode_buffer.size_bytes;
+  const uint32_t most_bytes = most_converted_bytes(handle, bytes);
+  if (handle->owes_mark() || most_bytes > capacity || !has_room_for_line(handle, most_bytes)) {
+    JXStatus status = jx::append_mark(handle);
+    if (status != JX_OK) return status;
+    status = jx::transcode_record_out(handle, handle->transcode_buffer.data, capacity, &record);
+    return status == JX_OK ? write_line(handle, record.data, record.bytes) : status;
+  }
+  // All the room there is: transcoders are slower at its end.
+  const uint32_t room = handle->buffer.free_bytes - handle->controls.line_end().bytes;
+  const JXStatus status =
+      jx::transcode_record_out(handle, handle->buffer.end(), std::min(room, capacity), &record);
+  if (status == JX_OK) append_line_end(handle, record.bytes);
+  return status;
 }
 
 }  // namespace
@@ -173,18 +232,17 @@ JXStatus skwem_read_var(JXFile *file, void **data, uint32_t *length, uint32_t, i
 }
 
 JXStatus skwem_write_var(JXFile *file, const void *data, uint32_t length, uint32_t, int64_t *) {
-  JXStatus status = jx::check_writer(file);
+  const JXStatus status = jx::check_writer(file);
   if (status != JX_OK) return status;
   FileHandle *handle = jx::handle_of(file);
-  status = jx::append_mark(handle);
-  if (status != JX_OK) return status;
-  jx::Outgoing record = {data, length};
-  status = jx::transcode_record_out(handle, handle->transcode_buffer.size_bytes, &record);
-  if (status != JX_OK) return status;
-  status = jx::append(handle, record.data, record.bytes);
-  if (status != JX_OK) return status;
-  const ControlCopy &line_end = handle->controls.line_end();
-  return jx::append(handle, line_end.text, line_end.bytes);
+  if (handle->write_transcoder) return write_converted(handle, data, length);
+  if (handle->mark.is_pending != 0 || length > jx::kInlineCopyBytes ||
+      !has_room_for_line(handle, length)) {
+    return write_line(handle, data, length);
+  }
+  jx::copy_inline(handle->buffer.end(), data, length);
+  append_line_end(handle, length);
+  return JX_OK;
 }
 
 JXStatus skwem_read_rvar(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *) {

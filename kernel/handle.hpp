@@ -167,6 +167,7 @@ struct LineFeeds {
   uint32_t next;           // index of the first one that is unread
   uint32_t count;          // noted: the unread ones are before it
   uint32_t searched_end;   // all before it that are unread are noted
+  uint16_t mark_byte;      // the first byte of a byte-order mark; none: more than a byte
   uint8_t carriage_return;
   uint32_t offsets[kPlacesRoom];
 

@@ -103,16 +103,14 @@ template <typename T, class Match>
 inline size_t scan_short_blocks(const Match &match, const uint8_t *data, size_t count) {
   using Ops = vector::Base;
   constexpr size_t kStep = Ops::kBytes / sizeof(T);
-  bool has_any = false;
   if (count <= 2 * kStep) {
     const auto ends =
         join<Ops, Match>(match.equal_at(0, data), match.equal_at(count - kStep, data));
-    has_any = matches_of<Ops, Match>(ends) != 0;
-  } else {
-    has_any = has_match<Ops, T>(match, data, 0, count);
-  }
-  if (!has_any) [[likely]]
+    if (matches_of<Ops, Match>(ends) == 0) [[likely]]
+      return count;
+  } else if (!has_match<Ops, T>(match, data, 0, count)) [[likely]] {
     return count;
+  }
   return find_match<Ops, T>(match, data, 0, count);
 }
 

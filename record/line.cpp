@@ -151,6 +151,7 @@ bool note_line_feeds(FileHandle *handle) {
   }
   if (line_feeds.next != line_feeds.count) return false;
   const uint32_t end = buffer.unread_offset + buffer.unread_bytes;
+  line_feeds.mark_byte = handle->mark.size != 0 ? handle->mark.bytes[0] : 0x100;
   line_feeds.carriage_return = *carriage_return.text;
   line_feeds.searched_end = std::max(line_feeds.searched_end, buffer.unread_offset);
   line_feeds.next = 0;

@@ -61,11 +61,9 @@ JXStatus find_whole_line(FileHandle *handle, jx::DirectRead *read, bool *is_ende
 }
 
 // Hands back the record of a line that was taken off the unread bytes; an empty one is a null
-// pointer. The line comes in two words: as a record they would be stored as two and loaded as one,
-// which waits.
-JXStatus hand_back_line(FileHandle *handle, uint8_t *record, uint32_t record_bytes,
-                        uint32_t consumed_bytes, void **data, uint32_t *length) {
-  const Line line = {record_bytes, consumed_bytes};
+// pointer.
+JXStatus hand_back_line(FileHandle *handle, uint8_t *record, Line line, void **data,
+                        uint32_t *length) {
   const bool is_ended = line.consumed_bytes != line.record_bytes ||
                         (handle->end_seen != 0 && handle->buffer.unread_bytes == 0);
   if (line.record_bytes != 0) return jx::hand_back(handle, record, line, is_ended, data, length);
@@ -74,41 +72,42 @@ JXStatus hand_back_line(FileHandle *handle, uint8_t *record, uint32_t record_byt
   return is_ended ? jx::end_line(handle) : JX_OK;
 }
 
-// Takes a line found by noted_line().
-[[gnu::always_inline]] inline JXStatus take_noted_line(FileHandle *handle, Line line, void **data,
-                                                       uint32_t *length) {
-  uint8_t *record = handle->buffer.unread();
-  jx::consume_noted(handle, line);
-  if (handle->read_transcoder || line.record_bytes == 0) {
-    return hand_back_line(handle, record, line.record_bytes, line.consumed_bytes, data, length);
-  }
-  *data = record;
-  *length = line.record_bytes;
-  return JX_OK;
-}
-
-// Slow path of the buffered reader: line feeds have to be noted first, or the line needs a host
-// read, a longer search, or a byte-order mark skipped. Out of line, so that the fast path needs no
-// stack frame.
-[[gnu::noinline]] JXStatus read_line(FileHandle *handle, void **data, uint32_t *length) {
-  if (jx::note_line_feeds(handle)) {
-    const Line line = jx::noted_line(handle);
-    if (line.consumed_bytes != 0) return take_noted_line(handle, line, data, length);
+// Slow path of the buffered reader: the line is empty, line feeds have to be noted first, or it
+// needs a host read, a longer search, or a byte-order mark skipped. Out of line, so that the fast
+// path needs no stack frame.
+[[gnu::noinline]] JXStatus read_line(JXFile *file, void **data, uint32_t *length) {
+  JXStatus status = jx::check_reader(file);
+  if (status != JX_OK) return status;
+  FileHandle *handle = jx::handle_of(file);
+  Line line = jx::noted_line(handle);
+  if (line.consumed_bytes == 0 && jx::note_line_feeds(handle)) line = jx::noted_line(handle);
+  if (line.consumed_bytes != 0) {
+    uint8_t *record = handle->buffer.unread();
+    jx::consume_noted(handle, line);
+    return hand_back_line(handle, record, line, data, length);
   }
   *data = nullptr;
   *length = 0;
-  JXStatus status = jx::refill(handle, 1);
+  status = jx::refill(handle, 1);
   if (status != JX_OK) return status;
   status = skip_mark_before_line(handle);
   if (status != JX_OK) return status;
-  Line line;
   status = jx::find_line(handle, &line);
   if (status != JX_OK && status != JXWEM_E_PARTIAL) return status;
   uint8_t *record = handle->buffer.unread();
   jx::consume_line(handle, line);
-  const JXStatus take_status =
-      hand_back_line(handle, record, line.record_bytes, line.consumed_bytes, data, length);
+  const JXStatus take_status = hand_back_line(handle, record, line, data, length);
   return take_status != JX_OK ? take_status : status;
+}
+
+// The buffered reader with a read transcoder.
+[[gnu::noinline]] JXStatus read_converted(JXFile *file, void **data, uint32_t *length) {
+  FileHandle *handle = jx::handle_of(file);
+  const Line line = jx::noted_line(handle);
+  if (line.record_bytes == 0) return read_line(file, data, length);
+  uint8_t *record = handle->buffer.unread();
+  jx::consume_noted(handle, line);
+  return jx::convert_record(handle, record, line, true, data, length);
 }
 
 // Tells whether a record has more characters than the record length, where its encoding lets them
@@ -222,13 +221,16 @@ uint32_t most_converted_bytes(const FileHandle *handle, uint32_t bytes) {
 extern "C" {
 
 JXStatus skwem_read_var(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *) {
-  const JXStatus status = jx::check_reader(file);
-  if (status != JX_OK) return status;
+  if (!file) return JXWEM_E_NOHANDLE;
   FileHandle *handle = jx::handle_of(file);
+  if (handle->read_transcoder) return read_converted(file, data, length);
+  // Only readers note lines.
   const Line line = jx::noted_line(handle);
-  if (line.consumed_bytes == 0) [[unlikely]]
-    return read_line(handle, data, length);
-  return take_noted_line(handle, line, data, length);
+  if (line.record_bytes == 0) return read_line(file, data, length);
+  *data = handle->buffer.unread();
+  *length = line.record_bytes;
+  jx::consume_noted(handle, line);
+  return JX_OK;
 }
 
 JXStatus skwem_write_var(JXFile *file, const void *data, uint32_t length, uint32_t, int64_t *) {

@@ -63,12 +63,22 @@ inline void copy_inline(void *destination, const void *source, size_t count) {
   if (count <= kShortCopyBytes) return copy_short(destination, source, count);
   auto *to = static_cast<uint8_t *>(destination);
   const auto *from = static_cast<const uint8_t *>(source);
-  const size_t last = count - Ops::kBytes;
-  const auto end = Ops::load(from + last);
-  for (size_t done = 0; done < last; done += Ops::kBytes) {
-    Ops::store(to + done, Ops::load(from + done));
+  // Whole groups, the last of which may overlap: up to two there is no branch on the length.
+  const auto copy_group = [=](size_t at) {
+    const auto first = Ops::load(from + at);
+    const auto second = Ops::load(from + at + Ops::kBytes);
+    const auto third = Ops::load(from + at + 2 * Ops::kBytes);
+    const auto fourth = Ops::load(from + at + 3 * Ops::kBytes);
+    Ops::store(to + at, first);
+    Ops::store(to + at + Ops::kBytes, second);
+    Ops::store(to + at + 2 * Ops::kBytes, third);
+    Ops::store(to + at + 3 * Ops::kBytes, fourth);
+  };
+  copy_group(0);
+  for (size_t done = kShortCopyBytes; count - done > kShortCopyBytes; done += kShortCopyBytes) {
+    copy_group(done);
   }
-  Ops::store(to + last, end);
+  copy_group(count - kShortCopyBytes);
 }
 
 // The same for any count.

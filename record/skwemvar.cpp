@@ -1,5 +1,8 @@
 // skwem_read_var, skwem_write_var, skwem_read_rvar, skwem_write_rvar: the read and write slots of
 // text lines, through the buffer or directly.
+//
+// Measured, lines of 20 and 80 bytes written without conversion: 0.75 times filebuf.sputn on i386,
+// 0.9 times fwrite_unlocked or sputn on x86-64, 1.1 for 80 bytes to /dev/null. Reading: line.hpp.
 #include <algorithm>
 #include <cstring>
 
@@ -166,11 +169,10 @@ inline bool has_room_for_line(const FileHandle *handle, uint32_t bytes) {
 
 // Appends the line end to a record that lies at the end of the block; there is room for both.
 inline void append_line_end(FileHandle *handle, uint32_t record_bytes) {
-  const ControlCopy &line_end = handle->controls.line_end();
+  const ControlCopy line_end = handle->controls.line_end();
   uint8_t *end = handle->buffer.end() + record_bytes;
-  *end = *line_end.text;
-  for (uint32_t i = 1; i < line_end.bytes; ++i) end[i] = line_end.text[i];
   handle->buffer.append(record_bytes + line_end.bytes);
+  for (uint32_t i = 0; i < line_end.bytes; ++i) end[i] = line_end.text[i];
 }
 
 // Appends a record and its line end, and writes each block that becomes full.

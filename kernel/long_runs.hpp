@@ -6,8 +6,8 @@
 // through the table of addresses costs. With one level only, the calls are direct.
 //
 // Measured with AVX2, absent units or equal runs, in times of the C library's routine (wmemchr,
-// wmemset, wmemcmp, memchr, memcmp): 1,024 units i386 0.17, 0.36, 0.31, 0.58, 0.39; x86-64 1.0, 1.0,
-// 1.05, 1.0, 1.1. There that one is as wide; on i386 it has SSE2 or SSE4 only.
+// wmemset, wmemcmp, memchr, memcmp): 1,024 units i386 0.17, 0.36, 0.31, 0.58, 0.39;
+// x86-64 1.0, 1.0, 1.05, 1.0, 1.1. There that one is as wide; on i386 it has SSE2 or SSE4 only.
 #pragma once
 
 #include <cstdint>

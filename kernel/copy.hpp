@@ -5,9 +5,12 @@
 #include <cstdint>
 #include <cstring>
 
-#include "vector/sse2.hpp"
+#include "vector/base.hpp"
 
 namespace jx {
+
+// Runs of up to this many bytes are worth no call.
+inline constexpr size_t kShortCopyBytes = 4 * vector::Base::kBytes;
 
 namespace detail {
 
@@ -23,20 +26,23 @@ inline void copy_ends(uint8_t *to, const uint8_t *from, size_t count) {
 
 }  // namespace detail
 
-// Copies `count` bytes between ranges that do not overlap.
-inline void copy_bytes(void *destination, const void *source, size_t count) {
-  constexpr size_t kLongest = 256;  // above it, memcpy is faster
+// Copies at most kShortCopyBytes. The ranges may overlap: all is loaded before any is stored.
+inline void copy_short(void *destination, const void *source, size_t count) {
+  using Ops = vector::Base;
+  constexpr size_t kBlock = Ops::kBytes;
   auto *to = static_cast<uint8_t *>(destination);
   const auto *from = static_cast<const uint8_t *>(source);
-  if (count > kLongest) {
-    std::memcpy(to, from, count);
-  } else if (count >= 16) {
-    size_t done = 0;
-    for (; done + 32 <= count; done += 16) {
-      _mm_storeu_si128(reinterpret_cast<__m128i *>(to + done),
-                       _mm_loadu_si128(reinterpret_cast<const __m128i *>(from + done)));
+  if (count >= kBlock) {
+    const auto first = Ops::load(from);
+    const auto last = Ops::load(from + count - kBlock);
+    if (count > 2 * kBlock) {
+      const auto second = Ops::load(from + kBlock);
+      const auto third = Ops::load(from + count - 2 * kBlock);
+      Ops::store(to + kBlock, second);
+      Ops::store(to + count - 2 * kBlock, third);
     }
-    detail::copy_ends<__m128i>(to + done, from + done, count - done);
+    Ops::store(to, first);
+    Ops::store(to + count - kBlock, last);
   } else if (count >= 8) {
     detail::copy_ends<uint64_t>(to, from, count);
   } else if (count >= 4) {
@@ -46,6 +52,39 @@ inline void copy_bytes(void *destination, const void *source, size_t count) {
   } else if (count == 1) {
     *to = *from;
   }
+}
+
+// Up to this many bytes, blocks copied inline are as fast as memcpy.
+inline constexpr size_t kInlineCopyBytes = 256;
+
+// Copies at most kInlineCopyBytes between ranges that do not overlap.
+inline void copy_inline(void *destination, const void *source, size_t count) {
+  using Ops = vector::Base;
+  if (count <= kShortCopyBytes) return copy_short(destination, source, count);
+  auto *to = static_cast<uint8_t *>(destination);
+  const auto *from = static_cast<const uint8_t *>(source);
+  // Whole groups, the last of which may overlap: up to two there is no branch on the length.
+  const auto copy_group = [=](size_t at) {
+    const auto first = Ops::load(from + at);
+    const auto second = Ops::load(from + at + Ops::kBytes);
+    const auto third = Ops::load(from + at + 2 * Ops::kBytes);
+    const auto fourth = Ops::load(from + at + 3 * Ops::kBytes);
+    Ops::store(to + at, first);
+    Ops::store(to + at + Ops::kBytes, second);
+    Ops::store(to + at + 2 * Ops::kBytes, third);
+    Ops::store(to + at + 3 * Ops::kBytes, fourth);
+  };
+  copy_group(0);
+  for (size_t done = kShortCopyBytes; count - done > kShortCopyBytes; done += kShortCopyBytes) {
+    copy_group(done);
+  }
+  copy_group(count - kShortCopyBytes);
+}
+
+// The same for any count.
+inline void copy_bytes(void *destination, const void *source, size_t count) {
+  if (count <= kInlineCopyBytes) return copy_inline(destination, source, count);
+  std::memcpy(destination, source, count);
 }
 
 // The same for 32-bit units; a short run costs no call.

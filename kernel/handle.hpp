@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "jx/module.h"
+#include "kernel/long_runs.hpp"
 #include "kernel/owners.hpp"
 #include "kernel/text.hpp"
 
@@ -159,6 +160,20 @@ struct HeldStart {
   void leave() { is_stale = count != 0; }
 };
 
+// Line feeds that a buffered reader has found ahead of the lines it delivers. Offsets are those of
+// the record buffer; with another first unread byte than expected they say nothing.
+struct LineFeeds {
+  uint32_t unread_offset;  // of the record buffer, as the last line left it
+  uint32_t next;           // index of the first one that is unread
+  uint32_t count;          // noted: the unread ones are before it
+  uint32_t searched_end;   // all before it that are unread are noted
+  uint16_t mark_byte;      // the first byte of a byte-order mark; none: more than a byte
+  uint8_t carriage_return;
+  uint32_t offsets[kPlacesRoom];
+
+  void forget() { next = count = searched_end = 0; }
+};
+
 struct FileHandle {
   JXFile head;  // public; ends with the attributes
 
@@ -200,6 +215,7 @@ struct FileHandle {
   // The record layer's, and not part of the contract; open sets the forms.
   HeldStart read_held;   // by the read transcoder
   HeldStart write_held;  // by the write transcoder
+  LineFeeds line_feeds;
 
   // True when the caller lets byte-order marks be written.
   bool may_write_mark() const { return !flags.has(JX_OPEN_NO_BOM); }

@@ -50,7 +50,7 @@ AT(FileHandle, mark.size, 4716, 4972)
 AT(FileHandle, mark.is_pending, 4720, 4976)
 AT(FileHandle, methods, 4724, 4984)
 AT(FileHandle, read_held, 4772, 5080)
-SIZE(FileHandle, 4784, 5096)
+AT(FileHandle, line_feeds, 4784, 5092)
 
 WORD(MethodVector, record_open, 0)
 WORD(MethodVector, record_close, 1)

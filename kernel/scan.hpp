@@ -1,86 +1,293 @@
-// Scans and fills of 8-, 16- and 32-bit units, with SSE2: both builds may assume it.
+// Scans, comparisons and fills of 8-, 16- and 32-bit units, each written once over the operations
+// of vector/. The scans of short runs take at most four blocks, which may overlap, and one branch
+// that depends on the data; kernel/long_runs.hpp has the bodies for longer ones.
 #pragma once
 
 #include <bit>
 #include <cstdint>
 #include <cstring>
 
-#include "vector/sse2.hpp"
+#include "vector/base.hpp"
 
 namespace jx {
 
-namespace detail {
+// Runs of up to this many bytes are worth no call.
+inline constexpr size_t kShortRunBytes = 64;
 
 template <typename T>
-inline __m128i broadcast(T value) {
-  if constexpr (sizeof(T) == 1) return _mm_set1_epi8(static_cast<char>(value));
-  if constexpr (sizeof(T) == 2) return _mm_set1_epi16(static_cast<short>(value));
-  if constexpr (sizeof(T) == 4) return _mm_set1_epi32(static_cast<int>(value));
+constexpr bool is_short_run(size_t count) {
+  return count <= kShortRunBytes / sizeof(T);
 }
 
-// A bit for each of the 16 bytes at `data`: set where the unit equals the pattern, or differs from
-// it with kEqual false.
+namespace detail {
+
+static_assert(std::endian::native == std::endian::little);
+static_assert(kShortRunBytes == 4 * vector::Base::kBytes);
+
+template <typename T>
+inline T load_as(const void *from) {
+  T value;
+  std::memcpy(&value, from, sizeof value);
+  return value;
+}
+
+// The index of the first set bit's unit, of a mask with a bit for each byte.
+template <typename T, typename Mask>
+[[gnu::always_inline]] inline size_t first_unit(Mask mask) {
+  return static_cast<size_t>(std::countr_zero(mask)) / sizeof(T);
+}
+
+// A match is a unit that equals `value`, or with kEqual false differs from it.
+template <class Ops, typename T, bool kEqual>
+struct ValueMatch {
+  typename Ops::Block pattern;
+
+  explicit ValueMatch(T value) : pattern(Ops::template repeat<T>(value)) {}
+
+  // All bits set in each unit that equals the value.
+  typename Ops::Block equal_at(size_t index, const uint8_t *data) const {
+    return Ops::template equal<T>(Ops::load(data + index * sizeof(T)), pattern);
+  }
+  static constexpr bool kWantsEqual = kEqual;
+};
+
+// A match is a unit that differs from the one at its place in another run.
+template <class Ops, typename T>
+struct Mismatch {
+  const uint8_t *other;
+
+  typename Ops::Block equal_at(size_t index, const uint8_t *data) const {
+    return Ops::template equal<T>(Ops::load(data + index * sizeof(T)),
+                                  Ops::load(other + index * sizeof(T)));
+  }
+  static constexpr bool kWantsEqual = false;
+};
+
+// The matches in a block, from what its units are equal in.
+template <class Ops, class Match>
+inline typename Ops::Mask matches_of(const typename Ops::Block &equal) {
+  const typename Ops::Mask mask = Ops::mask(equal);
+  return Match::kWantsEqual ? mask : mask ^ Ops::kAll;
+}
+
+// The blocks of a group have a match exactly when the block that this makes of them has one.
+template <class Ops, class Match>
+inline typename Ops::Block join(const typename Ops::Block &a, const typename Ops::Block &b) {
+  return Match::kWantsEqual ? Ops::either(a, b) : Ops::both(a, b);
+}
+
+// Tells whether four blocks have a match, of which two begin at `low` and two end at `high`.
+template <class Ops, typename T, class Match>
+inline bool has_match(const Match &match, const uint8_t *data, size_t low, size_t high) {
+  constexpr size_t kStep = Ops::kBytes / sizeof(T);
+  const auto first = join<Ops, Match>(match.equal_at(low, data), match.equal_at(low + kStep, data));
+  const auto second =
+      join<Ops, Match>(match.equal_at(high - 2 * kStep, data), match.equal_at(high - kStep, data));
+  return matches_of<Ops, Match>(join<Ops, Match>(first, second)) != 0;
+}
+
+// The first match, of which there is one at `index` or after it and before `end`.
+template <class Ops, typename T, class Match>
+inline size_t find_match(const Match &match, const uint8_t *data, size_t index, size_t end) {
+  constexpr size_t kStep = Ops::kBytes / sizeof(T);
+  for (;; index += kStep) {
+    // The last block may overlap the one before: the units seen twice did not match.
+    if (index > end - kStep) index = end - kStep;
+    const auto mask = matches_of<Ops, Match>(match.equal_at(index, data));
+    if (mask != 0) return index + first_unit<T>(mask);
+  }
+}
+
+// The first match in one block to four.
+template <typename T, class Match>
+inline size_t scan_short_blocks(const Match &match, const uint8_t *data, size_t count) {
+  using Ops = vector::Base;
+  constexpr size_t kStep = Ops::kBytes / sizeof(T);
+  if (count <= 2 * kStep) {
+    const auto ends =
+        join<Ops, Match>(match.equal_at(0, data), match.equal_at(count - kStep, data));
+    if (matches_of<Ops, Match>(ends) == 0) [[likely]]
+      return count;
+  } else if (!has_match<Ops, T>(match, data, 0, count)) [[likely]] {
+    return count;
+  }
+  return find_match<Ops, T>(match, data, 0, count);
+}
+
+// The first match in two blocks or more, by groups of four: the first at the start, the last at the
+// end, and in a long run those between them on the grid of blocks. Only indices grow: a count may
+// go beyond the memory if a match comes first.
+template <class Ops, typename T, class Match>
+inline size_t scan_blocks(const Match &match, const uint8_t *data, size_t count) {
+  constexpr size_t kStep = Ops::kBytes / sizeof(T), kFourSteps = 4 * kStep;
+  size_t index = 0, end = count < kFourSteps ? count : kFourSteps;
+  if (!has_match<Ops, T>(match, data, 0, end)) {
+    if (end == count) return count;
+    index = kFourSteps;
+    if (count > 2 * kFourSteps) {
+      index -= reinterpret_cast<uintptr_t>(data) % Ops::kBytes / sizeof(T);
+      while (count - index > kFourSteps &&
+             !has_match<Ops, T>(match, data, index, index + kFourSteps)) {
+        index += kFourSteps;
+      }
+    }
+    end = count - index > kFourSteps ? index + kFourSteps : count;
+    if (end == count && !has_match<Ops, T>(match, data, count - kFourSteps, count)) return count;
+  }
+  return find_match<Ops, T>(match, data, index, end);
+}
+
+// The first match in two words of bytes, which may overlap. `differences` are the bits in which the
+// bytes of the word at an offset differ from what they are compared with.
+template <typename Word, bool kEqual, class Differences>
+inline size_t scan_two_words(const Differences &differences, size_t count) {
+  constexpr Word kOnes = static_cast<Word>(~Word{0}) / 0xFF;
+  const auto matches = [&](size_t offset) {
+    const Word bits = differences(offset, Word{});
+    // The lowest byte of zeros is the lowest one whose top bit comes out set.
+    return kEqual ? static_cast<Word>((bits - kOnes) & ~bits & (kOnes << 7)) : bits;
+  };
+  const size_t last = count - sizeof(Word);
+  const Word low = matches(0), high = matches(last);
+  if ((low | high) == 0) [[likely]]
+    return count;
+  return low != 0 ? first_unit<uint64_t>(low) : last + first_unit<uint64_t>(high);
+}
+
+// The first match among fewer bytes than a block.
+template <bool kEqual, class Differences>
+inline size_t scan_few_bytes(const Differences &differences, size_t count) {
+  if (count >= 8) {
+    if constexpr (sizeof(size_t) == 8) return scan_two_words<uint64_t, kEqual>(differences, count);
+    const size_t found = scan_two_words<uint32_t, kEqual>(differences, 8);
+    if (found != 8) return found;
+    const size_t last = count - 8;
+    const auto at_end = [&](size_t offset, auto word) { return differences(last + offset, word); };
+    return last + scan_two_words<uint32_t, kEqual>(at_end, 8);
+  }
+  if (count >= 4) return scan_two_words<uint32_t, kEqual>(differences, count);
+  size_t index = 0;
+  while (index < count && (differences(index, uint8_t{}) == 0) != kEqual) ++index;
+  return index;
+}
+
+// The first match among fewer units than a block.
 template <typename T, bool kEqual>
-inline uint32_t match_mask(const uint8_t *data, __m128i pattern) {
-  const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i *>(data));
-  __m128i equal;
-  if constexpr (sizeof(T) == 1) equal = _mm_cmpeq_epi8(block, pattern);
-  if constexpr (sizeof(T) == 2) equal = _mm_cmpeq_epi16(block, pattern);
-  if constexpr (sizeof(T) == 4) equal = _mm_cmpeq_epi32(block, pattern);
-  const auto mask = static_cast<uint32_t>(_mm_movemask_epi8(equal));
-  return kEqual ? mask : mask ^ 0xFFFFu;
+inline size_t scan_few(const uint8_t *data, size_t count, T value) {
+  if constexpr (sizeof(T) == 1) {
+    const auto differences = [&](size_t offset, auto word) {
+      using Word = decltype(word);
+      return static_cast<Word>(load_as<Word>(data + offset) ^
+                               static_cast<Word>(~Word{0}) / 0xFF * value);
+    };
+    return scan_few_bytes<kEqual>(differences, count);
+  } else {
+    size_t index = 0;
+    while (index < count && (load_as<T>(data + index * sizeof(T)) == value) != kEqual) ++index;
+    return index;
+  }
 }
 
 }  // namespace detail
 
 // The index of the first of `count` units that equals `value`, or differs from it with kEqual
-// false; `count` if there is none. The units need no alignment.
+// false; `count` if there is none. At most kShortRunBytes. The units need no alignment.
 template <typename T, bool kEqual = true>
-inline size_t scan_units(const void *buffer, size_t count, T value) {
-  constexpr size_t kStep = 16 / sizeof(T);
+inline size_t scan_short(const void *buffer, size_t count, T value) {
   const auto *data = static_cast<const uint8_t *>(buffer);
-  size_t index = 0;
-  if (count >= kStep) {
-    const __m128i pattern = detail::broadcast(value);
-    // Four blocks a branch, as long as there are four.
-    for (; count - index >= 4 * kStep; index += 4 * kStep) {
-      const uint8_t *blocks = data + index * sizeof(T);
-      const uint32_t low = detail::match_mask<T, kEqual>(blocks, pattern) |
-                           detail::match_mask<T, kEqual>(blocks + 16, pattern) << 16;
-      const uint32_t high = detail::match_mask<T, kEqual>(blocks + 32, pattern) |
-                            detail::match_mask<T, kEqual>(blocks + 48, pattern) << 16;
-      if ((low | high) == 0) continue;
-      const int bit = low != 0 ? std::countr_zero(low) : 32 + std::countr_zero(high);
-      return index + static_cast<size_t>(bit) / sizeof(T);
-    }
-    if (index == count) return count;
-    if (count - index < kStep) index = count - kStep;
-    for (;;) {
-      const uint32_t mask = detail::match_mask<T, kEqual>(data + index * sizeof(T), pattern);
-      if (mask != 0) return index + static_cast<size_t>(std::countr_zero(mask)) / sizeof(T);
-      index += kStep;
-      if (index == count) return count;
-      // The last block may overlap the one before: the units seen twice did not match.
-      if (count - index < kStep) index = count - kStep;
-    }
+  if (count < vector::Base::kBytes / sizeof(T)) [[unlikely]] {
+    return detail::scan_few<T, kEqual>(data, count, value);
   }
-  for (; index < count; ++index) {
-    T unit;
-    std::memcpy(&unit, data + index * sizeof(T), sizeof(T));
-    if ((unit == value) == kEqual) return index;
-  }
-  return count;
+  const detail::ValueMatch<vector::Base, T, kEqual> match(value);
+  return detail::scan_short_blocks<T>(match, data, count);
 }
 
-// Stores `value` in `count` 32-bit units.
-inline void fill_units(uint32_t *buffer, uint32_t value, size_t count) {
-  constexpr size_t kStep = 4;
-  size_t index = 0;
-  const __m128i pattern = detail::broadcast(value);
-  for (; count - index >= kStep; index += kStep) {
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(buffer + index), pattern);
+// The same for any count.
+template <typename T, bool kEqual = true>
+inline size_t scan_units(const void *buffer, size_t count, T value) {
+  if (is_short_run<T>(count)) return scan_short<T, kEqual>(buffer, count, value);
+  const detail::ValueMatch<vector::Base, T, kEqual> match(value);
+  return detail::scan_blocks<vector::Base, T>(match, static_cast<const uint8_t *>(buffer), count);
+}
+
+// The index of the first unit in which two runs differ, `count` if they are equal. At most
+// kShortRunBytes.
+template <typename T>
+inline size_t mismatch_short(const void *first, const void *second, size_t count) {
+  const auto *data = static_cast<const uint8_t *>(first);
+  const auto *other = static_cast<const uint8_t *>(second);
+  if (count >= vector::Base::kBytes / sizeof(T)) {
+    return detail::scan_short_blocks<T>(detail::Mismatch<vector::Base, T>{other}, data, count);
   }
-  for (; index < count; ++index) buffer[index] = value;
+  const auto differences = [&](size_t index, auto word) {
+    using Word = decltype(word);
+    const size_t offset = index * sizeof(T);
+    return static_cast<Word>(detail::load_as<Word>(data + offset) ^
+                             detail::load_as<Word>(other + offset));
+  };
+  if constexpr (sizeof(T) == 1) {
+    return detail::scan_few_bytes<false>(differences, count);
+  } else {
+    size_t index = 0;
+    while (index < count && differences(index, T{}) == 0) ++index;
+    return index;
+  }
+}
+
+// The order of two runs by the units at `index`, which differ: 1 or -1. Bytes compare as unsigned
+// numbers, 32-bit units by the sign of their wrapped difference.
+template <typename T>
+[[gnu::always_inline]] inline int32_t order_at(const void *first, const void *second,
+                                               size_t index) {
+  T a, b;
+  std::memcpy(&a, static_cast<const uint8_t *>(first) + index * sizeof(T), sizeof a);
+  std::memcpy(&b, static_cast<const uint8_t *>(second) + index * sizeof(T), sizeof b);
+  if constexpr (sizeof(T) == 1) return a > b ? 1 : -1;
+  return static_cast<int32_t>(static_cast<uint32_t>(a) - b) > 0 ? 1 : -1;
+}
+
+// Stores `value` in at most kShortRunBytes of 32-bit units.
+inline void fill_short(uint32_t *buffer, uint32_t value, size_t count) {
+  using Ops = vector::Base;
+  constexpr size_t kStep = Ops::kBytes / sizeof(uint32_t);
+  if (count >= kStep) [[likely]] {
+    const auto pattern = Ops::repeat(value);
+    Ops::store(buffer, pattern);
+    Ops::store(buffer + count - kStep, pattern);
+    if (count <= 2 * kStep) [[likely]]
+      return;
+    Ops::store(buffer + kStep, pattern);
+    Ops::store(buffer + count - 2 * kStep, pattern);
+    return;
+  }
+  for (size_t index = 0; index < count; ++index) buffer[index] = value;
+}
+
+// The same for two blocks or more, by groups as scan_blocks() takes them.
+template <class Ops>
+inline void fill_blocks(uint32_t *buffer, uint32_t value, size_t count) {
+  constexpr size_t kStep = Ops::kBytes / sizeof(uint32_t), kFourSteps = 4 * kStep;
+  const auto pattern = Ops::repeat(value);
+  const auto fill = [&](size_t low, size_t high) {
+    Ops::store(buffer + low, pattern);
+    Ops::store(buffer + low + kStep, pattern);
+    Ops::store(buffer + high - 2 * kStep, pattern);
+    Ops::store(buffer + high - kStep, pattern);
+  };
+  if (count <= kFourSteps) return fill(0, count);
+  fill(0, kFourSteps);
+  if (count > 2 * kFourSteps) {
+    size_t index =
+        kFourSteps - reinterpret_cast<uintptr_t>(buffer) % Ops::kBytes / sizeof(uint32_t);
+    for (; count - index > kFourSteps; index += kFourSteps) fill(index, index + kFourSteps);
+  }
+  fill(count - kFourSteps, count);
+}
+
+// The same for any count.
+inline void fill_units(uint32_t *buffer, uint32_t value, size_t count) {
+  is_short_run<uint32_t>(count) ? fill_short(buffer, value, count)
+                                : fill_blocks<vector::Base>(buffer, value, count);
 }
 
 }  // namespace jx

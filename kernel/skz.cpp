@@ -3,17 +3,20 @@
 #include <cwchar>
 
 #include "jx/runtime.h"
-#include "kernel/scan.hpp"
+#include "kernel/copy.hpp"
+#include "kernel/runs.hpp"
 #include "kernel/text.hpp"
 
 namespace {
 
-// What an exported scan returns: -1 for no match.
-int32_t index_or_none(size_t index, uint32_t count) {
-  return index == count ? -1 : static_cast<int32_t>(index);
+// Out of line, as all that calls: short runs need no stack frame and no table of addresses.
+[[gnu::noinline]] void copy_long(const void *source, void *destination, uint32_t count) {
+  std::memcpy(destination, source, count);
 }
 
-int32_t sign_of(int difference) { return (difference > 0) - (difference < 0); }
+[[gnu::noinline]] void *move_long(const void *source, void *destination, uint32_t count) {
+  return std::memmove(destination, source, count);
+}
 
 }  // namespace
 
@@ -49,11 +52,11 @@ void skStrUp(char *buffer, uint32_t count) {
 }
 
 int32_t skMemNot(uint8_t value, const void *buffer, uint32_t count) {
-  return jx::scan_units<uint8_t, false>(buffer, count, value) == count;
+  return jx::find_unit<uint8_t, false>(buffer, count, value) < 0;
 }
 
 int32_t skMemTNot(uint32_t value, const uint32_t *buffer, uint32_t count) {
-  return jx::scan_units<uint32_t, false>(buffer, count, value) == count;
+  return jx::find_unit<uint32_t, false>(buffer, count, value) < 0;
 }
 
 void skMemSet(void *buffer, uint8_t value, uint32_t count) {
@@ -61,27 +64,26 @@ void skMemSet(void *buffer, uint8_t value, uint32_t count) {
 }
 
 void skMemTSet(uint32_t *buffer, uint32_t value, uint32_t count) {
-  jx::fill_units(buffer, value, count);
+  jx::fill_chars(buffer, value, count);
 }
 
 int32_t skMemCmp(const void *first, const void *second, uint32_t count) {
-  return count == 0 ? 0 : sign_of(std::memcmp(first, second, count));
+  return jx::compare_units<uint8_t>(first, second, count);
 }
 
 int32_t skWMemCmp(const uint32_t *first, const uint32_t *second, uint32_t count) {
-  for (uint32_t i = 0; i < count; ++i) {
-    const uint32_t difference = first[i] - second[i];
-    if (difference != 0) return static_cast<int32_t>(difference) > 0 ? 1 : -1;
-  }
-  return 0;
+  return jx::compare_units<uint32_t>(first, second, count);
 }
 
 void skMemCpy(const void *source, void *destination, uint32_t count) {
-  if (count != 0) std::memcpy(destination, source, count);
+  if (count > jx::kShortCopyBytes) return copy_long(source, destination, count);
+  jx::copy_short(destination, source, count);
 }
 
 void *skMemSCpy(const void *source, void *destination, uint32_t count) {
-  return count == 0 ? destination : std::memmove(destination, source, count);
+  if (count > jx::kShortCopyBytes) return move_long(source, destination, count);
+  jx::copy_short(destination, source, count);
+  return destination;
 }
 
 void *skMemDup(const void *source, uint32_t count, JXPool *pool) {
@@ -91,15 +93,15 @@ void *skMemDup(const void *source, uint32_t count, JXPool *pool) {
 }
 
 int32_t skMemScan(const void *buffer, uint32_t count, uint8_t value) {
-  return buffer ? index_or_none(jx::scan_units<uint8_t>(buffer, count, value), count) : -1;
+  return buffer ? jx::find_unit<uint8_t, true>(buffer, count, value) : -1;
 }
 
 int32_t skMemNScan(const void *buffer, uint32_t count, uint8_t value) {
-  return buffer ? index_or_none(jx::scan_units<uint8_t, false>(buffer, count, value), count) : -1;
+  return buffer ? jx::find_unit<uint8_t, false>(buffer, count, value) : -1;
 }
 
 int32_t skMemTNScan(const uint32_t *buffer, uint32_t count, uint32_t value) {
-  return buffer ? index_or_none(jx::scan_units<uint32_t, false>(buffer, count, value), count) : -1;
+  return buffer ? jx::find_unit<uint32_t, false>(buffer, count, value) : -1;
 }
 
 int32_t skMissArray(const void *array, uint32_t count) {

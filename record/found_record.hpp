@@ -18,8 +18,9 @@ JXStatus convert_with_control(FileHandle *handle, uint8_t *bytes, Line line, uin
 // Converts the record of a line that begins at `bytes` into the transcode buffer. is_ended: a line
 // end or the end of the file follows, so a cut character is a fault. 0 or the transcoder's status;
 // the record is a null pointer and length 0 then.
-inline JXStatus convert_record(FileHandle *handle, uint8_t *bytes, Line line, bool is_ended,
-                               void **data, uint32_t *length) {
+[[gnu::always_inline]] inline JXStatus convert_record(FileHandle *handle, uint8_t *bytes, Line line,
+                                                      bool is_ended, void **data,
+                                                      uint32_t *length) {
   JXStatus status = JX_OK;
   if (is_ended && handle->read_held.form >= TextForm::other) [[unlikely]] {
     status = convert_with_control(handle, bytes, line, length);
@@ -38,8 +39,8 @@ inline JXStatus convert_record(FileHandle *handle, uint8_t *bytes, Line line, bo
 }
 
 // Sets the result of a read: the record in the record encoding. Else as convert_record().
-inline JXStatus hand_back(FileHandle *handle, uint8_t *bytes, Line line, bool is_ended, void **data,
-                          uint32_t *length) {
+[[gnu::always_inline]] inline JXStatus hand_back(FileHandle *handle, uint8_t *bytes, Line line,
+                                                 bool is_ended, void **data, uint32_t *length) {
   if (handle->read_transcoder) {
     return convert_record(handle, bytes, line, is_ended, data, length);
   }

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "kernel/scan.hpp"
+
 namespace jx {
 
 namespace {
@@ -136,6 +138,39 @@ JXStatus take_long_or_last_line(FileHandle *handle, const LineSearch &search, Li
 }
 
 }  // namespace
+
+bool note_line_feeds(FileHandle *handle) {
+  const RecordBuffer &buffer = handle->buffer;
+  const ControlCopy &line_feed = handle->controls.line_feed();
+  const ControlCopy &carriage_return = handle->controls.carriage_return();
+  LineFeeds &line_feeds = handle->line_feeds;
+  if (line_feed.bytes != 1 || carriage_return.bytes != 1) return false;
+  if (line_feeds.unread_offset != buffer.unread_offset) {
+    line_feeds.forget();
+    line_feeds.unread_offset = buffer.unread_offset;
+  }
+  if (line_feeds.next != line_feeds.count) return false;
+  const uint32_t end = buffer.unread_offset + buffer.unread_bytes;
+  line_feeds.mark_byte = handle->mark.size != 0 ? handle->mark.bytes[0] : 0x100;
+  line_feeds.carriage_return = *carriage_return.text;
+  line_feeds.searched_end = std::max(line_feeds.searched_end, buffer.unread_offset);
+  line_feeds.next = 0;
+  line_feeds.count = kLongRuns.note_bytes(buffer.data, &line_feeds.searched_end, end,
+                                          *line_feed.text, line_feeds.offsets);
+  return line_feeds.count != 0;
+}
+
+void consume_line(FileHandle *handle, Line line) {
+  RecordBuffer &buffer = handle->buffer;
+  LineFeeds &line_feeds = handle->line_feeds;
+  if (line_feeds.unread_offset != buffer.unread_offset) line_feeds.forget();
+  buffer.consume(line.consumed_bytes);
+  line_feeds.unread_offset = buffer.unread_offset;
+  while (line_feeds.next != line_feeds.count &&
+         line_feeds.offsets[line_feeds.next] < buffer.unread_offset) {
+    ++line_feeds.next;
+  }
+}
 
 JXStatus find_line(FileHandle *handle, Line *line) {
   LineSearch search(handle);

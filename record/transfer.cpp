@@ -14,8 +14,9 @@ namespace {
 // long record does not move once a block.
 constexpr uint32_t kCheapMoveBytes = 1024;
 
-// Makes room after the unread bytes and returns how much of a block can be read there.
-uint32_t make_room(RecordBuffer *buffer) {
+// Makes room after the unread bytes and returns how much of a block can be read there. What was
+// noted of bytes that move is forgotten.
+uint32_t make_room(RecordBuffer *buffer, LineFeeds *line_feeds) {
   const uint32_t count = buffer->unread_bytes;
   uint32_t room = buffer->size_bytes - buffer->unread_offset - count;
   if (count <= kCheapMoveBytes || room < buffer->block_bytes) {
@@ -23,31 +24,50 @@ uint32_t make_room(RecordBuffer *buffer) {
       std::memmove(buffer->data, buffer->unread(), count);
     }
     buffer->unread_offset = 0;
+    line_feeds->forget();
     room = buffer->size_bytes - count;
   }
   return std::min(buffer->block_bytes, room);
 }
 
-// Copies a record that is in the transcode buffer, such as one that was just read: the conversion
-// must not overwrite its source.
-JXStatus detach(const FileHandle *handle, const Outgoing &record, PoolBlock<uint8_t> *copy_out) {
+// True for a record in the transcode buffer, such as one that was just read: its conversion would
+// overwrite its source.
+inline bool is_in_transcode_buffer(const FileHandle *handle, const Outgoing &record) {
   const auto *data = static_cast<const uint8_t *>(record.data);
   const uint8_t *buffer = handle->transcode_buffer.data;
-  if (record.bytes == 0 || data + record.bytes <= buffer ||
-      data >= buffer + handle->transcode_buffer.size_bytes) {
-    return JX_OK;
+  return record.bytes != 0 && data + record.bytes > buffer &&
+         data < buffer + handle->transcode_buffer.size_bytes;
+}
+
+inline JXStatus encode_text(FileHandle *handle, uint8_t *destination, uint32_t capacity_bytes,
+                            const void *text, Outgoing *record) {
+  JXTranscoder *transcoder = handle->write_transcoder;
+  uint32_t produced_bytes = 0;
+  const JXStatus status = transcoder->transcode(transcoder, text, record->bytes, destination,
+                                                capacity_bytes, &produced_bytes, 0);
+  if (status != JX_OK) {
+    handle->write_held.leave();
+    return status;
   }
-  *copy_out = PoolBlock<uint8_t>::allocate(handle->pool, record.bytes);
-  if (!*copy_out) return JX_E_NOMEM;
-  std::memcpy(copy_out->get(), record.data, record.bytes);
+  after_text(&handle->write_held, text, record->bytes);
+  *record = {destination, produced_bytes};
   return JX_OK;
+}
+
+// Encodes a copy of the record.
+[[gnu::noinline]] JXStatus encode_copy(FileHandle *handle, uint8_t *destination,
+                                       uint32_t capacity_bytes, Outgoing *record) {
+  const auto copy = PoolBlock<uint8_t>::allocate(handle->pool, record->bytes);
+  if (!copy) return JX_E_NOMEM;
+  std::memcpy(copy.get(), record->data, record->bytes);
+  return encode_text(handle, destination, capacity_bytes, copy.get(), record);
 }
 
 }  // namespace
 
 JXStatus read_block(FileHandle *handle) {
   RecordBuffer &buffer = handle->buffer;
-  const uint32_t room = make_room(&buffer);
+  const uint32_t room = make_room(&buffer, &handle->line_feeds);
   uint32_t read_bytes = 0;
   const JXStatus status = handle->methods.host_read(
       &handle->head, buffer.unread() + buffer.unread_bytes, room, &read_bytes, nullptr);
@@ -74,23 +94,13 @@ void skip_mark(FileHandle *handle) {
   }
 }
 
-JXStatus encode(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record) {
-  JXTranscoder *transcoder = handle->write_transcoder;
+JXStatus encode(FileHandle *handle, uint8_t *destination, uint32_t capacity_bytes,
+                Outgoing *record) {
   before_text(handle, &handle->write_held);
-  PoolBlock<uint8_t> copy;
-  JXStatus status = detach(handle, *record, &copy);
-  if (status != JX_OK) return status;
-  uint32_t produced_bytes = 0;
-  const void *text = copy ? copy.get() : record->data;
-  status = transcoder->transcode(transcoder, text, record->bytes, handle->transcode_buffer.data,
-                                 capacity_bytes, &produced_bytes, 0);
-  if (status != JX_OK) {
-    handle->write_held.leave();
-    return status;
+  if (is_in_transcode_buffer(handle, *record)) [[unlikely]] {
+    return encode_copy(handle, destination, capacity_bytes, record);
   }
-  after_text(&handle->write_held, text, record->bytes);
-  *record = {handle->transcode_buffer.data, produced_bytes};
-  return JX_OK;
+  return encode_text(handle, destination, capacity_bytes, record->data, record);
 }
 
 JXStatus write_rest(FileHandle *handle, const void *source, uint32_t bytes, const int64_t *offset,

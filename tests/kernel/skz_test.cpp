@@ -1,10 +1,8 @@
-// Memory and string primitives: edge cases, and every length and alignment.
+// Memory and string primitives: edge cases. Their lengths and bodies are in runs_test.cpp.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstring>
 #include <string>
-#include <vector>
 
 #include "jx/runtime.h"
 #include "support/text.hpp"
@@ -60,48 +58,6 @@ TEST(Compare, OrderAndNothingToScan) {
   EXPECT_EQ(skMemTNScan(nullptr, 4, 1), -1);
   EXPECT_EQ(jxzspos(nullptr, 4, 1), -1);
   EXPECT_EQ(jxzspos(&unit, -1, 1), -1);
-}
-
-// Every count up to a few vectors, every position of the odd unit, every alignment: a scan must
-// return the first match and see nothing outside the range, where every unit matches.
-void scan(uint32_t shift, uint32_t count, uint32_t position) {
-  std::vector<uint8_t> bytes(86, 1);
-  std::vector<uint32_t> units(86, 1);
-  uint8_t *b = bytes.data() + shift;
-  uint32_t *u = units.data() + shift;
-  std::fill_n(b, count, uint8_t{2});
-  std::fill_n(u, count, 2u);
-  b[position] = 1;
-  u[position] = 1;
-  const int32_t expected = position < count ? static_cast<int32_t>(position) : -1;
-  ASSERT_EQ(skMemScan(b, count, 1), expected);
-  ASSERT_EQ(skMemNScan(b, count, 2), expected);
-  ASSERT_EQ(jxzspos(u, static_cast<int32_t>(count), 1), expected);
-  ASSERT_EQ(skMemTNScan(u, count, 2), expected);
-  ASSERT_EQ(skMemNot(2, b, count), expected < 0);
-  ASSERT_EQ(skMemTNot(2, u, count), expected < 0);
-}
-
-TEST(Scan, EveryLengthAndPosition) {
-  for (uint32_t shift = 0; shift < 5; ++shift) {
-    for (uint32_t count = 0; count <= 70; ++count) {
-      for (uint32_t position = 0; position <= count; ++position) {
-        ASSERT_NO_FATAL_FAILURE(scan(shift, count, position))
-            << shift << ' ' << count << ' ' << position;
-      }
-    }
-  }
-}
-
-TEST(Fill, WritesExactlyTheRange) {
-  for (uint32_t count = 0; count <= 40; ++count) {
-    std::string bytes(60, 9);
-    JXString units(60, 9);
-    skMemSet(bytes.data() + 5, 3, count);
-    skMemTSet(units.data() + 5, 0xA0000003u, count);
-    EXPECT_EQ(bytes, std::string(60, 9).replace(5, count, count, 3));
-    EXPECT_EQ(units, JXString(60, 9).replace(5, count, count, 0xA0000003u));
-  }
 }
 
 TEST(Copy, OverlapEitherWayAtEveryDistance) {

@@ -112,7 +112,9 @@ class Maker {
     std::string content = one_in(3) ? bom_of(file_encoding_) : "";
     // Sometimes the interesting part is close to the end of a block.
     if (one_in(length_ < 16 ? 30 : 4)) fill(&content, 8192 * (1 + below(2)) - below(16));
-    for (uint32_t lines = below(9); lines > 0 && content.size() < 40'000; --lines) {
+    // Now and then more lines than a reader notes ahead.
+    const uint32_t most_lines = one_in(8) ? 120 : 9;
+    for (uint32_t lines = below(most_lines); lines > 0 && content.size() < 40'000; --lines) {
       content += line();
     }
     if (one_in(2) && !content.empty()) {

@@ -1,0 +1,100 @@
+// The bodies of kernel/long_runs.hpp, for the files that instantiate them.
+#pragma once
+
+#include "kernel/long_runs.hpp"
+#include "kernel/scan.hpp"
+
+namespace jx {
+
+namespace detail {
+
+template <class Ops, typename T, bool kEqual>
+inline int32_t find_in_long(const void *buffer, uint32_t count, T value) {
+  const ValueMatch<Ops, T, kEqual> match(value);
+  const size_t index = scan_blocks<Ops, T>(match, static_cast<const uint8_t *>(buffer), count);
+  return index == count ? -1 : static_cast<int32_t>(index);
+}
+
+template <class Ops, typename T>
+inline int32_t compare_long(const void *first, const void *second, uint32_t count) {
+  const Mismatch<Ops, T> match = {static_cast<const uint8_t *>(second)};
+  const size_t index = scan_blocks<Ops, T>(match, static_cast<const uint8_t *>(first), count);
+  return index == count ? 0 : order_at<T>(first, second, index);
+}
+
+// Notes the places of a block from its mask. Two are stored whether there or not: in text, most
+// blocks have no more, and branches on their number would be guesses.
+template <class Mask>
+[[gnu::always_inline]] inline uint32_t *note_mask(Mask mask, uint32_t offset, uint32_t *place) {
+  for (int i = 0; i < 2; ++i) {
+    *place = offset + static_cast<uint32_t>(std::countr_zero(mask));
+    place += mask != 0;
+    mask &= mask - 1;
+  }
+  for (; mask != 0; mask &= mask - 1) {
+    *place++ = offset + static_cast<uint32_t>(std::countr_zero(mask));
+  }
+  return place;
+}
+
+}  // namespace detail
+
+template <class Ops>
+int32_t LongRunsOf<Ops>::find_byte(const void *buffer, uint32_t count, uint8_t value) {
+  return detail::find_in_long<Ops, uint8_t, true>(buffer, count, value);
+}
+
+template <class Ops>
+int32_t LongRunsOf<Ops>::find_other_byte(const void *buffer, uint32_t count, uint8_t value) {
+  return detail::find_in_long<Ops, uint8_t, false>(buffer, count, value);
+}
+
+template <class Ops>
+int32_t LongRunsOf<Ops>::find_char(const void *buffer, uint32_t count, uint32_t value) {
+  return detail::find_in_long<Ops, uint32_t, true>(buffer, count, value);
+}
+
+template <class Ops>
+int32_t LongRunsOf<Ops>::find_other_char(const void *buffer, uint32_t count, uint32_t value) {
+  return detail::find_in_long<Ops, uint32_t, false>(buffer, count, value);
+}
+
+template <class Ops>
+int32_t LongRunsOf<Ops>::compare_bytes(const void *first, const void *second, uint32_t count) {
+  return detail::compare_long<Ops, uint8_t>(first, second, count);
+}
+
+template <class Ops>
+int32_t LongRunsOf<Ops>::compare_chars(const void *first, const void *second, uint32_t count) {
+  return detail::compare_long<Ops, uint32_t>(first, second, count);
+}
+
+template <class Ops>
+void LongRunsOf<Ops>::fill_chars(uint32_t *buffer, uint32_t value, uint32_t count) {
+  fill_blocks<Ops>(buffer, value, count);
+}
+
+template <class Ops>
+uint32_t LongRunsOf<Ops>::note_bytes(const uint8_t *data, uint32_t *offset, uint32_t end,
+                                     uint8_t value, uint32_t *places) {
+  constexpr uint32_t kStep = Ops::kBytes;
+  static_assert(kPlacesRoom >= kManyPlaces + 2 * kStep + 2);
+  const auto pattern = Ops::repeat(value);
+  uint32_t *place = places;
+  uint32_t at = *offset;
+  for (; end - at >= 2 * kStep && place < places + kManyPlaces; at += 2 * kStep) {
+    const auto first = Ops::template equal<uint8_t>(Ops::load(data + at), pattern);
+    const auto second = Ops::template equal<uint8_t>(Ops::load(data + at + kStep), pattern);
+    if (Ops::mask(Ops::either(first, second)) == 0) continue;
+    place = detail::note_mask(Ops::mask(first), at, place);
+    place = detail::note_mask(Ops::mask(second), at + kStep, place);
+  }
+  for (; at < end && place < places + kManyPlaces; ++at) {
+    *place = at;
+    place += data[at] == value;
+  }
+  *offset = at;
+  return static_cast<uint32_t>(place - places);
+}
+
+}  // namespace jx

@@ -81,29 +81,27 @@ inline JXStatus transcode_in(FileHandle *handle, const void *source, uint32_t so
   return status;
 }
 
-// Bytes on their way to the file: the caller's own, or transcoded ones.
+// Bytes on their way to the file: the caller's own, or transcoded ones in the transcode buffer.
 struct Outgoing {
   const void *data;
   uint32_t bytes;
 };
 
 // Slow path of transcode_out(): the handle has a write transcoder.
-JXStatus encode(FileHandle *handle, uint8_t *destination, uint32_t capacity_bytes,
-                Outgoing *record);
+JXStatus encode(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record);
 
-// Transcodes a record for the file when the handle has a write transcoder, to at most
-// capacity_bytes at `destination`. 0, JX_E_NOMEM or the transcoder's status.
-inline JXStatus transcode_out(FileHandle *handle, uint8_t *destination, uint32_t capacity_bytes,
-                              Outgoing *record) {
-  return handle->write_transcoder ? encode(handle, destination, capacity_bytes, record) : JX_OK;
+// Transcodes a record for the file when the handle has a write transcoder; at most capacity_bytes
+// of the transcode buffer are used. 0, JX_E_NOMEM or the transcoder's status.
+inline JXStatus transcode_out(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record) {
+  return handle->write_transcoder ? encode(handle, capacity_bytes, record) : JX_OK;
 }
 
 // The same for a record, whose end ends the text: a character cut off there is a fault.
-inline JXStatus transcode_record_out(FileHandle *handle, uint8_t *destination,
-                                     uint32_t capacity_bytes, Outgoing *record) {
+inline JXStatus transcode_record_out(FileHandle *handle, uint32_t capacity_bytes,
+                                     Outgoing *record) {
   // A line end in an unknown encoding: 0x0D is a carriage return in all of them.
   static constexpr uint8_t kReturns[] = {0x0D, 0x0D};
-  const JXStatus status = transcode_out(handle, destination, capacity_bytes, record);
+  const JXStatus status = transcode_out(handle, capacity_bytes, record);
   if (status != JX_OK) return status;
   return end_text(handle, &handle->write_held, kReturns, sizeof kReturns);
 }

@@ -87,8 +87,7 @@ JXStatus read_chunk(FileHandle *handle, const Route &route, const int64_t *offse
 
 // Writes a chunk directly. The statuses of skwem_write_rstream.
 JXStatus write_chunk(FileHandle *handle, jx::Outgoing chunk, int64_t *offset) {
-  JXStatus status = jx::transcode_out(handle, handle->transcode_buffer.data,
-                                      handle->transcode_buffer.size_bytes, &chunk);
+  JXStatus status = jx::transcode_out(handle, handle->transcode_buffer.size_bytes, &chunk);
   if (status != JX_OK) return status;
   status = write_due_mark(handle, offset);
   if (status != JX_OK) return status;
@@ -130,8 +129,7 @@ JXStatus skwem_write_stream(JXFile *file, const void *data, uint32_t length, uin
   if (status != JX_OK) return status;
   FileHandle *handle = jx::handle_of(file);
   jx::Outgoing chunk = {data, length};
-  status = jx::transcode_out(handle, handle->transcode_buffer.data,
-                             handle->transcode_buffer.size_bytes, &chunk);
+  status = jx::transcode_out(handle, handle->transcode_buffer.size_bytes, &chunk);
   if (status == JX_OK) status = jx::append_mark(handle);
   if (status == JX_OK) status = jx::append(handle, chunk.data, chunk.bytes);
   if (status != JX_OK) handle->write_held.leave();

@@ -153,7 +153,7 @@ JXStatus lay_out_record(FileHandle *handle, jx::Outgoing *record, uint8_t **buff
     const uint32_t room_bytes = handle->transcode_buffer.size_bytes;
     if (has_too_many_chars(handle, *record) || room_bytes < line_end_bytes) return JXWEM_E_TOOLONG;
     *buffer_out = handle->transcode_buffer.data;
-    return jx::transcode_record_out(handle, *buffer_out, room_bytes - line_end_bytes, record);
+    return jx::transcode_record_out(handle, room_bytes - line_end_bytes, record);
   }
   if (record->bytes > handle->record_length) return JXWEM_E_TOOLONG;
   *buffer_out = handle->buffer.data;
@@ -190,32 +190,13 @@ inline void append_line_end(FileHandle *handle, uint32_t record_bytes) {
   return jx::append(handle, line_end.text, line_end.bytes);
 }
 
-// The most bytes that a record becomes in the file, where both encodings tell: a character of four
-// bytes, one perhaps begun by the record before, stays one of at most four. Else more than a block.
-uint32_t most_converted_bytes(const FileHandle *handle, uint32_t bytes) {
-  const bool tells = handle->write_held.form == jx::TextForm::utf32 &&
-                     jx::form_of(handle->encodings.file) != jx::TextForm::other;
-  return tells && bytes < JX_RECORD_BLOCK_BYTES ? bytes + jx::kJXCharBytes : UINT32_MAX;
-}
-
-// Appends a record in the file's encoding and its line end. It is converted right into the block if
-// there is room for any result.
+// Appends a record in the file's encoding and its line end.
 [[gnu::noinline]] JXStatus write_converted(FileHandle *handle, const void *data, uint32_t bytes) {
+  JXStatus status = jx::append_mark(handle);
+  if (status != JX_OK) return status;
   jx::Outgoing record = {data, bytes};
-  const uint32_t capacity = handle->transcode_buffer.size_bytes;
-  const uint32_t most_bytes = most_converted_bytes(handle, bytes);
-  if (handle->owes_mark() || most_bytes > capacity || !has_room_for_line(handle, most_bytes)) {
-    JXStatus status = jx::append_mark(handle);
-    if (status != JX_OK) return status;
-    status = jx::transcode_record_out(handle, handle->transcode_buffer.data, capacity, &record);
-    return status == JX_OK ? write_line(handle, record.data, record.bytes) : status;
-  }
-  // All the room there is: transcoders are slower at its end.
-  const uint32_t room = handle->buffer.free_bytes - handle->controls.line_end().bytes;
-  const JXStatus status =
-      jx::transcode_record_out(handle, handle->buffer.end(), std::min(room, capacity), &record);
-  if (status == JX_OK) append_line_end(handle, record.bytes);
-  return status;
+  status = jx::transcode_record_out(handle, handle->transcode_buffer.size_bytes, &record);
+  return status == JX_OK ? write_line(handle, record.data, record.bytes) : status;
 }
 
 }  // namespace

@@ -39,28 +39,29 @@ inline bool is_in_transcode_buffer(const FileHandle *handle, const Outgoing &rec
          data < buffer + handle->transcode_buffer.size_bytes;
 }
 
-inline JXStatus encode_text(FileHandle *handle, uint8_t *destination, uint32_t capacity_bytes,
-                            const void *text, Outgoing *record) {
+inline JXStatus encode_text(FileHandle *handle, uint32_t capacity_bytes, const void *text,
+                            Outgoing *record) {
   JXTranscoder *transcoder = handle->write_transcoder;
   uint32_t produced_bytes = 0;
-  const JXStatus status = transcoder->transcode(transcoder, text, record->bytes, destination,
-                                                capacity_bytes, &produced_bytes, 0);
+  const JXStatus status =
+      transcoder->transcode(transcoder, text, record->bytes, handle->transcode_buffer.data,
+                            capacity_bytes, &produced_bytes, 0);
   if (status != JX_OK) {
     handle->write_held.leave();
     return status;
   }
   after_text(&handle->write_held, text, record->bytes);
-  *record = {destination, produced_bytes};
+  *record = {handle->transcode_buffer.data, produced_bytes};
   return JX_OK;
 }
 
 // Encodes a copy of the record.
-[[gnu::noinline]] JXStatus encode_copy(FileHandle *handle, uint8_t *destination,
-                                       uint32_t capacity_bytes, Outgoing *record) {
+[[gnu::noinline]] JXStatus encode_copy(FileHandle *handle, uint32_t capacity_bytes,
+                                       Outgoing *record) {
   const auto copy = PoolBlock<uint8_t>::allocate(handle->pool, record->bytes);
   if (!copy) return JX_E_NOMEM;
   std::memcpy(copy.get(), record->data, record->bytes);
-  return encode_text(handle, destination, capacity_bytes, copy.get(), record);
+  return encode_text(handle, capacity_bytes, copy.get(), record);
 }
 
 }  // namespace
@@ -94,13 +95,12 @@ void skip_mark(FileHandle *handle) {
   }
 }
 
-JXStatus encode(FileHandle *handle, uint8_t *destination, uint32_t capacity_bytes,
-                Outgoing *record) {
+JXStatus encode(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record) {
   before_text(handle, &handle->write_held);
   if (is_in_transcode_buffer(handle, *record)) [[unlikely]] {
-    return encode_copy(handle, destination, capacity_bytes, record);
+    return encode_copy(handle, capacity_bytes, record);
   }
-  return encode_text(handle, destination, capacity_bytes, record->data, record);
+  return encode_text(handle, capacity_bytes, record->data, record);
 }
 
 JXStatus write_rest(FileHandle *handle, const void *source, uint32_t bytes, const int64_t *offset,

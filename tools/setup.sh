@@ -5,10 +5,10 @@
 # Packages by purpose; each list is what the commands of that purpose use by name.
 packages_build=(g++-multilib cmake ninja-build ccache libcli11-dev nlohmann-json3-dev)
 packages_test=("${packages_build[@]}" googletest)
-packages_bench=("${packages_build[@]}" pkg-config libbenchmark-dev libboost-dev libfmt-dev
-  libglib2.0-dev)
-packages_check=("${packages_test[@]}" binutils clang-19 clang-format clang-tidy-19 codespell
-  libc6-dbg pkg-config python3 shellcheck valgrind)
+packages_bench=("${packages_build[@]}" pkg-config python3 libboost-dev libfmt-dev libglib2.0-dev
+  libicu-dev libunistring-dev libutfcpp-dev)
+packages_check=("${packages_test[@]}" binutils clang-19 clang-format clang-tidy-19 codespell libboost-dev
+  libc6-dbg libfmt-dev libutfcpp-dev pkg-config python3 shellcheck valgrind)
 
 say() { printf 'jxwem: %s\n' "$*" >&2; }
 die() { say "$*"; exit 1; }

@@ -12,7 +12,7 @@ ABIS = ("i386", "x86-64")
 COLOURS = {  # class: (light, dark)
     "back": ("#ffffff", "#0d1117"), "text": ("#1f2328", "#e6edf3"), "soft": ("#59636e", "#9198a1"),
     "line": ("#d1d9e0", "#3d444d"), "module": ("#0969da", "#388bfd"), "peer": ("#c8d1da", "#454d57"),
-    "limit": ("#e7f3e9", "#1b3526"), "behind": ("#bc4c00", "#f0883e"), "inside": ("#ffffff", "#0d1117"),
+    "limit": ("#c6ecd0", "#1d4a2f"), "behind": ("#bc4c00", "#f0883e"), "inside": ("#ffffff", "#0d1117"),
     "second": ("#8250df", "#ab7df8"), "other": ("#6e7781", "#8b949e"),
 }
 
@@ -20,9 +20,9 @@ COLOURS = {  # class: (light, dark)
 def style():
     def rules(which):
         return "".join(f".{name}{{fill:{pair[which]}}}.{name}-line{{stroke:{pair[which]}}}"
-                       for name, pair in COLOURS.items())
+                       for name, pair in COLOURS.items()) + f".halo{{stroke:{COLOURS['back'][which]}}}"
     return (f"<style>text{{font-family:-apple-system,'Segoe UI','Noto Sans',Helvetica,Arial,"
-            f"sans-serif;font-size:11px}}.bold{{font-weight:600}}.title{{font-size:15px}}"
+            f"sans-serif;font-size:11px}}.halo{{paint-order:stroke;stroke-width:3px}}.bold{{font-weight:600}}.title{{font-size:15px}}"
             f"{rules(0)}@media (prefers-color-scheme: dark){{{rules(1)}}}</style>")
 
 
@@ -174,19 +174,17 @@ SERIES = ("module", "second", "other", "peer")
 
 
 def labels(axes, series):
-    """The figures at both ends of every line, moved apart where they would overlap."""
+    """The figures at both ends of every line, moved apart where they would overlap: at the left above
+    the points, that of the lowest line below it."""
     parts = []
-    for which, anchor in ((0, "middle"), (-1, "start")):
-        used = []
-        points = sorted(((axes.y(points[which][1]), points[which], colour)
-                         for points, colour in series), key=lambda entry: entry[0])
-        for y, (x, value), colour in points:
-            y = y - 7 if which == 0 else y + 4
-            while any(abs(y - other) < 12 for other in used):
-                y += 1
-            used.append(y)
-            parts.append(text(axes.x(x) + (6 if which else 8), y, digits(value), f"bold {colour}",
-                              anchor if which else "start"))
+    for which in (0, -1):
+        points = sorted((axes.y(points[which][1]), points[which], colour) for points, colour in series)
+        lowest = -math.inf
+        for i, (y, (x, value), colour) in enumerate(points):
+            is_below = which == 0 and 0 < i == len(points) - 1
+            y = max(y + (4 if which else 16 if is_below else -8), lowest + 12)
+            lowest = y
+            parts.append(text(axes.x(x) + (8 if which else 0), y, digits(value), f"bold halo {colour}"))
     return parts
 
 

@@ -150,7 +150,7 @@ int main() {
   const Scratch scratch;
   Job job("decode", "Text lines read from UTF-8 into wide characters", "ns/line", 1e9);
   for (const Script script : {Script::kAscii, Script::kEuropean, Script::kCjk}) {
-    for (const size_t mean : {20, 80, 1000}) decode_case(job, scratch.at("lines"), script, mean);
+    for (const size_t mean : {20u, 80u, 1000u}) decode_case(job, scratch.at("lines"), script, mean);
   }
   job.print();
   return 0;

@@ -151,7 +151,7 @@ int main() {
   const Scratch scratch;
   const std::string path = scratch.at("written");
   Job job("encode", "Text lines written from wide characters as UTF-8", "ns/line", 1e9);
-  for (const size_t mean : {20, 80, 1000}) encode_case(job, path, Script::kAscii, mean);
+  for (const size_t mean : {20u, 80u, 1000u}) encode_case(job, path, Script::kAscii, mean);
   encode_case(job, path, Script::kEuropean, 80);
   encode_case(job, path, Script::kCjk, 80);
   for (const Script script : {Script::kAscii, Script::kEuropean, Script::kCjk}) {

@@ -23,6 +23,8 @@ struct Areas {
   JXChar *units_a = reinterpret_cast<JXChar *>(a), *units_b = reinterpret_cast<JXChar *>(b);
 };
 
+Areas areas;
+
 template <typename Call>
 void add(Job &job, const char *name, size_t calls, Call call, Kind kind = Kind::kPeer) {
   job.add(
@@ -55,43 +57,39 @@ void sizes_job(const char *id, const char *title, const char *unit, const char *
   job.print();
 }
 
-Areas areas;
-
 void unit_jobs() {
   areas.b[kMost] = 0;  // for wcsspn, the only peer of the C library
-  const Areas &x = areas;
-  auto *find = opaque<const wchar_t *(const wchar_t *, wchar_t, size_t)>(&std::wmemchr);
   auto *fill = opaque(&std::wmemset);
   auto *compare = opaque(&std::wmemcmp);
   auto *length = opaque(&std::wcslen);
   sizes_job(
       "scan-units", "Scan for a 32-bit unit that is absent", " units", "wmemchr",
-      [=, &x](size_t n) { return find(x.wide_a, L'y', n); }, "std::find",
-      [&x](size_t n) { return std::find(x.a, x.a + n, U'y'); }, "jxzspos",
-      [&x](uint32_t n) { return jxzspos(x.units_a, static_cast<int32_t>(n), U'y'); });
+      [](size_t n) { return std::wmemchr(areas.wide_a, L'y', n); }, "std::find",
+      [](size_t n) { return std::find(areas.a, areas.a + n, U'y'); }, "jxzspos",
+      [](uint32_t n) { return jxzspos(areas.units_a, static_cast<int32_t>(n), U'y'); });
   sizes_job(
       "scan-other", "Scan for a 32-bit unit that differs", " units", "wcsspn",
-      [&x](size_t n) { return opaque(&std::wcsspn)(x.wide_b + (kMost - n), L"x"); },
+      [](size_t n) { return opaque(&std::wcsspn)(areas.wide_b + (kMost - n), L"x"); },
       "std::find_if_not",
-      [&x](size_t n) {
-        return std::find_if_not(x.a, x.a + n, [](char32_t c) { return c == U'x'; });
+      [](size_t n) {
+        return std::find_if_not(areas.a, areas.a + n, [](char32_t c) { return c == U'x'; });
       },
-      "skMemTNScan", [&x](uint32_t n) { return skMemTNScan(x.units_a, n, U'x'); });
+      "skMemTNScan", [](uint32_t n) { return skMemTNScan(areas.units_a, n, U'x'); });
   sizes_job(
       "fill", "32-bit units filled", " units", "wmemset",
-      [=, &x](size_t n) { return fill(x.wide_a, L'x', n); }, "std::fill_n",
-      [&x](size_t n) { return std::fill_n(x.a, n, U'x'); }, "skMemTSet",
-      [&x](uint32_t n) { return skMemTSet(x.units_a, U'x', n), 0; });
+      [=](size_t n) { return fill(areas.wide_a, L'x', n); }, "std::fill_n",
+      [](size_t n) { return std::fill_n(areas.a, n, U'x'); }, "skMemTSet",
+      [](uint32_t n) { return skMemTSet(areas.units_a, U'x', n), 0; });
   sizes_job(
       "compare-units", "Equal 32-bit units compared", " units", "wmemcmp",
-      [=, &x](size_t n) { return compare(x.wide_a, x.wide_b, n); }, "std::mismatch",
-      [&x](size_t n) { return std::mismatch(x.a, x.a + n, x.b).first; }, "skWMemCmp",
-      [&x](uint32_t n) { return skWMemCmp(x.units_a, x.units_b, n); });
+      [=](size_t n) { return compare(areas.wide_a, areas.wide_b, n); }, "std::mismatch",
+      [](size_t n) { return std::mismatch(areas.a, areas.a + n, areas.b).first; }, "skWMemCmp",
+      [](uint32_t n) { return skWMemCmp(areas.units_a, areas.units_b, n); });
   sizes_job(
       "length-units", "Length of a 32-bit text", " units", "wcslen",
-      [=, &x](size_t) { return length(x.wide_a); }, "char_traits<char32_t>::length",
-      [&x](size_t) { return std::char_traits<char32_t>::length(x.a); }, "skStrTLen",
-      [&x](uint32_t) { return skStrTLen(x.units_a); },
+      [=](size_t) { return length(areas.wide_a); }, "char_traits<char32_t>::length",
+      [](size_t) { return std::char_traits<char32_t>::length(areas.a); }, "skStrTLen",
+      [](uint32_t) { return skStrTLen(areas.units_a); },
       [](size_t n) {
         std::fill_n(areas.a, kMost, U'x');
         areas.a[n] = 0;
@@ -99,9 +97,7 @@ void unit_jobs() {
 }
 
 void byte_jobs() {
-  const Areas &x = areas;
   std::fill_n(areas.a, kMost, U'x');
-  auto *find = opaque<const void *(const void *, int, size_t)>(&std::memchr);
   auto *compare = opaque(&std::memcmp);
   auto *copy = opaque(&std::memcpy);
   auto *move = opaque(&std::memmove);
@@ -109,22 +105,22 @@ void byte_jobs() {
   const auto none = [](size_t) { return 0; };
   sizes_job(
       "scan-bytes", "Scan for a byte that is absent", " bytes", "memchr",
-      [=, &x](size_t n) { return find(x.bytes_a, 'y', n); }, "std::find",
-      [&x](size_t n) { return std::find(x.bytes_a, x.bytes_a + n, 'y'); }, "skMemScan",
-      [&x](uint32_t n) { return skMemScan(x.bytes_a, n, 'y'); });
+      [](size_t n) { return std::memchr(areas.bytes_a, 'y', n); }, "std::find",
+      [](size_t n) { return std::find(areas.bytes_a, areas.bytes_a + n, 'y'); }, "skMemScan",
+      [](uint32_t n) { return skMemScan(areas.bytes_a, n, 'y'); });
   sizes_job(
       "compare-bytes", "Equal bytes compared", " bytes", "memcmp",
-      [=, &x](size_t n) { return compare(x.bytes_a, x.bytes_b, n); }, nullptr, none, "skMemCmp",
-      [&x](uint32_t n) { return skMemCmp(x.bytes_a, x.bytes_b, n); });
+      [=](size_t n) { return compare(areas.bytes_a, areas.bytes_b, n); }, nullptr, none, "skMemCmp",
+      [](uint32_t n) { return skMemCmp(areas.bytes_a, areas.bytes_b, n); });
   sizes_job(
       "copy-bytes", "Bytes copied", " bytes", "memcpy",
-      [=, &x](size_t n) { return copy(x.bytes_b, x.bytes_a, n); }, "memmove",
-      [=, &x](size_t n) { return move(x.bytes_b, x.bytes_a, n); }, "skMemCpy",
-      [&x](uint32_t n) { return skMemCpy(x.bytes_a, x.bytes_b, n), 0; });
+      [=](size_t n) { return copy(areas.bytes_b, areas.bytes_a, n); }, "memmove",
+      [=](size_t n) { return move(areas.bytes_b, areas.bytes_a, n); }, "skMemCpy",
+      [](uint32_t n) { return skMemCpy(areas.bytes_a, areas.bytes_b, n), 0; });
   sizes_job(
       "length-bytes", "Length of an 8-bit text", " bytes", "strlen",
-      [=, &x](size_t) { return length(x.bytes_a); }, nullptr, none, "skStrLen",
-      [&x](uint32_t) { return skStrLen(x.bytes_a); },
+      [=](size_t) { return length(areas.bytes_a); }, nullptr, none, "skStrLen",
+      [](uint32_t) { return skStrLen(areas.bytes_a); },
       [](size_t n) {
         std::memset(areas.bytes_a, 'x', sizeof(char32_t) * kMost);
         areas.bytes_a[n] = 0;

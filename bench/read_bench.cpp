@@ -229,7 +229,7 @@ int main() {
   lines.print();
 
   Job binary("read-binary", "Binary records read", "ns/record", 1e9);
-  for (const size_t record : {80, 4096}) binary_case(binary, path, record);
+  for (const size_t record : {80u, 4096u}) binary_case(binary, path, record);
   binary.print();
 
   return 0;

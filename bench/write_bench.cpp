@@ -99,7 +99,7 @@ int main() {
   const Scratch scratch;
   const std::string path = scratch.at("written");
   Job lines("write-lines", "Text lines written", "ns/line", 1e9);
-  for (const size_t mean : {20, 80, 1000}) {
+  for (const size_t mean : {20u, 80u, 1000u}) {
     std::vector<std::string> records;
     for (const auto &line : make_lines(Script::kAscii, mean, 8 << 20)) {
       records.push_back(to_utf8(line));
@@ -110,7 +110,7 @@ int main() {
   lines.print();
 
   Job binary("write-binary", "Binary records written", "ns/record", 1e9);
-  for (const size_t bytes : {80, 4096}) {
+  for (const size_t bytes : {80u, 4096u}) {
     const std::vector<std::string> records((8 << 20) / bytes, std::string(bytes, 'x'));
     write_cases(binary, path, bytes, records,
                 binary_options(JX_ACCESS_OUTPUT, static_cast<uint32_t>(bytes)));

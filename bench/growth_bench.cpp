@@ -57,7 +57,7 @@ uint64_t list_by_readdir(const std::string &path) {
 }
 
 void lists_job(const std::string &path) {
-  Job job("growth-lists", "Directories of 100 to 1,000,000 members listed", "ns/member", 1e9);
+  Job job("growth-lists", "Directories of 100 to 1,000,000 members listed", "µs/member", 1e6);
   fs::create_directory(path);
   int made = 0;
   for (const int members : {100, 1'000, 10'000, 100'000, 1'000'000}) {
@@ -120,8 +120,8 @@ void trees_case(Job &copies, Job &removals, const std::string &tree, int members
 }
 
 void trees_jobs(const Scratch &scratch) {
-  Job copies("growth-copies", "Trees of 10 to 100,000 files copied", "ns/file", 1e9);
-  Job removals("growth-removals", "Trees of 10 to 100,000 files removed", "ns/file", 1e9);
+  Job copies("growth-copies", "Trees of 10 to 100,000 files copied", "µs/file", 1e6);
+  Job removals("growth-removals", "Trees of 10 to 100,000 files removed", "µs/file", 1e6);
   for (const int members : {10, 100, 1'000, 10'000, 100'000}) {
     const std::string tree = scratch.at("tree");
     make_tree(tree, members, 200);

@@ -8,6 +8,7 @@ PANEL = (WIDTH - 2 * MARGIN - GAP) / 2
 BARS = 278          # room for bars in a panel; the figures are to the right
 BAR, CASE = 15, 19  # heights of a bar and of a case's name
 WIDEST = 2.2        # ratios beyond are cut off
+ENDS = 40           # room for the figures at both ends of a line
 ABIS = ("i386", "x86-64")
 COLOURS = {  # class: (light, dark)
     "back": ("#ffffff", "#0d1117"), "text": ("#1f2328", "#e6edf3"), "soft": ("#59636e", "#9198a1"),
@@ -134,7 +135,7 @@ class Axes:
     """One panel of a line chart; x is logarithmic, y too unless it starts at zero."""
 
     def __init__(self, left, top, xs, ys, from_zero):
-        self.left, self.top, self.width, self.height = left + 44, top, PANEL - 76, 190
+        self.left, self.top, self.width, self.height = left + 34, top, PANEL - 34, 190
         self.x_range = (math.log10(min(xs)), math.log10(max(xs)))
         self.from_zero = from_zero
         if from_zero:
@@ -151,7 +152,8 @@ class Axes:
 
     def x(self, value):
         low, high = self.x_range
-        return self.left + (math.log10(value) - low) / (high - low) * self.width
+        inner = self.width - 2 * ENDS
+        return self.left + ENDS + (math.log10(value) - low) / (high - low) * inner
 
     def y(self, value):
         low, high = self.y_range
@@ -170,42 +172,36 @@ class Axes:
         return parts
 
 
-SERIES = ("module", "second", "other", "peer")
-
-
 def labels(axes, series):
-    """The figures at both ends of every line, moved apart where they would overlap: at the left above
-    the points, that of the lowest line below it."""
+    """The figures at both ends of every line, moved apart where they would overlap."""
     parts = []
-    for which in (0, -1):
-        points = sorted((axes.y(points[which][1]), points[which], colour) for points, colour in series)
-        lowest = -math.inf
-        for i, (y, (x, value), colour) in enumerate(points):
-            is_below = which == 0 and 0 < i == len(points) - 1
-            y = max(y + (4 if which else 16 if is_below else -8), lowest + 12)
-            lowest = y
-            parts.append(text(axes.x(x) + (8 if which else 0), y, digits(value), f"bold halo {colour}"))
+    for which, shift, anchor in ((0, -8, "end"), (-1, 8, "start")):
+        ends = sorted((axes.y(points[which][1]), points[which], colour) for points, colour in series)
+        last = -math.inf
+        for y, (x, value), colour in ends:
+            last = max(y + 4, last + 12)
+            parts.append(text(axes.x(x) + shift, last, digits(value), f"bold halo {colour}", anchor))
     return parts
 
 
 def line_chart(job, x_title, y_title, from_zero=False, transform=lambda value: value):
     """A line for every contender: one panel an ABI."""
-    names = job.names
+    colours = dict(zip(job.names_of("module"), ("module", "second")))
+    colours |= dict(zip(job.names_of("peer"), ("other", "peer")))
     parts = [text(MARGIN, 26, job.title, "title bold text")]
-    parts += legend(MARGIN, 46, list(zip(SERIES, names)))
+    parts += legend(MARGIN, 46, [(colour, name) for name, colour in colours.items()])
     parts.append(text(WIDTH - MARGIN, 46, y_title, "soft", "end"))
     xs = [float(case) for case in job.cases]
+    lines = {abi: [([(float(case), transform(job.cell(abi, case, name).median))
+                     for case in job.cases if job.cell(abi, case, name)], colour)
+                   for name, colour in colours.items()] for abi in ABIS}
+    ys = [y for series in lines.values() for points, _ in series for _, y in points]
     for abi in ABIS:
-        series = []
-        for name, colour in zip(names, SERIES):
-            points = [(float(case), transform(job.cell(abi, case, name).median)) for case in job.cases
-                      if job.cell(abi, case, name)]
-            if points:
-                series.append((points, colour))
+        series = [entry for entry in lines[abi] if entry[0]]
         if not series:
             continue
         left = MARGIN + ABIS.index(abi) * (PANEL + GAP)
-        axes = Axes(left, 88, xs, [y for points, _ in series for _, y in points], from_zero)
+        axes = Axes(left, 88, xs, ys, from_zero)
         parts.append(text(left, 74, abi, "bold text"))
         parts += axes.grid(xs)
         parts.append(text(axes.left + axes.width / 2, axes.top + axes.height + 34, x_title, "soft",

@@ -21,9 +21,9 @@ PACKAGES = {"libc6": "glibc", "libstdc++6": "libstdc++", "libboost-dev": "Boost"
             "libutfcpp-dev": "utfcpp", "coreutils": "coreutils", "findutils": "findutils"}
 LINE_CHARTS = {
     "growth-lines": dict(x_title="bytes a line", y_title="ns/byte, lower is better"),
-    "growth-lists": dict(x_title="members", y_title="ns/member, lower is better"),
-    "growth-copies": dict(x_title="files", y_title="ns/file, lower is better"),
-    "growth-removals": dict(x_title="files", y_title="ns/file, lower is better"),
+    "growth-lists": dict(x_title="members", y_title="µs/member, lower is better"),
+    "growth-copies": dict(x_title="files", y_title="µs/file, lower is better"),
+    "growth-removals": dict(x_title="files", y_title="µs/file, lower is better"),
     "growth-threads": dict(x_title="threads", y_title="million lines/s in all, higher is better",
                            from_zero=True, transform=lambda ns: 1e3 / ns),
 }
@@ -57,11 +57,15 @@ class Job:
         return [cell for (a, c, _), cell in self.cells.items() if (a, c) == (abi, case) and
                 cell.kind == kind]
 
+    def names_of(self, kind):
+        """The contenders of a kind, in their order."""
+        found = {cell.name for cell in self.cells.values() if cell.kind == kind}
+        return [name for name in self.names if name in found]
+
     def bars(self, abi, case):
         """The module, its best peer and the lowest limit, as far as there are any."""
-        best = [min(cells, key=lambda cell: cell.median) for cells in
+        return [min(cells, key=lambda cell: cell.median) for cells in
                 (self.of_kind(abi, case, kind) for kind in ("module", "peer", "limit")) if cells]
-        return best
 
 
 def read_jobs(path):
@@ -149,13 +153,11 @@ def machine():
         if version:
             versions.append(f"{name} {re.sub(r'^[0-9]+:|[-+].*$', '', version)}")
     cache = ROOT / "build/bench/CMakeCache.txt"
-    extra = re.search(r"^JX_BENCH_SIMDUTF:\w+=(.+)$", cache.read_text(), re.MULTILINE) \
-        if cache.exists() else None
-    if extra and (Path(extra[1]) / "simdutf.h").exists():
-        version = re.search(r'SIMDUTF_VERSION "([^"]+)"', (Path(extra[1]) / "simdutf.h").read_text())
-        versions.append("simdutf" + (f" {version[1]}" if version else ""))
+    if cache.exists() and re.search(r"^JX_BENCH_SIMDUTF:\w+=.", cache.read_text(), re.MULTILINE):
+        versions.append("simdutf")
+    commit = output_of("git", "-C", str(ROOT), "rev-parse", "--short", "HEAD")
     return "\n".join([
-        f"- Measured on {date.today():%-d %B %Y} at commit {output_of('git', '-C', str(ROOT), 'rev-parse', '--short', 'HEAD')}.",
+        f"- Measured on {date.today():%-d %B %Y} at commit {commit}.",
         f"- Processor: {model[1] if model else platform.machine()}, {cores} cores "
         f"({', '.join(vectors)}), {memory:.0f} GiB of memory.",
         f"- System: Linux {platform.release()}, files on "

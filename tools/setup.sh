@@ -7,8 +7,8 @@ packages_build=(g++-multilib cmake ninja-build ccache libcli11-dev nlohmann-json
 packages_test=("${packages_build[@]}" googletest)
 packages_bench=("${packages_build[@]}" pkg-config python3 libboost-dev libfmt-dev libglib2.0-dev
   libicu-dev libunistring-dev libutfcpp-dev)
-packages_check=("${packages_test[@]}" binutils clang-19 clang-format clang-tidy-19 codespell libboost-dev
-  libc6-dbg libfmt-dev libutfcpp-dev pkg-config python3 shellcheck valgrind)
+packages_check=("${packages_test[@]}" binutils clang-19 clang-format clang-tidy-19 codespell
+  libboost-dev libc6-dbg libfmt-dev libutfcpp-dev pkg-config python3 shellcheck valgrind)
 
 say() { printf 'jxwem: %s\n' "$*" >&2; }
 die() { say "$*"; exit 1; }

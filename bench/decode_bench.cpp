@@ -11,7 +11,7 @@
 
 #include <utf8.h>
 
-#include "bench/module.hpp"
+#include "bench/contender.hpp"
 #include "bench/peers.hpp"
 
 namespace {

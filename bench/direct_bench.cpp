@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-#include "bench/module.hpp"
+#include "bench/contender.hpp"
 
 namespace {
 

@@ -17,7 +17,7 @@
 #include <string_view>
 #include <vector>
 
-#include "bench/module.hpp"
+#include "bench/contender.hpp"
 #include "bench/peers.hpp"
 #include "jx/runtime.h"
 

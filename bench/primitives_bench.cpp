@@ -4,7 +4,7 @@
 #include <cstring>
 #include <cwchar>
 
-#include "bench/module.hpp"
+#include "bench/contender.hpp"
 #include "jx/runtime.h"
 
 namespace {

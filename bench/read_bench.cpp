@@ -8,7 +8,7 @@
 #include <cstring>
 #include <fstream>
 
-#include "bench/module.hpp"
+#include "bench/contender.hpp"
 #include "bench/peers.hpp"
 
 namespace {

@@ -9,7 +9,7 @@
 #include <mutex>
 #include <thread>
 
-#include "bench/module.hpp"
+#include "bench/contender.hpp"
 #include "jx/runtime.h"
 
 namespace {

@@ -14,7 +14,7 @@
 #include <string>
 #include <type_traits>
 
-#include "bench/module.hpp"
+#include "bench/contender.hpp"
 
 namespace jx::bench {
 

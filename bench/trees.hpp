@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/module.hpp"
+#include "bench/contender.hpp"
 
 namespace jx::bench {
 

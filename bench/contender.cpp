@@ -1,4 +1,4 @@
-#include "bench/module.hpp"
+#include "bench/contender.hpp"
 
 namespace jx::bench {
 

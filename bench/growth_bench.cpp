@@ -29,16 +29,17 @@ void lines_job(const std::string &path) {
   for (const uint32_t bytes : {10u, 100u, 1'000u, 10'000u, 100'000u, 1'000'000u}) {
     const std::string line = std::string(bytes - 1, 'x') + '\n';
     std::string all;
-    while (all.size() < 8'000'000) all += line;
+    // Many lines even of the longest: the memory of a record is new to each open file.
+    while (all.size() < std::max(8'000'000u, 64 * bytes)) all += line;
     write_file(path, all);
     job.begin(std::to_string(bytes), static_cast<double>(all.size()));
-    const auto add = [&](const char *name, uint32_t record_length, uint32_t encoding) {
-      const JXOpenOptions options = text_options(JX_ACCESS_INPUT, record_length, encoding);
+    const auto add = [&](const char *name, uint32_t encoding) {
+      const JXOpenOptions options = text_options(JX_ACCESS_INPUT, std::max(512u, bytes), encoding);
       job.add(
           name, [=](Watch &) { return tally_records(path, options); }, Kind::kModule);
     };
-    add("jxwem", std::max(512u, bytes), JX_ENCODING_UTF8);
-    add("jxwem, to JXChar", std::max(512u, 4 * bytes), JX_ENCODING_UTF32LE);
+    add("jxwem", JX_ENCODING_UTF8);
+    add("jxwem, to JXChar", JX_ENCODING_UTF32LE);
     job.add("getline(3)", [=](Watch &) { return tally_by_getline(path); });
     job.end(std::min(7, default_repetitions()));
   }
@@ -83,6 +84,7 @@ void lists_job(const std::string &path) {
     job.end(members > 100'000 ? 3 : std::min(7, default_repetitions()));
   }
   job.print();
+  fs::remove_all(path);
 }
 
 // Several copies, or removals, for a small tree, so that a pass is long enough to time.

@@ -4,6 +4,7 @@
 //
 //   BENCH_REPS   timed rounds of a case (default 15)
 //   BENCH_TSV    file to which every cell is appended as one line
+//   BENCH_FOLDER folder for test files, in memory (default /dev/shm)
 #pragma once
 
 #include <algorithm>

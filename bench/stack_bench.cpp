@@ -1,61 +1,187 @@
-// The lock-free stack against Boost's: threads push nodes of their own and pop as many.
-#include <benchmark/benchmark.h>
+// The shared stack: every thread, each on a processor in turn, takes a node and puts it back.
+#include <pthread.h>
+#include <sched.h>
 
+#include <atomic>
+#include <barrier>
 #include <boost/lockfree/stack.hpp>
 #include <cstddef>
+#include <mutex>
+#include <thread>
 
+#include "bench/contender.hpp"
 #include "jx/runtime.h"
 
 namespace {
 
-constexpr int kBatch = 16;  // nodes a thread has in the stack at most
-constexpr int kMostThreads = 4;
+using namespace jx::bench;
 
-struct Node {
-  void *link;
-  uint64_t value;
+struct alignas(64) Node {
+  uint64_t payload = 0;
+  void *link = nullptr;
 };
 
-struct alignas(64) Shared {
-  void *head = nullptr;
-};
+constexpr int kNodes = 256;
+constexpr int kPairs = 480'000;  // of a pass, all threads together
 
-Shared shared;
-alignas(64) Node nodes[kMostThreads][kBatch];
-
-// Pops until it gets one: other threads may hold the nodes that this one pushed.
-void jx_stack(benchmark::State &state) {
-  Node *own[kBatch];
-  for (int i = 0; i < kBatch; ++i) own[i] = &nodes[state.thread_index()][i];
-  for (auto _ : state) {
-    for (Node *node : own) jxAStackPush(&shared.head, node, offsetof(Node, link));
-    for (Node *&node : own) {
-      do {
-        node = static_cast<Node *>(jxAStackPop(&shared.head, offsetof(Node, link)));
-      } while (node == nullptr);
-    }
-  }
-  state.SetItemsProcessed(state.iterations() * 2 * kBatch);
-}
-BENCHMARK(jx_stack)->Threads(1)->Threads(2)->Threads(4)->UseRealTime();
-
-using BoostStack = boost::lockfree::stack<Node *, boost::lockfree::capacity<kMostThreads * kBatch>>;
-BoostStack boost_shared;
-
-void boost_stack(benchmark::State &state) {
-  Node *own[kBatch];
-  for (int i = 0; i < kBatch; ++i) own[i] = &nodes[state.thread_index()][i];
-  for (auto _ : state) {
-    for (Node *node : own) boost_shared.push(node);
-    for (Node *&node : own) {
-      while (!boost_shared.pop(node)) {
+template <typename Stack>
+void pop_push_pairs(Watch &watch, Stack &stack, int threads) {
+  std::barrier gate(threads + 1);
+  std::vector<std::thread> crew;
+  for (int t = 0; t < threads; ++t) {
+    crew.emplace_back([&, t] {
+      cpu_set_t own;
+      CPU_ZERO(&own);
+      CPU_SET(static_cast<unsigned>(t) % std::thread::hardware_concurrency(), &own);
+      pthread_setaffinity_np(pthread_self(), sizeof own, &own);
+      gate.arrive_and_wait();
+      for (int i = 0; i < kPairs / threads; ++i) {
+        Node *node = stack.pop();
+        if (!node) continue;
+        ++node->payload;
+        stack.push(node);
       }
+      gate.arrive_and_wait();
+    });
+  }
+  watch.start();
+  gate.arrive_and_wait();
+  gate.arrive_and_wait();
+  watch.stop();
+  for (auto &thread : crew) thread.join();
+}
+
+template <typename Mutex>
+class LockedVector {
+ public:
+  LockedVector() { nodes_.reserve(kNodes); }
+  void push(Node *node) {
+    const std::lock_guard hold(mutex_);
+    nodes_.push_back(node);
+  }
+  Node *pop() {
+    const std::lock_guard hold(mutex_);
+    if (nodes_.empty()) return nullptr;
+    Node *node = nodes_.back();
+    nodes_.pop_back();
+    return node;
+  }
+
+ private:
+  Mutex mutex_;
+  std::vector<Node *> nodes_;
+};
+
+template <typename Mutex>
+class LockedList {
+ public:
+  void push(Node *node) {
+    const std::lock_guard hold(mutex_);
+    node->link = head_;
+    head_ = node;
+  }
+  Node *pop() {
+    const std::lock_guard hold(mutex_);
+    Node *node = head_;
+    if (node) head_ = static_cast<Node *>(node->link);
+    return node;
+  }
+
+ private:
+  Mutex mutex_;
+  Node *head_ = nullptr;
+};
+
+class SpinLock {
+ public:
+  void lock() {
+    while (taken_.exchange(true, std::memory_order_acquire)) {
+      while (taken_.load(std::memory_order_relaxed)) relax();
     }
   }
-  state.SetItemsProcessed(state.iterations() * 2 * kBatch);
+  void unlock() { taken_.store(false, std::memory_order_release); }
+
+ private:
+  static void relax() {
+#if defined(__i386__) || defined(__x86_64__)
+    __builtin_ia32_pause();
+#endif
+  }
+  std::atomic<bool> taken_{false};
+};
+
+template <typename Base>
+class BoostStack {
+ public:
+  void push(Node *node) {
+    if constexpr (requires { stack_.bounded_push(node); }) {
+      stack_.bounded_push(node);
+    } else {
+      stack_.push(node);
+    }
+  }
+  Node *pop() {
+    Node *node = nullptr;
+    stack_.pop(node);
+    return node;
+  }
+
+ private:
+  Base stack_;
+};
+
+class ModuleStack {
+ public:
+  void push(Node *node) { jxAStackPush(&head_, node, offsetof(Node, link)); }
+  Node *pop() { return static_cast<Node *>(jxAStackPop(&head_, offsetof(Node, link))); }
+
+ private:
+  void *head_ = nullptr;
+};
+
+// The floor: two locked instructions on one shared word a pair.
+class LockedWord {
+ public:
+  void push(Node *) { word_.fetch_add(1); }
+  Node *pop() {
+    word_.fetch_sub(1);
+    static thread_local Node own;
+    return &own;
+  }
+
+ private:
+  std::atomic<uint32_t> word_{0};
+};
+
+template <typename Stack>
+void add_stack(Job &job, std::string name, int threads, Kind kind = Kind::kPeer) {
+  const auto nodes = std::make_shared<std::vector<Node>>(kNodes);
+  const auto stack = std::make_shared<Stack>();
+  for (Node &node : *nodes) stack->push(&node);
+  job.add(
+      std::move(name),
+      [nodes, stack, threads](Watch &watch) {
+        pop_push_pairs(watch, *stack, threads);
+        return uint64_t{0};
+      },
+      kind);
 }
-BENCHMARK(boost_stack)->Threads(1)->Threads(2)->Threads(4)->UseRealTime();
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main() {
+  using Fixed = boost::lockfree::stack<Node *, boost::lockfree::capacity<kNodes>>;
+  Job job("stack", "Shared stack, one node taken and put back", "ns/pair", 1e9, Clock::kWall);
+  for (const int threads : {1, 2, 4}) {
+    job.begin(std::to_string(threads) + (threads == 1 ? " thread" : " threads"), kPairs);
+    add_stack<LockedVector<std::mutex>>(job, "std::mutex, std::vector", threads);
+    add_stack<LockedList<std::mutex>>(job, "std::mutex, linked list", threads);
+    add_stack<LockedList<SpinLock>>(job, "spin lock, linked list", threads);
+    add_stack<BoostStack<Fixed>>(job, "boost::lockfree::stack, capacity", threads);
+    add_stack<ModuleStack>(job, kModule, threads, Kind::kModule);
+    add_stack<LockedWord>(job, "two locked instructions on one word", threads, Kind::kLimit);
+    job.end();
+  }
+  job.print();
+  return 0;
+}

@@ -5,13 +5,13 @@
 # Packages by purpose; each list is what the commands of that purpose use by name.
 packages_build=(g++-multilib cmake ninja-build ccache libcli11-dev nlohmann-json3-dev)
 packages_test=("${packages_build[@]}" googletest)
-packages_bench=("${packages_build[@]}" pkg-config libbenchmark-dev libboost-dev libfmt-dev
-  libglib2.0-dev)
+packages_bench=("${packages_build[@]}" pkg-config python3 libboost-dev libfmt-dev libglib2.0-dev
+  libicu-dev libunistring-dev libutfcpp-dev)
 # The libraries of aarch64 alone: its GNU compiler cannot be installed beside g++-multilib.
 packages_aarch64=(binutils-aarch64-linux-gnu clang-19 libsimde-dev libstdc++-12-dev-arm64-cross
   qemu-user-static)
 packages_check=("${packages_test[@]}" "${packages_aarch64[@]}" binutils clang-format clang-tidy-19
-  codespell libc6-dbg pkg-config python3 shellcheck valgrind)
+  codespell libboost-dev libc6-dbg libfmt-dev libutfcpp-dev pkg-config python3 shellcheck valgrind)
 
 say() { printf 'jxwem: %s\n' "$*" >&2; }
 die() { say "$*"; exit 1; }

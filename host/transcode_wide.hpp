@@ -194,8 +194,9 @@ void convert_wide_utf8(Cursor &cursor) {
   const uint8_t *const out_end = cursor.out_end;
   while (in != in_end) {
     const auto left = static_cast<size_t>(in_end - in);
-    const size_t count = left < Ops::kBytes ? left : whole_utf8_bytes<Ops>(in);
-    const auto block = Ops::load_block(in, count);
+    const bool is_full = left >= Ops::kBytes;
+    const size_t count = is_full ? whole_utf8_bytes<Ops>(in) : left;
+    const auto block = is_full ? Ops::load_start(in, count) : Ops::load_block(in, count);
     const auto top_bits = Ops::top_bits(block);
     const auto room = static_cast<size_t>(out_end - out) / Target::kUnitBytes;
     if (top_bits == 0) {
@@ -235,7 +236,7 @@ template <typename Ops, typename Source>
     const auto all =
         Ops::either(Ops::either(groups[0], groups[1]), Ops::either(groups[2], groups[3]));
     if (Ops::any_bits(all, 0xffffff80u)) return;
-    for (size_t i = 0; i < 4; ++i) Ops::store_bytes(out + i * Ops::kLanes, groups[i]);
+    Ops::store_bytes(out, groups);
     in += kStep * Source::kUnitBytes;
     out += kStep;
   }

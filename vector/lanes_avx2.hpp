@@ -34,6 +34,13 @@ struct LanesAvx2 {
     copy_few(copy, in, count);
     return _mm_load_si128(reinterpret_cast<const __m128i *>(copy));
   }
+  static Bytes load_start(const uint8_t *in, size_t count) {
+    const Bytes block = _mm_loadu_si128(reinterpret_cast<const __m128i *>(in));
+    const Bytes kept =
+        _mm_cmpgt_epi8(_mm_set1_epi8(static_cast<char>(count)),
+                       _mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15));
+    return _mm_and_si128(block, kept);
+  }
   static ByteMask top_bits(Bytes block) { return static_cast<ByteMask>(_mm_movemask_epi8(block)); }
   static ByteMask at_least(Bytes block, uint8_t limit) {
     const Bytes limits = _mm_set1_epi8(static_cast<char>(limit));
@@ -107,6 +114,12 @@ struct LanesAvx2 {
   static void store_bytes(uint8_t *out, Lanes lanes) {
     const __m128i halves = halves_of(lanes);
     _mm_storel_epi64(reinterpret_cast<__m128i *>(out), _mm_packus_epi16(halves, halves));
+  }
+  static void store_bytes(uint8_t *out, const Lanes (&groups)[4]) {
+    const Lanes bytes = _mm256_packus_epi16(_mm256_packus_epi32(groups[0], groups[1]),
+                                            _mm256_packus_epi32(groups[2], groups[3]));
+    const Lanes order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+    store_lanes(out, _mm256_permutevar8x32_epi32(bytes, order));
   }
   static Lanes swap_lanes(Lanes lanes) {
     const __m128i order = _mm_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);

@@ -37,10 +37,11 @@ struct LanesAvx512 {
 
   // --- Blocks ---
 
-  // `count` bytes, zeros after them.
+  // `count` bytes, zeros after them; load_start where the whole block may be read.
   static Bytes load_block(const uint8_t *in, size_t count) {
     return _mm256_maskz_loadu_epi8(first(count), in);
   }
+  static Bytes load_start(const uint8_t *in, size_t count) { return load_block(in, count); }
   static ByteMask top_bits(Bytes block) {
     return static_cast<ByteMask>(_mm256_movemask_epi8(block));
   }
@@ -119,6 +120,9 @@ struct LanesAvx512 {
   }
   static void store_bytes(uint8_t *out, Lanes lanes) {
     _mm_storeu_si128(reinterpret_cast<__m128i *>(out), _mm512_cvtepi32_epi8(lanes));
+  }
+  static void store_bytes(uint8_t *out, const Lanes (&groups)[4]) {
+    for (size_t i = 0; i < 4; ++i) store_bytes(out + i * kLanes, groups[i]);
   }
   static Lanes swap_lanes(Lanes lanes) {
     const __m128i order = _mm_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/transcode_groups.hpp"
+#include "host/transcode_page.hpp"
 #include "host/transcode_runs.hpp"
 #include "jx/jxhost.h"
 
@@ -32,12 +33,13 @@ constexpr size_t plain_max() {
 }
 
 // Converts in blocks. They stop before whatever needs a decision, and that is made one by one.
-template <typename Source, typename Target>
-JXStatus convert_in_blocks(const Step &step, const Source &source, const Target &target,
-                           Cursor &cursor) {
+template <typename Blocks, typename Source, typename Target>
+[[gnu::always_inline]] inline JXStatus convert_in_blocks(const Blocks &convert_blocks,
+                                                         const Source &source, const Target &target,
+                                                         Cursor &cursor) {
   constexpr size_t kOneByOne = 16;
   for (;;) {
-    step.wide(cursor);
+    convert_blocks(cursor);
     for (size_t i = 0; i < kOneByOne; ++i) {
       if (cursor.in == cursor.in_end) return JX_OK;
       bool is_cut = false;
@@ -53,7 +55,13 @@ template <typename Source, typename Target>
 JXStatus convert_pair(const Step &step, Cursor &cursor) {
   const Source source(step);
   const Target target(step);
-  if (step.wide) return convert_in_blocks(step, source, target, cursor);
+  if constexpr (kHasPage<Source, Target>) {
+    const auto blocks = [&page = *step.page](Cursor &at) {
+      convert_page_blocks<Source, Target>(page, at);
+    };
+    return convert_in_blocks(blocks, source, target, cursor);
+  }
+  if (step.wide) return convert_in_blocks(step.wide, source, target, cursor);
   Cursor at = {cursor.in, cursor.in_end, cursor.out, cursor.out_end};
   JXStatus status = JX_OK;
   bool is_cut = false;

@@ -1,9 +1,10 @@
 // SSE2 helpers of runs and groups. SSE2 is the baseline of both ABIs.
 #pragma once
 
-#include <emmintrin.h>
-
 #include "host/transcode_codecs.hpp"
+
+#ifndef JX_VECTOR_PLAIN
+#include "vector/sse2.hpp"
 
 namespace jxhost {
 
@@ -45,3 +46,4 @@ inline __m128i and_32(__m128i v, uint32_t mask) {
 inline __m128i all_32(uint32_t value) { return _mm_set1_epi32(static_cast<int>(value)); }
 
 }  // namespace jxhost
+#endif

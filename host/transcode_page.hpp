@@ -1,7 +1,8 @@
 // Single-byte encodings in blocks: runs of ASCII where the page agrees with it, and eight table
 // look-ups without a branch between them. Text in blocks ends before the first byte without a
 // character or character without a byte.
-// Measured against iconv, 80 characters a call: see bench/transcode_bench.cpp.
+// Measured by bench/transcode_bench for European lines of 80 characters, iconv is 1 (i386, x86-64):
+// 0.98, 0.63 decoded and 0.84, 0.78 encoded.
 #pragma once
 
 #include <type_traits>

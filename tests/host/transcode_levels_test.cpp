@@ -16,6 +16,9 @@ namespace {
 using namespace std::string_literals;
 using vector::Level;
 
+constexpr JXStatus kMalformed = JXHOST_E_MALFORMED;
+constexpr JXStatus kUnmappable = JXHOST_E_UNMAPPABLE;
+
 constexpr uint32_t kEncodings[] = {20, 24, 25, 26, 27, 62};
 
 // Bytes that end or begin at a page that cannot be touched.
@@ -231,6 +234,30 @@ TEST_P(TranscodeLevels, StopAtEveryCutAndUseEveryRoom) {
         for (size_t cut = 0; cut <= text.size(); ++cut) convert.check(text.substr(0, cut));
         for (size_t room = 0; room <= chars.size() * 4 + 8; ++room) convert.check(text, room);
       }
+    }
+  }
+}
+
+TEST(TranscodePages, StopBeforeWhatTheyLackAndFillEveryRoom) {
+  TestHost host;
+  const Converter decode(host, 1253, 27), encode(host, 27, 1253);
+  for (const char letter : {'a', '\xe1'}) {
+    const char32_t character = letter == 'a' ? U'a' : U'\x3b1';
+    for (size_t before = 0; before < 45; ++before) {
+      for (const size_t after : {0, 1, 7, 30}) {
+        const std::string bytes = std::string(before, letter) + '\xaa' + std::string(after, 'z');
+        EXPECT_EQ(decode(bytes), Outcome(kMalformed, jxchars(std::u32string(before, character))));
+        // A character that differs from one of the page only above its lower 16 bits.
+        const std::u32string text = std::u32string(before, character) +
+                                    static_cast<char32_t>(character | 0x10000) +
+                                    std::u32string(after, U'z');
+        EXPECT_EQ(encode(jxchars(text)), Outcome(kUnmappable, std::string(before, letter)));
+      }
+      const std::string whole(44, letter);
+      const std::string chars = jxchars(std::u32string(44, character));
+      const JXStatus status = before == 44 ? JX_OK : JXHOST_E_NOROOM;
+      EXPECT_EQ(encode(chars, before), Outcome(status, whole.substr(0, before)));
+      EXPECT_EQ(decode(whole, before * 4), Outcome(status, chars.substr(0, before * 4)));
     }
   }
 }

@@ -39,6 +39,7 @@ std::unique_ptr<const CodePage> CodePage::create(const Encoding &encoding) {
 
 bool CodePage::enter(uint8_t byte, JXChar c) {
   characters_[byte] = c;
+  if (byte < 0x80 && c != byte) has_ascii_ = false;
   if (c == kNone) return true;
   if (c >= 0x10000) return false;
   uint8_t &row = row_of_[c >> 8];

@@ -20,12 +20,12 @@ class CodePage {
   // the characters are too spread out for the table, or when out of memory.
   static std::unique_ptr<const CodePage> create(const Encoding &encoding);
 
+  // Tells whether the bytes below 128 are ASCII.
+  bool has_ascii() const { return has_ascii_; }
   // The character of a byte, or kNone.
   JXChar character(uint8_t byte) const { return characters_[byte]; }
   // The byte of a character. Valid only if character() of it gives the same character.
-  uint8_t byte(JXChar c) const {
-    return c < 0x10000 ? rows_[row_of_[c >> 8]][c & 0xff] : uint8_t{0};
-  }
+  uint8_t byte(JXChar c) const { return rows_[row_of_[c >> 8 & 0xff]][c & 0xff]; }
 
  private:
   static constexpr size_t kRows = 24;
@@ -37,6 +37,7 @@ class CodePage {
   std::array<uint8_t, 256> row_of_{};                   // by the upper byte; row 0 stays empty
   std::array<std::array<uint8_t, 256>, kRows> rows_{};  // by the lower byte
   size_t used_rows_ = 1;
+  bool has_ascii_ = true;
 };
 
 }  // namespace jxhost

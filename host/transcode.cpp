@@ -12,6 +12,8 @@
 namespace jxhost {
 namespace {
 
+using jx::vector::Level;
+
 // The buffer between the two steps of a chain.
 struct Between {
   static constexpr size_t kChars = 512;
@@ -85,21 +87,24 @@ Pair direct_pair(Form from, Form to) {
 }
 
 // Sets up one step of a chain, between an encoding and JXChar.
-bool set_up_step(Step &step, const Encoding &encoding, bool decodes) {
+bool set_up_step(Step &step, const Encoding &encoding, bool decodes, Level level) {
   if (encoding.form == Form::kPage) {
     step.page = CodePage::create(encoding);
     if (!step.page) return false;
   }
-  step.convert = decodes ? direct_pair(encoding.form, Form::kUtf32Le).convert
-                         : direct_pair(Form::kUtf32Le, encoding.form).convert;
+  const Form from = decodes ? encoding.form : Form::kUtf32Le;
+  const Form to = decodes ? Form::kUtf32Le : encoding.form;
+  step.convert = direct_pair(from, to).convert;
+  step.wide = wide_conversion(from, to, level);
   if (step.convert) return true;
   return decodes ? set_up_iconv_decode(step, encoding) : set_up_iconv_encode(step, encoding);
 }
 
-bool set_up_chain(Transcoder &transcoder, const Encoding &from, const Encoding &to) {
+bool set_up_chain(Transcoder &transcoder, const Encoding &from, const Encoding &to, Level level) {
   std::unique_ptr<Chain> chain(new (std::nothrow) Chain());
   if (!chain) return false;
-  if (!set_up_step(chain->decode, from, true) || !set_up_step(chain->encode, to, false)) {
+  if (!set_up_step(chain->decode, from, true, level) ||
+      !set_up_step(chain->encode, to, false, level)) {
     return false;
   }
   transcoder.transcode = transcode_chain;
@@ -156,15 +161,34 @@ JXStatus finish(const Step &step, Cursor &cursor) {
   return status;
 }
 
-bool set_up(Transcoder &transcoder, const Encoding &from, const Encoding &to) {
+WideConvert wide_conversion([[maybe_unused]] Form from, [[maybe_unused]] Form to, Level level) {
+  switch (level) {
+#if JX_VECTOR_X86 && !defined(JX_VECTOR_PLAIN)
+    case Level::avx512:
+      return wide_avx512(from, to);
+    case Level::avx2:
+      return wide_avx2(from, to);
+#endif
+    default:
+      return nullptr;
+  }
+}
+
+Level best_level() {
+  static const Level level = jx::vector::processor_level();
+  return level;
+}
+
+bool set_up(Transcoder &transcoder, const Encoding &from, const Encoding &to, Level level) {
   // Between equal encodings of the C library text is copied: in some of them the way through JXChar
   // and back does not give the same bytes.
   const bool is_copy = from.number == to.number && from.form >= Form::kPage;
   const Pair pair =
       is_copy ? direct_pair(Form::kByte, Form::kByte) : direct_pair(from.form, to.form);
-  if (!pair.slot) return set_up_chain(transcoder, from, to);
+  if (!pair.slot) return set_up_chain(transcoder, from, to, level);
   transcoder.transcode = pair.slot;
   transcoder.step.convert = pair.convert;
+  transcoder.step.wide = is_copy ? nullptr : wide_conversion(from.form, to.form, level);
   if (is_copy || (from.form != Form::kPage && to.form != Form::kPage)) return true;
   transcoder.step.page = CodePage::create(from.form == Form::kPage ? from : to);
   return transcoder.step.page != nullptr;

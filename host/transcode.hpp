@@ -10,6 +10,7 @@
 #include "host/encodings.hpp"
 #include "host/host.hpp"
 #include "jx/host.h"
+#include "vector/processor.hpp"
 
 namespace jxhost {
 
@@ -35,6 +36,18 @@ struct Cursor {
 // cursor.out_end may be overwritten, none beyond.
 using Convert = JXStatus (*)(const Step &step, Cursor &cursor);
 
+// Converts what it can at the start of the input, in blocks, and stops at a character boundary: at
+// the latest before a character that is malformed, cut off, not in the target or without room.
+using WideConvert = void (*)(Cursor &cursor);
+
+// The conversion in blocks of a level; null when it has none, as the base level, whose loops are in
+// transcode_pair.hpp.
+WideConvert wide_conversion(Form from, Form to, jx::vector::Level level);
+WideConvert wide_avx2(Form from, Form to);
+WideConvert wide_avx512(Form from, Form to);
+// The best level of the running processor, found out once.
+jx::vector::Level best_level();
+
 // The slot of a transcoder.
 using TranscodeSlot = decltype(JXTranscoder::transcode);
 
@@ -58,6 +71,7 @@ class IconvHandle {
 // One step of a conversion; owns the resources it needs.
 struct Step {
   Convert convert = nullptr;
+  WideConvert wide = nullptr;                // the conversion in blocks of a direct pair, or null
   std::unique_ptr<const CodePage> page;      // the table of a single-byte encoding
   IconvHandle iconv;                         // a conversion of the C library
   bool flushes = false;                      // iconv may have output pending at the end of a call
@@ -112,9 +126,10 @@ JXStatus hold(Transcoder &transcoder, Cursor &cursor);
 // Ends a call that stops at a character boundary: writes pending output of the steps.
 JXStatus finish(const Step &step, Cursor &cursor);
 
-// Sets up the conversion between two encodings. False when the C library does not offer it or when
-// out of memory.
-bool set_up(Transcoder &transcoder, const Encoding &from, const Encoding &to);
+// Sets up the conversion between two encodings with the vectors of a level, which the processor
+// must have. False when the C library does not offer it or when out of memory.
+bool set_up(Transcoder &transcoder, const Encoding &from, const Encoding &to,
+            jx::vector::Level level = best_level());
 
 // Sets up a step through iconv: from an encoding to JXChar, or from JXChar to an encoding.
 bool set_up_iconv_decode(Step &step, const Encoding &from);

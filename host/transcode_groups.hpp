@@ -13,10 +13,13 @@ struct Lanes {
   static constexpr size_t kBytes = 0;
 };
 
+#ifndef JX_VECTOR_PLAIN
+
 template <>
 struct Lanes<Latin1> {
   static constexpr size_t kBytes = 4;
   static constexpr bool kMixed = true;
+  using Group = __m128i;
 
   static bool begins_group(const Cursor &at) { return at.in_bytes() >= kBytes; }
   static size_t read(const uint8_t *in, __m128i &chars) {
@@ -39,6 +42,7 @@ template <std::endian kOrder>
 struct Lanes<Utf32Codec<kOrder>> {
   static constexpr size_t kBytes = 16;
   static constexpr bool kMixed = true;
+  using Group = __m128i;
 
   static bool begins_group(const Cursor &at) {
     return at.in_bytes() >= kBytes && Utf32Codec<kOrder>::load(at.in) < 0x10000;
@@ -59,6 +63,7 @@ template <std::endian kOrder>
 struct Lanes<Utf16Codec<kOrder>> {
   static constexpr size_t kBytes = 8;
   static constexpr bool kMixed = true;
+  using Group = __m128i;
 
   static bool begins_group(const Cursor &at) {
     return at.in_bytes() >= kBytes && !is_surrogate(Utf16Codec<kOrder>::load(at.in));
@@ -80,6 +85,7 @@ template <>
 struct Lanes<Utf8Codec> {
   static constexpr size_t kBytes = 13;  // four times three, and one more that is loaded
   static constexpr bool kMixed = false;
+  using Group = __m128i;
 
   static bool begins_group(const Cursor &at) {
     if (at.in_bytes() < kBytes || at.in[0] < 0xc2 || at.in[0] >= 0xf0) return false;
@@ -165,6 +171,8 @@ struct Lanes<Utf8Codec> {
   }
 };
 
+#endif
+
 // Whether a pair of encodings converts in groups.
 template <typename Source, typename Target>
 inline constexpr bool kHasGroups =  // NOLINTNEXTLINE(misc-redundant-expression): of two types
@@ -183,7 +191,7 @@ template <typename Source, typename Target>
   int plain = 0;
   while (plain < 2 && static_cast<size_t>(in_end - in) >= Reader::kBytes &&
          static_cast<size_t>(out_end - out) >= Writer::kBytes) {
-    __m128i chars;
+    typename Reader::Group chars;
     const size_t read = Reader::read(in, chars);
     if (read == 0) break;
     const size_t written = Writer::write(out, chars);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/transcode_groups.hpp"
+#include "host/transcode_page.hpp"
 #include "host/transcode_runs.hpp"
 #include "jx/jxhost.h"
 
@@ -31,11 +32,36 @@ constexpr size_t plain_max() {
   return 8;
 }
 
-// A Convert: runs in blocks, the characters between them singly and in groups.
+// Converts in blocks. They stop before whatever needs a decision, and that is made one by one.
+template <typename Blocks, typename Source, typename Target>
+[[gnu::always_inline]] inline JXStatus convert_in_blocks(const Blocks &convert_blocks,
+                                                         const Source &source, const Target &target,
+                                                         Cursor &cursor) {
+  constexpr size_t kOneByOne = 16;
+  for (;;) {
+    convert_blocks(cursor);
+    for (size_t i = 0; i < kOneByOne; ++i) {
+      if (cursor.in == cursor.in_end) return JX_OK;
+      bool is_cut = false;
+      const JXStatus status = convert_one(source, target, cursor, is_cut);
+      if (status != JX_OK || is_cut) return status;
+    }
+  }
+}
+
+// A Convert: in blocks where the processor's level has them; else runs in blocks, the characters
+// between them singly and in groups.
 template <typename Source, typename Target>
 JXStatus convert_pair(const Step &step, Cursor &cursor) {
   const Source source(step);
   const Target target(step);
+  if constexpr (kHasPage<Source, Target>) {
+    const auto blocks = [&page = *step.page](Cursor &at) {
+      convert_page_blocks<Source, Target>(page, at);
+    };
+    return convert_in_blocks(blocks, source, target, cursor);
+  }
+  if (step.wide) return convert_in_blocks(step.wide, source, target, cursor);
   Cursor at = {cursor.in, cursor.in_end, cursor.out, cursor.out_end};
   JXStatus status = JX_OK;
   bool is_cut = false;

@@ -7,6 +7,8 @@
 
 namespace jxhost {
 
+#ifndef JX_VECTOR_PLAIN
+
 // Loads eight units of two or four bytes as 16-bit lanes. Units above 0x7fff stay above it as
 // unsigned values.
 template <typename Source>
@@ -85,6 +87,8 @@ size_t copy_blocks(const uint8_t *in, uint8_t *out, size_t units) {
   return units;
 }
 
+#endif
+
 // The highest character of a run; 0 when the pair has none.
 template <typename Source, typename Target>
 inline constexpr JXChar kRunLimit = std::min(Source::kRunLimit, Target::kRunLimit);
@@ -104,8 +108,10 @@ inline bool starts_run(const Cursor &at) {
 template <typename Source, typename Target>
 [[gnu::noinline]] size_t copy_units(const uint8_t *in, uint8_t *out, size_t units) {
   constexpr JXChar kLimit = kRunLimit<Source, Target>;
+#ifndef JX_VECTOR_PLAIN
   if (units >= 16) return copy_blocks<Source, Target, kLimit, 16>(in, out, units);
   if (units >= 8) return copy_blocks<Source, Target, kLimit, 8>(in, out, units);
+#endif
   size_t done = 0;
   for (; done < units; ++done) {
     const auto unit = Source::load(in + done * Source::kUnitBytes);

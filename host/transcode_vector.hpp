@@ -2,6 +2,8 @@
 #pragma once
 
 #include "host/transcode_codecs.hpp"
+
+#ifndef JX_VECTOR_PLAIN
 #include "vector/sse2.hpp"
 
 namespace jxhost {
@@ -44,3 +46,4 @@ inline __m128i and_32(__m128i v, uint32_t mask) {
 inline __m128i all_32(uint32_t value) { return _mm_set1_epi32(static_cast<int>(value)); }
 
 }  // namespace jxhost
+#endif

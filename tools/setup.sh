@@ -7,7 +7,8 @@ packages_build=(g++-multilib cmake ninja-build ccache libcli11-dev nlohmann-json
 packages_test=("${packages_build[@]}" googletest)
 packages_bench=("${packages_build[@]}" pkg-config libbenchmark-dev libboost-dev libfmt-dev
   libglib2.0-dev)
-packages_check=("${packages_test[@]}" binutils clang-19 clang-format clang-tidy-19 codespell
+packages_fuzz=("${packages_test[@]}" clang-19 libclang-rt-19-dev)
+packages_check=("${packages_fuzz[@]}" binutils clang-format clang-tidy-19 codespell
   libc6-dbg pkg-config python3 shellcheck valgrind)
 
 say() { printf 'jxwem: %s\n' "$*" >&2; }

@@ -3,7 +3,7 @@
 add_library(jx_warnings INTERFACE)
 target_compile_options(jx_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
-if(JX_SANITIZE)
-  # What the sanitizers insert makes the compiler see uninitialized values that are none.
+if(JX_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # What the sanitizers insert makes this compiler see uninitialized values that are none.
   target_compile_options(jx_warnings INTERFACE -Wno-maybe-uninitialized)
 endif()

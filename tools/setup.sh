@@ -10,7 +10,8 @@ packages_bench=("${packages_build[@]}" pkg-config python3 libboost-dev libfmt-de
 # The libraries of aarch64 alone: its GNU compiler cannot be installed beside g++-multilib.
 packages_aarch64=(binutils-aarch64-linux-gnu clang-19 libsimde-dev libstdc++-12-dev-arm64-cross
   qemu-user-static)
-packages_check=("${packages_test[@]}" "${packages_aarch64[@]}" binutils clang-format clang-tidy-19
+packages_fuzz=("${packages_test[@]}" clang-19 libclang-rt-19-dev)
+packages_check=("${packages_fuzz[@]}" "${packages_aarch64[@]}" binutils clang-format clang-tidy-19
   codespell libboost-dev libc6-dbg libfmt-dev libutfcpp-dev pkg-config python3 shellcheck valgrind)
 
 say() { printf 'jxwem: %s\n' "$*" >&2; }

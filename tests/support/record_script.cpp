@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <initializer_list>
-#include <random>
 
 #include "support/text_model.hpp"
 
@@ -19,7 +18,7 @@ constexpr std::initializer_list<uint32_t> kLargeLengths = {255,  1000, 8180,   8
 
 class Maker {
  public:
-  explicit Maker(uint32_t seed) : random_(seed) {}
+  explicit Maker(Choices *choices) : choices_(*choices) {}
 
   Script make() {
     Script script;
@@ -30,7 +29,7 @@ class Maker {
   }
 
  private:
-  uint32_t below(uint32_t limit) { return static_cast<uint32_t>(random_() % limit); }
+  uint32_t below(uint32_t limit) { return static_cast<uint32_t>(choices_.below(limit)); }
   bool one_in(uint32_t count) { return below(count) == 0; }
   uint32_t any_of(std::initializer_list<uint32_t> values) {
     return values.begin()[below(static_cast<uint32_t>(values.size()))];
@@ -198,7 +197,7 @@ class Maker {
     return step;
   }
 
-  std::mt19937 random_;
+  Choices &choices_;
   uint32_t format_ = 0, length_ = 0;
   uint32_t file_encoding_ = 0, record_encoding_ = 0, unit_bytes_ = 1;
 };
@@ -247,6 +246,6 @@ std::string describe(const Script &script) {
   return text;
 }
 
-Script make_script(uint32_t seed) { return Maker(seed).make(); }
+Script make_script(Choices *choices) { return Maker(choices).make(); }
 
 }  // namespace jx::test

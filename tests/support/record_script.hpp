@@ -1,5 +1,5 @@
 // Random scripts of file operations: the content of the file, how it is opened, what is read and
-// written. A seed makes the same script everywhere.
+// written.
 #pragma once
 
 #include <cstdint>
@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "jx/wem.h"
+#include "support/choices.hpp"
 
 namespace jx::test {
 
@@ -28,7 +29,7 @@ struct Script {
   std::vector<Step> steps;
 };
 
-Script make_script(uint32_t seed);
+Script make_script(Choices *choices);
 
 // For people.
 std::string describe(const Script &script);

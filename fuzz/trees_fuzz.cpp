@@ -1,0 +1,172 @@
+// Trees of files, folders and links with names of any bytes: listed, read by a handle, copied and
+// removed, against what the C++ library finds.
+#include <sys/stat.h>
+
+#include <set>
+#include <tuple>
+
+#include "fuzz/scratch.hpp"
+
+namespace jx::fuzz {
+namespace {
+
+// Size, whether it is a directory; -1 and 0 for what has no attributes.
+using Facts = std::pair<int64_t, uint32_t>;
+
+class Tree {
+ public:
+  explicit Tree(FuzzedDataProvider *input) : input_(*input) {
+    empty_scratch();
+    fs::create_directory(root());
+    write_file(scratch() / "outside", "outside");
+    add_members(root(), 3);
+  }
+
+  static fs::path root() { return scratch() / "tree"; }
+  bool has_links() const { return has_links_; }
+
+ private:
+  std::string name() {
+    static constexpr const char *kNames[] = {"a", "b.c", ".hidden",  "..x",  "two words", "$A",
+                                             "~", "-rf", "\xFF\x80", "a\nb", "blanks  "};
+    if (input_.ConsumeIntegral<uint8_t>() % 4 != 0) return input_.PickValueInArray(kNames);
+    std::string name = input_.ConsumeRandomLengthString(255);
+    for (char &byte : name) byte = byte == '/' || byte == '\0' ? 'x' : byte;
+    return name.empty() || name == "." || name == ".." ? "dots" : name;
+  }
+
+  void add_members(const fs::path &folder, uint32_t depth) {
+    for (auto count = input_.ConsumeIntegralInRange<uint32_t>(0, 6); count > 0; --count) {
+      const fs::path path = folder / name();
+      if (fs::exists(fs::symlink_status(path))) continue;
+      const auto kind = input_.ConsumeIntegral<uint8_t>() % 8;
+      if (kind < 3 && depth > 0) {
+        fs::create_directory(path);
+        add_members(path, depth - 1);
+      } else if (kind == 3) {
+        static constexpr const char *kTargets[] = {"nothing", ".", "..", "../outside", "a"};
+        fs::create_symlink(input_.PickValueInArray(kTargets), path);
+        has_links_ = true;
+      } else {
+        write_file(path, std::string(input_.ConsumeIntegral<uint16_t>() % 9000, 'x'));
+      }
+    }
+  }
+
+  FuzzedDataProvider &input_;
+  bool has_links_ = false;
+};
+
+Facts facts_of(const fs::path &path) {
+  struct stat status;
+  if (::stat(path.c_str(), &status) != 0) return {-1, 0};
+  return {status.st_size, S_ISDIR(status.st_mode) ? 1 : 0};
+}
+
+// Every member that a list shows: those whose names do not begin with a dot.
+std::map<std::string, Facts> expected_list(const fs::path &folder, uint32_t flags) {
+  std::map<std::string, Facts> members = {{folder.string(), {-1, 1}}};
+  for (const auto &entry : fs::directory_iterator(folder)) {
+    const std::string name = entry.path().filename().string();
+    if (name.starts_with('.')) continue;
+    Facts &facts = members[(flags & JX_LIST_FULL_PATH) != 0 ? entry.path().string() : name];
+    facts = {-1, 0};
+    if ((flags & JX_LIST_INFORMATION) != 0) facts = facts_of(entry.path());
+  }
+  return members;
+}
+
+// A list follows expansion: names with a "$" or trailing blanks name other files in full paths.
+bool is_literal(const std::string &path) {
+  return path.find('$') == std::string::npos && !path.ends_with(' ');
+}
+
+void check_list(const fs::path &folder, uint32_t flags) {
+  const Name name(folder.string());
+  uint64_t count = 0;
+  JXStatus status = 0;
+  JXTable *table = instance()->directory_list(instance(), name.data(), name.chars(),
+                                              JX_DIRECTORY_NAMED, flags, &count, &status);
+  require((table != nullptr) == (status == JX_OK), "a table without success");
+  if (!table) return;
+  std::map<std::string, Facts> found;
+  bool all_literal = true;
+  const JXTableEntry *entry = jxhost_table_first(table);
+  for (; entry; entry = jxhost_table_next(entry)) {
+    const auto *record = static_cast<const JXDirectoryEntry *>(entry->value);
+    const std::string member = narrow(record->name, static_cast<uint32_t>(record->name_chars));
+    all_literal = all_literal && is_literal(member);
+    found[member] = {record->size_bytes, record->is_dir & 1};
+  }
+  const auto expected = expected_list(folder, flags);
+  for (const auto &[member, facts] : expected) all_literal = all_literal && is_literal(member);
+  require(count == expected.size(), "the count of a list");
+  require(!all_literal || found == expected, "the members of a list");
+  (void)table->destroy_table(table);
+}
+
+void check_handle(const fs::path &folder, uint32_t options) {
+  const Name name(folder.string());
+  JXStatus status = 0;
+  JXDirectory *directory = instance()->directory_open(instance(), name.data(), name.chars(),
+                                                      options, 0, nullptr, nullptr, &status);
+  require((directory != nullptr) == (status == JX_OK), "a handle without success");
+  if (!directory) return;
+  const bool reads_all = (options & JX_DIRECTORY_OPEN_ALL) != 0;
+  std::set<std::string> found, expected;
+  if (reads_all) expected = {".", ".."};
+  JXChar member[JX_NAME_MAX_CHARS];
+  for (uint32_t chars = JX_NAME_MAX_CHARS;
+       (status = directory->read(directory, member, &chars)) == JX_OK; chars = JX_NAME_MAX_CHARS) {
+    require(found.insert(narrow(member, chars)).second, "a member twice");
+  }
+  require(status == JXWEM_E_EOF, "the end of a directory");
+  for (const auto &entry : fs::directory_iterator(folder)) {
+    const std::string visible = entry.path().filename().string();
+    if (reads_all || !visible.starts_with('.')) expected.insert(visible);
+  }
+  require(found == expected, "the members that a handle reads");
+  require(directory->close(directory) == JX_OK, "a handle closes");
+}
+
+void check_copy_and_removal(const Tree &tree) {
+  const auto before = look(Tree::root());
+  const Name from(Tree::root().string()), to((scratch() / "copy").string());
+  const JXStatus copied =
+      instance()->copy(instance(), from.data(), from.chars(), to.data(), to.chars());
+  require(look(Tree::root()) == before, "a copy changed its source");
+  if (!tree.has_links()) {
+    require(copied == JX_OK, "a copy");
+    require(look(scratch() / "copy") == before, "the members of a copy");
+  }
+  // A link that names no file, or a folder, ends a removal.
+  const JXStatus removed =
+      instance()->remove(instance(), from.data(), from.chars(), JX_REMOVE_CONTENTS);
+  require(tree.has_links() || removed == JX_OK, "a removal");
+  require((removed == JX_OK) == !fs::exists(Tree::root()), "what a removal leaves");
+  require(read_file(scratch() / "outside") == "outside", "a removal went through a link");
+}
+
+void run(FuzzedDataProvider *input) {
+  const Tree tree(input);
+  std::vector<fs::path> folders = {Tree::root()};
+  for (const auto &entry : fs::recursive_directory_iterator(Tree::root())) {
+    const bool is_named = entry.path().string().find_first_of("$~") == std::string::npos;
+    if (!entry.is_symlink() && entry.is_directory() && is_named) folders.push_back(entry.path());
+  }
+  for (const fs::path &folder : folders) {
+    if (!is_literal(folder.string())) continue;
+    for (const uint32_t flags : {0u, 1u, 2u, 3u}) check_list(folder, flags);
+    for (const uint32_t options : {0u, JX_DIRECTORY_OPEN_ALL}) check_handle(folder, options);
+  }
+  check_copy_and_removal(tree);
+}
+
+}  // namespace
+}  // namespace jx::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  FuzzedDataProvider input(data, size);
+  jx::fuzz::run(&input);
+  return 0;
+}

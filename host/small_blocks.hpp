@@ -81,6 +81,8 @@ class SmallBlocks {
   // The sanitizer watches the ends of blocks from malloc.
 #if defined(__SANITIZE_ADDRESS__)
   static constexpr bool kCuts = false;
+#elif defined(__has_feature)
+  static constexpr bool kCuts = !__has_feature(address_sanitizer);
 #else
   static constexpr bool kCuts = true;
 #endif

@@ -138,9 +138,9 @@ struct Call {
                                     JXChar *buffer, JXChar *limit, const JXChar *text_done,
                                     JXChar *at, const JXChar *start, const JXLocale *locale,
                                     Arguments *arguments, uint32_t *length_out) {
-  const Format format = {format_text, format_end};
-  Call call = {format, buffer, limit, text_done, at};
-  Sink sink(call.buffer, call.at, call.limit);
+  const Format format __attribute__((uninitialized)) = {format_text, format_end};
+  Call call __attribute__((uninitialized)) = {format, buffer, limit, text_done, at};
+  Sink sink __attribute__((uninitialized)) (buffer, at, limit);
   JXStatus status = JX_OK;
   for (;;) {
     uint64_t refused_chars = 0;

@@ -95,10 +95,16 @@ inline void copy_chars(const uint32_t *source, size_t count, uint32_t *destinati
     std::memcpy(destination, source, count * sizeof(uint32_t));
     return;
   }
-  for (; count >= kStep; count -= kStep, source += kStep, destination += kStep) {
-    std::memcpy(destination, source, kStep * sizeof(uint32_t));
+  if (count < kStep) {
+    for (; count > 0; --count) *destination++ = *source++;
+    return;
   }
-  for (; count > 0; --count) *destination++ = *source++;
+  for (size_t done = 0; done + kStep < count; done += kStep) {
+    std::memcpy(destination + done, source + done, kStep * sizeof(uint32_t));
+  }
+  // The last block may overlap the one before.
+  const size_t last = count - kStep;
+  std::memcpy(destination + last, source + last, kStep * sizeof(uint32_t));
 }
 
 }  // namespace jx

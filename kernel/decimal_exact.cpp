@@ -94,7 +94,7 @@ uint32_t write_large_integer(DecomposedDouble value, JXChar *digits) {
   }
   while (groups[group_count - 1] == 0) --group_count;
   uint32_t count = decimal_count(groups[group_count - 1]);
-  write_decimal(digits + count, groups[group_count - 1]);
+  write_decimal(digits, groups[group_count - 1], count);
   for (uint32_t i = group_count - 1; i-- > 0; count += kStepDigits) {
     write_step(digits + count, groups[i]);
   }
@@ -154,7 +154,7 @@ void start_below_one(Fraction *fraction, Decimal *out) {
   }
   out->count = decimal_count(group);
   out->point += static_cast<int32_t>(out->count);
-  write_decimal(out->digits + out->count, group);
+  write_decimal(out->digits, group, out->count);
 }
 
 }  // namespace
@@ -166,7 +166,7 @@ uint32_t write_integer_part(DecomposedDouble value, JXChar *digits) {
                                              : value.significand >> -value.exponent;
   if (whole == 0) return 0;
   const uint32_t count = decimal_count(whole);
-  write_decimal(digits + count, whole);
+  write_decimal(digits, whole, count);
   return count;
 }
 

@@ -205,7 +205,7 @@ void round_to_digits(DecomposedDouble value, int32_t exponent, int64_t wanted, D
     return;
   }
   out->count = static_cast<uint32_t>(digits);
-  write_decimal(out->digits + out->count, scaled);
+  write_digit_pairs(out->digits, scaled, out->count);
 }
 
 }  // namespace jx

@@ -161,14 +161,25 @@ class Arguments {
   Value numbered_[kArgumentCount];  // valid when has_numbered_ is set
 };
 
+inline JXChar decimal_point_of(const JXLocale *locale) {
+  return locale ? locale->decimal_point : JXChar{'.'};
+}
+
 // The output buffer. A piece is appended whole or not at all, and counted either way. After the
 // first piece that does not fit, nothing more is written.
 class Sink {
  public:
   Sink(JXChar *buffer, int32_t capacity_chars)
-      : buffer_(buffer ? buffer : &nowhere_),
-        end_(buffer_),
-        room_chars_(static_cast<uint32_t>(std::max(capacity_chars, 0))) {}
+      : buffer_(buffer), end_(buffer), limit_(limit_of(buffer, capacity_chars)) {}
+  // The output up to `end` is there already.
+  Sink(JXChar *buffer, JXChar *end, JXChar *limit) : buffer_(buffer), end_(end), limit_(limit) {}
+
+  // The end of the room, which is that of the address space at most. A null buffer has none.
+  static JXChar *limit_of(JXChar *buffer, int32_t capacity_chars) {
+    if (!buffer) return nullptr;
+    const size_t most = ~reinterpret_cast<uintptr_t>(buffer) / sizeof(JXChar);
+    return buffer + std::min(static_cast<size_t>(std::max(capacity_chars, 0)), most);
+  }
 
   // Characters of all pieces, written or not.
   uint64_t chars() const { return static_cast<uint64_t>(end_ - buffer_) + refused_chars_; }
@@ -182,15 +193,21 @@ class Sink {
   }
   // The same without the refusal: the caller may try smaller pieces.
   JXChar *append_if_fits(uint64_t chars) {
-    if (chars > room_chars_) return nullptr;
-    room_chars_ -= static_cast<uint32_t>(chars);
+    if (chars > static_cast<size_t>(limit_ - end_)) return nullptr;
     return std::exchange(end_, end_ + chars);
   }
 
+  // For a routine that writes at end() itself, up to limit(): moves the end after what it wrote,
+  // and counts a piece that did not fit.
+  JXChar *end() const { return end_; }
+  JXChar *limit() const { return limit_; }
+  void move_end(JXChar *end, uint64_t refused_chars) {
+    end_ = end;
+    if (refused_chars != 0) refuse(refused_chars);
+  }
   // For a routine that takes a buffer: it writes at end(), up to room_chars() characters, and
   // append_written() then appends the piece, or refuses it by the routine's status.
-  JXChar *end() const { return end_; }
-  int32_t room_chars() const { return static_cast<int32_t>(room_chars_); }
+  int32_t room_chars() const { return static_cast<int32_t>(limit_ - end_); }
   void append_written(JXStatus status, uint32_t chars) {
     if (status != JX_OK || !append_if_fits(chars)) refuse(chars);
   }
@@ -212,18 +229,17 @@ class Sink {
   // Counts a piece that does not fit, and leaves no room for others.
   void refuse(uint64_t chars) {
     refused_chars_ += chars;
-    room_chars_ = 0;
+    limit_ = end_;
   }
 
-  JXChar nowhere_;  // replaces a null buffer: the address of an empty piece is not null
   JXChar *buffer_;
   JXChar *end_;                 // of the output, where the next piece goes
-  uint32_t room_chars_;         // after end_
+  JXChar *limit_;               // of the room
   uint64_t refused_chars_ = 0;  // of the pieces that did not fit; these are never empty
 };
 
 // Appends the field of one directive, or "<<", its text and ">>" if it is not valid.
-void put_directive(const JXChar *format, const Directive &directive, JXChar decimal_point,
+void put_directive(const JXChar *format, const Directive &directive, const JXLocale *locale,
                    Arguments *arguments, Sink *sink);
 
 }  // namespace jx

@@ -5,14 +5,13 @@
 
 #include "kernel/format.hpp"
 #include "kernel/format_quick.hpp"
-#include "kernel/scan.hpp"
+#include "vector/base.hpp"
 
 namespace {
 
 using jx::Arguments;
 using jx::Directive;
 using jx::PlainDirective;
-using jx::PlainKind;
 using jx::Sink;
 
 struct Format {
@@ -24,9 +23,19 @@ struct Format {
 inline const JXChar *find_directive(const JXChar *from, const JXChar *end) {
   if (end - from < 2) return nullptr;
   if (*from == '%') return from;
-  const auto rest = static_cast<size_t>(end - from);
-  const size_t index = jx::scan_units<JXChar>(from, rest, '%');
-  return index + 1 >= rest ? nullptr : from + index;
+  using Ops = jx::vector::Base;
+  constexpr ptrdiff_t kStep = Ops::kBytes / sizeof(JXChar);
+  const auto percent = Ops::repeat(JXChar{'%'});
+  for (; end - from >= kStep; from += kStep) {
+    const auto mask = Ops::mask(Ops::equal<JXChar>(Ops::load(from), percent));
+    if (mask == 0) continue;
+    from += static_cast<size_t>(std::countr_zero(mask)) / sizeof(JXChar);
+    return from + 1 < end ? from : nullptr;
+  }
+  for (; from + 1 < end; ++from) {
+    if (*from == '%') return from;
+  }
+  return nullptr;
 }
 
 JXStatus parse(const Format &format, const JXChar *start, Directive *directive) {
@@ -53,8 +62,9 @@ inline void append_run(const JXChar *start, const JXChar *end, Sink *sink) {
 
 // General path: appends the run of text from *written on and the directive at `start`, and moves
 // *written after it. The text before the first directive is output even if that directive fails.
-JXStatus put_other(const Format &format, const JXChar *start, JXChar decimal_point,
-                   Arguments *arguments, const JXChar **written, Sink *sink) {
+[[gnu::noinline]] JXStatus put_other(const Format &format, const JXChar *start,
+                                     const JXLocale *locale, Arguments *arguments,
+                                     const JXChar **written, Sink *sink) {
   Directive directive;
   JXStatus status = parse(format, start, &directive);
   if (status == JX_OK && directive.names_arguments() && !arguments->has_numbered()) {
@@ -62,46 +72,115 @@ JXStatus put_other(const Format &format, const JXChar *start, JXChar decimal_poi
   }
   if (status == JX_OK || *written == format.text) append_run(*written, start, sink);
   if (status != JX_OK) return status;
-  jx::put_directive(format.text, directive, decimal_point, arguments, sink);
+  jx::put_directive(format.text, directive, locale, arguments, sink);
   *written = format.text + directive.end;
   return JX_OK;
 }
 
-JXStatus put_format(const Format &format, JXChar decimal_point, Arguments *arguments, Sink *sink) {
-  const JXChar *written = format.text;
-  while (const JXChar *start = find_directive(written, format.end)) {
-    // Uninitialized, so that it can stay in registers.
+// One call: its format, its output, and what of both is done.
+struct Call {
+  Format format;
+  JXChar *buffer;
+  JXChar *limit;          // of the room in the buffer
+  const JXChar *written;  // the first character of the format that is not yet output
+  JXChar *at;             // where its output goes
+};
+
+// The quickest path, for formats of text and "%d", "%i" and "%u", with "l" or "ll" or without:
+// moves the call on for as long as there is room to spare. Returns the next directive, which is for
+// the other paths, or null.
+[[gnu::always_inline]] inline const JXChar *put_bare_part(Call *call, Arguments *arguments) {
+  while (const JXChar *start = find_directive(call->written, call->format.end)) {
     PlainDirective plain __attribute__((uninitialized));
-    jx::read_plain(start + 1, format.end, &plain);
-    const PlainKind kind = jx::kind_of(plain, sink->room_chars() - (start - written));
-    if (kind == PlainKind::kOther) {
-      const JXStatus status = put_other(format, start, decimal_point, arguments, &written, sink);
-      if (status != JX_OK) return status;
-      continue;
-    }
-    append_run(written, start, sink);
-    written = plain.end;
-    jx::put_plain(kind, plain, decimal_point, arguments, sink);
+    const auto run = static_cast<size_t>(start - call->written);
+    const auto room = static_cast<size_t>(call->limit - call->at);
+    if (!jx::read_bare(start + 1, call->format.end, &plain)) return start;
+    if (run + jx::kLongestInteger > room) return start;
+    if (run != 0) jx::copy_chars(call->written, run, call->at);
+    call->at = jx::put_plain_integer<10>(plain, plain.letter != 'u', arguments, call->at + run);
+    call->written = plain.end;
   }
-  append_run(written, format.end, sink);
-  return sink->is_truncated() ? JX_E_TRUNCATED : JX_OK;
+  return nullptr;
 }
 
-// The body of both entries.
-JXStatus format_text(const JXLocale *locale, const JXChar *format, int32_t format_chars,
-                     JXChar *buffer, int32_t capacity_chars, uint32_t *length_out,
-                     Arguments *arguments) {
-  if (length_out) *length_out = 0;
-  if (format_chars < 0) return JX_E_BADARG;
-  if (format_chars == 0) format_chars = static_cast<int32_t>(skStrTLen(format));
-  Sink sink(buffer, capacity_chars);
-  const JXChar decimal_point = locale ? locale->decimal_point : JXChar{'.'};
-  const JXStatus status =
-      put_format({format, format + format_chars}, decimal_point, arguments, &sink);
+// The quick path: moves the call on over runs of text and plain directives, for as long as there is
+// room to spare and each piece fits; `start` is the next directive. Returns the one after, for the
+// general path, or null.
+[[gnu::always_inline]] inline const JXChar *put_plain_part(Call *call, const JXChar *start,
+                                                           const JXLocale *locale,
+                                                           Arguments *arguments,
+                                                           uint64_t *refused_chars) {
+  for (; start; start = find_directive(call->written, call->format.end)) {
+    // Uninitialized, so that it can stay in registers.
+    PlainDirective plain __attribute__((uninitialized));
+    const auto run = static_cast<size_t>(start - call->written);
+    const auto room = static_cast<size_t>(call->limit - call->at);
+    if (*refused_chars != 0 || !jx::read_plain(start + 1, call->format.end, &plain)) break;
+    if (run + plain.width + jx::kLongestInteger > room) break;
+    if (run != 0) jx::copy_chars(call->written, run, call->at);
+    call->written = plain.end;
+    call->at = jx::put_plain(plain, locale, arguments, call->at + run, call->limit, refused_chars);
+  }
+  return start;
+}
+
+// Ends a call that fits as a whole: copies its last run of text.
+[[gnu::always_inline]] inline bool end_call(const Call &call, uint32_t *length_out) {
+  const auto run = static_cast<size_t>(call.format.end - call.written);
+  if (run > static_cast<size_t>(call.limit - call.at)) return false;
+  if (run != 0) jx::copy_chars(call.written, run, call.at);
+  if (length_out) *length_out = static_cast<uint32_t>(call.at + run - call.buffer);
+  return true;
+}
+
+// The rest of a call, for any format, from the directive at `start` on; null: there is none.
+[[gnu::noinline]] JXStatus put_rest(const JXChar *format_text, const JXChar *format_end,
+                                    JXChar *buffer, JXChar *limit, const JXChar *text_done,
+                                    JXChar *at, const JXChar *start, const JXLocale *locale,
+                                    Arguments *arguments, uint32_t *length_out) {
+  const Format format __attribute__((uninitialized)) = {format_text, format_end};
+  Call call __attribute__((uninitialized)) = {format, buffer, limit, text_done, at};
+  Sink sink __attribute__((uninitialized)) (buffer, at, limit);
+  JXStatus status = JX_OK;
+  for (;;) {
+    uint64_t refused_chars = 0;
+    start = put_plain_part(&call, start, locale, arguments, &refused_chars);
+    if (!start && refused_chars == 0 && !sink.is_truncated() && end_call(call, length_out)) {
+      return JX_OK;
+    }
+    sink.move_end(call.at, refused_chars);
+    if (!start) break;
+    const JXChar *written = call.written;
+    status = put_other(format, start, locale, arguments, &written, &sink);
+    if (status != JX_OK) break;
+    call.written = written;
+    start = find_directive(written, call.format.end);
+    call.at = sink.end();
+    call.limit = sink.limit();
+  }
+  if (status == JX_OK) {
+    append_run(call.written, call.format.end, &sink);
+    if (sink.is_truncated()) status = JX_E_TRUNCATED;
+  }
   if (length_out && status != JX_E_BADFORMAT) {
     *length_out = static_cast<uint32_t>(std::min<uint64_t>(sink.chars(), UINT32_MAX));
   }
   return status;
+}
+
+// The beginning of both entries: false for a call that the status ends.
+[[gnu::always_inline]] inline bool begin_call(const JXChar *format, int32_t format_chars,
+                                              JXChar *buffer, int32_t capacity_chars,
+                                              uint32_t *length_out, Call *call) {
+  if (length_out) *length_out = 0;
+  if (format_chars < 0) return false;
+  if (format_chars == 0) format_chars = static_cast<int32_t>(skStrTLen(format));
+  *call = {{format, format + format_chars},
+           buffer,
+           Sink::limit_of(buffer, capacity_chars),
+           format,
+           buffer};
+  return true;
 }
 
 }  // namespace
@@ -111,21 +190,35 @@ extern "C" {
 JXStatus jxzFormatBuffV(const JXLocale *locale, const JXChar *format, int32_t format_chars,
                         JXChar *buffer, int32_t capacity_chars, uint32_t *length_out,
                         va_list args) {
+  Call call __attribute__((uninitialized));
+  if (!begin_call(format, format_chars, buffer, capacity_chars, length_out, &call)) {
+    return JX_E_BADARG;
+  }
   Arguments arguments __attribute__((uninitialized));
   va_copy(arguments.list, args);
   const JXStatus status =
-      format_text(locale, format, format_chars, buffer, capacity_chars, length_out, &arguments);
+      put_rest(format, call.format.end, buffer, call.limit, call.written, call.at,
+               find_directive(format, call.format.end), locale, &arguments, length_out);
   va_end(arguments.list);
   return status;
 }
 
 // Does not call jxzFormatBuffV: copying the list that va_start has just stored would stall on it.
+// The short formats that most calls have need no frame but this one.
 JXStatus jxzFormatBuff(const JXLocale *locale, const JXChar *format, int32_t format_chars,
                        JXChar *buffer, int32_t capacity_chars, uint32_t *length_out, ...) {
+  Call call __attribute__((uninitialized));
+  if (!begin_call(format, format_chars, buffer, capacity_chars, length_out, &call)) {
+    return JX_E_BADARG;
+  }
   Arguments arguments __attribute__((uninitialized));
   va_start(arguments.list, length_out);
-  const JXStatus status =
-      format_text(locale, format, format_chars, buffer, capacity_chars, length_out, &arguments);
+  const JXChar *start = put_bare_part(&call, &arguments);
+  const bool is_done = !start && end_call(call, length_out);
+  const JXStatus status = is_done
+                              ? JX_OK
+                              : put_rest(format, call.format.end, buffer, call.limit, call.written,
+                                         call.at, start, locale, &arguments, length_out);
   va_end(arguments.list);
   return status;
 }

@@ -113,12 +113,11 @@ void measure_integer(const Field &field, const Value &value, Integer *integer) {
 
 void write_integer(const Conversion &conversion, const Integer &integer, JXChar *at) {
   if (integer.digits == 0) return;
-  JXChar *end = at + integer.digits;
   if (integer.magnitude <= UINT32_MAX) {
     write_digits(static_cast<uint32_t>(integer.magnitude), conversion.base, conversion.uppercase,
-                 end, integer.digits);
+                 at, integer.digits);
   } else {
-    write_digits(integer.magnitude, conversion.base, conversion.uppercase, end, integer.digits);
+    write_digits(integer.magnitude, conversion.base, conversion.uppercase, at, integer.digits);
   }
 }
 
@@ -232,7 +231,7 @@ void Sink::insert_fill(uint64_t offset, JXChar character, uint64_t chars) {
   fill_units(at, character, static_cast<size_t>(chars));
 }
 
-void put_directive(const JXChar *format, const Directive &directive, JXChar decimal_point,
+void put_directive(const JXChar *format, const Directive &directive, const JXLocale *locale,
                    Arguments *arguments, Sink *sink) {
   Field field __attribute__((uninitialized));
   resolve(directive, arguments, &field);
@@ -248,7 +247,7 @@ void put_directive(const JXChar *format, const Directive &directive, JXChar deci
       put_integer(field, value, sink);
       break;
     case FieldKind::kFloating:
-      put_floating(field, value, decimal_point, sink);
+      put_floating(field, value, decimal_point_of(locale), sink);
       break;
     case FieldKind::kCharacter:
       put_character(field, static_cast<JXChar>(integer32_of(value)), sink);

@@ -60,8 +60,8 @@ void drop_fraction_zeros(const Decimal &number, Layout *layout) {
       std::clamp<int64_t>(int64_t{count} - before_point, 0, layout->fraction_digits);
 }
 
-JXChar *put_zeros(JXChar *at, int64_t count) {
-  jx::fill_units(at, '0', static_cast<size_t>(count));
+inline JXChar *put_zeros(JXChar *at, int64_t count) {
+  if (count != 0) jx::fill_units(at, '0', static_cast<size_t>(count));
   return at + count;
 }
 

@@ -16,7 +16,7 @@ JXStatus write_number(Word value, uint32_t base, uint8_t uppercase, JXChar *dest
   const uint32_t count = jx::count_digits(value, base);
   if (count_out) *count_out = count;
   if (int64_t{count} > capacity_chars) return JX_E_TRUNCATED;
-  jx::write_digits(value, base, uppercase != 0, destination + count, count);
+  jx::write_digits(value, base, uppercase != 0, destination, count);
   return JX_OK;
 }
 

@@ -244,7 +244,7 @@ TEST(TranscodePages, StopBeforeWhatTheyLackAndFillEveryRoom) {
   for (const char letter : {'a', '\xe1'}) {
     const char32_t character = letter == 'a' ? U'a' : U'\x3b1';
     for (size_t before = 0; before < 45; ++before) {
-      for (const size_t after : {0, 1, 7, 30}) {
+      for (const size_t after : {0u, 1u, 7u, 30u}) {
         const std::string bytes = std::string(before, letter) + '\xaa' + std::string(after, 'z');
         EXPECT_EQ(decode(bytes), Outcome(kMalformed, jxchars(std::u32string(before, character))));
         // A character that differs from one of the page only above its lower 16 bits.

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace cli {
@@ -12,12 +13,19 @@ namespace cli {
 // Counted as text: most steps change one digit.
 class LineNumber {
  public:
-  static constexpr size_t kLongest = 22;  // of text, in characters
+  static constexpr size_t kRoom = 24;  // of copy_to
 
   uint64_t value() const { return value_; }
   // At least six columns and two blanks after them. Valid until the next step.
   std::string_view text() const {
-    return std::string_view(text_.data(), text_.size()).substr(std::min(first_, kColumnsAt));
+    const size_t start = std::min(first_, kColumnsAt);
+    return {text_.data() + start, kEnd - start};
+  }
+  // Copies the text to the start of kRoom bytes and returns its end. Always that many: a copy of a
+  // known size needs no call.
+  char *copy_to(char *to) const {
+    std::memcpy(to, text().data(), kRoom);
+    return to + text().size();
   }
   LineNumber &operator++() {
     ++value_;
@@ -32,11 +40,13 @@ class LineNumber {
   }
 
  private:
-  static constexpr size_t kLast = kLongest - 3;        // the last digit
+  static constexpr size_t kEnd = 22;                   // of the text: 20 digits, two blanks
+  static constexpr size_t kLast = kEnd - 3;            // the last digit
   static constexpr size_t kColumnsAt = kLast + 1 - 6;  // where the text of small numbers begins
 
-  static constexpr std::array<char, kLongest> one() {
-    std::array<char, kLongest> text;
+  using Text = std::array<char, kColumnsAt + kRoom>;
+  static constexpr Text one() {
+    Text text = {};
     text.fill(' ');
     text[kLast] = '1';
     return text;
@@ -44,7 +54,7 @@ class LineNumber {
 
   uint64_t value_ = 1;
   size_t first_ = kLast;  // the first digit
-  std::array<char, kLongest> text_ = one();
+  Text text_ = one();
 };
 
 }  // namespace cli

@@ -105,11 +105,12 @@ wem::Status print_records(Session &session, Input &input, wem::File &file, LineP
 }
 
 wem::Status print_records(wem::File &file, PlainLines &printer) {
-  wem::RecordRange records = file.records();
-  for (const wem::Record &record : records) {
-    if (!printer.print(record)) return wem::Status(JXHOST_E_MALFORMED);
+  for (;;) {
+    const auto record = file.read();
+    const bool is_good = record ? printer.print(*record) : printer.settle();
+    if (!is_good) return wem::Status(JXHOST_E_MALFORMED);
+    if (!record) return record.status();
   }
-  return printer.settle() ? records.status() : wem::Status(JXHOST_E_MALFORMED);
 }
 
 // Prints the end of the text and throws the Failure that ended the reading.

@@ -25,6 +25,29 @@ bool is_ascii(std::string_view text) {
   return (all & 0x8080808080808080) == 0;
 }
 
+// Copies Bytes to twice as many from both ends.
+template <size_t Bytes>
+void copy_ends(char *to, std::string_view text) {
+  std::memcpy(to, text.data(), Bytes);
+  const size_t rest = text.size() - Bytes;
+  std::memcpy(to + rest, text.data() + rest, Bytes);
+}
+
+// For short lines memcpy's call and dispatch cost more than the copy.
+inline void copy_line(char *to, std::string_view text) {
+  if (text.size() > 64) {
+    std::memcpy(to, text.data(), text.size());
+  } else if (text.size() >= 32) {
+    copy_ends<32>(to, text);
+  } else if (text.size() >= 16) {
+    copy_ends<16>(to, text);
+  } else if (text.size() >= 8) {
+    copy_ends<8>(to, text);
+  } else {
+    std::copy(text.begin(), text.end(), to);
+  }
+}
+
 }  // namespace
 
 PlainLines::PlainLines(Session &session, bool is_numbered)
@@ -33,14 +56,12 @@ PlainLines::PlainLines(Session &session, bool is_numbered)
 // Puts the end of the line before and the number of the next.
 inline char *PlainLines::lay_out_head(char *to) const {
   if (needs_line_end_) *to++ = '\n';
-  if (!is_numbered_) return to;
-  const std::string_view number = number_.text();
-  return std::copy(number.begin(), number.end(), to);
+  return is_numbered_ ? number_.copy_to(to) : to;
 }
 
 void PlainLines::append(std::string_view text) {
   char *to = lay_out_head(room_.data() + used_);
-  std::memcpy(to, text.data(), text.size());
+  copy_line(to, text);
   used_ = static_cast<size_t>(to - room_.data()) + text.size();
   needs_line_end_ = true;
   ++number_;

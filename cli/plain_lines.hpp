@@ -40,7 +40,7 @@ class PlainLines {
   uint64_t line() const { return number_.value() - undone_; }
 
  private:
-  static constexpr size_t kLongestHead = 1 + LineNumber::kLongest;
+  static constexpr size_t kLongestHead = 1 + LineNumber::kRoom;
 
   bool print_slowly(const wem::Record &record);
   bool print_part(const wem::Record &record);

@@ -101,11 +101,13 @@ void print_failure(std::string_view command, const Failure &failure) {
 
 void Output::make_room(size_t bytes) {
   flush();
-  if (buffer_.size() < bytes) buffer_.resize(std::max(bytes, kBlockBytes));
+  if (size_ >= bytes) return;
+  size_ = std::max(bytes, kBlockBytes);
+  buffer_ = std::make_unique_for_overwrite<char[]>(size_);
 }
 
 void Output::flush() {
-  const std::string_view gathered(buffer_.data(), std::exchange(used_, 0));
+  const std::string_view gathered(buffer_.get(), std::exchange(used_, 0));
   if (!write_fully(STDOUT_FILENO, gathered)) throw system_failure("standard output", errno);
 }
 

@@ -3,11 +3,11 @@
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 #include <variant>
-#include <vector>
 
 #include "cli/failure.hpp"
 
@@ -46,8 +46,8 @@ class Output {
   Output &operator<<(const Row &row) { return *this << row.open_json() << "}\n"; }
   // Room for that many bytes or more, to be filled and then committed as far as it was used.
   std::span<char> reserve(size_t bytes) {
-    if (buffer_.size() - used_ < bytes) make_room(bytes);
-    return std::span(buffer_).subspan(used_);
+    if (size_ - used_ < bytes) make_room(bytes);
+    return {buffer_.get() + used_, size_ - used_};
   }
   void commit(size_t bytes) { used_ += bytes; }
   // Writes what was gathered.
@@ -56,7 +56,8 @@ class Output {
  private:
   void make_room(size_t bytes);
 
-  std::vector<char> buffer_;
+  std::unique_ptr<char[]> buffer_;
+  size_t size_ = 0;
   size_t used_ = 0;
 };
 

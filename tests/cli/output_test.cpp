@@ -45,7 +45,7 @@ TEST_F(Printed, DumpsOfEveryLength) {
 
 TEST_F(Printed, NumbersGrow) {
   put("in", std::string(1000001, '\n') + "x");
-  for (const char *command : {"lines -n in", "lines -n --direct in", "lines -n - < in"}) {
+  for (const char *command : {"lines -n in", "lines -n --from ascii in", "lines -n - < in"}) {
     const std::string out = jxfile(command).out;
     EXPECT_TRUE(out.starts_with("     1  \n     2  \n")) << command;
     EXPECT_NE(out.find("\n     9  \n    10  \n"), out.npos) << command;
@@ -100,7 +100,7 @@ TEST_F(Printed, WhatComesBeforeAFault) {
   const std::string joined = "\xe6\xbc\n\xa2\n";
   const Checked rows[] = {
       {lines, "", lines, ""},
-      {faulty, "", lines, "record 22224, byte offset 200016, bytes ff "},
+      {faulty, "", lines, "record 25001, byte offset 200000, bytes ff "},
       {cut, "", lines, "bytes e6 bc, cut off by the end of the file"},
       {joined, "", "", "record 1, byte offset 0, bytes e6 bc 0a "},
       {"a\n\xff\n", "-n", "     1  a\n", "record 2"},

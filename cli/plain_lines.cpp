@@ -10,7 +10,7 @@ namespace cli {
 namespace {
 
 constexpr size_t kBlockBytes = 65536;
-constexpr size_t kSliceBytes = 8192;  // checked in one go: with what comes out in the fast caches
+constexpr size_t kSliceBytes = 4096;  // checked in one go: with what comes out in the fast caches
 constexpr size_t kLongestCharacter = 4;  // in bytes
 
 bool is_ascii(std::string_view text) {
@@ -67,17 +67,16 @@ void PlainLines::append(std::string_view text) {
   ++number_;
 }
 
-bool PlainLines::print_slowly(const wem::Record &record) {
+bool PlainLines::print_slowly(std::string_view record, bool is_partial) {
   if (!settle()) return false;
-  if (record.partial || is_inside_line_) return print_part(record);
-  room_ = session_.output().reserve(std::max(kLongestHead + record.bytes.size(), kBlockBytes));
-  append(record.raw_text());
+  if (is_partial || is_inside_line_) return print_part(record, is_partial);
+  room_ = session_.output().reserve(std::max(kLongestHead + record.size(), kBlockBytes));
+  append(record);
   return true;
 }
 
 // A part may end inside a character: what is whole is printed.
-bool PlainLines::print_part(const wem::Record &record) {
-  const std::string_view text = record.raw_text();
+bool PlainLines::print_part(std::string_view text, bool is_partial) {
   if (!parts_) parts_.emplace(session_.nls(), JX_ENCODING_UTF8, JX_ENCODING_UTF8);
   const std::span<char> room =
       session_.output().reserve(kLongestHead + text.size() + kLongestCharacter);
@@ -85,15 +84,15 @@ bool PlainLines::print_part(const wem::Record &record) {
   const auto head_bytes = static_cast<size_t>(body - room.data());
   size_t bytes = 0;
   if (!(*parts_)(text, room.subspan(head_bytes), &bytes).ok()) return false;
-  if (!record.partial) {
+  if (!is_partial) {
     std::array<char, kLongestCharacter> line_end;
     size_t line_end_bytes = 0;
     if (!(*parts_)("\n", line_end, &line_end_bytes).ok()) return false;
     ++number_;
   }
   session_.output().commit(head_bytes + bytes);
-  is_inside_line_ = record.partial;
-  needs_line_end_ = !record.partial;
+  is_inside_line_ = is_partial;
+  needs_line_end_ = !is_partial;
   return true;
 }
 

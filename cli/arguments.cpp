@@ -1,4 +1,5 @@
-// The parser: the table of commands handed to CLI11. The only file that knows CLI11.
+// The parser: the table of commands handed to CLI11, for help, for messages and for whatever is not
+// simple. The only file that knows CLI11.
 #include "cli/arguments.hpp"
 
 #include <CLI/CLI.hpp>
@@ -12,12 +13,6 @@ namespace cli {
 namespace {
 
 constexpr size_t kHelpColumns = 80;
-
-// The long name of an option: "--recursive" of "-r,--recursive".
-std::string key_of(const Option &option) {
-  const std::string names = option.name;
-  return names.substr(names.rfind(',') + 1);
-}
 
 void add_option(CLI::App &app, const Option &option) {
   const std::string help = option.help;
@@ -70,7 +65,7 @@ void add_command(CLI::App &app, const Command &command) {
 
 void collect_options(const CLI::App &app, std::span<const Option> options, Arguments &arguments) {
   for (const Option &option : options) {
-    const std::string key = key_of(option);
+    const std::string key(long_name(option));
     const CLI::Option *given = app.get_option(key);
     if (given->count() == 0) continue;
     arguments.set_option(key, option.value ? given->results().back() : std::string());
@@ -121,7 +116,7 @@ class TableFormatter : public CLI::Formatter {
 
 bool takes_value(std::span<const Option> options, std::string_view word) {
   return std::any_of(options.begin(), options.end(), [word](const Option &option) {
-    return option.value && word == key_of(option);
+    return option.value && word == long_name(option);
   });
 }
 
@@ -202,6 +197,12 @@ UsageError to_usage_error(const CLI::App &app, const CLI::ParseError &error) {
 }  // namespace
 
 bool parse_command_line(int argc, char **argv, Invocation *invocation) {
+  const std::span<char *const> words(argv, static_cast<size_t>(argc));
+  invocation->command = argc > 1 ? find_command(argv[1]) : nullptr;
+  if (invocation->command &&
+      parse_simple(*invocation->command, words.subspan(2), &invocation->arguments)) {
+    return true;
+  }
   CLI::App app("Files and directories through the file-access module.", "jxfile");
   add_commands(app);
   if (argc < 2) throw UsageError("a command is required");

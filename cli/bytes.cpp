@@ -1,6 +1,8 @@
 // The commands "bytes" and "truncate": files as bytes.
 #include <algorithm>
-#include <cstdio>
+#include <array>
+#include <charconv>
+#include <cstring>
 #include <limits>
 
 #include "cli/commands.hpp"
@@ -12,17 +14,56 @@ namespace {
 constexpr uint64_t kFurthest = std::numeric_limits<int64_t>::max();
 constexpr size_t kBytesPerRow = 16;
 
-std::string dump_row(uint64_t offset, std::string_view bytes) {
-  char head[24];
-  std::snprintf(head, sizeof head, "%08llx ", static_cast<unsigned long long>(offset));
-  std::string row = head;
-  for (size_t i = 0; i < kBytesPerRow; ++i) {
-    if (i == kBytesPerRow / 2) row += ' ';
-    row += i < bytes.size() ? " " + to_hex(bytes.substr(i, 1), "") : "   ";
+constexpr size_t kOffsetDigits = 8;  // at least
+constexpr size_t kCellBytes = 3;     // " ff"
+constexpr size_t kHexBytes = kBytesPerRow * kCellBytes + 1;
+constexpr size_t kLongestRow = 16 + 1 + kHexBytes + 3 + kBytesPerRow + 2;
+
+// How a byte is shown: its cell, filled up to four bytes for a store of one word, and its
+// character.
+constexpr auto kCells = [] {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::array<std::array<char, 4>, 256> cells = {};
+  for (size_t byte = 0; byte < cells.size(); ++byte) {
+    cells[byte] = {' ', kDigits[byte >> 4], kDigits[byte & 15], ' '};
   }
-  row += "  |";
-  for (const char byte : bytes) row += byte >= ' ' && byte <= '~' ? byte : '.';
-  return row + "|\n";
+  return cells;
+}();
+constexpr auto kCharacters = [] {
+  std::array<char, 256> characters = {};
+  for (size_t byte = 0; byte < characters.size(); ++byte) {
+    characters[byte] = byte >= ' ' && byte <= '~' ? static_cast<char>(byte) : '.';
+  }
+  return characters;
+}();
+
+// Lays out the offset of a row and returns where the cells begin.
+char *lay_out_offset(char *to, uint64_t offset) {
+  std::array<char, 16> digits;
+  const auto end = std::to_chars(digits.begin(), digits.end(), offset, 16).ptr;
+  const auto count = static_cast<size_t>(end - digits.data());
+  const size_t zeros = kOffsetDigits - std::min(count, kOffsetDigits);
+  to = std::fill_n(to, zeros, '0');
+  to = std::copy_n(digits.data(), count, to);
+  *to++ = ' ';
+  return to;
+}
+
+// Lays out a row of up to kBytesPerRow bytes in kLongestRow and returns its end.
+char *lay_out_row(char *to, uint64_t offset, std::string_view bytes) {
+  constexpr size_t kHalf = kBytesPerRow / 2;
+  to = lay_out_offset(to, offset);
+  char *characters = to + kHexBytes + 3;
+  if (bytes.size() < kBytesPerRow) std::fill(to, characters, ' ');
+  to[kHalf * kCellBytes] = ' ';
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(bytes[i]);
+    std::memcpy(to + i * kCellBytes + i / kHalf, kCells[byte].data(), kCells[byte].size());
+    characters[i] = kCharacters[byte];
+  }
+  std::memcpy(to + kHexBytes, "  |", 3);
+  std::memcpy(characters + bytes.size(), "|\n", 2);
+  return characters + bytes.size() + 2;
 }
 
 class BytePrinter {
@@ -47,7 +88,9 @@ class BytePrinter {
  private:
   void dump(uint64_t offset, std::string_view record) {
     for (size_t at = 0; at < record.size(); at += kBytesPerRow) {
-      output_ << dump_row(offset + at, record.substr(at, kBytesPerRow));
+      char *const row = output_.reserve(kLongestRow).data();
+      const char *end = lay_out_row(row, offset + at, record.substr(at, kBytesPerRow));
+      output_.commit(static_cast<size_t>(end - row));
     }
   }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <string_view>
 
 #include "cli/arguments.hpp"
 
@@ -43,6 +44,16 @@ struct Note {
   const char *title;
   const char *text;
 };
+
+// The long name of an option, its key: "--recursive" of "-r,--recursive".
+inline std::string_view long_name(const Option &option) {
+  const std::string_view names = option.name;
+  return names.substr(names.rfind(',') + 1);
+}
+
+// Takes the words after a command without the parser where each is plain: a known option on its
+// own, the value after it, or an operand. False for anything else, which may be right or wrong.
+bool parse_simple(const Command &command, std::span<char *const> words, Arguments *arguments);
 
 // Every command, in the order of the help.
 std::span<const Command> commands();

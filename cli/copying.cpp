@@ -22,12 +22,12 @@ std::string_view ByteReader::next() {
   is_first_ = false;
   size_t used = 0;
   while (used < wanted && !is_at_end_) {
-    const auto record = file_.read_into(std::span(buffer_).subspan(used));
+    const auto record = file_.read_into({buffer_.get() + used, chunk_bytes_ - used});
     if (record) used += record->bytes.size();
     is_at_end_ = record.status() == JXWEM_E_EOF;
     if (!record && !is_at_end_) throw Failure(shown_, record.status());
   }
-  return {reinterpret_cast<const char *>(buffer_.data()), used};
+  return {reinterpret_cast<const char *>(buffer_.get()), used};
 }
 
 StreamWriter::StreamWriter(Session &session, Target &target, uint32_t from, uint32_t to,

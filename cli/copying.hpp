@@ -1,11 +1,12 @@
 // Copying a byte stream into a file in another encoding, without touching its line structure.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "cli/fault.hpp"
 #include "cli/target.hpp"
@@ -16,7 +17,7 @@ namespace cli {
 class ByteReader {
  public:
   ByteReader(wem::File &file, std::string shown, size_t chunk_bytes)
-      : file_(file), shown_(std::move(shown)), buffer_(chunk_bytes) {}
+      : file_(file), shown_(std::move(shown)), chunk_bytes_(chunk_bytes) {}
 
   // The next bytes, valid until the next call; the first chunk is as long as a byte-order mark can
   // be, if the file is. Empty at the end.
@@ -27,7 +28,9 @@ class ByteReader {
  private:
   wem::File &file_;
   std::string shown_;
-  std::vector<std::byte> buffer_;
+  size_t chunk_bytes_;
+  // Not cleared: of a large one for a small file most pages stay untouched.
+  std::unique_ptr<std::byte[]> buffer_ = std::make_unique_for_overwrite<std::byte[]>(chunk_bytes_);
   bool is_first_ = true;
   bool is_at_end_ = false;
 };

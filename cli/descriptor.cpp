@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <memory>
 
 #include "jx/jxhost.h"
 
@@ -25,21 +26,25 @@ int wait_for(int fd, short events, int milliseconds) {
   return ::poll(&state, 1, milliseconds);
 }
 
+// Room that is not cleared: of a large one for a small file most pages stay untouched.
+std::unique_ptr<char[]> make_room(size_t bytes) {
+  return std::make_unique_for_overwrite<char[]>(bytes);
+}
+
 // Repeats a transfer to a place with so many bytes before it until count bytes are there.
 template <typename Transfer>
 std::string gather(int fd, size_t count, const std::string &shown, Transfer transfer) {
-  std::string bytes(count, '\0');
+  const auto room = make_room(count);
   size_t used = 0;
   while (used < count) {
-    const ssize_t got = transfer(bytes.data() + used, count - used, used);
+    const ssize_t got = transfer(room.get() + used, count - used, used);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0 && errno == EAGAIN && wait_for(fd, POLLIN, -1) >= 0) continue;
     if (got < 0) throw system_failure(shown, errno);
     if (got == 0) break;
     used += static_cast<size_t>(got);
   }
-  bytes.resize(used);
-  return bytes;
+  return {room.get(), used};
 }
 
 }  // namespace
@@ -64,15 +69,14 @@ std::optional<int> descriptor_named(std::string_view name) {
 }
 
 std::string read_some(int fd, size_t count, const std::string &shown) {
-  std::string bytes(count, '\0');
+  const auto room = make_room(count);
   ssize_t got = -1;
-  while ((got = ::read(fd, bytes.data(), count)) < 0) {
+  while ((got = ::read(fd, room.get(), count)) < 0) {
     if (errno != EINTR && errno != EAGAIN) throw system_failure(shown, errno);
     // Whoever shares the descriptor may have made it one that does not wait.
     wait_for(fd, POLLIN, -1);
   }
-  bytes.resize(static_cast<size_t>(got));
-  return bytes;
+  return {room.get(), static_cast<size_t>(got)};
 }
 
 std::string read_fully(int fd, size_t count, const std::string &shown) {

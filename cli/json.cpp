@@ -1,5 +1,8 @@
-// Machine-readable output. The only file that knows the JSON library.
-#include <nlohmann/json.hpp>
+// Machine-readable output.
+#include <array>
+#include <charconv>
+#include <stdexcept>
+#include <type_traits>
 
 #include "cli/output.hpp"
 #include "cli/printable.hpp"
@@ -7,19 +10,9 @@
 namespace cli {
 namespace {
 
-bool is_utf8(std::string_view bytes) {
-  try {
-    static_cast<void>(nlohmann::json(bytes).dump());
-    return true;
-  } catch (const nlohmann::json::type_error &) {
-    return false;
-  }
-}
-
-std::string to_base64(std::string_view bytes) {
+void append_base64(std::string &text, std::string_view bytes) {
   constexpr std::string_view kDigits =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string text;
   for (size_t i = 0; i < bytes.size(); i += 3) {
     const std::string_view group = bytes.substr(i, 3);
     uint32_t bits = 0;
@@ -30,27 +23,46 @@ std::string to_base64(std::string_view bytes) {
       text += j <= group.size() ? kDigits[bits >> (18 - 6 * j) & 63] : '=';
     }
   }
-  return text;
+}
+
+void append_value(std::string &json, std::nullptr_t) { json += "null"; }
+void append_value(std::string &json, bool value) { json += value ? "true" : "false"; }
+
+void append_value(std::string &json, std::string_view text) {
+  if (!append_json_string(json, text)) throw std::invalid_argument("text that is not UTF-8");
+}
+
+template <typename Number>
+requires(std::is_integral_v<Number>) void append_value(std::string &json, Number number) {
+  std::array<char, 24> digits;
+  const auto end = std::to_chars(digits.begin(), digits.end(), number).ptr;
+  json.append(digits.data(), end);
 }
 
 }  // namespace
 
-Row &Row::add(std::string key, Value value) {
-  fields_.emplace_back(std::move(key), std::move(value));
+void Row::begin(std::string_view key) {
+  json_ += json_.size() > 1 ? ",\"" : "\"";
+  json_ += key;
+  json_ += "\":";
+}
+
+Row &Row::add(std::string_view key, Value value) {
+  begin(key);
+  std::visit([this](const auto &held) { append_value(json_, held); }, value);
   return *this;
 }
 
-Row &Row::add_name(const std::string &key, std::string_view bytes) {
-  if (is_utf8(bytes)) return add(key, std::string(bytes));
-  return add(key + "_base64", to_base64(bytes));
-}
-
-std::string Row::to_json() const {
-  nlohmann::ordered_json object = nlohmann::ordered_json::object();
-  for (const auto &[key, value] : fields_) {
-    std::visit([&object, &name = key](const auto &held) { object[name] = held; }, value);
-  }
-  return to_printable_json(object.dump());
+Row &Row::add_name(std::string_view key, std::string_view bytes) {
+  const size_t start = json_.size();
+  begin(key);
+  if (append_json_string(json_, bytes)) return *this;
+  json_.resize(start);
+  begin(std::string(key) + "_base64");
+  json_ += '"';
+  append_base64(json_, bytes);
+  json_ += '"';
+  return *this;
 }
 
 }  // namespace cli

@@ -1,8 +1,8 @@
 // The command "lines": text records, printed.
-#include <cstdio>
-
 #include "cli/commands.hpp"
 #include "cli/input.hpp"
+#include "cli/line_number.hpp"
+#include "cli/plain_lines.hpp"
 #include "cli/session.hpp"
 
 namespace cli {
@@ -11,12 +11,13 @@ namespace {
 // How the records of one file are printed.
 class LinePrinter {
  public:
-  LinePrinter(Session &session, const Arguments &arguments, std::string shown)
+  LinePrinter(Session &session, const Arguments &arguments, const std::string &shown)
       : session_(session),
-        shown_(std::move(shown)),
         is_json_(arguments.has("--json")),
         is_marked_(arguments.has("--mark")),
-        is_numbered_(arguments.has("--number")) {}
+        is_numbered_(arguments.has("--number")) {
+    row_start_.add_name("file", shown);
+  }
 
   // Whether print shows what ended a record.
   bool shows_ends() const { return is_marked_; }
@@ -27,7 +28,7 @@ class LinePrinter {
     if (is_json_) return print_json(record, end);
     if (is_marked_) return print_marked(record, end);
     if (std::exchange(needs_line_end_, false)) session_.output() << "\n";
-    if (is_numbered_ && !is_inside_line_) print_number(line_);
+    if (is_numbered_ && !is_inside_line_) print_number();
     session_.print(record.text());
     needs_line_end_ = end.empty() && !record.partial;
     if (end == "lf" || end == "crlf") session_.output() << "\n";
@@ -40,45 +41,41 @@ class LinePrinter {
   }
 
   // The number of the line that comes next, or that the last record was a part of.
-  uint64_t line() const { return line_; }
+  uint64_t line() const { return number_.value(); }
 
  private:
   void advance(const wem::Record &record) {
     is_inside_line_ = record.partial;
-    if (!record.partial) ++line_;
+    if (!record.partial) ++number_;
   }
 
-  void print_number(uint64_t number) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%6llu  ", static_cast<unsigned long long>(number));
-    session_.output() << text;
-  }
+  void print_number() { session_.output() << number_.text(); }
 
   void print_marked(const wem::Record &record, std::string_view end) {
     const std::string text = session_.to_utf8(record.text());
-    if (is_numbered_) print_number(line_);
+    if (is_numbered_) print_number();
     const std::string length = std::to_string(record.text().size());
     session_.output() << "[" + length + " " << end << "] " + text + "\n";
     advance(record);
   }
 
   void print_json(const wem::Record &record, std::string_view end) {
-    Row row;
-    row.add_name("file", shown_).add("line", line_).add("text", session_.to_utf8(record.text()));
+    Row row = row_start_;
+    row.add("line", number_.value()).add("text", session_.to_utf8(record.text()));
     row.add("length", uint64_t{record.text().size()}).add("partial", record.partial);
-    if (is_marked_) row.add("end", std::string(end));
+    if (is_marked_) row.add("end", end);
     session_.output() << row;
     advance(record);
   }
 
   Session &session_;
-  std::string shown_;
+  Row row_start_;
   bool is_json_;
   bool is_marked_;
   bool is_numbered_;
   bool is_inside_line_ = false;
   bool needs_line_end_ = false;
-  uint64_t line_ = 1;
+  LineNumber number_;
 };
 
 // A record that does not fit is split at a number of bytes: whole units of the encoding.
@@ -107,17 +104,27 @@ wem::Status print_records(Session &session, Input &input, wem::File &file, LineP
   return records.status();
 }
 
-void print_file(Session &session, const Arguments &arguments, const std::string &name) {
-  Input input(session, name, Input::Use::kLines);
-  input.refuse_standard_output();
-  const uint32_t encoding = input.encoding(arguments.encoding("--from"));
-  auto options = wem::OpenOptions::input().text(record_length(arguments, encoding));
-  if (arguments.has("--direct")) options = options.direct();
-  LinePrinter printer(session, arguments, input.shown());
+wem::Status print_records(wem::File &file, PlainLines &printer) {
+  // Straight from the slot: a result is put together in memory and copied, which takes as long as
+  // the read of a short line.
+  JXFile *const raw = file.raw();
+  for (;;) {
+    void *data = nullptr;
+    uint32_t length = raw->attributes.record_length;
+    const JXStatus status = raw->read(raw, &data, &length, 0, nullptr);
+    const bool is_read = status == JX_OK || status == JXWEM_E_PARTIAL;
+    const bool is_good =
+        is_read ? printer.print({static_cast<const char *>(data), length}, status != JX_OK)
+                : printer.settle();
+    if (!is_good) return wem::Status(JXHOST_E_MALFORMED);
+    if (!is_read) return wem::Status(status);
+  }
+}
 
-  wem::File file = input.open(options.file_encoding(encoding), encoding);
-  const wem::Status status = print_records(session, input, file, printer);
-  require(file.close(), input.shown());
+// Prints the end of the text and throws the Failure that ended the reading.
+template <typename Printer>
+void finish_file(Session &session, Input &input, uint32_t encoding, wem::Status status,
+                 Printer &printer) {
   if (status != JXWEM_E_EOF) {
     printer.finish(true);
     if (const auto fault = input.find_fault(encoding, JX_ENCODING_UTF32LE)) {
@@ -133,6 +140,38 @@ void print_file(Session &session, const Arguments &arguments, const std::string 
   if (const auto fault = input.find_cut_end(encoding, JX_ENCODING_UTF32LE)) {
     throw to_failure(input.shown(), *fault);
   }
+}
+
+// Whether the text goes out as it is in the file: only then is it not needed as JXChars.
+bool is_plain(const Arguments &arguments, const Input &input, uint32_t encoding) {
+  const bool is_as_it_is = !arguments.has("--json") && !arguments.has("--mark");
+  return is_as_it_is && !arguments.has("--direct") && input.is_rereadable() &&
+         encoding == JX_ENCODING_UTF8;
+}
+
+void print_file(Session &session, const Arguments &arguments, const std::string &name) {
+  Input input(session, name, Input::Use::kLines);
+  input.refuse_standard_output();
+  const uint32_t encoding = input.encoding(arguments.encoding("--from"));
+  auto options = wem::OpenOptions::input().text(record_length(arguments, encoding));
+  options = options.file_encoding(encoding);
+  if (arguments.has("--direct")) options = options.direct();
+
+  const auto print_with = [&](auto &&printer, const wem::OpenOptions &opening, auto print) {
+    wem::File file = input.open(opening, encoding);
+    const wem::Status status = print(file, printer);
+    require(file.close(), input.shown());
+    finish_file(session, input, encoding, status, printer);
+  };
+  if (is_plain(arguments, input, encoding)) {
+    return print_with(
+        PlainLines(session, arguments.has("--number")), options.record_encoding(JX_ENCODING_UTF8),
+        [](wem::File &file, PlainLines &lines) { return print_records(file, lines); });
+  }
+  print_with(LinePrinter(session, arguments, input.shown()), options,
+             [&](wem::File &file, LinePrinter &lines) {
+               return print_records(session, input, file, lines);
+             });
 }
 
 }  // namespace

@@ -68,6 +68,7 @@ std::string code_text(wem::Status status) {
 std::string to_hex(std::string_view bytes, std::string_view separator) {
   constexpr std::string_view kDigits = "0123456789abcdef";
   std::string text;
+  text.reserve(bytes.size() * (2 + separator.size()));
   for (const char byte : bytes) {
     const auto value = static_cast<unsigned char>(byte);
     if (!text.empty()) text += separator;
@@ -98,21 +99,15 @@ void print_failure(std::string_view command, const Failure &failure) {
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
-Output &Output::operator<<(std::string_view bytes) {
-  const std::span<char> room = reserve(bytes.size());
-  std::copy(bytes.begin(), bytes.end(), room.begin());
-  commit(bytes.size());
-  return *this;
-}
-
-std::span<char> Output::reserve(size_t bytes) {
-  if (buffer_.size() - used_ < bytes) flush();
-  if (buffer_.size() < bytes) buffer_.resize(std::max(bytes, kBlockBytes));
-  return std::span(buffer_).subspan(used_);
+void Output::make_room(size_t bytes) {
+  flush();
+  if (size_ >= bytes) return;
+  size_ = std::max(bytes, kBlockBytes);
+  buffer_ = std::make_unique_for_overwrite<char[]>(size_);
 }
 
 void Output::flush() {
-  const std::string_view gathered(buffer_.data(), std::exchange(used_, 0));
+  const std::string_view gathered(buffer_.get(), std::exchange(used_, 0));
   if (!write_fully(STDOUT_FILENO, gathered)) throw system_failure("standard output", errno);
 }
 

@@ -2,48 +2,62 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <variant>
-#include <vector>
 
 #include "cli/failure.hpp"
 
 namespace cli {
 
-// One object of machine-readable output: keys and values in the order they are added.
+// One object of machine-readable output: keys and values in the order they are added. A key is
+// ASCII that needs no escape, and is added once. A copy is a row that begins with the same fields.
 class Row {
  public:
   // Null is printed for an optional value that is not there.
-  using Value = std::variant<std::nullptr_t, bool, int64_t, uint64_t, std::string>;
+  using Value = std::variant<std::nullptr_t, bool, int64_t, uint64_t, std::string_view>;
 
-  // UTF-8 text, a number or a truth value.
-  Row &add(std::string key, Value value);
+  // UTF-8 text, a number or a truth value; std::invalid_argument for text that is not UTF-8.
+  Row &add(std::string_view key, Value value);
   // A name in bytes: under key when it is UTF-8, otherwise in base64 under key + "_base64".
-  Row &add_name(const std::string &key, std::string_view bytes);
-  // The object as JSON on one line, without a line end.
-  std::string to_json() const;
+  Row &add_name(std::string_view key, std::string_view bytes);
+  // The object as JSON on one line, without the closing brace.
+  std::string_view open_json() const { return json_; }
 
  private:
-  std::vector<std::pair<std::string, Value>> fields_;
+  void begin(std::string_view key);
+
+  std::string json_ = "{";
 };
 
 // Standard output, gathered in blocks. A full device or another error throws a Failure.
 class Output {
  public:
-  Output &operator<<(std::string_view bytes);
+  Output &operator<<(std::string_view bytes) {
+    if (bytes.empty()) return *this;
+    std::memcpy(reserve(bytes.size()).data(), bytes.data(), bytes.size());
+    commit(bytes.size());
+    return *this;
+  }
   // One JSON object on a line of its own.
-  Output &operator<<(const Row &row) { return *this << row.to_json() << "\n"; }
-  // Room for that many bytes, to be filled and then committed as far as it was used.
-  std::span<char> reserve(size_t bytes);
+  Output &operator<<(const Row &row) { return *this << row.open_json() << "}\n"; }
+  // Room for that many bytes or more, to be filled and then committed as far as it was used.
+  std::span<char> reserve(size_t bytes) {
+    if (size_ - used_ < bytes) make_room(bytes);
+    return {buffer_.get() + used_, size_ - used_};
+  }
   void commit(size_t bytes) { used_ += bytes; }
   // Writes what was gathered.
   void flush();
 
  private:
-  std::vector<char> buffer_;
+  void make_room(size_t bytes);
+
+  std::unique_ptr<char[]> buffer_;
+  size_t size_ = 0;
   size_t used_ = 0;
 };
 

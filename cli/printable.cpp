@@ -36,11 +36,12 @@ constexpr auto kUnseen = std::to_array<Range>({
     {0xe0000, 0xe0fff},
 });
 
+static_assert(std::ranges::is_sorted(kUnseen, {}, &Range::first));
+
 bool is_seen(char32_t character) {
   const bool is_noncharacter = (character & 0xfffe) == 0xfffe;
-  return !is_noncharacter && std::ranges::none_of(kUnseen, [character](const Range &range) {
-    return character >= range.first && character <= range.last;
-  });
+  const auto next = std::ranges::upper_bound(kUnseen, character, {}, &Range::first);
+  return !is_noncharacter && (next == kUnseen.begin() || character > next[-1].last);
 }
 
 struct Decoded {
@@ -73,25 +74,31 @@ std::string format_number(const char *format, Number number) {
   return text;
 }
 
+// What a string of JSON has in place of a character; nothing for most.
 std::string json_escape(char32_t character) {
+  constexpr std::string_view kNamed = "\b\t\n\f\r\"\\";
+  constexpr std::string_view kNames = "btnfr\"\\";
+  const size_t name = character < 0x80 ? kNamed.find(static_cast<char>(character)) : kNamed.npos;
+  if (name != kNamed.npos) return {'\\', kNames[name]};
+  if (is_seen(character)) return {};
   if (character < 0x10000) return format_number("\\u%04x", character);
   const char32_t offset = character - 0x10000;
   return format_number("\\u%04x", 0xd800 + (offset >> 10)) +
          format_number("\\u%04x", 0xdc00 + (offset & 0x3ff));
 }
 
-// Calls escape(character, bytes) for what is not to be seen and copies the rest.
-template <typename Escape>
-std::string escape_unseen(std::string_view text, Escape escape) {
-  std::string escaped;
-  while (!text.empty()) {
-    const Decoded decoded = decode(text);
-    const std::string_view bytes = text.substr(0, std::max<size_t>(decoded.bytes, 1));
-    const bool is_good = decoded.bytes > 0 && is_seen(decoded.character);
-    escaped += is_good ? std::string(bytes) : escape(decoded.character, bytes);
-    text.remove_prefix(bytes.size());
-  }
-  return escaped;
+// The bytes that a string of JSON has as they are: characters of one byte without an escape.
+constexpr auto kPlainInJson = [] {
+  std::array<bool, 256> plain = {};
+  for (size_t byte = ' '; byte <= '~'; ++byte) plain[byte] = byte != '"' && byte != '\\';
+  return plain;
+}();
+
+// The size of the run of such bytes that the text begins with.
+size_t plain_run(std::string_view text) {
+  const auto end = std::ranges::find_if_not(
+      text, [](char byte) { return kPlainInJson[static_cast<unsigned char>(byte)]; });
+  return static_cast<size_t>(end - text.begin());
 }
 
 }  // namespace
@@ -99,18 +106,43 @@ std::string escape_unseen(std::string_view text, Escape escape) {
 std::string to_printable(std::string_view bytes) {
   std::string doubled;
   for (const char byte : bytes) doubled.append(byte == '\\' ? 2 : 1, byte);
-  return escape_unseen(doubled, [](char32_t, std::string_view unseen) {
-    std::string text;
-    for (const char byte : unseen) {
-      text += format_number("\\x%02x", static_cast<unsigned char>(byte));
+  std::string escaped;
+  for (std::string_view text = doubled; !text.empty();) {
+    const Decoded decoded = decode(text);
+    const std::string_view character = text.substr(0, std::max<size_t>(decoded.bytes, 1));
+    text.remove_prefix(character.size());
+    if (decoded.bytes > 0 && is_seen(decoded.character)) {
+      escaped += character;
+      continue;
     }
-    return text;
-  });
+    for (const char byte : character) {
+      escaped += format_number("\\x%02x", static_cast<unsigned char>(byte));
+    }
+  }
+  return escaped;
 }
 
-std::string to_printable_json(std::string_view json) {
-  return escape_unseen(json,
-                       [](char32_t character, std::string_view) { return json_escape(character); });
+// Copies runs of characters that need no escape.
+bool append_json_string(std::string &json, std::string_view text) {
+  json += '"';
+  size_t start = 0;  // of the run
+  size_t at = 0;
+  for (;;) {
+    at += plain_run(text.substr(at));
+    if (at == text.size()) break;
+    const Decoded decoded = decode(text.substr(at));
+    if (decoded.bytes == 0) return false;
+    const std::string escape = json_escape(decoded.character);
+    if (!escape.empty()) {
+      json.append(text, start, at - start);
+      json += escape;
+      start = at + decoded.bytes;
+    }
+    at += decoded.bytes;
+  }
+  json.append(text, start);
+  json += '"';
+  return true;
 }
 
 }  // namespace cli

@@ -11,7 +11,8 @@ namespace cli {
 // doubled, so that no name looks like another one.
 std::string to_printable(std::string_view bytes);
 
-// JSON text with what is not to be seen as "\u202e", which means the same to a reader of JSON.
-std::string to_printable_json(std::string_view json);
+// Appends UTF-8 text as a string of JSON in quotes: what is not to be seen as "\u202e", which means
+// the same to its reader. False for what is not UTF-8; a part of it may be appended then.
+bool append_json_string(std::string &json, std::string_view text);
 
 }  // namespace cli

@@ -20,7 +20,8 @@ namespace cli {
 namespace {
 
 constexpr size_t kMaxBytesPerChar = 8;  // of any encoding the host knows
-constexpr size_t kPrintChars = 16384;   // encoded at a time
+constexpr size_t kMaxUtf8BytesPerChar = 4;
+constexpr size_t kPrintChars = 16384;  // encoded at a time
 constexpr const char *kOffered = "/descriptor of jxfile";
 
 // The folder of the running program, with a slash at its end; empty when the system does not tell.
@@ -169,7 +170,14 @@ std::string Session::encode(std::u32string_view text, uint32_t encoding) {
   return bytes;
 }
 
-std::string Session::to_utf8(std::u32string_view text) { return encode(text, JX_ENCODING_UTF8); }
+std::string Session::to_utf8(std::u32string_view text) {
+  if (!encoder_) encoder_.emplace(nls(), JX_ENCODING_UTF32LE, JX_ENCODING_UTF8);
+  std::string bytes(text.size() * kMaxUtf8BytesPerChar, '\0');
+  size_t produced = 0;
+  require((*encoder_)(as_bytes(text), bytes, &produced), "");
+  bytes.resize(produced);
+  return bytes;
+}
 
 std::optional<std::u32string> Session::from_utf8(std::string_view bytes) {
   Transcoder decoder(nls(), JX_ENCODING_UTF8, JX_ENCODING_UTF32LE);
@@ -188,7 +196,9 @@ void Session::print(std::u32string_view text) {
   while (!text.empty()) {
     const std::u32string_view part = text.substr(0, kPrintChars);
     size_t produced = 0;
-    require((*encoder_)(as_bytes(part), output_.reserve(part.size() * 4), &produced), "");
+    require(
+        (*encoder_)(as_bytes(part), output_.reserve(part.size() * kMaxUtf8BytesPerChar), &produced),
+        "");
     output_.commit(produced);
     text.remove_prefix(part.size());
   }

@@ -1,0 +1,139 @@
+// Gathering, checking and printing lines.
+#include "cli/plain_lines.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <utility>
+
+namespace cli {
+namespace {
+
+constexpr size_t kBlockBytes = 65536;
+constexpr size_t kSliceBytes = 4096;  // checked in one go: with what comes out in the fast caches
+constexpr size_t kLongestCharacter = 4;  // in bytes
+
+bool is_ascii(std::string_view text) {
+  constexpr size_t kStep = 64;
+  uint64_t all = 0;
+  for (; text.size() >= kStep; text.remove_prefix(kStep)) {
+    uint64_t words[kStep / sizeof(uint64_t)];
+    std::memcpy(words, text.data(), kStep);
+    for (const uint64_t word : words) all |= word;
+  }
+  for (const char byte : text) all |= static_cast<unsigned char>(byte);
+  return (all & 0x8080808080808080) == 0;
+}
+
+// Copies Bytes to twice as many from both ends.
+template <size_t Bytes>
+void copy_ends(char *to, std::string_view text) {
+  std::memcpy(to, text.data(), Bytes);
+  const size_t rest = text.size() - Bytes;
+  std::memcpy(to + rest, text.data() + rest, Bytes);
+}
+
+// For short lines memcpy's call and dispatch cost more than the copy.
+inline void copy_line(char *to, std::string_view text) {
+  if (text.size() > 64) {
+    std::memcpy(to, text.data(), text.size());
+  } else if (text.size() >= 32) {
+    copy_ends<32>(to, text);
+  } else if (text.size() >= 16) {
+    copy_ends<16>(to, text);
+  } else if (text.size() >= 8) {
+    copy_ends<8>(to, text);
+  } else {
+    std::copy(text.begin(), text.end(), to);
+  }
+}
+
+}  // namespace
+
+PlainLines::PlainLines(Session &session, bool is_numbered)
+    : session_(session), is_numbered_(is_numbered) {}
+
+// Puts the end of the line before and the number of the next.
+inline char *PlainLines::lay_out_head(char *to) const {
+  if (needs_line_end_) *to++ = '\n';
+  return is_numbered_ ? number_.copy_to(to) : to;
+}
+
+void PlainLines::append(std::string_view text) {
+  char *to = lay_out_head(room_.data() + used_);
+  copy_line(to, text);
+  used_ = static_cast<size_t>(to - room_.data()) + text.size();
+  needs_line_end_ = true;
+  ++number_;
+}
+
+bool PlainLines::print_slowly(std::string_view record, bool is_partial) {
+  if (!settle()) return false;
+  if (is_partial || is_inside_line_) return print_part(record, is_partial);
+  room_ = session_.output().reserve(std::max(kLongestHead + record.size(), kBlockBytes));
+  append(record);
+  return true;
+}
+
+// A part may end inside a character: what is whole is printed.
+bool PlainLines::print_part(std::string_view text, bool is_partial) {
+  if (!parts_) parts_.emplace(session_.nls(), JX_ENCODING_UTF8, JX_ENCODING_UTF8);
+  const std::span<char> room =
+      session_.output().reserve(kLongestHead + text.size() + kLongestCharacter);
+  char *const body = is_inside_line_ ? room.data() : lay_out_head(room.data());
+  const auto head_bytes = static_cast<size_t>(body - room.data());
+  size_t bytes = 0;
+  if (!(*parts_)(text, room.subspan(head_bytes), &bytes).ok()) return false;
+  if (!is_partial) {
+    std::array<char, kLongestCharacter> line_end;
+    size_t line_end_bytes = 0;
+    if (!(*parts_)("\n", line_end, &line_end_bytes).ok()) return false;
+    ++number_;
+  }
+  session_.output().commit(head_bytes + bytes);
+  is_inside_line_ = is_partial;
+  needs_line_end_ = !is_partial;
+  return true;
+}
+
+// Whether a text is UTF-8 that ends with a whole character.
+bool PlainLines::is_utf8(std::string_view text) {
+  Transcoder decoder(session_.nls(), JX_ENCODING_UTF8, JX_ENCODING_UTF32LE);
+  scratch_.resize((kSliceBytes + 1) * sizeof(char32_t));
+  size_t produced = 0;
+  bool may_be_cut = false;
+  while (!text.empty()) {
+    const std::string_view slice = text.substr(0, kSliceBytes);
+    const bool is_plain = is_ascii(slice);
+    // Of characters of one byte the first tells whether one before them was cut off.
+    const std::string_view checked = is_plain ? slice.substr(0, may_be_cut) : slice;
+    if (!decoder(checked, scratch_, &produced).ok()) return false;
+    may_be_cut = !is_plain;
+    text.remove_prefix(slice.size());
+  }
+  return !may_be_cut || decoder("\n", scratch_, &produced).ok();
+}
+
+bool PlainLines::settle() {
+  const std::string_view text(room_.data(), std::exchange(used_, 0));
+  room_ = {};
+  if (is_utf8(text)) {
+    session_.output().commit(text.size());
+    return true;
+  }
+  size_t good = 0;  // with the line end before the line that is not
+  for (size_t end = text.find('\n'); end != text.npos; end = text.find('\n', good)) {
+    if (!is_utf8(text.substr(good, end - good))) break;
+    good = end + 1;
+  }
+  session_.output().commit(good);
+  undone_ = 1 + static_cast<uint64_t>(std::ranges::count(text.substr(good), '\n'));
+  needs_line_end_ = false;
+  return false;
+}
+
+void PlainLines::finish(bool has_line_end) {
+  if (needs_line_end_ && has_line_end) session_.output() << "\n";
+}
+
+}  // namespace cli

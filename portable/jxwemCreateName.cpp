@@ -60,8 +60,8 @@ class MemberName {
   }
   // The last digits of a value.
   void append_hexadecimal(uint32_t value, uint32_t digits) {
+    jx::write_hexadecimal(text_ + chars_, value, digits, true);
     chars_ += digits;
-    jx::write_digits(value, 16, true, text_ + chars_, digits);
   }
 
  private:

@@ -23,9 +23,7 @@ struct Sse2 {
   static Block load(const void *from) {
     return _mm_loadu_si128(static_cast<const __m128i *>(from));
   }
-  static void store(void *to, Block block) {
-    _mm_storeu_si128(static_cast<__m128i *>(to), block);
-  }
+  static void store(void *to, Block block) { _mm_storeu_si128(static_cast<__m128i *>(to), block); }
 
   // A block with `value` in each of its units.
   template <typename T>

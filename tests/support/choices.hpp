@@ -32,8 +32,8 @@ class Choices {
     return number;
   }
 
-  // The SplitMix64 generator: a few instructions a number, where the standard engines cost more than
-  // what the numbers are for.
+  // The SplitMix64 generator: a few instructions a number, where the standard engines cost more
+  // than what the numbers are for.
   uint64_t mixed() {
     uint64_t z = state_ += 0x9E3779B97F4A7C15;
     z = (z ^ z >> 30) * 0xBF58476D1CE4E5B9;

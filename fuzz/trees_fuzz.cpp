@@ -2,8 +2,8 @@
 // removed, against what the C++ library finds.
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <set>
-#include <tuple>
 
 #include "fuzz/scratch.hpp"
 
@@ -135,14 +135,18 @@ void check_copy_and_removal(const Tree &tree) {
   const JXStatus copied =
       instance()->copy(instance(), from.data(), from.chars(), to.data(), to.chars());
   require(look(Tree::root()) == before, "a copy changed its source");
-  if (!tree.has_links()) {
+  // The module takes paths of up to 1024 characters.
+  const bool is_short = std::ranges::all_of(before, [](const auto &member) {
+    return Tree::root().string().size() + 1 + member.first.size() <= JX_NAME_MAX_CHARS;
+  });
+  if (!tree.has_links() && is_short) {
     require(copied == JX_OK, "a copy");
     require(look(scratch() / "copy") == before, "the members of a copy");
   }
   // A link that names no file, or a folder, ends a removal.
   const JXStatus removed =
       instance()->remove(instance(), from.data(), from.chars(), JX_REMOVE_CONTENTS);
-  require(tree.has_links() || removed == JX_OK, "a removal");
+  require(tree.has_links() || !is_short || removed == JX_OK, "a removal");
   require((removed == JX_OK) == !fs::exists(Tree::root()), "what a removal leaves");
   require(read_file(scratch() / "outside") == "outside", "a removal went through a link");
 }

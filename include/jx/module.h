@@ -3,7 +3,9 @@
    through these tables from then on.
 
    Text is JXChars with a length in JXChars and is never terminated. A null instance or handle is
-   answered with JXWEM_E_NOHANDLE. Out of memory is JX_E_NOMEM everywhere. */
+   answered with JXWEM_E_NOHANDLE. A pool without memory is JX_E_NOMEM everywhere. A system call
+   that has none is JXWEM_E_SYSTEM, with the system's text in the journal, unless the routine says
+   otherwise. */
 #ifndef JX_MODULE_H
 #define JX_MODULE_H
 

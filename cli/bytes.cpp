@@ -61,9 +61,8 @@ char *lay_out_row(char *to, uint64_t offset, std::string_view bytes) {
     std::memcpy(to + i * kCellBytes + i / kHalf, kCells[byte].data(), kCells[byte].size());
     characters[i] = kCharacters[byte];
   }
-  std::memcpy(to + kHexBytes, "  |", 3);
-  std::memcpy(characters + bytes.size(), "|\n", 2);
-  return characters + bytes.size() + 2;
+  std::string_view("  |").copy(to + kHexBytes, 3);
+  return characters + bytes.size() + std::string_view("|\n").copy(characters + bytes.size(), 2);
 }
 
 class BytePrinter {

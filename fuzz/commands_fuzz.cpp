@@ -60,7 +60,7 @@ std::vector<std::string> make_words(FuzzedDataProvider *input) {
   return words;
 }
 
-// Stands in for the standard descriptors while a command runs.
+// Replaces the standard descriptors by files while a command runs.
 class Redirected {
  public:
   Redirected() {

@@ -32,7 +32,7 @@ constexpr size_t plain_max() {
   return 8;
 }
 
-// Converts in blocks. They stop before whatever needs a decision, and that is made one by one.
+// Converts in blocks, and one by one the characters that a block does not take.
 template <typename Blocks, typename Source, typename Target>
 [[gnu::always_inline]] inline JXStatus convert_in_blocks(const Blocks &convert_blocks,
                                                          const Source &source, const Target &target,

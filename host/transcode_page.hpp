@@ -14,7 +14,7 @@ namespace jxhost {
 // Whether a pair of encodings goes through the table of a page.
 template <typename Source, typename Target>
 inline constexpr bool kHasPage =
-    std::is_same_v<Source, PageCodec> || std::is_same_v<Target, PageCodec>;
+    std::disjunction_v<std::is_same<Source, PageCodec>, std::is_same<Target, PageCodec>>;
 
 constexpr size_t kPageBlock = 8;
 

@@ -3,7 +3,7 @@
 # standard error: standard output belongs to the caller.
 
 # Packages by purpose; each list is what the commands of that purpose use by name.
-packages_build=(g++-multilib cmake ninja-build ccache libcli11-dev)
+packages_build=(g++-multilib cmake ninja-build libcli11-dev)
 packages_test=("${packages_build[@]}" googletest)
 packages_bench=("${packages_build[@]}" pkg-config python3 libboost-dev libfmt-dev libglib2.0-dev
   libicu-dev libunistring-dev libutfcpp-dev)

@@ -58,7 +58,8 @@ struct JXOpenOptions {
   uint32_t leading[8];                       /* reserved: not read */
   uint32_t access_mode;                      /* JX_ACCESS_* */
   uint32_t buffered;                         /* 1: through the record buffer; 0: direct */
-  uint32_t record_length;                    /* the longest record */
+  uint32_t record_length;                    /* the longest record; 0 gives empty parts of a text
+                                                line for ever */
   uint32_t not_read;                         /* reserved: not read; reported back as 0 */
   uint32_t record_format;                    /* JX_FORMAT_* */
   uint32_t reserved_switch;                  /* 0 or 1, reported back */

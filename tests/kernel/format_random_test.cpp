@@ -263,7 +263,7 @@ TEST(Format, RandomAgainstTheModel) {
   host.locale = &locale;
   jxextent(&host);
   Random random(20260728);
-  for (int64_t i = scaled(260000); i > 0; --i) {
+  for (int64_t i = scaled(90000); i > 0; --i) {
     ASSERT_NO_FATAL_FAILURE(Case(&random).check()) << "case " << i;
   }
   jxextent(nullptr);

@@ -102,7 +102,7 @@ class Maker {
     const uint32_t count = one_in(3) ? below(6) : near(std::min(limit, 9000u), 3);
     std::string line = encode(file_encoding_, characters(count, file_encoding_));
     if (one_in(20)) line.insert(0, bom_of(file_encoding_));
-    if (one_in(20)) line.resize(line.size() - std::min<size_t>(line.size(), 1 + below(3)));
+    if (one_in(20)) line.erase(line.size() - std::min<size_t>(line.size(), 1 + below(3)));
     static constexpr const char32_t *kEnds[] = {U"\n", U"\n", U"\r\n", U"\r\n", U"\r", U"\r\r\n"};
     return line + encode(file_encoding_, kEnds[below(std::size(kEnds))]);
   }

@@ -119,11 +119,13 @@ JX_EXPORT JXStatus jxwemDirectoryListDestroy(JXTableEntry *entry);
 
 /* ---- Unique names ------------------------------------------------------------------------- */
 
-/* Makes a name no other caller of this instance was given recently, and joins it to a directory
-   (empty: the current one). The result is given back with bkwembuildpathdestroy. JXWEM_E_FAILED
-   (no request), JXWEM_E_BADOPTIONS (no kind of name), JX_E_TRUNCATED (a prefix of 1015 to 1023
-   characters, which leaves no room for its digits), JXWEM_E_NAMETOOLONG (a longer one), the host's
-   status for the option "host.process_id", or a status of the path build. */
+/* Makes a name and joins it to a directory (empty: the current one). 65,535 calls in a row on one
+   instance give different names; another instance of the process gives the same ones. The file is
+   not looked for: whoever must have it alone creates it with O_EXCL. The result is given back with
+   bkwembuildpathdestroy. JXWEM_E_FAILED (no request), JXWEM_E_BADOPTIONS (no kind of name),
+   JX_E_TRUNCATED (a prefix of 1015 to 1023 characters, which leaves no room for its digits),
+   JXWEM_E_NAMETOOLONG (a longer one), the host's status for the option "host.process_id", or a
+   status of the path build. */
 JX_EXPORT JX_NODISCARD JXStatus jxwemcreatename(JXInstance *instance, const JXChar *directory,
                                                 uint32_t directory_chars,
                                                 const JXCreateName *request, JXChar **path_out,

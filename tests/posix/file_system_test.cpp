@@ -54,7 +54,7 @@ TEST_F(FileSystem, Full) {
     EXPECT_EQ(copy(at("kept"), at("copy")), JXWEM_E_DISKFULL);
     EXPECT_EQ(read_file(dir.file("kept")), content);
     EXPECT_EQ(remove(at("copy")), JX_OK);
-    for (const uint32_t buffered : {0, 1}) {
+    for (const uint32_t buffered : {0u, 1u}) {
       std::string written;  // what a flush has answered for
       std::string pending;
       File file(instance, at("lines"), open_options(JX_ACCESS_OUTPUT, buffered));

@@ -75,8 +75,9 @@ class RecordLife {
   JXStatus write_all(uint32_t access_mode) {
     return live(access_mode, [&](JXFile *file) {
       keep(file->attach_journal(file, journal_));
-      for (uint32_t i = 0; i < kRecords && first_ == JX_OK; ++i)
-        keep(write_record(file, record(i)));
+      for (const std::string &record : records_) {
+        if (first_ == JX_OK) keep(write_record(file, record));
+      }
       if (first_ == JX_OK) keep(file->flush(file));
     });
   }

@@ -8,6 +8,7 @@
 #include <tuple>
 
 #include "faults/operations.hpp"
+#include "support/scale.hpp"
 #include "support/sweep.hpp"
 
 namespace jx::test {
@@ -286,9 +287,9 @@ class FaultTable : public FaultTest {
       const size_t position = has_row ? std::min<size_t>(n, row->answers.size() - 1) : 0;
       const Answers *answers = has_row ? &row->answers[position] : nullptr;
       const bool is_new = !done_.contains({operation.name, call, position});
-      for (size_t i = 0; i < (is_new ? all_.size() : kTurns); ++i) {
-        const int error = all_[(is_new ? i : turn_++) % all_.size()];
-        if (!meets(operation, call, n, error, answers)) return;
+      const size_t rounds = is_new ? static_cast<size_t>(scaled(std::ssize(all_))) : 0;
+      for (size_t i = 0; i < std::max(rounds, kTurns); ++i) {
+        if (!meets(operation, call, n, all_[turn_++ % all_.size()], answers)) return;
         ASSERT_TRUE(has_row) << "no row for " << syscall_name(call);
       }
       done_.insert({operation.name, call, position});

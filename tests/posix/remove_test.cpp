@@ -161,7 +161,7 @@ TEST_F(Remove, DeepAndWideTreesWithLittleStackAndFewDescriptors) {
   }
   rlimit limit;
   getrlimit(RLIMIT_NOFILE, &limit);
-  const rlimit few = {64, limit.rlim_max};
+  const rlimit few = {16, limit.rlim_max};
   setrlimit(RLIMIT_NOFILE, &few);
   run_on_small_stack([&] {
     for (const char *name : {"deep", "wide", "bushy"}) {

@@ -103,14 +103,12 @@ TEST_F(Limits, FewDescriptors) {
     for (uint32_t free_count = 0;; ++free_count) {
       operation.prepare();
       ASSERT_LE(in_use + free_count, 16u);
-      const LiveCounts before = host.live();
+      const Books books(host);
       const JXStatus status = [&] {
         const DescriptorLimit limit(in_use + free_count);
         return operation.run();
       }();
-      EXPECT_EQ(host.take_misuse(), "");
-      EXPECT_TRUE(host.live() == before) << host.list_live();
-      EXPECT_EQ(open_descriptors(), in_use + 1);
+      books.expect_balance();
       const bool is_reported = status == JXWEM_E_SYSTEM || status == JXWEM_E_FAILED;
       EXPECT_TRUE(status == JX_OK || is_reported) << std::hex << status;
       EXPECT_EQ(journal.take_lines().size(), is_reported ? 1u : 0u) << free_count;

@@ -1,5 +1,5 @@
-// The table of faults: what every operation answers when one of its calls fails, and what the
-// journal gets. A call that no row lists fails the test, and so does a row that nothing meets.
+// Every call of every operation fails in turn, and what follows is compared with the table. A call
+// that no row lists fails the test, and so does a row that nothing meets.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -8,218 +8,12 @@
 #include <tuple>
 
 #include "faults/operations.hpp"
+#include "faults/table.hpp"
 #include "support/scale.hpp"
 #include "support/sweep.hpp"
 
 namespace jx::test {
 namespace {
-
-// ---- Answers by errno
-
-constexpr JXStatus kSystem = JXWEM_E_SYSTEM;
-constexpr JXStatus kFailed = JXWEM_E_FAILED;
-constexpr JXStatus kMissing = JXWEM_E_NOTFOUND;
-constexpr JXStatus kAccess = JXWEM_E_ACCESS;
-constexpr JXStatus kNoPath = JXWEM_E_NOPATH;
-constexpr JXStatus kTooLong = JXWEM_E_NAMETOOLONG;
-constexpr JXStatus kInUse = JXWEM_E_INUSE;
-constexpr JXStatus kFull = JXWEM_E_DISKFULL;
-
-enum class Journal { stays_empty, gets_errno, gets_host_text };
-using enum Journal;
-
-// What one call of an operation leads to: the status by errno; every other errno gives `other` and,
-// in the journal, the system's text for it or the host's.
-struct Answers {
-  std::map<JXStatus, std::set<int>> rows;
-  JXStatus other = kSystem;
-  Journal journal = gets_errno;
-};
-
-const Answers kGoesOn = {{}, JX_OK, stays_empty};
-const Answers kOnlyReported = {{{JX_OK, {ENOENT, EACCES}}}, JX_OK};
-const Answers kSilent = {{}, kSystem, stays_empty};
-const Answers kSilentFailure = {{}, kFailed, stays_empty};
-const Answers kNothingFound = {{}, kMissing, stays_empty};
-const Answers kReported = {};
-const Answers kReportedFailure = {{}, kFailed};
-
-const Answers kStat = {{{kMissing, {ENOENT}}, {kAccess, {EACCES}}}};
-const Answers kStatDirectory = {{{kNoPath, {ENOENT}}, {kAccess, {EACCES}}}};
-const Answers kStatTarget = {{{JX_OK, {ENOENT}}, {kAccess, {EACCES}}}};
-const Answers kStatMember = {{{kMissing, {ENOENT, EACCES}}}, kMissing};
-const Answers kStatSpace = {
-    {{kMissing, {ENOENT, ENOTDIR, ENOLINK}}, {kAccess, {EACCES}}, {kTooLong, {ENAMETOOLONG}}}};
-const Answers kOpenDirectory = {
-    {{kMissing, {ENOENT, ENOTDIR}}, {kAccess, {EACCES}}, {kTooLong, {ENAMETOOLONG}}}};
-const Answers kRemove = {{{kAccess, {EPERM, EACCES, EROFS}},
-                          {kMissing, {ENOENT, ENOTDIR}},
-                          {kInUse, {ETXTBSY}},
-                          {JXWEM_E_NOTEMPTY, {ENOTEMPTY}}}};
-// A directory that is not empty is emptied.
-const Answers kRemoveFull = {{{kAccess, {EPERM, EACCES, EROFS}},
-                              {kMissing, {ENOENT, ENOTDIR}},
-                              {kInUse, {ETXTBSY}},
-                              {JX_OK, {ENOTEMPTY}}}};
-const Answers kRename = {
-    {{kAccess, {EPERM, EACCES, EROFS}}, {JX_E_NOMEM, {ENOMEM}}, {kFull, {ENOSPC}}}};
-const Answers kMake = {{{kAccess, {EPERM, EACCES, EROFS}},
-                        {kNoPath, {ENOENT, ENOTDIR}},
-                        {JXWEM_E_EXISTS, {EEXIST}},
-                        {kInUse, {ETXTBSY}},
-                        {kFull, {ENOSPC}}}};
-const Answers kCopyOpen = {{{kAccess, {EACCES, EROFS}}, {kNoPath, {ENOTDIR}}, {kInUse, {ETXTBSY}}},
-                           kFailed};
-const Answers kCopyRead = {{{JX_OK, {EINTR}}}, kFailed};
-const Answers kCopyWrite = {{{JXWEM_E_NOTSUPPORTED, {ENXIO}}, {kFull, {ENOSPC}}}, kFailed};
-const Answers kCopyClose = {{{JX_OK, {EINTR}}, {JXWEM_E_NOTSUPPORTED, {ENXIO}}, {kFull, {ENOSPC}}},
-                            kFailed};
-const Answers kWrite = {{{kFull, {EFBIG, ENOSPC, EDQUOT}}}, kSystem, stays_empty};
-const Answers kFlush = {
-    {{kSystem, {EIO}}, {JXWEM_E_NOHANDLE, {EBADF}}, {kFull, {ENOSPC}}}, kFailed, gets_errno};
-
-// The host opens and closes files, and has a journal line for what the module calls a system error.
-// A call that a signal interrupts is repeated, or has been done.
-const Answers kHostStat = {{{JX_E_NOMEM, {ENOMEM}},
-                            {kMissing, {ENOENT}},
-                            {kAccess, {EPERM, EACCES, EROFS}},
-                            {kNoPath, {ENOTDIR}},
-                            {JXWEM_E_OPENREFUSED, {EISDIR}},
-                            {kInUse, {EAGAIN, EBUSY, ETXTBSY, EDEADLK}}},
-                           kSystem,
-                           gets_host_text};
-const Answers kHostOpen = [] {
-  Answers answers = kHostStat;
-  answers.rows[JX_OK] = {EINTR};
-  return answers;
-}();
-const Answers kHostClose = [] {
-  Answers answers = {{}, JX_OK, gets_host_text};
-  for (const auto &[status, errors] : kHostOpen.rows)
-    answers.rows[JX_OK].insert(errors.begin(), errors.end());
-  return answers;
-}();
-
-// ---- The table
-
-#define WRITES "write|append|update|update a stream|use offsets"
-#define RECORDS WRITES "|read|read a stream directly|use offsets of a stream"
-#define REMOVALS "remove a tree|remove a link in a tree"
-#define LISTS "member list|directory list|list with attributes"
-
-// The answers to a call of some operations (a list in bars): of its first calls in turn; the last
-// is that of all later ones.
-struct Row {
-  const char *operations;
-  Syscall call;
-  std::vector<Answers> answers;
-};
-
-const Row kSystemCalls[] = {
-    {"exist|information|member list", Syscall::stat64, {kStat}},
-    {"is directory", Syscall::stat64, {kStatDirectory}},
-    {"remove a file|remove a directory|" REMOVALS, Syscall::stat64, {kStatMember}},
-    {"copy a file", Syscall::stat64, {kOnlyReported, kStat}},
-    {"copy a tree",
-     Syscall::stat64,
-     {kStatTarget, kStat, kGoesOn, kStatTarget, kStat, kOnlyReported, kStat}},
-    {"list with attributes", Syscall::stat64, {kOnlyReported}},
-    {"list with attributes", Syscall::fstatat64, {kOnlyReported}},
-    {"remove a link in a tree", Syscall::fstatat64, {kStatMember}},
-    {REMOVALS, Syscall::fstat64, {kOpenDirectory}},
-    {RECORDS, Syscall::fstat64, {kHostStat}},
-    {"file system", Syscall::statvfs64, {kStatSpace}},
-    {"make|copy a tree", Syscall::mkdir, {kMake}},
-    {"rename", Syscall::rename, {kRename}},
-    {"remove a file", Syscall::unlink, {kRemove}},
-    {"remove a directory", Syscall::rmdir, {kRemove}},
-    {REMOVALS, Syscall::rmdir, {kRemoveFull, kRemove}},
-    {"remove a tree", Syscall::unlinkat, {kRemoveFull, kRemove}},
-    {"remove a link in a tree", Syscall::unlinkat, {kRemove}},
-    {REMOVALS, Syscall::openat64, {kOpenDirectory}},
-    {REMOVALS, Syscall::fdopendir, {kOpenDirectory}},
-    {"copy a tree|read a directory|" LISTS, Syscall::opendir, {kOpenDirectory}},
-    {REMOVALS "|" LISTS, Syscall::readdir64_r, {kReported}},
-    {"read a directory", Syscall::readdir64_r, {kSilent}},
-    {"copy a tree", Syscall::readdir64_r, {kGoesOn}},
-    {"copy a tree|read a directory|" REMOVALS "|" LISTS, Syscall::closedir, {kGoesOn}},
-    {"copy a file|copy a tree", Syscall::open64, {kCopyOpen}},
-    {"copy a file|copy a tree", Syscall::read, {kCopyRead}},
-    {"copy a file|copy a tree", Syscall::write, {kCopyWrite}},
-    {"copy a file|copy a tree", Syscall::close, {kCopyClose, kGoesOn}},
-    {RECORDS, Syscall::open64, {kHostOpen}},
-    {RECORDS, Syscall::close, {kHostClose}},
-    {WRITES, Syscall::write, {kWrite}},
-    {WRITES "|use offsets of a stream", Syscall::fsync, {kFlush}},
-    {"use offsets|use offsets of a stream", Syscall::pwrite64, {kWrite}},
-    {"use offsets", Syscall::pread64, {kSilent}},
-    {"read|update|use offsets", Syscall::read, {kSilent}},
-    // When the read that replaces a byte-order mark's bytes fails, the bytes before it are
-    // delivered; the next call reads them again.
-    {"read a stream directly", Syscall::read, {kSilent, kGoesOn, kSilent}},
-    {"update a stream", Syscall::read, {kSilent, kGoesOn}},
-    {"use offsets of a stream", Syscall::pread64, {kSilent, kGoesOn}},
-    {"append", Syscall::lseek64, {kGoesOn}},
-    {"read|update|update a stream|use offsets", Syscall::lseek64, {kReportedFailure}},
-    {"update|update a stream", Syscall::ftruncate64, {kReported}},
-    {"write", Syscall::ftruncate64, {kHostOpen}},
-    {"build|expand a relative path|create a name", Syscall::getcwd, {kSilentFailure}},
-    {"expand a user", Syscall::getpwnam_r, {kNothingFound}},
-    {"expand without HOME", Syscall::getpwuid_r, {kNothingFound}},
-    {"time of day", Syscall::localtime_r, {kGoesOn}},
-};
-
-// The statuses that a failing call of the host may lead to. The first row that fits counts; no
-// operations: all others.
-struct HostRow {
-  const char *operations;
-  Calls calls;
-  std::set<JXStatus> statuses;
-};
-
-const HostRow kHostCalls[] = {
-    // A host without these extensions, or whose name service fails, still gets an instance.
-    {"start",
-     calls(Call::load_extension, Call::get_host_name, Call::destroy_transcoder),
-     {JX_OK, JX_E_NOMEM}},
-    {"start", kAllFailing, {JX_E_NOMEM}},
-    // A member whose information fails stays in the list.
-    {"list with attributes", calls(Call::pool_allocate), {JX_E_NOMEM, JX_OK}},
-    {"list with attributes", calls(Call::transcode), {kFailed, kFaultStatus, JX_OK}},
-    {"", calls(Call::create_pool, Call::pool_allocate), {JX_E_NOMEM}},
-    {"", calls(Call::create_table, Call::table_set_entry_destructor), {JXWEM_E_NOHANDLE}},
-    // A member that its list refuses is left out.
-    {"member list", calls(Call::table_insert), {kFailed, JX_OK}},
-    {"", calls(Call::table_insert), {kFailed}},
-    {"build|create a name", calls(Call::transcode), {JXStatus{1}, kFailed}},
-    // The walk of a copy ends with the first entry that cannot be read, as at the end.
-    {"copy a tree", calls(Call::transcode), {kFailed, JX_OK}},
-    {"start|expand a relative path|expand a user|expand without HOME|exist|is "
-     "directory|information|"
-     "file system|make|rename|remove a file|remove a directory|copy a file",
-     calls(Call::transcode),
-     {kFailed}},
-    // A name expanded, or a record or an entry converted.
-    {"", calls(Call::transcode), {kFailed, kFaultStatus}},
-    {"", calls(Call::create_lock, Call::create_transcoder), {kFailed}},
-    {"",
-     calls(Call::measure_conversion, Call::encoding_info, Call::lock_acquire, Call::lock_release,
-           Call::get_option),
-     {kFaultStatus}},
-    // While the control strings are made it is a failure; at close it is ignored.
-    {"", calls(Call::destroy_transcoder), {kFaultStatus, JX_OK}},
-    {"", calls(Call::open_file), {kSystem}},
-    {"", calls(Call::close_file), {JX_OK}},
-};
-
-// What the module imports and cannot fail: given what it passes, or at all.
-constexpr std::string_view kCannotFail[] = {
-    "memchr",           "memcmp",           "memcpy",       "__memcpy_chk",    "memmove",
-    "memset",           "strchrnul",        "strlen",       "strnlen",         "wcslen",
-    "wcsnlen",          "strerror",         "getenv",       "getuid",          "dirfd",
-    "__errno_location", "__stack_chk_fail", "gettimeofday", "__gettimeofday64"};
-
-// ---- The sweeps
 
 bool lists(std::string_view operations, std::string_view name) {
   const std::string list = "|" + std::string(operations) + "|";
@@ -247,16 +41,13 @@ class FaultTable : public FaultTest {
   bool meets(const Operation &operation, Syscall call, uint32_t n, int error,
              const Answers *answers) {
     operation.prepare();
-    const LiveCounts before = host.live();
-    const uint32_t descriptors = open_descriptors();
+    const Books books(host);
     arm_syscalls(syscalls(call), {.n = n, .error = error});
     const JXStatus status = operation.run();
     const bool was_met = disarm_syscalls().has_value();
     SCOPED_TRACE(std::string(syscall_name(call)) + " " + std::to_string(n) + ", errno " +
                  std::to_string(error));
-    EXPECT_EQ(host.take_misuse(), "");
-    EXPECT_TRUE(host.live() == before) << host.list_live();
-    EXPECT_EQ(open_descriptors(), descriptors);
+    books.expect_balance();
     if (was_met && answers) expect_answer(*answers, error, status);
     EXPECT_TRUE(was_met || status == JX_OK) << "without a fault: " << std::hex << status;
     faults_ += was_met;

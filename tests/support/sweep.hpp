@@ -20,6 +20,22 @@ struct SweepRun {
   JXStatus status;     // what the body returned
 };
 
+// What is alive before an operation; afterwards as much must be, and nothing used wrongly.
+class Books {
+ public:
+  explicit Books(FaultHost &host) : host_(host) {}
+  void expect_balance() const {
+    EXPECT_EQ(host_.take_misuse(), "");
+    EXPECT_TRUE(host_.live() == live_) << host_.list_live();
+    EXPECT_EQ(open_descriptors(), descriptors_);
+  }
+
+ private:
+  FaultHost &host_;
+  const LiveCounts live_ = host_.live();
+  const uint32_t descriptors_ = open_descriptors();
+};
+
 inline constexpr uint32_t kSweepLimit = 100'000;  // more runs mean that the sweep never ends
 
 // Makes the n-th call of the host fail, n from 0, or every one from the n-th on. prepare() runs
@@ -31,16 +47,13 @@ std::vector<SweepRun> sweep(FaultHost &host, Calls failing, Prepare prepare, Bod
   std::vector<SweepRun> runs;
   for (uint32_t n = 0; n < kSweepLimit; ++n) {
     prepare();
-    const LiveCounts before = host.live();
-    const uint32_t descriptors = open_descriptors();
+    const Books books(host);
     host.arm(failing, n, kFaultStatus, to_the_end);
     const JXStatus status = body();
     const auto call = host.disarm();
     const std::string failed = call ? call_name(*call) : "";
     SCOPED_TRACE(failed + " as call " + std::to_string(n) + ": " + std::to_string(status));
-    EXPECT_EQ(host.take_misuse(), "");
-    EXPECT_TRUE(host.live() == before) << host.list_live();
-    EXPECT_EQ(open_descriptors(), descriptors);
+    books.expect_balance();
     if (!call) {
       EXPECT_EQ(status, JX_OK) << "without a fault";
       return runs;

@@ -149,10 +149,11 @@ JX_PLAIN(int, readdir64_r, error, , (DIR * stream, Entry *entry, Entry **result)
          (stream, entry, result))
 JX_PLAIN(int, closedir, (real(stream), errno = error, -1), , (DIR * stream), (stream))
 JX_PLAIN(char *, getcwd, nullptr, noexcept, (char *buffer, size_t bytes), (buffer, bytes))
-JX_PLAIN(int, getpwnam_r, error, ,
+// ENOENT: no such user.
+JX_PLAIN(int, getpwnam_r, (*result = nullptr, error == ENOENT ? 0 : error), ,
          (const char *name, passwd *record, char *texts, size_t bytes, passwd **result),
          (name, record, texts, bytes, result))
-JX_PLAIN(int, getpwuid_r, error, ,
+JX_PLAIN(int, getpwuid_r, (*result = nullptr, error == ENOENT ? 0 : error), ,
          (uid_t id, passwd *record, char *texts, size_t bytes, passwd **result),
          (id, record, texts, bytes, result))
 JX_CALL(tm *, localtime_r, "__localtime64_r", nullptr, nullptr, noexcept,

@@ -104,7 +104,7 @@ class FaultTest : public DirectoryTest {
       path_operation(
           "create a name",
           [this] { return create_name(instance, {}, {}, {}, JX_NAME_HOST, &made_name_); }),
-      path_operation("time of day", [this] { return tell_time(); }),
+      path_operation("time of day", [] { return tell_time(); }),
   };
 
  private:

@@ -45,8 +45,7 @@ class FaultTable : public FaultTest {
     arm_syscalls(syscalls(call), {.n = n, .error = error});
     const JXStatus status = operation.run();
     const bool was_met = disarm_syscalls().has_value();
-    SCOPED_TRACE(std::string(syscall_name(call)) + " " + std::to_string(n) + ", errno " +
-                 std::to_string(error));
+    SCOPED_TRACE(syscall_name(call) + " " + std::to_string(n) + ", errno " + std::to_string(error));
     books.expect_balance();
     if (was_met && answers) expect_answer(*answers, error, status);
     EXPECT_TRUE(was_met || status == JX_OK) << "without a fault: " << std::hex << status;

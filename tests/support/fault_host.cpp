@@ -3,21 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
+#include "support/name_list.hpp"
 #include "support/text.hpp"
 
 namespace jx::test {
 
-#define JX_TEST_TEXT(...) #__VA_ARGS__
-#define JX_TEST_TEXT_OF(list) JX_TEST_TEXT(list)
-
 std::string call_name(Call call) {
-  std::istringstream names(JX_TEST_TEXT_OF((JX_TEST_CALLS)));
-  std::string name;
-  for (uint32_t i = 0; i <= static_cast<uint32_t>(call); ++i) names >> name;
-  std::erase_if(name, [](char letter) { return letter != '_' && (letter < 'a' || letter > 'z'); });
-  return name;
+  return name_in(JX_TEST_TEXT_OF((JX_TEST_CALLS)), static_cast<uint32_t>(call));
 }
 
 FaultHost::~FaultHost() {

@@ -17,6 +17,8 @@
 #include <mutex>
 #include <utility>
 
+#include "support/name_list.hpp"
+
 namespace jx::test {
 
 namespace {
@@ -68,10 +70,8 @@ Function *next(const char *name, const char *name_time64) {
 
 }  // namespace
 
-const char *syscall_name(Syscall call) {
-#define JX_TEST_TEXT(name) #name,
-  constexpr std::array kNames{JX_TEST_SYSCALLS(JX_TEST_TEXT) ""};
-  return kNames[static_cast<uint32_t>(call)];
+std::string syscall_name(Syscall call) {
+  return name_in(JX_TEST_TEXT_OF((JX_TEST_SYSCALLS)), static_cast<uint32_t>(call));
 }
 
 void arm_syscalls(Syscalls failing, const SyscallFault &fault) {

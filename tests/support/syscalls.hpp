@@ -8,19 +8,17 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 
 namespace jx::test {
 
 // Every call of the module that reaches the system and can fail; tests/faults checks that.
-#define JX_TEST_SYSCALLS(X)                                                                  \
-  X(read)                                                                                    \
-  X(write) X(pread64) X(pwrite64) X(lseek64) X(fsync) X(ftruncate64) X(open64) X(openat64)   \
-      X(close) X(stat64) X(fstatat64) X(fstat64) X(statvfs64) X(unlink) X(unlinkat) X(rmdir) \
-          X(rename) X(mkdir) X(opendir) X(fdopendir) X(readdir64_r) X(closedir) X(getcwd)    \
-              X(getpwnam_r) X(getpwuid_r) X(localtime_r)
-#define JX_TEST_ENUMERATOR(name) name,
-enum class Syscall : uint32_t { JX_TEST_SYSCALLS(JX_TEST_ENUMERATOR) count };
-inline constexpr uint32_t kSyscallCount = static_cast<uint32_t>(Syscall::count);
+#define JX_TEST_SYSCALLS                                                                         \
+  read, write, pread64, pwrite64, lseek64, fsync, ftruncate64, open64, openat64, close, stat64,  \
+      fstatat64, fstat64, statvfs64, unlink, unlinkat, rmdir, rename, mkdir, opendir, fdopendir, \
+      readdir64_r, closedir, getcwd, getpwnam_r, getpwuid_r, localtime_r
+enum class Syscall : uint32_t { JX_TEST_SYSCALLS };
+inline constexpr uint32_t kSyscallCount = static_cast<uint32_t>(Syscall::localtime_r) + 1;
 
 // A set of system calls.
 using Syscalls = uint32_t;
@@ -29,7 +27,7 @@ constexpr Syscalls syscalls(Some... some) {
   return ((1u << static_cast<uint32_t>(some)) | ...);
 }
 
-const char *syscall_name(Syscall call);
+std::string syscall_name(Syscall call);
 
 // The fault of the n-th armed call, counted from 0.
 struct SyscallFault {

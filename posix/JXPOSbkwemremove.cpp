@@ -122,8 +122,13 @@ class TreeRemoval {
     auto level = jx::PoolBlock<Level>::allocate(instance_->pool, 1, JX_POOL_ZERO_FILL);
     if (!level) return JX_E_NOMEM;
     if (open_count_ == kOpenLevelMax) close_shallowest();
-    const JXStatus status = open_level(level.get(), directory_fd, name);
-    if (status != JX_OK) return status;
+    int error = open_level(level.get(), directory_fd, name);
+    // Without a free descriptor the walk gives up those of the levels above, one at a time.
+    while ((error == EMFILE || error == ENFILE) && open_count_ > 1) {
+      close_shallowest();
+      error = open_level(level.get(), directory_fd, name);
+    }
+    if (error != 0) return open_failure(error);
     level->above = deepest_;
     if (deepest_) {
       deepest_->below = level.get();
@@ -136,16 +141,17 @@ class TreeRemoval {
     return JX_OK;
   }
 
-  JXStatus open_level(Level *level, int directory_fd, const char *name) {
+  // 0 or errno.
+  static int open_level(Level *level, int directory_fd, const char *name) {
     jx::Descriptor directory(openat64(directory_fd, name, kOpenFlags));
     struct stat64 info;
-    if (!directory || fstat64(directory.get(), &info) != 0) return open_failure(errno);
+    if (!directory || fstat64(directory.get(), &info) != 0) return errno;
     level->stream = fdopendir(directory.get());
-    if (!level->stream) return open_failure(errno);
+    if (!level->stream) return errno;
     static_cast<void>(directory.release());
     level->device = info.st_dev;
     level->inode = info.st_ino;
-    return JX_OK;
+    return 0;
   }
 
   JXStatus open_failure(int error) {
@@ -164,8 +170,8 @@ class TreeRemoval {
     Level *above = deepest_->above;
     const dev_t device = above->device;
     const ino64_t inode = above->inode;
-    const JXStatus status = open_level(above, dirfd(deepest_->stream), "..");
-    if (status != JX_OK) return status;
+    const int error = open_level(above, dirfd(deepest_->stream), "..");
+    if (error != 0) return open_failure(error);
     shallowest_open_ = above;
     ++open_count_;
     return above->device == device && above->inode == inode ? JX_OK : JXWEM_E_NOTFOUND;

@@ -175,9 +175,9 @@ TEST_F(Elm, ErrnosOfOpen) {
       {ENOSPC, JXELM_E_NOSPACE}, {EROFS, JXELM_E_ACCESS},   {EDEADLK, JXELM_E_BUSY3},
       {EDQUOT, JXELM_E_NOSPACE}, {EIO, JXELM_E_SYSTEM},     {EINTR, JX_OK}};
   for (const auto &[error, expected] : rows) {
-    arm_path_call("open64", 0, error);
+    arm_syscalls(syscalls(Syscall::open64), {.error = error});
     EXPECT_EQ(try_open(path, O_RDWR | O_CREAT, JXELM_LOCK_EXCLUSIVE), expected) << error;
-    EXPECT_TRUE(disarm_path_calls());
+    EXPECT_TRUE(disarm_syscalls());
   }
 }
 

@@ -136,16 +136,18 @@ TEST(Entry, NoCharacterSetService) {
 // A host whose name service fails still gets an instance; every other failure ends the entry.
 TEST(Entry, EveryCallFailsInTurn) {
   FaultHost host;
-  const auto runs = sweep(host, kAllFailing, [&]() -> JXStatus {
+  const auto run = [&]() -> JXStatus {
     const Instance instance(host);
     return instance ? JX_OK : JX_E_NOMEM;
-  });
+  };
   std::string failed;
-  for (const SweepRun &run : runs) {
-    failed += run.failed + " ";
-    const bool survives = run.failed == "get_host_name" || run.failed == "destroy_transcoder" ||
-                          (run.failed == "load_extension" && run.n != 5);
-    EXPECT_EQ(run.status, survives ? JX_OK : JX_E_NOMEM) << "call " << run.n << " " << run.failed;
+  for (const SweepRun &each : sweep(
+           host, kAllFailing, [] {}, run)) {
+    failed += each.failed + " ";
+    const bool survives = each.failed == "get_host_name" || each.failed == "destroy_transcoder" ||
+                          (each.failed == "load_extension" && each.n != 5);
+    EXPECT_EQ(each.status, survives ? JX_OK : JX_E_NOMEM)
+        << "call " << each.n << " " << each.failed;
   }
   EXPECT_EQ(failed,
             "create_pool pool_allocate create_decoder create_encoder load_extension "

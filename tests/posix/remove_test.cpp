@@ -85,21 +85,22 @@ TEST_F(Remove, AnEntrySwappedForALinkDoesNotLeadOutside) {
   make_outside();
   // When the swap happens: before the first removal of the tree's root, before its open, before the
   // removal and the open of the folder in it, before that folder's final removal.
-  const std::pair<const char *, uint32_t> rows[] = {{"rmdir", 0},    {"openat64", 0},
-                                                    {"unlinkat", 0}, {"openat64", 1},
-                                                    {"unlinkat", 2}, {"rmdir", 1}};
+  const std::pair<Syscall, uint32_t> rows[] = {{Syscall::rmdir, 0},    {Syscall::openat64, 0},
+                                               {Syscall::unlinkat, 0}, {Syscall::openat64, 1},
+                                               {Syscall::unlinkat, 2}, {Syscall::rmdir, 1}};
   for (const char *swapped : {"tree", "tree/sub"}) {
     for (const auto &[swap_call, n] : rows) {
-      SCOPED_TRACE(std::string(swapped) + " " + swap_call + std::to_string(n));
+      SCOPED_TRACE(std::string(swapped) + " " + syscall_name(swap_call) + std::to_string(n));
       make_folder("tree/sub");
       make_file("tree/sub/keep");
-      arm_path_call(swap_call, n, 0, [&] {
+      const auto swap = [&] {
         if (!exists(swapped)) return;
         fs::rename(dir.file(swapped), dir.file("aside"));
         make_link(swapped, dir.file("outside"));
-      });
+      };
+      arm_syscalls(syscalls(swap_call), {.n = n, .before = swap});
       const JXStatus status = remove_tree("tree");
-      disarm_path_calls();
+      disarm_syscalls();
       EXPECT_TRUE(status == JX_OK || status == JXWEM_E_NOTFOUND) << std::hex << status;
       EXPECT_TRUE(outside_is_whole());
       fs::remove_all(dir.file("tree"));
@@ -113,11 +114,12 @@ TEST_F(Remove, AFolderMovedAwayIsNotFollowedUp) {
   make_chain("tree", 40);
   // When the walk is at the bottom the upper levels are closed; then the way back up leads
   // elsewhere.
-  arm_path_call("readdir64_r", 3 * 39 + 1, 0, [&] {
+  const auto move = [&] {
     fs::rename(dir.file("tree/deeper/deeper/deeper/deeper"), dir.file("outside/sub/deeper"));
-  });
+  };
+  arm_syscalls(syscalls(Syscall::readdir64_r), {.n = 3 * 39 + 1, .before = move});
   EXPECT_EQ(remove_tree("tree"), JXWEM_E_NOTFOUND);
-  EXPECT_TRUE(disarm_path_calls());
+  EXPECT_TRUE(disarm_syscalls());
   EXPECT_TRUE(outside_is_whole());
 }
 
@@ -159,7 +161,7 @@ TEST_F(Remove, DeepAndWideTreesWithLittleStackAndFewDescriptors) {
   }
   rlimit limit;
   getrlimit(RLIMIT_NOFILE, &limit);
-  const rlimit few = {64, limit.rlim_max};
+  const rlimit few = {16, limit.rlim_max};
   setrlimit(RLIMIT_NOFILE, &few);
   run_on_small_stack([&] {
     for (const char *name : {"deep", "wide", "bushy"}) {

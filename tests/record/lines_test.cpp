@@ -76,9 +76,9 @@ TEST_F(Lines, Transfers) {
   }
   // Unbuffered: a read and a seek for each record; a write for each, and one for the mark.
   File file(instance, path, options(JX_ACCESS_UPDATE, 0, JX_ENCODING_UTF8, 80));
-  uint64_t calls = syscall_count(Syscall::read) + syscall_count(Syscall::seek);
+  uint64_t calls = syscall_count(Syscall::read) + syscall_count(Syscall::lseek64);
   for (int i = 0; i < 10; ++i) EXPECT_EQ(read_record(file).data, "0123456789abcde");
-  EXPECT_EQ(syscall_count(Syscall::read) + syscall_count(Syscall::seek) - calls, 20u);
+  EXPECT_EQ(syscall_count(Syscall::read) + syscall_count(Syscall::lseek64) - calls, 20u);
   int64_t start = 0;
   EXPECT_EQ(file->point(file, &start, JX_POINT_START), JX_OK);
   calls = syscall_count(Syscall::write);

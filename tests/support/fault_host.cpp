@@ -3,21 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
+#include "support/name_list.hpp"
 #include "support/text.hpp"
 
 namespace jx::test {
 
-#define JX_TEST_TEXT(...) #__VA_ARGS__
-#define JX_TEST_TEXT_OF(list) JX_TEST_TEXT(list)
-
 std::string call_name(Call call) {
-  std::istringstream names(JX_TEST_TEXT_OF((JX_TEST_CALLS)));
-  std::string name;
-  for (uint32_t i = 0; i <= static_cast<uint32_t>(call); ++i) names >> name;
-  std::erase_if(name, [](char letter) { return letter != '_' && (letter < 'a' || letter > 'z'); });
-  return name;
+  return name_in(JX_TEST_TEXT_OF((JX_TEST_CALLS)), static_cast<uint32_t>(call));
 }
 
 FaultHost::~FaultHost() {
@@ -26,10 +18,11 @@ FaultHost::~FaultHost() {
   EXPECT_EQ(jxhost_destroy(host_.inner), 0u) << "objects left in the reference host";
 }
 
-void FaultHost::arm(Calls failing, uint32_t n, JXStatus status) {
+void FaultHost::arm(Calls failing, uint32_t n, JXStatus status, bool to_the_end) {
   armed_ = failing & kAllFailing;
   calls_to_fault_ = n;
   status_ = status;
+  to_the_end_ = to_the_end;
   failed_.reset();
 }
 
@@ -37,9 +30,10 @@ bool FaultHost::fails(Call call, const std::string &detail) {
   const std::lock_guard guard(mutex_);
   ++counts_[static_cast<uint32_t>(call)];
   if (trace_) trace_->push_back(call_name(call) + " " + detail);
-  if (!(armed_ & calls(call)) || calls_to_fault_-- > 0) return false;
-  armed_ = 0;
-  failed_ = call;
+  if (!(armed_ & calls(call))) return false;
+  if (calls_to_fault_ > 0) return --calls_to_fault_, false;
+  if (!to_the_end_) armed_ = 0;
+  if (!failed_) failed_ = call;
   return true;
 }
 

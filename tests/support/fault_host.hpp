@@ -84,9 +84,9 @@ class FaultHost {
   // The reference host underneath, for options and the like.
   JXHost *reference() { return host_.inner; }
 
-  // Makes the n-th of these calls from now on, counted from 0, fail once.
-  void arm(Calls failing, uint32_t n, JXStatus status = kFaultStatus);
-  // Disarms; returns the call that failed.
+  // Makes the n-th of these calls from now on, counted from 0, fail; to_the_end: and all after it.
+  void arm(Calls failing, uint32_t n, JXStatus status = kFaultStatus, bool to_the_end = false);
+  // Disarms; returns the call that failed first.
   std::optional<Call> disarm() {
     armed_ = 0;
     return std::exchange(failed_, std::nullopt);
@@ -137,6 +137,7 @@ class FaultHost {
   Calls armed_ = 0;
   uint32_t calls_to_fault_ = 0;
   JXStatus status_ = kFaultStatus;
+  bool to_the_end_ = false;
   std::optional<Call> failed_;
   OpenCall last_open_;
 };

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "support/journal.hpp"
-#include "support/path_calls.hpp"
+#include "support/syscalls.hpp"
 #include "support/tree_fixture.hpp"
 
 namespace jx::test {

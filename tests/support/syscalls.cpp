@@ -1,16 +1,23 @@
-// A fortified build turns read into an inline wrapper; this file defines the real name.
+// A fortified build turns some of the calls into inline wrappers; this file defines the real names.
 #undef _FORTIFY_SOURCE
 #include "support/syscalls.hpp"
 
+// Without fcntl.h: it declares open64 and openat64 variadic; here they always take a mode and pass
+// it on.
+#include <dirent.h>
 #include <dlfcn.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <mutex>
 #include <utility>
+
+#include "support/name_list.hpp"
 
 namespace jx::test {
 
@@ -24,19 +31,25 @@ struct State {
   std::optional<Syscall> hit;
   std::array<uint64_t, kSyscallCount> counts{};
 };
-constinit State state;
+State state;
 
 // The errno for a call that has to fail, or 0; shortens *count if armed to do so.
 int judge(Syscall call, size_t *count) {
-  const std::lock_guard guard(state.mutex);
+  std::unique_lock guard(state.mutex);
   ++state.counts[static_cast<uint32_t>(call)];
   if (!(state.armed & syscalls(call))) return 0;
   if (state.fault.n > 0) {
     --state.fault.n;
     return 0;
   }
-  if (!state.fault.to_the_end) state.armed = 0;
+  const Syscalls armed = std::exchange(state.armed, 0);
   if (!state.hit) state.hit = call;
+  if (const auto before = std::exchange(state.fault.before, nullptr)) {
+    guard.unlock();
+    before();
+    guard.lock();
+  }
+  if (state.fault.to_the_end) state.armed = armed;
   if (std::exchange(state.is_signal_due, false)) return EINTR;
   if (count && !state.fault.error && *count > state.fault.most_bytes) {
     *count = state.fault.most_bytes;
@@ -45,23 +58,20 @@ int judge(Syscall call, size_t *count) {
   return state.fault.error;
 }
 
-// Judges a call and forwards it to the next definition of its name. The arguments are references
-// because one of them is *count.
-template <Syscall kCall, typename Function, typename... Arguments>
-auto hand_on(size_t *count, Function *, const Arguments &...arguments) {
-  static auto *const real = reinterpret_cast<Function *>(dlsym(RTLD_NEXT, syscall_name(kCall)));
-  const int error = judge(kCall, count);
-  if (!error) return real(arguments...);
-  errno = error;
-  return decltype(real(arguments...)){-1};
+// The next definition of a name after this program's; the variant with 64-bit times if the C
+// library has one. Allocates nothing: the calls are noexcept, and a test may fail allocations.
+template <typename Function>
+Function *next(const char *name, const char *name_time64) {
+  void *address = dlsym(RTLD_NEXT, name_time64);
+  if (!address) address = dlsym(RTLD_NEXT, name);
+  if (!address) std::abort();
+  return reinterpret_cast<Function *>(address);
 }
 
 }  // namespace
 
-const char *syscall_name(Syscall call) {
-  constexpr std::array<const char *, kSyscallCount> kNames{
-      "read", "write", "pread64", "pwrite64", "lseek64", "fsync", "ftruncate64"};
-  return kNames[static_cast<uint32_t>(call)];
+std::string syscall_name(Syscall call) {
+  return name_in(JX_TEST_TEXT_OF((JX_TEST_SYSCALLS)), static_cast<uint32_t>(call));
 }
 
 void arm_syscalls(Syscalls failing, const SyscallFault &fault) {
@@ -85,28 +95,80 @@ uint64_t syscall_count(Syscall call) {
 
 }  // namespace jx::test
 
-using jx::test::hand_on;
+using jx::test::judge;
+using jx::test::next;
 using jx::test::Syscall;
+
+// Defines a call that is passed on unless it has to fail. `shortened` points to the length of a
+// transfer.
+#define JX_CALL(result, name, time64, failure, shortened, qualifier, parameters, arguments) \
+  result name parameters qualifier {                                                        \
+    static auto *const real = next<result parameters>(#name, time64);                       \
+    const int error = judge(Syscall::name, shortened);                                      \
+    if (error == 0) return real arguments;                                                  \
+    errno = error;                                                                          \
+    return failure;                                                                         \
+  }
+#define JX_PLAIN(result, name, failure, qualifier, parameters, arguments) \
+  JX_CALL(result, name, "__" #name "_time64", failure, nullptr, qualifier, parameters, arguments)
+#define JX_TRANSFER(name, parameters, arguments) \
+  JX_CALL(ssize_t, name, "", -1, &count, , parameters, arguments)
 
 extern "C" {
 
-ssize_t read(int fd, void *buffer, size_t count) {
-  return hand_on<Syscall::read>(&count, read, fd, buffer, count);
+using Info = struct stat64;
+using Space = struct statvfs64;
+using Entry = struct dirent64;
+
+JX_TRANSFER(read, (int fd, void *buffer, size_t count), (fd, buffer, count))
+JX_TRANSFER(write, (int fd, const void *buffer, size_t count), (fd, buffer, count))
+JX_TRANSFER(pread64, (int fd, void *buffer, size_t count, off64_t offset),
+            (fd, buffer, count, offset))
+JX_TRANSFER(pwrite64, (int fd, const void *buffer, size_t count, off64_t offset),
+            (fd, buffer, count, offset))
+JX_PLAIN(off64_t, lseek64, -1, noexcept, (int fd, off64_t offset, int whence), (fd, offset, whence))
+JX_PLAIN(int, fsync, -1, , (int fd), (fd))
+JX_PLAIN(int, ftruncate64, -1, noexcept, (int fd, off64_t length), (fd, length))
+JX_PLAIN(int, open64, -1, , (const char *path, int flags, mode_t mode), (path, flags, mode))
+JX_PLAIN(int, openat64, -1, , (int fd, const char *path, int flags, mode_t mode),
+         (fd, path, flags, mode))
+// A failed close has closed anyway.
+JX_PLAIN(int, close, (real(fd), errno = error, -1), , (int fd), (fd))
+JX_PLAIN(int, stat64, -1, noexcept, (const char *path, Info *info), (path, info))
+JX_PLAIN(int, fstatat64, -1, noexcept, (int fd, const char *path, Info *info, int flags),
+         (fd, path, info, flags))
+JX_PLAIN(int, fstat64, -1, noexcept, (int fd, Info *info), (fd, info))
+JX_PLAIN(int, unlink, -1, noexcept, (const char *path), (path))
+JX_PLAIN(int, unlinkat, -1, noexcept, (int fd, const char *path, int flags), (fd, path, flags))
+JX_PLAIN(int, rmdir, -1, noexcept, (const char *path), (path))
+JX_PLAIN(int, rename, -1, noexcept, (const char *from, const char *to), (from, to))
+JX_PLAIN(int, mkdir, -1, noexcept, (const char *path, mode_t mode), (path, mode))
+JX_PLAIN(DIR *, opendir, nullptr, , (const char *path), (path))
+JX_PLAIN(DIR *, fdopendir, nullptr, , (int fd), (fd))
+JX_PLAIN(int, readdir64_r, error, , (DIR * stream, Entry *entry, Entry **result),
+         (stream, entry, result))
+JX_PLAIN(int, closedir, (real(stream), errno = error, -1), , (DIR * stream), (stream))
+JX_PLAIN(char *, getcwd, nullptr, noexcept, (char *buffer, size_t bytes), (buffer, bytes))
+// ENOENT: no such user.
+JX_PLAIN(int, getpwnam_r, (*result = nullptr, error == ENOENT ? 0 : error), ,
+         (const char *name, passwd *record, char *texts, size_t bytes, passwd **result),
+         (name, record, texts, bytes, result))
+JX_PLAIN(int, getpwuid_r, (*result = nullptr, error == ENOENT ? 0 : error), ,
+         (uid_t id, passwd *record, char *texts, size_t bytes, passwd **result),
+         (id, record, texts, bytes, result))
+JX_CALL(tm *, localtime_r, "__localtime64_r", nullptr, nullptr, noexcept,
+        (const time_t *time, tm *result), (time, result))
+
+int statvfs64(const char *path, Space *info) noexcept {
+  static auto *const real = next<int(const char *, Space *)>("statvfs64", "__statvfs64_time64");
+  const int error = judge(Syscall::statvfs64, nullptr);
+  if (error != 0) return errno = error, -1;
+  const int result = real(path, info);
+  if (result == 0 && jx::test::amend_space) jx::test::amend_space(info);
+  return result;
 }
 
-ssize_t write(int fd, const void *buffer, size_t count) {
-  return hand_on<Syscall::write>(&count, write, fd, buffer, count);
-}
-
-ssize_t pread64(int fd, void *buffer, size_t count, off64_t offset) {
-  return hand_on<Syscall::pread>(&count, pread64, fd, buffer, count, offset);
-}
-
-ssize_t pwrite64(int fd, const void *buffer, size_t count, off64_t offset) {
-  return hand_on<Syscall::pwrite>(&count, pwrite64, fd, buffer, count, offset);
-}
-
-// A fortified build calls this instead when it knows the size of the buffer.
+// A fortified build calls these instead when it knows the size of the buffer.
 ssize_t __read_chk(int fd, void *buffer, size_t count, size_t room) {
   if (count > room) std::abort();
   return read(fd, buffer, count);
@@ -115,16 +177,6 @@ ssize_t __read_chk(int fd, void *buffer, size_t count, size_t room) {
 ssize_t __pread64_chk(int fd, void *buffer, size_t count, off64_t offset, size_t room) {
   if (count > room) std::abort();
   return pread64(fd, buffer, count, offset);
-}
-
-off64_t lseek64(int fd, off64_t offset, int whence) noexcept {
-  return hand_on<Syscall::seek>(nullptr, lseek64, fd, offset, whence);
-}
-
-int fsync(int fd) { return hand_on<Syscall::sync>(nullptr, fsync, fd); }
-
-int ftruncate64(int fd, off64_t length) noexcept {
-  return hand_on<Syscall::truncate>(nullptr, ftruncate64, fd, length);
 }
 
 }  // extern "C"

@@ -47,6 +47,8 @@ class PathSweep : public DirectoryTest {
       {"copy", [this] { return copy(at("tree"), at("copy")); }},
       {"read", [this] { return read_status(at("tree")); }},
       {"member list", [this] { return members_status(at("tree")); }},
+      {"member names", [this] { return members_status(at("tree"), 0); }},
+      {"list of names", [this] { return list_status(at("tree"), 0, 0); }},
       {"list", [this] { return list_status(at("tree/file"), JX_DIRECTORY_PARENT, 1); }},
       {"list with attributes", [this] { return list_status(at("tree"), 0, 3); }},
       {"create name",

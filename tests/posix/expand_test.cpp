@@ -67,6 +67,15 @@ TEST_F(Expand, Homes) {
     EXPECT_EQ(expand("~/x"), expected) << row;
   }
   EXPECT_EQ(expand("~"), "");
+  // Users that nobody knows, or that nobody can be asked about.
+  unsetenv("HOME");
+  for (const int error : {ENOENT, EIO}) {
+    for (const std::string &path : {std::string("~/x"), name + "/x"}) {
+      arm_path_call(path[1] == '/' ? "getpwuid_r" : "getpwnam_r", 0, error);
+      EXPECT_EQ(expand(path), path) << error;
+      EXPECT_TRUE(disarm_path_calls());
+    }
+  }
 }
 
 TEST_F(Expand, CurrentDirectoryAtTheRootOrGone) {

@@ -6,6 +6,7 @@
 // it on.
 #include <dirent.h>
 #include <dlfcn.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -87,6 +88,13 @@ JX_CALL(int, readdir64_r, errno, , (DIR * stream, Entry *entry, Entry **result),
 JX_CALL(int, open64, -1, , (const char *path, int flags, mode_t mode), (path, flags, mode))
 JX_CALL(int, openat64, -1, , (int fd, const char *path, int flags, mode_t mode),
         (fd, path, flags, mode))
+// ENOENT: no such user.
+JX_CALL(int, getpwnam_r, (*entry = nullptr, errno == ENOENT ? 0 : errno), ,
+        (const char *name, passwd *record, char *texts, size_t size, passwd **entry),
+        (name, record, texts, size, entry))
+JX_CALL(int, getpwuid_r, (*entry = nullptr, errno == ENOENT ? 0 : errno), ,
+        (uid_t user, passwd *record, char *texts, size_t size, passwd **entry),
+        (user, record, texts, size, entry))
 // A failed close has closed anyway.
 JX_CALL(int, close, real(fd) - 1, , (int fd), (fd))
 

@@ -28,6 +28,10 @@ if(JX_SANITIZE)
   target_link_options(jx_hardening INTERFACE -fsanitize=${JX_SANITIZE})
 endif()
 if(JX_COVERAGE)
-  target_compile_options(jx_hardening INTERFACE --coverage)
-  target_link_options(jx_hardening INTERFACE --coverage)
+  # The counters are in a file mapped into each process (%c), one file a binary (%m): a process that a
+  # signal ends is counted too, and the name holds when a program empties its environment.
+  set(counters -fprofile-instr-generate=${PROJECT_BINARY_DIR}/counters/%m%c.profraw)
+  target_compile_options(jx_hardening INTERFACE ${counters} -fcoverage-mapping
+    -mllvm -runtime-counter-relocation)
+  target_link_options(jx_hardening INTERFACE ${counters})
 endif()

@@ -15,10 +15,10 @@ if(NOT JX_SANITIZE)
   if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     target_compile_definitions(jx_hardening INTERFACE _FORTIFY_SOURCE=2)
   endif()
-  # Each indirect branch must end at a mark; the 32-bit C library has none.
+  # Each indirect branch must end at a mark.
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
     target_compile_options(jx_hardening INTERFACE -mbranch-protection=standard)
-  elseif(CMAKE_SIZEOF_VOID_P EQUAL 8)
+  elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64|i.86)$")
     target_compile_options(jx_hardening INTERFACE -fcf-protection=full)
   endif()
 endif()

@@ -32,6 +32,12 @@ class Faults : public ProgramTest {
   }
 };
 
+#if defined(__SANITIZE_ADDRESS__)
+constexpr int kErrors[] = {EIO};  // each process takes longer to start than all of its work
+#else
+constexpr int kErrors[] = {EIO, EINVAL, EINTR, ENOENT};
+#endif
+
 // What removes the remains of a failed command: without it they stay.
 bool cleans(std::string_view call) {
   return call == "unlinkat" || call == "openat64" || call == "lseek64" || call == "getdents64";
@@ -51,7 +57,7 @@ TEST_F(Faults, OldOrNewAndTold) {
       {"cp tree x", "x/a/one", "", "1"},
       {"rm -r tree", "tree/a/one", "1", ""},
       {"lines in", "in", "text\nmore\n", "text\nmore\n"},
-      {"ls --long tree/a", "in", "text\nmore\n", "text\nmore\n"},
+      {"ls tree/a", "in", "text\nmore\n", "text\nmore\n"},
   };
   const char *const calls[] = {
       "read",           "write",        "open64",           "openat64",
@@ -63,12 +69,15 @@ TEST_F(Faults, OldOrNewAndTold) {
       "getdents64",     "fremovexattr", "__fstat64_time64", "__fstatat64_time64",
       "__stat64_time64"};
   for (const Command &command : commands) {
-    ASSERT_EQ((restore(), jxfile(command.arguments, "given\n").code), 0) << command.arguments;
+    restore();
+    const Outcome good = jxfile(command.arguments, "given\n");
+    ASSERT_EQ(good.code, 0) << command.arguments;
     size_t faults = 0;
     for (const char *call : calls) {
-      for (const int error : {EIO, EINVAL, EINTR, ENOENT}) {
+      for (const int error : kErrors) {
         Outcome outcome;
-        for (int n = 0; fail(command.arguments, call, n, error, &outcome); ++n) {
+        int n = 0;
+        for (; fail(command.arguments, call, n, error, &outcome); ++n) {
           SCOPED_TRACE(testing::Message() << command.arguments << ": " << call << " " << n << " "
                                           << std::strerror(error) << "\n"
                                           << outcome.err);
@@ -76,11 +85,13 @@ TEST_F(Faults, OldOrNewAndTold) {
           const std::string content = get(command.target);
           EXPECT_TRUE(outcome.code == 0 || outcome.code == 1) << outcome.code;
           EXPECT_EQ(outcome.code != 0, outcome.err.starts_with("jxfile: "));
+          EXPECT_TRUE(outcome.code != 0 || outcome.out == good.out) << outcome.out;
           EXPECT_TRUE(content == command.new_content ||
                       (outcome.code != 0 && content == command.old_content))
               << content;
           EXPECT_TRUE(cleans(call) || names().find(".jxfile") == std::string::npos) << names();
         }
+        if (n == 0) break;  // a call that the command does not make
       }
     }
     EXPECT_GT(faults, 20u) << command.arguments;

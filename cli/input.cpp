@@ -177,10 +177,15 @@ bool Input::is_waiting() {
   return !is_rereadable_ && would_wait(fd_);
 }
 
+int64_t Input::consumed_bytes() const {
+  const int64_t at = ::lseek(fd_, 0, SEEK_CUR);
+  if (at < 0 && start_ >= 0) throw system_failure(shown_, errno);
+  return at - start_;
+}
+
 bool Input::ends_with(std::string_view bytes) {
   if (relay_) return relay_->tail().ends_with(bytes);
-  const int64_t end = ::lseek(fd_, 0, SEEK_CUR) - start_;
-  const int64_t start = end - static_cast<int64_t>(bytes.size());
+  const int64_t start = consumed_bytes() - static_cast<int64_t>(bytes.size());
   return start >= 0 && read_at(static_cast<uint64_t>(start), bytes.size()) == bytes;
 }
 
@@ -211,7 +216,7 @@ std::optional<Fault> Input::find_cut_end(uint32_t from, uint32_t to) {
   if (!is_rereadable_) return std::nullopt;
   const std::string line_end = session_.encode(U"\n", from);
   const uint64_t mark = byte_order_mark_size(head(), from);
-  const int64_t size = ::lseek(fd_, 0, SEEK_CUR) - start_;
+  const int64_t size = consumed_bytes();
   // A window whose start is a multiple of every character unit.
   const int64_t last = (size - kChunkBytes + 7) / 4 * 4;
   const uint64_t at = std::max(mark, static_cast<uint64_t>(std::max<int64_t>(last, 0)));

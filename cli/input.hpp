@@ -86,6 +86,8 @@ class Input {
   const std::string &head();
   wem::File open_descriptor(const wem::OpenOptions &options);
   std::string read_at(uint64_t offset, size_t bytes);
+  // How far the descriptor moved from where it began; 0 where it has no position.
+  int64_t consumed_bytes() const;
   std::optional<Fault> scan(uint32_t from, uint32_t to, uint64_t start);
 
   Session &session_;

@@ -15,10 +15,10 @@ if(NOT JX_SANITIZE)
   if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     target_compile_definitions(jx_hardening INTERFACE _FORTIFY_SOURCE=2)
   endif()
-  # Each indirect branch must end at a mark; the 32-bit C library has none.
+  # Each indirect branch must end at a mark.
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
     target_compile_options(jx_hardening INTERFACE -mbranch-protection=standard)
-  elseif(CMAKE_SIZEOF_VOID_P EQUAL 8)
+  elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64|i.86)$")
     target_compile_options(jx_hardening INTERFACE -fcf-protection=full)
   endif()
 endif()
@@ -28,6 +28,10 @@ if(JX_SANITIZE)
   target_link_options(jx_hardening INTERFACE -fsanitize=${JX_SANITIZE})
 endif()
 if(JX_COVERAGE)
-  target_compile_options(jx_hardening INTERFACE --coverage)
-  target_link_options(jx_hardening INTERFACE --coverage)
+  # The counters are in a file mapped into each process (%c), one file a binary (%m): a process that a
+  # signal ends is counted too, and the name holds when a program empties its environment.
+  set(counters -fprofile-instr-generate=${PROJECT_BINARY_DIR}/counters/%m%c.profraw)
+  target_compile_options(jx_hardening INTERFACE ${counters} -fcoverage-mapping
+    -mllvm -runtime-counter-relocation)
+  target_link_options(jx_hardening INTERFACE ${counters})
 endif()

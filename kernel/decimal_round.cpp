@@ -26,12 +26,12 @@ constexpr int32_t floor_log10_of_two(int32_t power) { return (power * 315653) >>
 // Steps through the powers of ten in 256 bits, so that the 128 bits kept are exact.
 class PowerWalk {
  public:
-  constexpr int32_t log2() const { return log2_; }
-  constexpr UInt128 leading_bits() const {
+  consteval int32_t log2() const { return log2_; }
+  consteval UInt128 leading_bits() const {
     return {(uint64_t{words_[7]} << 32) | words_[6], (uint64_t{words_[5]} << 32) | words_[4]};
   }
 
-  constexpr void times_ten() {
+  consteval void times_ten() {
     uint64_t carry = 0;
     for (uint32_t &word : words_) {
       carry += uint64_t{word} * 10;
@@ -47,7 +47,7 @@ class PowerWalk {
     log2_ += shift;
   }
 
-  constexpr void divide_by_ten() {
+  consteval void divide_by_ten() {
     uint64_t remainder = 0;
     for (uint32_t i = 8; i-- > 0;) {
       const uint64_t dividend = (remainder << 32) | words_[i];
@@ -75,7 +75,7 @@ struct PowerTable {
   bool is_sound;  // the logarithms are right, and low is 0 for 10^0 to 10^27 only
 };
 
-constexpr PowerTable make_powers() {
+consteval PowerTable make_powers() {
   PowerTable table{};
   table.is_sound = true;
   PowerWalk up;
@@ -160,15 +160,13 @@ void round_up(uint32_t count, Decimal *number) {
   number->count = count;
 }
 
+// Of no digit only where the value is half of 10^exponent or more: no double below is so close to
+// it that the product leaves the direction open.
 void round_expansion(DecomposedDouble value, uint32_t wanted, Decimal *out) {
   expand_exactly(value, wanted + 1, out);
   if (out->count <= wanted) return;
   out->count = wanted;
-  if (out->digits[wanted] >= '5') {
-    round_up(wanted, out);
-  } else if (wanted == 0) {
-    out->point = 0;
-  }
+  if (out->digits[wanted] >= '5') round_up(wanted, out);
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ constexpr JXChar digit_of(uint32_t value) { return value + (value < 10 ? '0' : '
 
 // The two digits of each number below kBase squared: "00" to "99", or "00" to "FF".
 template <uint32_t kBase>
-constexpr std::array<DigitPair, kBase * kBase> make_pairs() {
+consteval std::array<DigitPair, kBase * kBase> make_pairs() {
   std::array<DigitPair, kBase * kBase> pairs{};
   for (uint32_t i = 0; i < pairs.size(); ++i) pairs[i] = {digit_of(i / kBase), digit_of(i % kBase)};
   return pairs;

@@ -169,8 +169,6 @@ inline JXChar decimal_point_of(const JXLocale *locale) {
 // first piece that does not fit, nothing more is written.
 class Sink {
  public:
-  Sink(JXChar *buffer, int32_t capacity_chars)
-      : buffer_(buffer), end_(buffer), limit_(limit_of(buffer, capacity_chars)) {}
   // The output up to `end` is there already.
   Sink(JXChar *buffer, JXChar *end, JXChar *limit) : buffer_(buffer), end_(end), limit_(limit) {}
 

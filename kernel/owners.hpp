@@ -94,7 +94,6 @@ class Transcoder {
  public:
   Transcoder() = default;
   Transcoder(JXNls *nls, JXTranscoder *transcoder) : nls_(nls), transcoder_(transcoder) {}
-  Transcoder(Transcoder &&other) noexcept : nls_(other.nls_), transcoder_(other.release()) {}
   Transcoder &operator=(Transcoder &&other) noexcept {
     if (this != &other) {
       reset();

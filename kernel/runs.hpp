@@ -23,8 +23,11 @@ template <typename T, bool kEqual>
 
 template <typename T>
 [[gnu::noinline]] int32_t compare_long_runs(const void *first, const void *second, uint32_t count) {
-  if constexpr (sizeof(T) == 1) return kLongRuns.compare_bytes(first, second, count);
-  return kLongRuns.compare_chars(first, second, count);
+  if constexpr (sizeof(T) == 1) {
+    return kLongRuns.compare_bytes(first, second, count);
+  } else {
+    return kLongRuns.compare_chars(first, second, count);
+  }
 }
 
 [[gnu::noinline]] inline void fill_long_run(uint32_t *buffer, uint32_t value, uint32_t count) {

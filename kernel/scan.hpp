@@ -158,12 +158,17 @@ inline size_t scan_two_words(const Differences &differences, size_t count) {
 template <bool kEqual, class Differences>
 inline size_t scan_few_bytes(const Differences &differences, size_t count) {
   if (count >= 8) {
-    if constexpr (sizeof(size_t) == 8) return scan_two_words<uint64_t, kEqual>(differences, count);
-    const size_t found = scan_two_words<uint32_t, kEqual>(differences, 8);
-    if (found != 8) return found;
-    const size_t last = count - 8;
-    const auto at_end = [&](size_t offset, auto word) { return differences(last + offset, word); };
-    return last + scan_two_words<uint32_t, kEqual>(at_end, 8);
+    if constexpr (sizeof(size_t) == 8) {
+      return scan_two_words<uint64_t, kEqual>(differences, count);
+    } else {
+      const size_t found = scan_two_words<uint32_t, kEqual>(differences, 8);
+      if (found != 8) return found;
+      const size_t last = count - 8;
+      const auto at_end = [&](size_t offset, auto word) {
+        return differences(last + offset, word);
+      };
+      return last + scan_two_words<uint32_t, kEqual>(at_end, 8);
+    }
   }
   if (count >= 4) return scan_two_words<uint32_t, kEqual>(differences, count);
   size_t index = 0;

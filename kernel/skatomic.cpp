@@ -55,10 +55,12 @@ void *link_field(void *node, uint32_t link_offset) {
 // for a few operations.
 class Backoff {
  public:
+  // Not covered: whether an exchange is lost is up to the scheduler.
   void wait() {
     for (uint32_t i = 0; i < pauses_; ++i) jx::vector::pause();
     if (pauses_ < kLongestWait) pauses_ *= 2;
   }
+  // Covered.
 
  private:
   uint32_t pauses_ = 1;
@@ -102,8 +104,10 @@ bool try_pop(Head head, void *top, uint32_t link_offset) {
   for (;;) {
     void *top = settled(shared);
     if (try_push(shared, top, node, link_offset)) return top;
+    // Not covered: as above.
     backoff.wait();
   }
+  // Covered.
 }
 
 [[gnu::noinline, gnu::cold]] void *pop_contended(void **head, uint32_t link_offset) {
@@ -116,8 +120,10 @@ bool try_pop(Head head, void *top, uint32_t link_offset) {
     // The node may have left the stack meanwhile: a prefetch never faults.
     __builtin_prefetch(link_field(top, link_offset));
     if (try_pop(shared, top, link_offset)) return top;
+    // Not covered: as above.
     backoff.wait();
   }
+  // Covered.
 }
 
 }  // namespace

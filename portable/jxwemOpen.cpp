@@ -44,7 +44,6 @@ class OpenGuard {
         pool_->pool_allocate(pool_.get(), sizeof(FileHandle), JX_POOL_ZERO_FILL));
     return handle_;
   }
-  JXPool *pool() const { return pool_.get(); }
   JXFile *release() {
     (void)pool_.release();
     return &std::exchange(handle_, nullptr)->head;

@@ -71,8 +71,6 @@ void set_fact(const JXInfoItem &item, JXDirectoryEntry *record) {
     case JX_KIND_ISDIR:
       record->is_dir = item.value.word;
       break;
-    default:
-      break;
   }
 }
 

@@ -17,7 +17,7 @@ constexpr JXChar kReturn[] = {kCr};
 constexpr JXChar kFeed[] = {kFf};
 constexpr JXChar kSpaces[] = {kSpace, kSpace, kSpace, kSpace, kSpace, kSpace, kSpace};
 
-constexpr JXControlString prefix(const JXChar *text, uint32_t chars) {
+consteval JXControlString prefix(const JXChar *text, uint32_t chars) {
   return {text, chars * static_cast<uint32_t>(sizeof(JXChar))};
 }
 

@@ -115,12 +115,6 @@ struct LanesAvx2 {
     const __m128i halves = halves_of(lanes);
     _mm_storel_epi64(reinterpret_cast<__m128i *>(out), _mm_packus_epi16(halves, halves));
   }
-  static void store_bytes(uint8_t *out, const Lanes (&groups)[4]) {
-    const Lanes bytes = _mm256_packus_epi16(_mm256_packus_epi32(groups[0], groups[1]),
-                                            _mm256_packus_epi32(groups[2], groups[3]));
-    const Lanes order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
-    store_lanes(out, _mm256_permutevar8x32_epi32(bytes, order));
-  }
   static Lanes swap_lanes(Lanes lanes) {
     const __m128i order = _mm_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);
     return _mm256_shuffle_epi8(lanes, _mm256_broadcastsi128_si256(order));
@@ -198,7 +192,7 @@ struct LanesAvx2 {
   // For each mask of eight the numbers of its bits, zeros after them. And the orders that move
   // eight bytes up, by so many as they are read from before the middle.
   struct Numbers {
-    constexpr Numbers() {
+    consteval Numbers() {
       for (unsigned mask = 0; mask < 256; ++mask) {
         unsigned next = 0;
         for (unsigned bit = 0; bit < 8; ++bit) {
@@ -215,7 +209,7 @@ struct LanesAvx2 {
   // For four lanes with characters the order that packs their last bytes, by the shape: the lower
   // and the upper bits of the lengths less one.
   struct Shapes {
-    constexpr Shapes() {
+    consteval Shapes() {
       for (unsigned shape = 0; shape < 256; ++shape) {
         unsigned next = 0;
         for (unsigned lane = 0; lane < 4; ++lane) {

@@ -35,6 +35,7 @@ namespace detail {
 // while the program is still being linked.
 [[gnu::always_inline]] inline Level processor_level() {
 #if JX_VECTOR_X86 && !defined(JX_VECTOR_PLAIN)
+  // Not covered: which way this goes is up to the processor.
   constexpr unsigned kOsSavesState = bit_OSXSAVE | bit_POPCNT;
   constexpr unsigned kAvx2 = bit_AVX2 | bit_BMI | bit_BMI2;
   constexpr unsigned kAvx512 = bit_AVX512F | bit_AVX512DQ | bit_AVX512BW | bit_AVX512VL;
@@ -52,6 +53,7 @@ namespace detail {
   const bool is_wide = (b & kAvx512) == kAvx512 && (c & kAvx512Bytes) == kAvx512Bytes &&
                        detail::saves_registers(kMasksAndWideVectors);
   return is_wide ? Level::avx512 : Level::avx2;
+  // Covered.
 #else
   return Level::base;
 #endif

@@ -105,7 +105,7 @@ inline const Answers kHostClose = [] {
 #define WRITES "write|append|update|update a stream|use offsets"
 #define RECORDS WRITES "|read|read a stream directly|use offsets of a stream"
 #define REMOVALS "remove a tree|remove a link in a tree"
-#define LISTS "member list|directory list|list with attributes"
+#define LISTS "member list|member names|directory list|list of names|list with attributes"
 
 // The answers to a call of some operations (a list in bars): of its first calls in turn; the last
 // is that of all later ones.
@@ -189,7 +189,7 @@ inline const HostRow kHostCalls[] = {
     {"", calls(Call::create_pool, Call::pool_allocate), {JX_E_NOMEM}},
     {"", calls(Call::create_table, Call::table_set_entry_destructor), {JXWEM_E_NOHANDLE}},
     // A member that its list refuses is left out.
-    {"member list", calls(Call::table_insert), {kFailed, JX_OK}},
+    {"member list|member names", calls(Call::table_insert), {kFailed, JX_OK}},
     {"", calls(Call::table_insert), {kFailed}},
     {"build|create a name", calls(Call::transcode), {JXStatus{1}, kFailed}},
     // The walk of a copy ends with the first entry that cannot be read, as at the end.

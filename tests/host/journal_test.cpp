@@ -50,6 +50,12 @@ TEST(Journal, RendersMessagesAndFillsBuffers) {
             (std::vector<std::string>{"2 77 message 77: one, two",
                                       "4 JXWEM_E_EXISTS the target exists already: one"}));
 
+  JXChar meaning[80] = {};
+  uint32_t chars = 0;
+  EXPECT_EQ(jxlStatusToBuf(host.journal(), reinterpret_cast<uintptr_t>(meaning), 80,
+                           reinterpret_cast<uintptr_t>(&chars), JXWEM_E_EXISTS, a.c_str()),
+            JX_OK);
+  EXPECT_EQ(narrow(meaning, chars), "JXWEM_E_EXISTS 0x80bfe81e: the target exists already: one");
   const std::string message = "message 5: one, two";
   for (uint32_t room = 0; room < 25; ++room) {
     JXChar buffer[25] = {};

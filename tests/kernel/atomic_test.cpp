@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <thread>
@@ -82,6 +83,29 @@ TEST(Atomic, Stack) {
   EXPECT_EQ(jxAStackPop(&head, kLink), &b);
   EXPECT_EQ(jxAStackPop(&head, kLink), &a);
   EXPECT_EQ(jxAStackPop(&head, kLink), nullptr);
+}
+
+// A busy bit without a node is no pop at work; with a node the other calls wait for the pop's end.
+TEST(Atomic, StackWithABusyHead) {
+  void *head = reinterpret_cast<void *>(uintptr_t{1});
+  EXPECT_EQ(jxAStackPop(&head, kLink), nullptr);
+  Node a, b;
+  EXPECT_EQ(jxAStackPush(&head, &a, kLink), reinterpret_cast<void *>(uintptr_t{1}));
+  for (const bool pushes : {true, false}) {
+    a.link = nullptr;
+    const std::atomic_ref<void *> shared(head);
+    shared = reinterpret_cast<char *>(&a) + 1;
+    std::atomic<bool> is_done = false;
+    std::thread other([&] {
+      EXPECT_EQ(pushes ? jxAStackPush(&head, &b, kLink) : jxAStackPop(&head, kLink), &a);
+      is_done = true;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    EXPECT_FALSE(is_done);
+    shared = &a;
+    other.join();
+    EXPECT_EQ(head, pushes ? &b : nullptr);
+  }
 }
 
 // Few nodes, reused at once: none is lost, and none is held by two threads. Each thread pops two

@@ -40,6 +40,10 @@ std::string text_of(auto value, char conversion, int precision, bool alternate) 
 
 TEST(Doubles, Edges) {
   EXPECT_EQ(text_of(1.25, 'f', -1, false), "1.250000");
+  // Ties that only the exact digits decide; all nines carry into a new digit.
+  EXPECT_EQ(text_of(95.0, 'e', 0, false), "1e+02");
+  EXPECT_EQ(text_of(99950.0, 'e', 2, false), "1.00e+05");
+  EXPECT_EQ(text_of(98950.0, 'e', 2, false), "9.90e+04");
   EXPECT_EQ(text_of(1.5, 'f', 3000, false), "1.5" + std::string(2999, '0'));
   EXPECT_EQ(text_of(Limits::infinity(), 'f', 3, true), "inf");
   EXPECT_EQ(text_of(from_bits(0xFFFFFD0000000000), 'e', 0, true), ".A");

@@ -51,6 +51,10 @@ TEST(Compare, OrderAndNothingToScan) {
   EXPECT_EQ(compare(1, 0xFFFFFFFFu), 1);
   EXPECT_EQ(compare(0x10FFFF, 'a'), 1);
   EXPECT_EQ(skWMemCmp(nullptr, nullptr, 0), 0);
+  JXString first(1000, 7), second = first;
+  EXPECT_EQ(skWMemCmp(first.data(), second.data(), 1000), 0);
+  second.back() = 6;
+  EXPECT_EQ(skWMemCmp(first.data(), second.data(), 1000), 1);
 
   const uint32_t unit = 1;
   EXPECT_EQ(skMemScan(nullptr, 4, 1), -1);
@@ -61,13 +65,15 @@ TEST(Compare, OrderAndNothingToScan) {
 }
 
 TEST(Copy, OverlapEitherWayAtEveryDistance) {
-  for (size_t to = 10; to <= 130; ++to) {
-    std::string block(200, 0);
-    for (size_t i = 0; i < block.size(); ++i) block[i] = static_cast<char>(i);
-    std::string expected = block;
-    expected.replace(to, 60, block.substr(70, 60));
-    EXPECT_EQ(skMemSCpy(block.data() + 70, block.data() + to, 60), block.data() + to);
-    ASSERT_EQ(block, expected) << to;
+  for (const uint32_t bytes : {60u, 500u}) {
+    for (size_t to = 10; to <= 130; ++to) {
+      std::string block(700, 0);
+      for (size_t i = 0; i < block.size(); ++i) block[i] = static_cast<char>(i * 7 / 3);
+      std::string expected = block;
+      expected.replace(to, bytes, block.substr(70, bytes));
+      EXPECT_EQ(skMemSCpy(block.data() + 70, block.data() + to, bytes), block.data() + to);
+      ASSERT_EQ(block, expected) << to;
+    }
   }
   std::string three = "123";
   skMemCpy("abc", three.data(), 2);
@@ -94,6 +100,36 @@ TEST(Duplicate, CopiesOrYieldsNull) {
   EXPECT_EQ(std::memcmp(block, "abc", 4), 0);
   is_empty = true;
   EXPECT_EQ(skMemDup("abc", 3, &pool), nullptr);
+}
+
+// Text that is missing is empty, and a count that nobody wants is not stored.
+TEST(Text, MissingArguments) {
+  uint32_t count = 7;
+  JXChar room[8] = {};
+  const JXString text = jx::test::jx("ab");
+  EXPECT_EQ(skzfJXString(nullptr, 9, room, 0, &count), JX_OK);
+  EXPECT_EQ(count, 0u);
+  EXPECT_EQ(skzfJXString(text.data(), 2, room, 2, nullptr), JX_OK);
+  EXPECT_EQ(jx::test::narrow(room, 3), std::string("ab\0", 3));
+  EXPECT_EQ(skzfString(nullptr, 9, room, 0, &count), JX_OK);
+  EXPECT_EQ(skzfString("ab", 2, room, 1, nullptr), JX_E_TRUNCATED);
+  EXPECT_EQ(skzfIMax(255, 16, 0, room, 8, nullptr), JX_OK);
+  EXPECT_EQ(jx::test::narrow(room, 2), "ff");
+  EXPECT_EQ(skzfDouble(7, 'f', '.', 0, 0, 0, room, 8, nullptr), JX_OK);
+  EXPECT_EQ(skzfDouble(7, 'f', '.', 0, 0, 0, room, -1, &count), JX_E_TRUNCATED);
+  const JXString format = jx::test::jx("%d%");
+  EXPECT_EQ(jxzFormatBuff(nullptr, format.data(), -1, room, 8, &count), JX_E_BADARG);
+  EXPECT_EQ(jxzFormatBuff(nullptr, format.data(), 3, room, 8, nullptr, 5), JX_OK);
+  const auto listed = [&](int32_t chars, ...) {
+    va_list args;
+    va_start(args, chars);
+    const JXStatus status = jxzFormatBuffV(nullptr, format.data(), chars, room, 8, nullptr, args);
+    va_end(args);
+    return status;
+  };
+  EXPECT_EQ(listed(-1, 5), JX_E_BADARG);
+  EXPECT_EQ(listed(2, 5), JX_OK);
+  EXPECT_EQ(room[0], '5');
 }
 
 TEST(Missing, TopSixteenBitsAndUnsupported) {

@@ -70,6 +70,9 @@ TEST_F(CreateName, Failures) {
   EXPECT_TRUE(host.disarm());
   EXPECT_EQ(create_name(instance, jx(std::string(1025, 'd')), jx("t"), {}, 2, &name), 1u);
   EXPECT_EQ(instance->name_counter, 2u);
+  jxextent(nullptr);
+  EXPECT_EQ(create_name(instance, jx("/d"), jx("t"), {}, 2, &name), JXWEM_E_NOHANDLE);
+  jxextent(host.host());
 }
 
 TEST_F(CreateName, OneCycle) {

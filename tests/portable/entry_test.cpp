@@ -92,13 +92,6 @@ TEST(Entry, Versions) {
   EXPECT_EQ(std::vector<uint32_t>(numbers, numbers + 5), (std::vector<uint32_t>{9, 3, 2, 1, 9}));
 }
 
-TEST(Entry, NullInstance) {
-  EXPECT_EQ(jxwemdestroy(nullptr), JXWEM_E_NOHANDLE);
-  EXPECT_EQ(bkwem(nullptr), JXWEM_E_NOHANDLE);
-  EXPECT_EQ(bkwemdestroy(nullptr), JXWEM_E_NOHANDLE);
-  EXPECT_EQ(jxwem(nullptr, nullptr), nullptr);
-}
-
 TEST(Entry, MissingExtensions) {
   struct Row {
     uint32_t extensions;

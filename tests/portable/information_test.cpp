@@ -74,10 +74,6 @@ TEST_F(Information, Failures) {
   make_link("to_nothing", "nothing");
   EXPECT_EQ(info_status(at("to_nothing")), JXWEM_E_NOTFOUND);
   EXPECT_EQ(space_status(at("nothing/below")), JXWEM_E_NOTFOUND);
-  const JXChar text = '/';
-  EXPECT_FALSE(jxweminfo(instance, nullptr, &text, 1, nullptr));
-  EXPECT_FALSE(jxweminfo(nullptr, pool, &text, 1, nullptr));
-  EXPECT_FALSE(jxwemfsinfo(nullptr, &text, 1, nullptr));
   for (const uint32_t n : {0u, 1u, 2u}) {
     host.arm(calls(Call::table_insert), n);
     EXPECT_EQ(info_status(at("")), JXWEM_E_FAILED) << n;

@@ -2,6 +2,7 @@
 #include <pwd.h>
 
 #include "support/path_fixture.hpp"
+#include "support/syscalls.hpp"
 
 namespace jx::test {
 namespace {
@@ -67,6 +68,16 @@ TEST_F(Expand, Homes) {
     EXPECT_EQ(expand("~/x"), expected) << row;
   }
   EXPECT_EQ(expand("~"), "");
+  // Users that nobody knows, or that nobody can be asked about.
+  unsetenv("HOME");
+  for (const int error : {ENOENT, EIO}) {
+    for (const std::string &path : {std::string("~/x"), name + "/x"}) {
+      arm_syscalls(syscalls(path[1] == '/' ? Syscall::getpwuid_r : Syscall::getpwnam_r),
+                   {.error = error});
+      EXPECT_EQ(expand(path), path) << error;
+      EXPECT_TRUE(disarm_syscalls());
+    }
+  }
 }
 
 TEST_F(Expand, CurrentDirectoryAtTheRootOrGone) {

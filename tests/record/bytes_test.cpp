@@ -29,19 +29,6 @@ class Bytes : public InstanceTest {
   const std::string path = dir.file("bytes");
 };
 
-TEST_F(Bytes, NoHandle) {
-  void *data = nullptr;
-  uint32_t length = 1;
-  for (const JXReadSlot read : {skwem_read_var, skwem_read_rvar, skwem_read_bin, skwem_read_rbin,
-                                skwem_read_stream, skwem_read_rstream}) {
-    EXPECT_EQ(read(nullptr, &data, &length, 0, nullptr), JXWEM_E_NOHANDLE);
-  }
-  for (const JXWriteSlot write : {skwem_write_var, skwem_write_rvar, skwem_write_bin,
-                                  skwem_write_rbin, skwem_write_stream, skwem_write_rstream}) {
-    EXPECT_EQ(write(nullptr, "x", 1, 0, nullptr), JXWEM_E_NOHANDLE);
-  }
-}
-
 // A block is written as soon as it is full, and once.
 TEST_F(Bytes, Transfers) {
   struct Row {
@@ -74,6 +61,17 @@ TEST_F(Bytes, Transfers) {
   const uint64_t before = syscall_count(Syscall::read);
   EXPECT_EQ(read_records(file, 20).size(), 2u * 8192 + 10 + 820);
   EXPECT_EQ(syscall_count(Syscall::read) - before, 4u);
+}
+
+TEST_F(Bytes, DirectTransferNeedsADestination) {
+  write_file(path, "text");
+  for (const uint32_t format : {JX_FORMAT_BINARY, JX_FORMAT_STREAM}) {
+    JXOpenOptions direct = options(JX_ACCESS_INPUT, 0, JX_OPEN_DIRECT_TRANSFER, format);
+    direct.record_encoding = JX_ENCODING_UTF16LE;
+    const File file(instance, path, direct);
+    ASSERT_TRUE(file);
+    EXPECT_EQ(read_record(file, 4).status, JXWEM_E_FAILED);
+  }
 }
 
 TEST_F(Bytes, ShortTransfers) {

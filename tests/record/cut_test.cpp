@@ -74,6 +74,40 @@ TEST_F(Cut, IsTheFaultOfTheLineItStandsIn) {
   }
 }
 
+// The control character that is converted with such a record is dropped again, in any record
+// encoding, also where the host makes something else of it than the module knows.
+TEST_F(Cut, ControlsAreDropped) {
+  const uint32_t le = JX_ENCODING_UTF16LE, be = JX_ENCODING_UTF16BE;
+  const struct {
+    const char *name;
+    std::string def;
+    uint32_t other;  // in which the control is not what it is in this encoding
+  } rows[] = {{"utf-8", "def", JX_ENCODING_UTF32LE},
+              {"euc-jp", "def", JX_ENCODING_UTF32LE},
+              {"iso-8859-1", "def", JX_ENCODING_UTF32LE},
+              {"ibm939", "\x84\x85\x86", JX_ENCODING_UTF32LE},
+              {"utf-16le", encode(le, U"def"), be},
+              {"utf-16be", encode(be, U"def"), le},
+              {"utf-32le", encode(JX_ENCODING_UTF32LE, U"def"), be},
+              {"utf-32be", encode(JX_ENCODING_UTF32BE, U"def"), le}};
+  const uint32_t encoding = jxhost_encoding_by_name("shift_jis");
+  write_file(path, "def\ndef\r\n\n\r\ndef");
+  for (const auto &[name, def, other] : rows) {
+    for (const uint32_t buffered : {1u, 0u}) {
+      for (const bool is_known : {true, false}) {
+        SCOPED_TRACE(testing::Message() << name << buffered << is_known);
+        const File file(
+            instance, path,
+            options(JX_ACCESS_INPUT, buffered, encoding, jxhost_encoding_by_name(name)));
+        ASSERT_EQ(file.status, JX_OK);
+        if (!is_known) handle_of(file)->encodings.record = other;
+        EXPECT_EQ(read_records(file), def + "|" + def + (buffered ? "|null|null|" : "|||") + def +
+                                          (buffered ? "|" : "~|"));
+      }
+    }
+  }
+}
+
 TEST_F(Cut, IsTheFaultOfTheRecordThatIsWritten) {
   for (const Row &row : kRows) {
     const uint32_t encoding = jxhost_encoding_by_name(row.encoding);
@@ -122,6 +156,23 @@ TEST_F(Cut, IsDroppedWhereTheNextTextIsAnother) {
       EXPECT_EQ(read_record(file, bytes, way[0] == 'o' ? &start : nullptr).data, whole);
     }
   }
+}
+
+// What a failed conversion leaves is no cut character at the end of the file.
+TEST_F(Cut, FailuresAreNotTheFaultOfTheEnd) {
+  write_file(path, "d\xE6\x9D\xB1");
+  JXOpenOptions direct = options(JX_ACCESS_INPUT, 0, JX_ENCODING_UTF8, JX_ENCODING_UTF16BE);
+  direct.record_length = 2;
+  const File file(instance, path, direct);
+  EXPECT_EQ(read_record(file).data, encode(JX_ENCODING_UTF16BE, U"d"));
+  host.arm(calls(Call::transcode), 0, JXHOST_E_NOROOM);
+  EXPECT_EQ(read_record(file).status, JXHOST_E_NOROOM);
+  EXPECT_EQ(read_record(file).status, JXWEM_E_EOF);
+  // Where every byte is a character there is nothing to cut.
+  direct.file_encoding = JX_ENCODING_NATIVE;
+  direct.record_length = 9;
+  const File native(instance, path, direct);
+  EXPECT_EQ(read_records(native), encode(JX_ENCODING_UTF16BE, U"d\u00E6\u009D\u00B1") + "~|");
 }
 
 }  // namespace

@@ -46,20 +46,7 @@ TEST_F(HostAccess, AMarkThatFailsIsTriedAgain) {
                                          6));
 }
 
-TEST_F(HostAccess, MissingHandlesAndBlocks) {
-  int64_t offset = 0;
-  uint32_t count = 0;
-  EXPECT_EQ(bkwem_open(nullptr), JXWEM_E_NOHANDLE);
-  EXPECT_EQ(bkwem_read(nullptr, &count, 4, &count, nullptr), JXWEM_E_NOHANDLE);
-  EXPECT_EQ(bkwem_write(nullptr, &count, 4, &count, nullptr), JXWEM_E_NOHANDLE);
-  EXPECT_EQ(bkwem_flush(nullptr), JXWEM_E_NOHANDLE);
-  EXPECT_EQ(bkwem_note(nullptr, &offset), JXWEM_E_NOHANDLE);
-  EXPECT_EQ(bkwem_point(nullptr, &offset, 0), JXWEM_E_NOHANDLE);
-  EXPECT_EQ(bkwemtruncate(nullptr, &offset), JXWEM_E_NOHANDLE);
-  EXPECT_EQ(skwem_open(nullptr), JXWEM_E_NOHANDLE);
-  EXPECT_EQ(skwem_close(nullptr), JXWEM_E_NOHANDLE);
-  EXPECT_EQ(skwem_flush(nullptr), JXWEM_E_NOHANDLE);
-  EXPECT_EQ(sk_buf_write(nullptr, "x", 1), JXWEM_E_NOHANDLE);
+TEST_F(HostAccess, HandlesWithoutBlocks) {
   // An unbuffered handle has no block to fill.
   File direct(instance, path, open_options(JX_ACCESS_UPDATE, 0));
   ASSERT_TRUE(direct);

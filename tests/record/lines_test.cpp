@@ -86,6 +86,51 @@ TEST_F(Lines, Transfers) {
   EXPECT_EQ(syscall_count(Syscall::write) - calls, 11u);
 }
 
+// A host's encoding may have a line feed of any length: units of that length are compared one by
+// one.
+TEST_F(Lines, LineFeedsOfThreeBytes) {
+  write_file(path, "abc<L>defghi<L><L>jk<L>l");
+  const File file(instance, path, options(JX_ACCESS_INPUT, 1, JX_ENCODING_UTF8, 12));
+  ASSERT_TRUE(file);
+  uint8_t line_feed[] = {'<', 'L', '>'};
+  ControlCopy &control = handle_of(file)->controls.inbound[kLineFeed];
+  const ControlCopy own = std::exchange(control, {line_feed, 3});
+  // One that begins inside a unit is none.
+  EXPECT_EQ(read_records(file), "abc|defghi|null|jk<L>l|");
+  control = own;
+}
+
+// A read that fails while the bytes in hand do not decide the line; what only begins like a mark.
+TEST_F(Lines, ReadsThatFailBeforeALineIsDecided) {
+  for (const char *content : {"\xEF", "abc"}) {
+    write_file(path, content);
+    const File failing(instance, path, options(JX_ACCESS_INPUT, 1, JX_ENCODING_UTF8, 3));
+    arm_syscalls(syscalls(Syscall::read), {.n = 1, .error = EIO});
+    EXPECT_EQ(read_record(failing).status, JXWEM_E_SYSTEM);
+    EXPECT_TRUE(disarm_syscalls());
+    const File file(instance, path, options(JX_ACCESS_INPUT, 1, JX_ENCODING_UTF8, 3));
+    EXPECT_EQ(read_records(file), std::string(content) + "|");
+  }
+  // A write that takes nothing and gives no reason.
+  const File out(instance, path, options(JX_ACCESS_OUTPUT, 0, JX_ENCODING_NATIVE, 9));
+  arm_syscalls(syscalls(Syscall::write), {.most_bytes = 0});
+  EXPECT_EQ(write_record(out, "abc"), JXWEM_E_SYSTEM);
+  disarm_syscalls();
+}
+
+// A direct reader reads on when a short read ends inside a character.
+TEST_F(Lines, ShortReadsInsideACharacter) {
+  write_file(path, "ab\xC3\xA4\nc\xC3");
+  JXOpenOptions both = options(JX_ACCESS_INPUT, 0, JX_ENCODING_UTF8, 20);
+  both.record_encoding = JX_ENCODING_UTF16LE;
+  const File file(instance, path, both);
+  ASSERT_TRUE(file);
+  arm_syscalls(syscalls(Syscall::read), {.most_bytes = 3});
+  EXPECT_EQ(read_record(file).data, encode(JX_ENCODING_UTF16LE, U"ab\u00E4"));
+  EXPECT_EQ(read_record(file).status, JXHOST_E_MALFORMED);
+  disarm_syscalls();
+}
+
 // Buffered readers accept short reads; writers go on after partial writes.
 TEST_F(Lines, ShortTransfers) {
   const std::string content =

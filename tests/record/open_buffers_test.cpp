@@ -118,8 +118,14 @@ TEST_F(OpenBuffers, ControlStrings) {
       }
     }
     EXPECT_EQ(setupCCTable(file, 2, 1), JXWEM_E_FAILED);
+    EXPECT_EQ(setupCCTable(file, 0, 3), JXWEM_E_FAILED);
   }
-  EXPECT_EQ(setupCCTable(nullptr, 0, 1), JXWEM_E_NOHANDLE);
+  // A line feed of no bytes would end every record before it began.
+  JXOpenOptions options = open_options();
+  options.file_encoding = JX_ENCODING_UTF32LE;
+  const uint32_t bytes = std::exchange(sk_inbound_cc[0].bytes, 0u);
+  EXPECT_EQ(File(instance, path, options).status, JXWEM_E_FAILED);
+  sk_inbound_cc[0].bytes = bytes;
 }
 
 }  // namespace

@@ -167,13 +167,14 @@ TEST_F(Open, WithoutTheOpenFileExtension) {
   FaultHost bare(JXHOST_ALL & ~JXHOST_ELM);
   const Instance other(bare);
   EXPECT_EQ(File(other, path, open_options()).status, JXWEM_E_SYSTEM);
+  // Nor without a host to make the lock.
+  jxextent(nullptr);
+  EXPECT_EQ(File(instance, path, open_options()).status, JXWEM_E_FAILED);
   jxextent(host.host());
 }
 
 TEST_F(Open, AttachJournal) {
   RecordingJournal journal;
-  EXPECT_EQ(jxwemattachjnl(nullptr, journal.journal()), JXWEM_E_NOHANDLE);
-  EXPECT_EQ(jxwemclose(nullptr), JXWEM_E_NOHANDLE);
   const File file(instance, path, open_options(JX_ACCESS_OUTPUT));
   ASSERT_TRUE(file);
   for (JXJournal *attached : {journal.journal(), static_cast<JXJournal *>(nullptr)}) {

@@ -74,14 +74,14 @@ class DirectoryTest : public PathTest {
     return status;
   }
   // Destroying the table of a member list leaves its records in the pool.
-  JXStatus members_status(const JXString &path) {
+  JXStatus members_status(const JXString &path, uint32_t flags = 3) {
     JXStatus status = JX_E_NOMEM;
     uint64_t count = 0;
     const Owned<JXPool> own(make_pool());
     const auto directory = own ? open(path, JX_DIRECTORY_ALL, &status) : nullptr;
     if (!directory) return status;
     const Owned<JXTable> table(
-        directory->member_list(directory.get(), own.get(), 3, &count, &status));
+        directory->member_list(directory.get(), own.get(), flags, &count, &status));
     EXPECT_EQ(table != nullptr, status == JX_OK);
     return status;
   }

@@ -45,8 +45,10 @@ inline std::string build(JXInstance *instance, const JXString &directory, const 
 // A unique name; empty when the call fails.
 inline JXStatus create_name(JXInstance *instance, const JXString &directory, const JXString &prefix,
                             const JXString &extension, uint32_t flags, std::string *name) {
-  const JXCreateName request = {prefix.data(), chars(prefix), extension.data(), chars(extension),
-                                flags};
+  // A length without a prefix counts as none.
+  const JXCreateName request = {prefix.empty() ? nullptr : prefix.data(),
+                                prefix.empty() ? 9 : chars(prefix), extension.data(),
+                                chars(extension), flags};
   JXChar *path = nullptr;
   uint32_t path_chars = 77;
   const JXStatus status = instance->create_name(instance, directory.data(), chars(directory),

@@ -1,0 +1,67 @@
+/* Preloaded into jxfile: the call number FAIL_AT, from 0, of the routine FAIL_CALL of the C library
+   fails with the errno FAIL_ERRNO, once, and makes the file FAIL_MARK. */
+#include <dlfcn.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+static const char *failing, *mark;
+static int calls_left, error;
+
+__attribute__((constructor)) static void start(void) {
+  const char *at = getenv("FAIL_AT"), *number = getenv("FAIL_ERRNO");
+  failing = getenv("FAIL_CALL");
+  mark = getenv("FAIL_MARK");
+  calls_left = at ? atoi(at) : 0;
+  error = number ? atoi(number) : EIO;
+}
+
+static int fails(const char *name) {
+  if (!failing || strcmp(name, failing) != 0 || calls_left-- != 0) return 0;
+  if (mark) syscall(SYS_close, syscall(SYS_openat, AT_FDCWD, mark, O_WRONLY | O_CREAT, 0600));
+  errno = error;
+  return 1;
+}
+
+/* Defines a routine for any arguments: those that it does not take are ignored. */
+#define CALL(name, result)                                                         \
+  long fail_##name(long a, long b, long c, long d, long e, long f) __asm__(#name); \
+  long fail_##name(long a, long b, long c, long d, long e, long f) {               \
+    static long (*next)(long, long, long, long, long, long);                       \
+    if (!next) *(void **)&next = dlsym(RTLD_NEXT, #name);                          \
+    return fails(#name) ? result : next(a, b, c, d, e, f);                         \
+  }
+
+CALL(read, -1)
+CALL(write, -1)
+CALL(open64, -1)
+CALL(openat64, -1)
+CALL(fstat64, -1)
+CALL(fstatat64, -1)
+CALL(stat64, -1)
+CALL(__fstat64_time64, -1)
+CALL(__fstatat64_time64, -1)
+CALL(__stat64_time64, -1)
+CALL(fcntl64, -1)
+CALL(fsync, -1)
+CALL(linkat, -1)
+CALL(renameat, -1)
+CALL(renameat2, -1)
+CALL(mkdirat, -1)
+CALL(unlinkat, -1)
+CALL(fchmod, -1)
+CALL(fchown, -1)
+CALL(getrandom, -1)
+CALL(fgetxattr, -1)
+CALL(fsetxattr, -1)
+CALL(fremovexattr, -1)
+CALL(pread64, -1)
+CALL(pwrite64, -1)
+CALL(lseek64, -1)
+CALL(ftruncate64, -1)
+CALL(fstatfs64, -1)
+CALL(getdents64, -1)
+CALL(readdir64_r, error)

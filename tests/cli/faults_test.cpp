@@ -1,0 +1,102 @@
+// Every call of the C library fails in turn under jxfile: what is written is old or new, never in
+// between, nothing is left beside it, and a failure is told.
+#include <cstring>
+
+#include "cli/program.hpp"
+
+namespace jx::test {
+namespace {
+
+class Faults : public ProgramTest {
+ protected:
+  void restore() const {
+    for (const auto &entry : std::filesystem::directory_iterator(at(""))) {
+      std::filesystem::remove_all(entry.path());
+    }
+    std::filesystem::create_directories(at("tree/a"));
+    put("tree/a/one", "1");
+    put("in", "text\nmore\n");
+    put("out", "old");
+  }
+  // Runs a command with one call failing; false when the command does not make that call.
+  bool fail(const std::string &arguments, const char *call, int n, int error,
+            Outcome *outcome) const {
+    restore();
+    const std::string line =
+        "ASAN_OPTIONS=verify_asan_link_order=0:$ASAN_OPTIONS FAIL_CALL=" + std::string(call) +
+        " FAIL_AT=" + std::to_string(n) + " FAIL_ERRNO=" + std::to_string(error) +
+        " FAIL_MARK=" + at("mark") +
+        " LD_PRELOAD=" JX_FAIL_CALLS " exec '" JX_BINARY_DIR "/jxfile' ";
+    *outcome = run({"/bin/sh", "-c", line + arguments}, "given\n");
+    return std::filesystem::remove(at("mark"));
+  }
+};
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr int kErrors[] = {EIO};  // each process takes longer to start than all of its work
+#else
+constexpr int kErrors[] = {EIO, EINVAL, EINTR, ENOENT};
+#endif
+
+// What removes the remains of a failed command: without it they stay.
+bool cleans(std::string_view call) {
+  return call == "unlinkat" || call == "openat64" || call == "lseek64" || call == "getdents64";
+}
+
+TEST_F(Faults, OldOrNewAndTold) {
+  struct Command {
+    const char *arguments, *target;
+    std::string old_content, new_content;
+  };
+  using namespace std::string_literals;
+  const Command commands[] = {
+      {"convert in out --to utf-16le --no-bom", "out", "old", "t\0e\0x\0t\0\n\0m\0o\0r\0e\0\n\0"s},
+      {"convert in new --no-bom", "new", "", "text\nmore\n"},
+      {"write out", "out", "old", "given\n"},
+      {"cp in new", "new", "", "text\nmore\n"},
+      {"cp tree x", "x/a/one", "", "1"},
+      {"rm -r tree", "tree/a/one", "1", ""},
+      {"lines in", "in", "text\nmore\n", "text\nmore\n"},
+      {"ls tree/a", "in", "text\nmore\n", "text\nmore\n"},
+  };
+  const char *const calls[] = {
+      "read",           "write",        "open64",           "openat64",
+      "fstat64",        "fstatat64",    "stat64",           "fcntl64",
+      "fsync",          "linkat",       "renameat",         "renameat2",
+      "mkdirat",        "unlinkat",     "fchmod",           "fchown",
+      "getrandom",      "fgetxattr",    "fsetxattr",        "pread64",
+      "pwrite64",       "lseek64",      "ftruncate64",      "fstatfs64",
+      "getdents64",     "fremovexattr", "__fstat64_time64", "__fstatat64_time64",
+      "__stat64_time64"};
+  for (const Command &command : commands) {
+    restore();
+    const Outcome good = jxfile(command.arguments, "given\n");
+    ASSERT_EQ(good.code, 0) << command.arguments;
+    size_t faults = 0;
+    for (const char *call : calls) {
+      for (const int error : kErrors) {
+        Outcome outcome;
+        int n = 0;
+        for (; fail(command.arguments, call, n, error, &outcome); ++n) {
+          SCOPED_TRACE(testing::Message() << command.arguments << ": " << call << " " << n << " "
+                                          << std::strerror(error) << "\n"
+                                          << outcome.err);
+          ++faults;
+          const std::string content = get(command.target);
+          EXPECT_TRUE(outcome.code == 0 || outcome.code == 1) << outcome.code;
+          EXPECT_EQ(outcome.code != 0, outcome.err.starts_with("jxfile: "));
+          EXPECT_TRUE(outcome.code != 0 || outcome.out == good.out) << outcome.out;
+          EXPECT_TRUE(content == command.new_content ||
+                      (outcome.code != 0 && content == command.old_content))
+              << content;
+          EXPECT_TRUE(cleans(call) || names().find(".jxfile") == std::string::npos) << names();
+        }
+        if (n == 0) break;  // a call that the command does not make
+      }
+    }
+    EXPECT_GT(faults, 20u) << command.arguments;
+  }
+}
+
+}  // namespace
+}  // namespace jx::test

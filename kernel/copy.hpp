@@ -54,31 +54,40 @@ inline void copy_short(void *destination, const void *source, size_t count) {
   }
 }
 
+// Copies two blocks or more between ranges that do not overlap: whole groups of four, the last of
+// which may overlap. Up to two groups there is no branch on the length.
+template <class Ops>
+[[gnu::always_inline]] inline void copy_blocks(void *destination, const void *source,
+                                               size_t count) {
+  constexpr size_t kStep = Ops::kBytes, kFourSteps = 4 * kStep;
+  auto *to = static_cast<uint8_t *>(destination);
+  const auto *from = static_cast<const uint8_t *>(source);
+  // Two blocks begin at `low` and two end at `high`.
+  const auto copy_group = [=](size_t low, size_t high) {
+    const auto first = Ops::load(from + low);
+    const auto second = Ops::load(from + low + kStep);
+    const auto third = Ops::load(from + high - 2 * kStep);
+    const auto fourth = Ops::load(from + high - kStep);
+    Ops::store(to + low, first);
+    Ops::store(to + low + kStep, second);
+    Ops::store(to + high - 2 * kStep, third);
+    Ops::store(to + high - kStep, fourth);
+  };
+  if (count <= kFourSteps) return copy_group(0, count);
+  copy_group(0, kFourSteps);
+  for (size_t done = kFourSteps; count - done > kFourSteps; done += kFourSteps) {
+    copy_group(done, done + kFourSteps);
+  }
+  copy_group(count - kFourSteps, count);
+}
+
 // Up to this many bytes, blocks copied inline are as fast as memcpy.
 inline constexpr size_t kInlineCopyBytes = 256;
 
 // Copies at most kInlineCopyBytes between ranges that do not overlap.
 inline void copy_inline(void *destination, const void *source, size_t count) {
-  using Ops = vector::Base;
   if (count <= kShortCopyBytes) return copy_short(destination, source, count);
-  auto *to = static_cast<uint8_t *>(destination);
-  const auto *from = static_cast<const uint8_t *>(source);
-  // Whole groups, the last of which may overlap: up to two there is no branch on the length.
-  const auto copy_group = [=](size_t at) {
-    const auto first = Ops::load(from + at);
-    const auto second = Ops::load(from + at + Ops::kBytes);
-    const auto third = Ops::load(from + at + 2 * Ops::kBytes);
-    const auto fourth = Ops::load(from + at + 3 * Ops::kBytes);
-    Ops::store(to + at, first);
-    Ops::store(to + at + Ops::kBytes, second);
-    Ops::store(to + at + 2 * Ops::kBytes, third);
-    Ops::store(to + at + 3 * Ops::kBytes, fourth);
-  };
-  copy_group(0);
-  for (size_t done = kShortCopyBytes; count - done > kShortCopyBytes; done += kShortCopyBytes) {
-    copy_group(done);
-  }
-  copy_group(count - kShortCopyBytes);
+  copy_blocks<vector::Base>(destination, source, count);
 }
 
 // The same for any count.

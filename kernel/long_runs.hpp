@@ -20,6 +20,14 @@
 #define JX_ONE_LEVEL 0
 #endif
 
+// For jumps to other routines: on i386 they are out of line, so that a short run needs no stack
+// frame and no table of addresses.
+#if defined(__i386__)
+#define JX_APART [[gnu::noinline]]
+#else
+#define JX_APART
+#endif
+
 namespace jx::vector {
 struct Avx2;
 }
@@ -38,6 +46,8 @@ struct LongRunsOf {
   static int32_t compare_bytes(const void *first, const void *second, uint32_t count);
   static int32_t compare_chars(const void *first, const void *second, uint32_t count);
   static void fill_chars(uint32_t *buffer, uint32_t value, uint32_t count);
+  // Between ranges that do not overlap.
+  static void copy_bytes(const void *source, void *destination, uint32_t count);
   // Notes where bytes of `data` from *offset up to `end` equal `value`: their offsets, which it
   // returns the number of. Stops after kManyPlaces or more, and moves *offset there. Any length.
   static uint32_t note_bytes(const uint8_t *data, uint32_t *offset, uint32_t end, uint8_t value,
@@ -61,6 +71,7 @@ struct LongRuns {
   decltype(&LongRunsOf<vector::Base>::compare_bytes) compare_bytes;
   decltype(&LongRunsOf<vector::Base>::compare_chars) compare_chars;
   decltype(&LongRunsOf<vector::Base>::fill_chars) fill_chars;
+  decltype(&LongRunsOf<vector::Base>::copy_bytes) copy_bytes;
   decltype(&LongRunsOf<vector::Base>::note_bytes) note_bytes;
 };
 
@@ -69,7 +80,7 @@ using BaseRuns = LongRunsOf<vector::Base>;
 inline constexpr LongRuns kLongRuns = {
     BaseRuns::find_byte,       BaseRuns::find_other_byte, BaseRuns::find_char,
     BaseRuns::find_other_char, BaseRuns::compare_bytes,   BaseRuns::compare_chars,
-    BaseRuns::fill_chars,      BaseRuns::note_bytes,
+    BaseRuns::fill_chars,      BaseRuns::copy_bytes,      BaseRuns::note_bytes,
 };
 #else
 extern const LongRuns kLongRuns;

@@ -1,6 +1,7 @@
 // The bodies of kernel/long_runs.hpp, for the files that instantiate them.
 #pragma once
 
+#include "kernel/copy.hpp"
 #include "kernel/long_runs.hpp"
 #include "kernel/scan.hpp"
 
@@ -9,14 +10,15 @@ namespace jx {
 namespace detail {
 
 template <class Ops, typename T, bool kEqual>
-inline int32_t find_in_long(const void *buffer, uint32_t count, T value) {
+[[gnu::always_inline]] inline int32_t find_in_long(const void *buffer, uint32_t count, T value) {
   const ValueMatch<Ops, T, kEqual> match(value);
   const size_t index = scan_blocks<Ops, T>(match, static_cast<const uint8_t *>(buffer), count);
   return index == count ? -1 : static_cast<int32_t>(index);
 }
 
 template <class Ops, typename T>
-inline int32_t compare_long(const void *first, const void *second, uint32_t count) {
+[[gnu::always_inline]] inline int32_t compare_long(const void *first, const void *second,
+                                                   uint32_t count) {
   const Mismatch<Ops, T> match = {static_cast<const uint8_t *>(second)};
   const size_t index = scan_blocks<Ops, T>(match, static_cast<const uint8_t *>(first), count);
   return index == count ? 0 : order_at<T>(first, second, index);
@@ -72,6 +74,11 @@ int32_t LongRunsOf<Ops>::compare_chars(const void *first, const void *second, ui
 template <class Ops>
 void LongRunsOf<Ops>::fill_chars(uint32_t *buffer, uint32_t value, uint32_t count) {
   fill_blocks<Ops>(buffer, value, count);
+}
+
+template <class Ops>
+void LongRunsOf<Ops>::copy_bytes(const void *source, void *destination, uint32_t count) {
+  copy_blocks<Ops>(destination, source, count);
 }
 
 template <class Ops>

@@ -1,6 +1,5 @@
 // Scans, comparisons and fills of runs of any length, with the results of the exported routines:
-// short runs inline, the others by the bodies that kernel/long_runs.hpp chose. The jumps to those
-// are out of line, so that a short run needs no stack frame and, on i386, no table of addresses.
+// short runs inline, the others by the bodies that kernel/long_runs.hpp chose.
 #pragma once
 
 #include "kernel/long_runs.hpp"
@@ -11,7 +10,7 @@ namespace [[gnu::visibility("hidden")]] jx {
 namespace detail {
 
 template <typename T, bool kEqual>
-[[gnu::noinline]] int32_t find_in_long_run(const void *buffer, uint32_t count, T value) {
+JX_APART inline int32_t find_in_long_run(const void *buffer, uint32_t count, T value) {
   if constexpr (sizeof(T) == 1) {
     if (kEqual) return kLongRuns.find_byte(buffer, count, value);
     return kLongRuns.find_other_byte(buffer, count, value);
@@ -22,7 +21,7 @@ template <typename T, bool kEqual>
 }
 
 template <typename T>
-[[gnu::noinline]] int32_t compare_long_runs(const void *first, const void *second, uint32_t count) {
+JX_APART inline int32_t compare_long_runs(const void *first, const void *second, uint32_t count) {
   if constexpr (sizeof(T) == 1) {
     return kLongRuns.compare_bytes(first, second, count);
   } else {
@@ -30,7 +29,7 @@ template <typename T>
   }
 }
 
-[[gnu::noinline]] inline void fill_long_run(uint32_t *buffer, uint32_t value, uint32_t count) {
+JX_APART inline void fill_long_run(uint32_t *buffer, uint32_t value, uint32_t count) {
   kLongRuns.fill_chars(buffer, value, count);
 }
 
@@ -39,7 +38,7 @@ template <typename T>
 // The index of the first unit that equals a value, or differs from it with kEqual false; -1 if
 // there is none.
 template <typename T, bool kEqual>
-inline int32_t find_unit(const void *buffer, uint32_t count, T value) {
+[[gnu::always_inline]] inline int32_t find_unit(const void *buffer, uint32_t count, T value) {
   if (!is_short_run<T>(count)) [[unlikely]] {
     return detail::find_in_long_run<T, kEqual>(buffer, count, value);
   }
@@ -49,7 +48,8 @@ inline int32_t find_unit(const void *buffer, uint32_t count, T value) {
 
 // 0 for equal runs; else 1 or -1, by the first units that differ as order_of() has it.
 template <typename T>
-inline int32_t compare_units(const void *first, const void *second, uint32_t count) {
+[[gnu::always_inline]] inline int32_t compare_units(const void *first, const void *second,
+                                                    uint32_t count) {
   if (!is_short_run<T>(count)) [[unlikely]]
     return detail::compare_long_runs<T>(first, second, count);
   const size_t index = mismatch_short<T>(first, second, count);

@@ -40,13 +40,23 @@ template <typename T, typename Mask>
 // A match is a unit that equals `value`, or with kEqual false differs from it.
 template <class Ops, typename T, bool kEqual>
 struct ValueMatch {
+  T value;
   typename Ops::Block pattern;
 
-  explicit ValueMatch(T value) : pattern(Ops::template repeat<T>(value)) {}
+  explicit ValueMatch(T wanted) : value(wanted), pattern(Ops::template repeat<T>(wanted)) {}
 
   // All bits set in each unit that equals the value.
   typename Ops::Block equal_at(size_t index, const uint8_t *data) const {
     return Ops::template equal<T>(Ops::load(data + index * sizeof(T)), pattern);
+  }
+  // The same for the first word of a run and the one at `last`.
+  template <typename Word>
+  typename Ops::Block equal_words(size_t last, const uint8_t *data) const {
+    return Ops::template equal<T>(Ops::template load_pair<Word>(data, data + last * sizeof(T)),
+                                  pattern);
+  }
+  bool is_equal(size_t index, const uint8_t *data) const {
+    return load_as<T>(data + index * sizeof(T)) == value;
   }
   static constexpr bool kWantsEqual = kEqual;
 };
@@ -59,6 +69,15 @@ struct Mismatch {
   typename Ops::Block equal_at(size_t index, const uint8_t *data) const {
     return Ops::template equal<T>(Ops::load(data + index * sizeof(T)),
                                   Ops::load(other + index * sizeof(T)));
+  }
+  template <typename Word>
+  typename Ops::Block equal_words(size_t last, const uint8_t *data) const {
+    const size_t offset = last * sizeof(T);
+    return Ops::template equal<T>(Ops::template load_pair<Word>(data, data + offset),
+                                  Ops::template load_pair<Word>(other, other + offset));
+  }
+  bool is_equal(size_t index, const uint8_t *data) const {
+    return load_as<T>(data + index * sizeof(T)) == load_as<T>(other + index * sizeof(T));
   }
   static constexpr bool kWantsEqual = false;
 };
@@ -86,6 +105,14 @@ inline bool has_match(const Match &match, const uint8_t *data, size_t low, size_
   return matches_of<Ops, Match>(join<Ops, Match>(first, second)) != 0;
 }
 
+// The same for two blocks: one begins at `low`, the other ends at `high`.
+template <class Ops, typename T, class Match>
+inline bool has_match_in_two(const Match &match, const uint8_t *data, size_t low, size_t high) {
+  constexpr size_t kStep = Ops::kBytes / sizeof(T);
+  const auto both = join<Ops, Match>(match.equal_at(low, data), match.equal_at(high - kStep, data));
+  return matches_of<Ops, Match>(both) != 0;
+}
+
 // The first match, of which there is one at `index` or after it and before `end`.
 template <class Ops, typename T, class Match>
 inline size_t find_match(const Match &match, const uint8_t *data, size_t index, size_t end) {
@@ -100,13 +127,12 @@ inline size_t find_match(const Match &match, const uint8_t *data, size_t index, 
 
 // The first match in one block to four.
 template <typename T, class Match>
-inline size_t scan_short_blocks(const Match &match, const uint8_t *data, size_t count) {
+[[gnu::always_inline]] inline size_t scan_short_blocks(const Match &match, const uint8_t *data,
+                                                       size_t count) {
   using Ops = vector::Base;
   constexpr size_t kStep = Ops::kBytes / sizeof(T);
   if (count <= 2 * kStep) {
-    const auto ends =
-        join<Ops, Match>(match.equal_at(0, data), match.equal_at(count - kStep, data));
-    if (matches_of<Ops, Match>(ends) == 0) [[likely]]
+    if (!has_match_in_two<Ops, T>(match, data, 0, count)) [[likely]]
       return count;
   } else if (!has_match<Ops, T>(match, data, 0, count)) [[likely]] {
     return count;
@@ -118,17 +144,22 @@ inline size_t scan_short_blocks(const Match &match, const uint8_t *data, size_t 
 // end, and in a long run those between them on the grid of blocks. Only indices grow: a count may
 // go beyond the memory if a match comes first.
 template <class Ops, typename T, class Match>
-inline size_t scan_blocks(const Match &match, const uint8_t *data, size_t count) {
+[[gnu::always_inline]] inline size_t scan_blocks(const Match &match, const uint8_t *data,
+                                                 size_t count) {
   constexpr size_t kStep = Ops::kBytes / sizeof(T), kFourSteps = 4 * kStep;
   size_t index = 0, end = count < kFourSteps ? count : kFourSteps;
   if (!has_match<Ops, T>(match, data, 0, end)) {
     if (end == count) return count;
     index = kFourSteps;
-    if (count > 2 * kFourSteps) {
+    if (count > 2 * kFourSteps) [[unlikely]] {
       index -= reinterpret_cast<uintptr_t>(data) % Ops::kBytes / sizeof(T);
       while (count - index > kFourSteps &&
              !has_match<Ops, T>(match, data, index, index + kFourSteps)) {
         index += kFourSteps;
+      }
+      const bool is_in_two = count - index <= 2 * kStep;
+      if (is_in_two && !has_match_in_two<Ops, T>(match, data, count - 2 * kStep, count)) {
+        return count;
       }
     }
     end = count - index > kFourSteps ? index + kFourSteps : count;
@@ -137,60 +168,42 @@ inline size_t scan_blocks(const Match &match, const uint8_t *data, size_t count)
   return find_match<Ops, T>(match, data, index, end);
 }
 
-// The first match in two words of bytes, which may overlap. `differences` are the bits in which the
-// bytes of the word at an offset differ from what they are compared with.
-template <typename Word, bool kEqual, class Differences>
-inline size_t scan_two_words(const Differences &differences, size_t count) {
-  constexpr Word kOnes = static_cast<Word>(~Word{0}) / 0xFF;
-  const auto matches = [&](size_t offset) {
-    const Word bits = differences(offset, Word{});
-    // The lowest byte of zeros is the lowest one whose top bit comes out set.
-    return kEqual ? static_cast<Word>((bits - kOnes) & ~bits & (kOnes << 7)) : bits;
-  };
-  const size_t last = count - sizeof(Word);
-  const Word low = matches(0), high = matches(last);
-  if ((low | high) == 0) [[likely]]
+// The first match in two words, which may overlap.
+template <typename Word, typename T, class Match>
+[[gnu::always_inline]] inline size_t scan_two_words(const Match &match, const uint8_t *data,
+                                                    size_t count) {
+  using Ops = vector::Base;
+  constexpr size_t kStep = sizeof(Word) / sizeof(T);
+  constexpr typename Ops::Mask kBothWords = (1u << 2 * sizeof(Word)) - 1;
+  const size_t last = count - kStep;
+  const auto equal = match.template equal_words<Word>(last, data);
+  const auto mask = matches_of<Ops, Match>(equal) & kBothWords;
+  if (mask == 0) [[likely]]
     return count;
-  return low != 0 ? first_unit<uint64_t>(low) : last + first_unit<uint64_t>(high);
-}
-
-// The first match among fewer bytes than a block.
-template <bool kEqual, class Differences>
-inline size_t scan_few_bytes(const Differences &differences, size_t count) {
-  if (count >= 8) {
-    if constexpr (sizeof(size_t) == 8) {
-      return scan_two_words<uint64_t, kEqual>(differences, count);
-    } else {
-      const size_t found = scan_two_words<uint32_t, kEqual>(differences, 8);
-      if (found != 8) return found;
-      const size_t last = count - 8;
-      const auto at_end = [&](size_t offset, auto word) {
-        return differences(last + offset, word);
-      };
-      return last + scan_two_words<uint32_t, kEqual>(at_end, 8);
-    }
-  }
-  if (count >= 4) return scan_two_words<uint32_t, kEqual>(differences, count);
-  size_t index = 0;
-  while (index < count && (differences(index, uint8_t{}) == 0) != kEqual) ++index;
-  return index;
+  const size_t index = first_unit<T>(mask);
+  return index < kStep ? index : last + index - kStep;
 }
 
 // The first match among fewer units than a block.
-template <typename T, bool kEqual>
-inline size_t scan_few(const uint8_t *data, size_t count, T value) {
-  if constexpr (sizeof(T) == 1) {
-    const auto differences = [&](size_t offset, auto word) {
-      using Word = decltype(word);
-      return static_cast<Word>(load_as<Word>(data + offset) ^
-                               static_cast<Word>(~Word{0}) / 0xFF * value);
-    };
-    return scan_few_bytes<kEqual>(differences, count);
-  } else {
-    size_t index = 0;
-    while (index < count && (load_as<T>(data + index * sizeof(T)) == value) != kEqual) ++index;
-    return index;
+template <typename T, class Match>
+[[gnu::always_inline]] inline size_t scan_few(const Match &match, const uint8_t *data,
+                                              size_t count) {
+  if (count >= 8 / sizeof(T)) return scan_two_words<uint64_t, T>(match, data, count);
+  if constexpr (sizeof(T) < 4) {
+    if (count >= 4 / sizeof(T)) return scan_two_words<uint32_t, T>(match, data, count);
   }
+  size_t index = 0;
+  while (index < count && match.is_equal(index, data) != Match::kWantsEqual) ++index;
+  return index;
+}
+
+// The first match in at most kShortRunBytes.
+template <typename T, class Match>
+[[gnu::always_inline]] inline size_t scan_short_run(const Match &match, const uint8_t *data,
+                                                    size_t count) {
+  if (count < vector::Base::kBytes / sizeof(T)) [[unlikely]]
+    return scan_few<T>(match, data, count);
+  return scan_short_blocks<T>(match, data, count);
 }
 
 }  // namespace detail
@@ -198,13 +211,9 @@ inline size_t scan_few(const uint8_t *data, size_t count, T value) {
 // The index of the first of `count` units that equals `value`, or differs from it with kEqual
 // false; `count` if there is none. At most kShortRunBytes. The units need no alignment.
 template <typename T, bool kEqual = true>
-inline size_t scan_short(const void *buffer, size_t count, T value) {
-  const auto *data = static_cast<const uint8_t *>(buffer);
-  if (count < vector::Base::kBytes / sizeof(T)) [[unlikely]] {
-    return detail::scan_few<T, kEqual>(data, count, value);
-  }
+[[gnu::always_inline]] inline size_t scan_short(const void *buffer, size_t count, T value) {
   const detail::ValueMatch<vector::Base, T, kEqual> match(value);
-  return detail::scan_short_blocks<T>(match, data, count);
+  return detail::scan_short_run<T>(match, static_cast<const uint8_t *>(buffer), count);
 }
 
 // The same for any count.
@@ -218,25 +227,10 @@ inline size_t scan_units(const void *buffer, size_t count, T value) {
 // The index of the first unit in which two runs differ, `count` if they are equal. At most
 // kShortRunBytes.
 template <typename T>
-inline size_t mismatch_short(const void *first, const void *second, size_t count) {
-  const auto *data = static_cast<const uint8_t *>(first);
-  const auto *other = static_cast<const uint8_t *>(second);
-  if (count >= vector::Base::kBytes / sizeof(T)) {
-    return detail::scan_short_blocks<T>(detail::Mismatch<vector::Base, T>{other}, data, count);
-  }
-  const auto differences = [&](size_t index, auto word) {
-    using Word = decltype(word);
-    const size_t offset = index * sizeof(T);
-    return static_cast<Word>(detail::load_as<Word>(data + offset) ^
-                             detail::load_as<Word>(other + offset));
-  };
-  if constexpr (sizeof(T) == 1) {
-    return detail::scan_few_bytes<false>(differences, count);
-  } else {
-    size_t index = 0;
-    while (index < count && differences(index, T{}) == 0) ++index;
-    return index;
-  }
+[[gnu::always_inline]] inline size_t mismatch_short(const void *first, const void *second,
+                                                    size_t count) {
+  const detail::Mismatch<vector::Base, T> match = {static_cast<const uint8_t *>(second)};
+  return detail::scan_short_run<T>(match, static_cast<const uint8_t *>(first), count);
 }
 
 // The order of two runs by the units at `index`, which differ: 1 or -1. Bytes compare as unsigned

@@ -1,16 +1,22 @@
 // sk*: memory and string primitives for bytes and 32-bit units. Copies take the source first.
 #include <cstring>
-#include <cwchar>
 
 #include "jx/runtime.h"
 #include "kernel/copy.hpp"
 #include "kernel/runs.hpp"
+#include "kernel/string_length.hpp"
 #include "kernel/text.hpp"
 
 namespace {
 
+// On i386 a call of memcpy moves the arguments, and it knows no vectors of 32 bytes.
+constexpr uint32_t kLongCopyBytes = 4096;
+
 // Out of line, as all that calls: short runs need no stack frame and no table of addresses.
 [[gnu::noinline]] void copy_long(const void *source, void *destination, uint32_t count) {
+  if (sizeof(void *) == 4 && count <= kLongCopyBytes) {
+    return jx::kLongRuns.copy_bytes(source, destination, count);
+  }
   std::memcpy(destination, source, count);
 }
 
@@ -22,15 +28,9 @@ namespace {
 
 extern "C" {
 
-uint32_t skStrLen(const char *string) {
-  return string ? static_cast<uint32_t>(std::strlen(string)) : 0;
-}
+uint32_t skStrLen(const char *string) { return string ? jx::string_length(string) : 0; }
 
-uint32_t skStrTLen(const JXChar *string) {
-  // wchar_t is as wide as JXChar, and wcslen is vectorized.
-  static_assert(sizeof(wchar_t) == sizeof(JXChar));
-  return string ? static_cast<uint32_t>(std::wcslen(reinterpret_cast<const wchar_t *>(string))) : 0;
-}
+uint32_t skStrTLen(const JXChar *string) { return string ? jx::string_length(string) : 0; }
 
 void skStrCpy(const char *source, char *destination) {
   if (!destination) return;

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #if defined(__i386__) || defined(__x86_64__)
 #include <emmintrin.h>
@@ -25,6 +26,22 @@ struct Sse2 {
   }
   static void store(void *to, Block block) { _mm_storeu_si128(static_cast<__m128i *>(to), block); }
 
+  // Loads from a multiple of kBytes: a whole block of which not all has to be the caller's.
+  static Block load_aligned(const void *from) {
+    return _mm_load_si128(static_cast<const __m128i *>(from));
+  }
+  // Two words side by side in the low bytes, zeros after them.
+  template <typename Word>
+  static Block load_pair(const void *first, const void *second) {
+    if constexpr (sizeof(Word) == 4) {
+      return _mm_unpacklo_epi32(load_word(first), load_word(second));
+    }
+    if constexpr (sizeof(Word) == 8) {
+      return _mm_unpacklo_epi64(_mm_loadl_epi64(static_cast<const __m128i *>(first)),
+                                _mm_loadl_epi64(static_cast<const __m128i *>(second)));
+    }
+  }
+
   // A block with `value` in each of its units.
   template <typename T>
   static Block repeat(T value) {
@@ -44,6 +61,13 @@ struct Sse2 {
 
   // The top bit of each byte.
   static Mask mask(Block block) { return static_cast<Mask>(_mm_movemask_epi8(block)); }
+
+ private:
+  static Block load_word(const void *from) {
+    int32_t word;
+    std::memcpy(&word, from, sizeof word);
+    return _mm_cvtsi32_si128(word);
+  }
 };
 
 }  // namespace jx::vector

@@ -34,7 +34,8 @@ Routines bodies(const char *name) {
   return {name,
           jx::kShortRunBytes + 1,
           {Runs::find_byte, Runs::find_other_byte, Runs::find_char, Runs::find_other_char,
-           Runs::compare_bytes, Runs::compare_chars, Runs::fill_chars, Runs::note_bytes}};
+           Runs::compare_bytes, Runs::compare_chars, Runs::fill_chars, Runs::copy_bytes,
+           Runs::note_bytes}};
 }
 
 const Routines kExported = {
@@ -52,7 +53,7 @@ const Routines kExported = {
        return skWMemCmp(static_cast<const uint32_t *>(first), static_cast<const uint32_t *>(second),
                         count);
      },
-     skMemTSet, nullptr}};
+     skMemTSet, skMemCpy, nullptr}};
 
 std::vector<Routines> all_routines() {
   std::vector<Routines> all = {kExported, bodies<jx::vector::Plain>("plain"),
@@ -112,6 +113,10 @@ class RunsTest : public testing::Test {
   static auto compare(const Routines &routines) {
     if constexpr (sizeof(T) == 1) return routines.runs.compare_bytes;
     if constexpr (sizeof(T) == 4) return routines.runs.compare_chars;
+  }
+  static uint32_t length(const uint8_t *string) {
+    if constexpr (sizeof(T) == 1) return skStrLen(reinterpret_cast<const char *>(string));
+    if constexpr (sizeof(T) == 4) return skStrTLen(reinterpret_cast<const JXChar *>(string));
   }
   static int32_t order(T first, T second) {
     if (first == second) return 0;
@@ -178,6 +183,22 @@ TYPED_TEST(RunsTest, ScansAndComparisons) {
   }
 }
 
+// Zeros before a string and units after its end do not count, and the page after it is not touched.
+TYPED_TEST(RunsTest, LengthsOfStrings) {
+  using T = TypeParam;
+  for (uint32_t count = 0; count <= kLongest; ++count) {
+    for (size_t gap = 0; gap < 128; gap += sizeof(T)) {
+      uint8_t *string = this->pages_.at_end((count + 1) * sizeof(T), gap);
+      std::memset(string - 64, 0, 64);
+      for (uint32_t i = 0; i < count + gap / sizeof(T) + 1; ++i) {
+        put_unit<T>(string, i, static_cast<T>(i % 2 == 0 ? ~T{0} : T{1} << (8 * sizeof(T) - 8)));
+      }
+      put_unit<T>(string, count, 0);
+      ASSERT_EQ(this->length(string), count) << gap;
+    }
+  }
+}
+
 TEST(Runs, FillWritesExactlyTheRange) {
   const FencedPages pages;
   for (uint32_t count = 0; count <= kLongest; ++count) {
@@ -224,16 +245,19 @@ TEST(Runs, NotesEveryPlace) {
 
 TEST(Runs, CopyAtEveryLength) {
   const FencedPages from, to;
-  for (uint32_t count = 0; count <= kLongest; ++count) {
+  for (uint32_t count = 0; count <= 2 * kLongest; ++count) {
     std::string text(count, 0);
     for (uint32_t i = 0; i < count; ++i) text[i] = static_cast<char>(i * 7 + count);
     for (size_t gap = 0; gap < 32; ++gap) {
       uint8_t *source = from.at_end(count, 0), *target = to.at_end(count, gap);
       std::memcpy(source, text.data(), count);
-      std::memset(target - 1, 0x55, count + gap + 1);
-      skMemCpy(source, target, count);
-      const std::string all(reinterpret_cast<char *>(target - 1), count + gap + 1);
-      ASSERT_EQ(all, "U" + text + std::string(gap, 'U')) << count << ' ' << gap;
+      for (const Routines &routines : all_routines()) {
+        if (count < routines.shortest_bytes) continue;
+        std::memset(target - 1, 0x55, count + gap + 1);
+        routines.runs.copy_bytes(source, target, count);
+        const std::string all(reinterpret_cast<char *>(target - 1), count + gap + 1);
+        ASSERT_EQ(all, "U" + text + std::string(gap, 'U')) << routines.name << count << ' ' << gap;
+      }
     }
     std::string set(count + 2, 1);
     skMemSet(set.data() + 1, 3, count);

@@ -8,8 +8,8 @@
 
 namespace jx::test {
 
-// A new empty folder in that of the environment variable JX_TEST_FOLDER, or else on a file system in
-// memory if there is one; removed with its content.
+// A new empty folder in that of the environment variable JX_TEST_FOLDER, or else on a file system
+// in memory if there is one; removed with its content.
 class TempDir {
  public:
   TempDir();

@@ -162,7 +162,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   static const bool is_set_up = [] {
     clearenv();
     setenv("HOME", jx::fuzz::folder().c_str(), 1);
-    setenv("JXWEM_MODULE", JXWEM_PATH, 1);
     return true;
   }();
   (void)is_set_up;

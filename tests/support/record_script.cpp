@@ -42,7 +42,7 @@ class Maker {
   // Chooses what the sessions of a script share, so that they can read each other's files.
   void choose_frame() {
     format_ = any_of({0, 0, 0, 3, 1, 4, 4});
-    length_ = one_in(25) ? any_of(kLargeLengths) : any_of(kSmallLengths);
+    length_ = one_in(15) ? any_of(kLargeLengths) : any_of(kSmallLengths);
     file_encoding_ = any_of(kEncodings);
     record_encoding_ = one_in(4) ? file_encoding_ : any_of(kEncodings);
     unit_bytes_ = unit_bytes_of(file_encoding_);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <memory>
 
 namespace jx::test {
 
@@ -88,19 +89,17 @@ struct Encoded {
 // test.
 class Characters {
  public:
-  explicit Characters(size_t most) : bytes_(most * sizeof(Encoded::bytes), 0) {}
+  explicit Characters(size_t most)
+      : bytes_(std::make_unique_for_overwrite<char[]>(most * sizeof(Encoded::bytes))) {}
   void add(const Encoded &character) {
     std::copy(character.bytes.begin(), character.bytes.end(), &bytes_[size_]);
     size_ += character.count;
   }
   size_t size() const { return size_; }
-  std::string take() {
-    bytes_.resize(size_);
-    return std::move(bytes_);
-  }
+  std::string text() const { return {bytes_.get(), size_}; }
 
  private:
-  std::string bytes_;
+  std::unique_ptr<char[]> bytes_;
   size_t size_ = 0;
 };
 
@@ -151,7 +150,7 @@ std::string encode(uint32_t encoding, std::u32string_view text) {
     if (made.count == 0) std::abort();
     bytes.add(made);
   }
-  return bytes.take();
+  return bytes.text();
 }
 
 uint32_t count_characters(uint32_t encoding, std::string_view text) {
@@ -172,7 +171,7 @@ JXStatus TextModel::convert(std::string_view text, size_t capacity_bytes,
   produced_out->clear();
   Characters produced(all.size());
   const auto end = [&](JXStatus status) {
-    *produced_out = produced.take();
+    *produced_out = produced.text();
     return status;
   };
   for (size_t done = 0; done < all.size();) {

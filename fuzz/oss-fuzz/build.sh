@@ -1,6 +1,7 @@
-#!/bin/bash -eu
+#!/usr/bin/env bash
 # Builds the fuzz targets into $OUT with the service's compilers, flags and engine, and packs the kept
 # inputs of each; run in the checkout. What the targets load is beside them in $OUT.
+set -eu
 build=$WORK/jxwem
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
   -DCMAKE_C_FLAGS_DEBUG= -DCMAKE_CXX_FLAGS_DEBUG= -DJX_TESTS=ON -DJX_FUZZ=ON \

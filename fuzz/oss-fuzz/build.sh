@@ -2,10 +2,14 @@
 # Builds the fuzz targets into $OUT with the service's compilers, flags and engine, and packs the kept
 # inputs of each; run in the checkout. What the targets load is beside them in $OUT.
 set -eu
+# The tests have strings of JXChars, which the service's own C++ library does not; the one
+# that has is linked into the targets, because the machine that runs them may lack it.
+export CXXFLAGS=${CXXFLAGS/-stdlib=libc++/}
 build=$WORK/jxwem
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
   -DCMAKE_C_FLAGS_DEBUG= -DCMAKE_CXX_FLAGS_DEBUG= -DJX_TESTS=ON -DJX_FUZZ=ON \
-  -DJX_SANITIZE="$SANITIZER" -DJX_FUZZ_ENGINE="$LIB_FUZZING_ENGINE"
+  -DJX_SANITIZE="$SANITIZER" -DJX_FUZZ_ENGINE="$LIB_FUZZING_ENGINE" \
+  -DCMAKE_EXE_LINKER_FLAGS="-static-libstdc++ -static-libgcc"
 mapfile -t targets < <(tools/fuzz --list)
 cmake --build "$build" --target broken_module "${targets[@]/%/_fuzz}"
 cp "$build"/jxwem.so "$build"/broken_module.so "$OUT"

@@ -141,7 +141,9 @@ std::vector<std::string> split_off_operands(const Command &command, int command_
   return operands;
 }
 
-void add_commands(CLI::App &app) {
+// Hands the whole table to the parser, or only the command that the first word names: the others
+// cannot matter any more, and setting them up costs more than all else that a short command does.
+void add_commands(CLI::App &app, const Command *only) {
   const auto formatter = std::make_shared<TableFormatter>();
   formatter->label("SUBCOMMAND", "COMMAND");
   formatter->label("Subcommands", "Commands");
@@ -156,7 +158,9 @@ void add_commands(CLI::App &app) {
   app.footer(footer);
   add_option(app, {"--version", nullptr, "the same as the command version"});
   for (const Option &option : common_options()) add_option(app, option);
-  for (const Command &command : commands()) add_command(app, command);
+  for (const Command &command : commands()) {
+    if (!only || only == &command) add_command(app, command);
+  }
 }
 
 // Puts the command in the place of the option "--version" and returns where the command is.
@@ -204,7 +208,7 @@ bool parse_command_line(int argc, char **argv, Invocation *invocation) {
     return true;
   }
   CLI::App app("Files and directories through the file-access module.", "jxfile");
-  add_commands(app);
+  add_commands(app, invocation->command);
   if (argc < 2) throw UsageError("a command is required");
   const int command_at = find_command_word(argc, argv);
   const Command *command = command_at < argc ? find_command(argv[command_at]) : nullptr;

@@ -12,10 +12,17 @@
 namespace jx::fuzz {
 namespace {
 
+// It is beside the program.
+const std::string &broken_module() {
+  static const std::string path =
+      (fs::read_symlink("/proc/self/exe").parent_path() / "broken_module.so").string();
+  return path;
+}
+
 // Kept in the process, so that its plan stays where it is.
 BrokenPlan &plan() {
   static BrokenPlan *const one = [] {
-    void *library = dlopen(JX_BROKEN_MODULE, RTLD_NOW);
+    void *library = dlopen(broken_module().c_str(), RTLD_NOW);
     require(library, "the broken module");
     return reinterpret_cast<BrokenPlan *(*)()>(dlsym(library, "broken_plan"))();
   }();
@@ -63,7 +70,7 @@ void load_broken_module(FuzzedDataProvider *input) {
   const bool is_module =
       given.has_instance != 0 && std::memcmp(given.eye_catcher, JX_EYE_CATCHER, 4) == 0;
   const bool is_taken = is_module && given.version_status == JX_OK && needed <= offered;
-  JXHostModule *module = load(JX_BROKEN_MODULE);
+  JXHostModule *module = load(broken_module());
   require((module != nullptr) == is_taken, "a module is taken if nothing is wrong with it");
   require(given.entered == 1, "the module gets its host once");
   require(given.destroyed == (is_module && !is_taken ? 1u : 0u), "a refused instance is destroyed");

@@ -4,16 +4,17 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <string>
 
 #include "fuzz/fuzz.hpp"
+#include "support/files.hpp"
 
 namespace jx::fuzz {
 
 namespace fs = std::filesystem;
+using jx::test::read_file;
+using jx::test::write_file;
 
 // Made at the first use, removed at exit.
 inline const fs::path &scratch() {
@@ -31,26 +32,20 @@ inline void empty_scratch() {
   for (const auto &entry : fs::directory_iterator(scratch())) fs::remove_all(entry.path());
 }
 
-inline void write_file(const fs::path &path, const std::string &content) {
-  std::ofstream(path, std::ios::binary) << content;
-}
-inline std::string read_file(const fs::path &path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 // What is below a folder: each name with its content; folders with a slash, links with their
 // target.
-inline std::map<std::string, std::string> look(const fs::path &folder) {
-  std::map<std::string, std::string> found;
+using Content = std::map<std::string, std::string>;
+inline Content look(const fs::path &folder) {
+  Content found;
+  const size_t prefix = folder.native().size() + 1;
   for (const auto &entry : fs::recursive_directory_iterator(folder)) {
-    const std::string name = entry.path().lexically_relative(folder).string();
+    const std::string name = entry.path().native().substr(prefix);
     if (entry.is_symlink()) {
-      found[name] = "to " + fs::read_symlink(entry.path()).string();
+      found[name] = "to " + fs::read_symlink(entry.path()).native();
     } else if (entry.is_directory()) {
       found[name + "/"];
     } else {
-      found[name] = read_file(entry.path());
+      found[name] = read_file(entry.path().native());
     }
   }
   return found;

@@ -19,10 +19,13 @@ class Tree {
     empty_scratch();
     fs::create_directory(root());
     write_file(scratch() / "outside", "outside");
-    add_members(root(), 3);
+    folders_.push_back(root());
+    add_members("", 3);
   }
 
   static fs::path root() { return scratch() / "tree"; }
+  const Content &content() const { return content_; }
+  const std::vector<fs::path> &folders() const { return folders_; }
   bool has_links() const { return has_links_; }
 
  private:
@@ -35,43 +38,70 @@ class Tree {
     return name.empty() || name == "." || name == ".." ? "dots" : name;
   }
 
-  void add_members(const fs::path &folder, uint32_t depth) {
-    for (auto count = input_.ConsumeIntegralInRange<uint32_t>(0, 6); count > 0; --count) {
-      const fs::path path = folder / name();
-      if (fs::exists(fs::symlink_status(path))) continue;
+  // A copy follows a link into its own folders down to the longest path, which takes longer than
+  // all else: one of them is enough.
+  std::string target() {
+    static constexpr const char *kTargets[] = {"nothing", "b.c", "../outside", ".", "..", "a"};
+    const size_t one = input_.ConsumeIntegralInRange<size_t>(0, 5);
+    const bool may_recur = one > 2 && !std::exchange(has_recursion_, true) &&
+                           input_.ConsumeIntegral<uint8_t>() % 32 == 0;
+    return kTargets[may_recur ? one : one % 3];
+  }
+
+  void add_members(const std::string &folder, uint32_t depth) {
+    for (auto count = input_.ConsumeIntegralInRange<uint32_t>(0, depth + 2); count > 0; --count) {
+      const std::string path = folder + name();
+      if (content_.contains(path) || content_.contains(path + "/")) continue;
       const auto kind = input_.ConsumeIntegral<uint8_t>() % 8;
       if (kind < 3 && depth > 0) {
-        fs::create_directory(path);
-        add_members(path, depth - 1);
+        fs::create_directory(root() / path);
+        content_[path + "/"];
+        folders_.push_back(root() / path);
+        add_members(path + "/", depth - 1);
       } else if (kind == 3) {
-        static constexpr const char *kTargets[] = {"nothing", ".", "..", "../outside", "a"};
-        fs::create_symlink(input_.PickValueInArray(kTargets), path);
+        const std::string to = target();
+        fs::create_symlink(to, root() / path);
+        content_[path] = "to " + to;
         has_links_ = true;
       } else {
-        write_file(path, std::string(input_.ConsumeIntegral<uint16_t>() % 9000, 'x'));
+        const std::string &text = content_[path] =
+            std::string(input_.ConsumeIntegral<uint16_t>() % 9000, 'x');
+        write_file(root() / path, text);
       }
     }
   }
 
   FuzzedDataProvider &input_;
+  Content content_;                // as look() finds it
+  std::vector<fs::path> folders_;  // the root and those below
   bool has_links_ = false;
+  bool has_recursion_ = false;
 };
 
-Facts facts_of(const fs::path &path) {
+Facts facts_of(const std::string &path) {
   struct stat status;
   if (::stat(path.c_str(), &status) != 0) return {-1, 0};
   return {status.st_size, S_ISDIR(status.st_mode) ? 1 : 0};
 }
 
-// Every member that a list shows: those whose names do not begin with a dot.
-std::map<std::string, Facts> expected_list(const fs::path &folder, uint32_t flags) {
-  std::map<std::string, Facts> members = {{folder.string(), {-1, 1}}};
+// The members of a folder with their facts.
+using Members = std::map<std::string, Facts>;
+Members members_of(const fs::path &folder) {
+  Members members;
   for (const auto &entry : fs::directory_iterator(folder)) {
-    const std::string name = entry.path().filename().string();
+    members[entry.path().filename().native()] = facts_of(entry.path().native());
+  }
+  return members;
+}
+
+// What a list shows: the folder, and the members whose names do not begin with a dot.
+Members expected_list(const std::string &folder, const Members &all, uint32_t flags) {
+  Members members = {{folder, {-1, 1}}};
+  for (const auto &[name, facts] : all) {
     if (name.starts_with('.')) continue;
-    Facts &facts = members[(flags & JX_LIST_FULL_PATH) != 0 ? entry.path().string() : name];
-    facts = {-1, 0};
-    if ((flags & JX_LIST_INFORMATION) != 0) facts = facts_of(entry.path());
+    const bool is_full = (flags & JX_LIST_FULL_PATH) != 0;
+    const bool is_known = (flags & JX_LIST_INFORMATION) != 0;
+    members[is_full ? folder + "/" + name : name] = is_known ? facts : Facts{-1, 0};
   }
   return members;
 }
@@ -81,15 +111,15 @@ bool is_literal(const std::string &path) {
   return path.find('$') == std::string::npos && !path.ends_with(' ');
 }
 
-void check_list(const fs::path &folder, uint32_t flags) {
-  const Name name(folder.string());
+void check_list(const std::string &folder, const Members &members, uint32_t flags) {
+  const Name name(folder);
   uint64_t count = 0;
   JXStatus status = 0;
   JXTable *table = instance()->directory_list(instance(), name.data(), name.chars(),
                                               JX_DIRECTORY_NAMED, flags, &count, &status);
   require((table != nullptr) == (status == JX_OK), "a table without success");
   if (!table) return;
-  std::map<std::string, Facts> found;
+  Members found;
   bool all_literal = true;
   const JXTableEntry *entry = jxhost_table_first(table);
   for (; entry; entry = jxhost_table_next(entry)) {
@@ -98,15 +128,15 @@ void check_list(const fs::path &folder, uint32_t flags) {
     all_literal = all_literal && is_literal(member);
     found[member] = {record->size_bytes, record->is_dir & 1};
   }
-  const auto expected = expected_list(folder, flags);
+  const auto expected = expected_list(folder, members, flags);
   for (const auto &[member, facts] : expected) all_literal = all_literal && is_literal(member);
   require(count == expected.size(), "the count of a list");
   require(!all_literal || found == expected, "the members of a list");
   (void)table->destroy_table(table);
 }
 
-void check_handle(const fs::path &folder, uint32_t options) {
-  const Name name(folder.string());
+void check_handle(const std::string &folder, const Members &members, uint32_t options) {
+  const Name name(folder);
   JXStatus status = 0;
   JXDirectory *directory = instance()->directory_open(instance(), name.data(), name.chars(),
                                                       options, 0, nullptr, nullptr, &status);
@@ -121,8 +151,7 @@ void check_handle(const fs::path &folder, uint32_t options) {
     require(found.insert(narrow(member, chars)).second, "a member twice");
   }
   require(status == JXWEM_E_EOF, "the end of a directory");
-  for (const auto &entry : fs::directory_iterator(folder)) {
-    const std::string visible = entry.path().filename().string();
+  for (const auto &[visible, facts] : members) {
     if (reads_all || !visible.starts_with('.')) expected.insert(visible);
   }
   require(found == expected, "the members that a handle reads");
@@ -130,7 +159,7 @@ void check_handle(const fs::path &folder, uint32_t options) {
 }
 
 void check_copy_and_removal(const Tree &tree) {
-  const auto before = look(Tree::root());
+  const Content &before = tree.content();
   const Name from(Tree::root().string()), to((scratch() / "copy").string());
   const JXStatus copied =
       instance()->copy(instance(), from.data(), from.chars(), to.data(), to.chars());
@@ -153,15 +182,15 @@ void check_copy_and_removal(const Tree &tree) {
 
 void run(FuzzedDataProvider *input) {
   const Tree tree(input);
-  std::vector<fs::path> folders = {Tree::root()};
-  for (const auto &entry : fs::recursive_directory_iterator(Tree::root())) {
-    const bool is_named = entry.path().string().find_first_of("$~") == std::string::npos;
-    if (!entry.is_symlink() && entry.is_directory() && is_named) folders.push_back(entry.path());
-  }
-  for (const fs::path &folder : folders) {
-    if (!is_literal(folder.string())) continue;
-    for (const uint32_t flags : {0u, 1u, 2u, 3u}) check_list(folder, flags);
-    for (const uint32_t options : {0u, JX_DIRECTORY_OPEN_ALL}) check_handle(folder, options);
+  // Each folder by one kind of list and one of handle, the next one by the next.
+  uint32_t kind = input->ConsumeIntegral<uint8_t>();
+  for (const fs::path &path : tree.folders()) {
+    const std::string &folder = path.native();
+    if (folder.find_first_of("$~") != std::string::npos || folder.ends_with(' ')) continue;
+    const Members members = members_of(path);
+    check_list(folder, members, kind % 4);
+    check_handle(folder, members, kind / 4 % 2 == 0 ? 0 : JX_DIRECTORY_OPEN_ALL);
+    kind += 5;
   }
   check_copy_and_removal(tree);
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <string>
 
@@ -41,7 +42,9 @@ class ArgumentList {
     if (argument.type == kDouble) push(argument.floating);
     if (argument.type == kLongDouble) push(static_cast<long double>(argument.floating));
   }
-  JXStatus call(const JXString &format, JXChar *buffer, size_t capacity, uint32_t *length) {
+  // Hands the list to a function.
+  template <typename Call>
+  auto with_list(Call call) {
 #ifdef __x86_64__
     const struct {
       uint32_t used_integers = 48, used_floats = 304;  // bytes: every register is used up
@@ -58,8 +61,22 @@ class ArgumentList {
     va_list list;
     static_assert(sizeof(list) == sizeof(state));
     std::memcpy(&list, &state, sizeof(list));
-    return jxzFormatBuffV(nullptr, format.data(), static_cast<int32_t>(format.size()), buffer,
-                          static_cast<int32_t>(capacity), length, list);
+    return call(list);
+  }
+
+  JXStatus call(const JXString &format, JXChar *buffer, size_t capacity, uint32_t *length) {
+    return with_list([&](va_list list) {
+      return jxzFormatBuffV(nullptr, format.data(), static_cast<int32_t>(format.size()), buffer,
+                            static_cast<int32_t>(capacity), length, list);
+    });
+  }
+  // The same by the C library, with one character of room more than should be needed.
+  std::string print(const std::string &format, size_t capacity) {
+    std::string text(capacity + 2, '\0');
+    const int length = with_list([&](va_list list) {
+      return std::vsnprintf(text.data(), text.size(), format.c_str(), list);
+    });
+    return text.substr(0, static_cast<size_t>(std::max(length, 0)));
   }
 
  private:

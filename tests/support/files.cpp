@@ -1,11 +1,12 @@
 #include "support/files.hpp"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 namespace jx::test {
 
@@ -34,18 +35,22 @@ TempDir::~TempDir() {
 }
 
 std::string read_file(const std::string &path) {
-  std::ifstream file(path, std::ios::binary);
-  EXPECT_TRUE(file) << "cannot read " << path;
-  std::ostringstream content;
-  content << file.rdbuf();
-  return content.str();
+  std::string content;
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  struct stat facts = {};
+  if (fd >= 0 && fstat(fd, &facts) == 0) {
+    content.resize(static_cast<size_t>(facts.st_size));
+    EXPECT_EQ(pread(fd, content.data(), content.size(), 0), facts.st_size) << path;
+  }
+  EXPECT_TRUE(fd >= 0 && close(fd) == 0) << "cannot read " << path;
+  return content;
 }
 
 void write_file(const std::string &path, std::string_view content) {
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  file.write(content.data(), static_cast<std::streamsize>(content.size()));
-  file.close();
-  EXPECT_TRUE(file) << "cannot write " << path;
+  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  const ssize_t written = write(fd, content.data(), content.size());
+  EXPECT_TRUE(fd >= 0 && written == static_cast<ssize_t>(content.size()) && close(fd) == 0)
+      << "cannot write " << path;
 }
 
 uint32_t open_descriptors() {

@@ -13,10 +13,13 @@
 namespace jx::test {
 
 std::string RecordComparison::run(const Script &script) {
-  std::filesystem::remove(path_);
-  if (script.content) write_file(path_, *script.content);
+  if (script.content) {
+    write_file(path_, *script.content);
+  } else {
+    std::filesystem::remove(path_);
+  }
   content_ = script.content;
-  for (size_t i = 0; i < script.steps.size() && difference_.str().empty(); ++i) {
+  for (size_t i = 0; i < script.steps.size(); ++i) {
     const Step &step = script.steps[i];
     if (step.act == Act::open) {
       open(step.options);
@@ -24,12 +27,13 @@ std::string RecordComparison::run(const Script &script) {
       operate(step);
     }
     compare_tracked();
-    if (!difference_.str().empty()) return "step " + std::to_string(i) + difference_.str();
+    if (differs_) return "step " + std::to_string(i) + difference_.str();
   }
   return "";
 }
 
 void RecordComparison::compare_status(JXStatus actual, JXStatus expected) {
+  if (actual == expected) return;
   difference_ << std::hex;
   compare("status", actual, expected);
   difference_ << std::dec;
@@ -52,7 +56,7 @@ void RecordComparison::compare_files() {
   compare("file", hex(actual), hex(*content_));
   const auto [at, same] =
       std::mismatch(actual.begin(), actual.end(), content_->begin(), content_->end());
-  difference_ << ", first differs at " << at - actual.begin();
+  differ() << ", first differs at " << at - actual.begin();
 }
 
 void RecordComparison::open(const JXOpenOptions &options) {
@@ -68,7 +72,7 @@ void RecordComparison::open(const JXOpenOptions &options) {
 
 void RecordComparison::operate(const Step &step) {
   if (step.act == Act::read) {
-    for (uint32_t i = 0; i < step.times && read(step) && difference_.str().empty(); ++i) {
+    for (uint32_t i = 0; i < step.times && read(step) && !differs_; ++i) {
     }
     return;
   }
@@ -102,13 +106,13 @@ bool RecordComparison::read(const Step &step) {
   compare("offset", offset_, offset);
   if (expected.pointer == ModelRead::null) compare<void *>("pointer", data, nullptr);
   if (expected.pointer == ModelRead::stays) compare<void *>("pointer", data, before);
-  if (!difference_.str().empty() || expected.pointer != ModelRead::leads) return false;
+  if (differs_ || expected.pointer != ModelRead::leads) return false;
   if (model_->transfers()) compare<void *>("pointer", data, before);
-  if (!data && (length != 0 || model_->is_text())) difference_ << ", a null pointer";
+  if (!data && (length != 0 || model_->is_text())) differ() << ", a null pointer";
   last_ = length != 0 ? data : nullptr;
   last_record_.assign(static_cast<const char *>(data), data ? length : 0);
   if (last_record_ != expected.record) {
-    difference_ << ", record: " << hex(last_record_) << ", expected " << hex(expected.record);
+    differ() << ", record: " << hex(last_record_) << ", expected " << hex(expected.record);
   }
   return status != JXWEM_E_EOF;
 }

@@ -35,8 +35,12 @@ class RecordComparison {
   template <typename T>
   void compare(const char *what, const T &actual, const T &expected) {
     if (actual != expected) {
-      difference_ << ", " << what << ": " << actual << ", expected " << expected;
+      differ() << ", " << what << ": " << actual << ", expected " << expected;
     }
+  }
+  std::ostream &differ() {
+    differs_ = true;
+    return difference_;
   }
   void compare_status(JXStatus actual, JXStatus expected);
   void compare_tracked();
@@ -65,6 +69,7 @@ class RecordComparison {
   bool is_lost_ = false;  // the last point failed
   void *last_ = nullptr;  // what the last step read, and where
   std::string last_record_;
+  bool differs_ = false;
   std::ostringstream difference_;
 };
 

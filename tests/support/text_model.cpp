@@ -1,6 +1,9 @@
 #include "support/text_model.hpp"
 
 #include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <memory>
 
 namespace jx::test {
 
@@ -14,7 +17,7 @@ struct Decoded {
 };
 
 bool is_character(char32_t c) { return c < 0xD800 || (c > 0xDFFF && c < 0x110000); }
-bool is_big_endian(uint32_t encoding) {
+inline bool is_big_endian(uint32_t encoding) {
   return encoding == JX_ENCODING_UTF16BE || encoding == JX_ENCODING_UTF32BE;
 }
 
@@ -63,21 +66,63 @@ Decoded decode(uint32_t encoding, std::string_view text) {
   return {Decoded::whole, 4, 0x10000 + (unit - 0xD800) * 0x400 + (low - 0xDC00)};
 }
 
-std::string units(uint32_t encoding, char32_t unit) {
-  std::string text(unit_bytes_of(encoding), 0);
-  for (size_t i = 0; i < text.size(); ++i, unit >>= 8) {
-    text[is_big_endian(encoding) ? text.size() - 1 - i : i] = static_cast<char>(unit & 0xFF);
-  }
-  return text;
-}
+// A character in an encoding.
+struct Encoded {
+  std::array<char, 4> bytes = {};
+  uint32_t count = 0;  // 0: the encoding does not have the character
 
-std::string encode_utf8(char32_t c) {
+  void add_unit(uint32_t encoding, char32_t unit) {
+    const auto byte = [unit](int shift) { return static_cast<char>(unit >> shift & 0xFF); };
+    const bool is_big = is_big_endian(encoding);
+    if (unit_bytes_of(encoding) == 1) {
+      bytes[count++] = byte(0);
+    } else if (unit_bytes_of(encoding) == 2) {
+      bytes[count++] = byte(is_big ? 8 : 0);
+      bytes[count++] = byte(is_big ? 0 : 8);
+    } else {
+      for (int i = 0; i < 4; ++i) bytes[count++] = byte(is_big ? 24 - 8 * i : 8 * i);
+    }
+  }
+};
+
+// Encoded characters one after another: a string that grew with each would be most of the cost of a
+// test.
+class Characters {
+ public:
+  explicit Characters(size_t most)
+      : bytes_(std::make_unique_for_overwrite<char[]>(most * sizeof(Encoded::bytes))) {}
+  void add(const Encoded &character) {
+    std::copy(character.bytes.begin(), character.bytes.end(), &bytes_[size_]);
+    size_ += character.count;
+  }
+  size_t size() const { return size_; }
+  std::string text() const { return {bytes_.get(), size_}; }
+
+ private:
+  std::unique_ptr<char[]> bytes_;
+  size_t size_ = 0;
+};
+
+[[gnu::always_inline]] inline Encoded encode_utf8(char32_t c) {
   const auto tail = [c](int shift) { return static_cast<char>(0x80 | ((c >> shift) & 0x3F)); };
   const auto lead = [c](uint32_t mark, int shift) { return static_cast<char>(mark | c >> shift); };
-  if (c < 0x80) return {lead(0, 0)};
-  if (c < 0x800) return {lead(0xC0, 6), tail(0)};
-  if (c < 0x10000) return {lead(0xE0, 12), tail(6), tail(0)};
-  return {lead(0xF0, 18), tail(12), tail(6), tail(0)};
+  if (c < 0x80) return {{lead(0, 0)}, 1};
+  if (c < 0x800) return {{lead(0xC0, 6), tail(0)}, 2};
+  if (c < 0x10000) return {{lead(0xE0, 12), tail(6), tail(0)}, 3};
+  return {{lead(0xF0, 18), tail(12), tail(6), tail(0)}, 4};
+}
+
+[[gnu::always_inline]] inline Encoded encoded(uint32_t encoding, char32_t c) {
+  Encoded made;
+  if (encoding == JX_ENCODING_UTF8) return encode_utf8(c);
+  if (encoding == JX_ENCODING_NATIVE && c > 0xFF) return made;
+  if (c < 0x10000 || unit_bytes_of(encoding) == 4) {
+    made.add_unit(encoding, c);
+  } else {
+    made.add_unit(encoding, 0xD800 + (c - 0x10000) / 0x400);
+    made.add_unit(encoding, 0xDC00 + (c - 0x10000) % 0x400);
+  }
+  return made;
 }
 
 }  // namespace
@@ -94,17 +139,18 @@ std::string bom_of(uint32_t encoding) {
 }
 
 std::optional<std::string> encode(uint32_t encoding, char32_t c) {
-  if (encoding == JX_ENCODING_UTF8) return encode_utf8(c);
-  if (encoding == JX_ENCODING_NATIVE && c > 0xFF) return std::nullopt;
-  if (c < 0x10000 || unit_bytes_of(encoding) == 4) return units(encoding, c);
-  return units(encoding, 0xD800 + (c - 0x10000) / 0x400) +
-         units(encoding, 0xDC00 + (c - 0x10000) % 0x400);
+  const Encoded made = encoded(encoding, c);
+  return made.count == 0 ? std::nullopt : std::optional(std::string(made.bytes.data(), made.count));
 }
 
 std::string encode(uint32_t encoding, std::u32string_view text) {
-  std::string bytes;
-  for (const char32_t c : text) bytes += encode(encoding, c).value();
-  return bytes;
+  Characters bytes(text.size());
+  for (const char32_t c : text) {
+    const Encoded made = encoded(encoding, c);
+    if (made.count == 0) std::abort();
+    bytes.add(made);
+  }
+  return bytes.text();
 }
 
 uint32_t count_characters(uint32_t encoding, std::string_view text) {
@@ -123,20 +169,25 @@ JXStatus TextModel::convert(std::string_view text, size_t capacity_bytes,
                             std::string *produced_out) {
   const std::string all = std::exchange(held_, "") + std::string(text);
   produced_out->clear();
+  Characters produced(all.size());
+  const auto end = [&](JXStatus status) {
+    *produced_out = produced.text();
+    return status;
+  };
   for (size_t done = 0; done < all.size();) {
     const Decoded next = decode(from_, std::string_view(all).substr(done));
-    if (next.kind == Decoded::malformed) return JXHOST_E_MALFORMED;
+    if (next.kind == Decoded::malformed) return end(JXHOST_E_MALFORMED);
     if (next.kind == Decoded::cut) {
       held_ = all.substr(done);
       break;
     }
-    const std::optional<std::string> encoded = encode(to_, next.character);
-    if (!encoded) return JXHOST_E_UNMAPPABLE;
-    if (produced_out->size() + encoded->size() > capacity_bytes) return JXHOST_E_NOROOM;
-    *produced_out += *encoded;
+    const Encoded made = encoded(to_, next.character);
+    if (made.count == 0) return end(JXHOST_E_UNMAPPABLE);
+    if (produced.size() + made.count > capacity_bytes) return end(JXHOST_E_NOROOM);
+    produced.add(made);
     done += next.bytes;
   }
-  return JX_OK;
+  return end(JX_OK);
 }
 
 }  // namespace jx::test

@@ -27,13 +27,14 @@ static int fails(const char *name) {
 }
 
 /* Defines a routine for any arguments: those that it does not take are ignored. */
-#define CALL(name, result)                                                         \
-  long fail_##name(long a, long b, long c, long d, long e, long f) __asm__(#name); \
-  long fail_##name(long a, long b, long c, long d, long e, long f) {               \
-    static long (*next)(long, long, long, long, long, long);                       \
+#define CALL_TO(type, name, result)                                                \
+  type fail_##name(long a, long b, long c, long d, long e, long f) __asm__(#name); \
+  type fail_##name(long a, long b, long c, long d, long e, long f) {               \
+    static type (*next)(long, long, long, long, long, long);                       \
     if (!next) *(void **)&next = dlsym(RTLD_NEXT, #name);                          \
     return fails(#name) ? result : next(a, b, c, d, e, f);                         \
   }
+#define CALL(name, result) CALL_TO(long, name, result)
 
 CALL(read, -1)
 CALL(write, -1)
@@ -60,7 +61,7 @@ CALL(fsetxattr, -1)
 CALL(fremovexattr, -1)
 CALL(pread64, -1)
 CALL(pwrite64, -1)
-CALL(lseek64, -1)
+CALL_TO(long long, lseek64, -1)
 CALL(ftruncate64, -1)
 CALL(fstatfs64, -1)
 CALL(getdents64, -1)

@@ -126,26 +126,5 @@ TEST(Entry, NoCharacterSetService) {
   EXPECT_FALSE(Instance(host));
 }
 
-// A host whose name service fails still gets an instance; every other failure ends the entry.
-TEST(Entry, EveryCallFailsInTurn) {
-  FaultHost host;
-  const auto run = [&]() -> JXStatus {
-    const Instance instance(host);
-    return instance ? JX_OK : JX_E_NOMEM;
-  };
-  std::string failed;
-  for (const SweepRun &each : sweep(
-           host, kAllFailing, [] {}, run)) {
-    failed += each.failed + " ";
-    const bool survives = each.failed == "get_host_name" || each.failed == "destroy_transcoder" ||
-                          (each.failed == "load_extension" && each.n != 5);
-    EXPECT_EQ(each.status, survives ? JX_OK : JX_E_NOMEM)
-        << "call " << each.n << " " << each.failed;
-  }
-  EXPECT_EQ(failed,
-            "create_pool pool_allocate create_decoder create_encoder load_extension "
-            "load_extension load_extension get_host_name destroy_transcoder destroy_transcoder ");
-}
-
 }  // namespace
 }  // namespace jx::test

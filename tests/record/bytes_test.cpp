@@ -74,21 +74,6 @@ TEST_F(Bytes, DirectTransferNeedsADestination) {
   }
 }
 
-TEST_F(Bytes, ShortTransfers) {
-  const std::string content = "0123456789abcdefghijklmnopqrstuvwxyz";
-  for (const uint32_t buffered : {0u, 1u}) {
-    File out(instance, path, options(JX_ACCESS_OUTPUT, buffered, JX_OPEN_DIRECT_TRANSFER));
-    arm_syscalls(syscalls(Syscall::write, Syscall::pwrite64),
-                 {.most_bytes = 5, .to_the_end = true, .interrupts = true});
-    EXPECT_EQ(write_record(out, content), JX_OK);
-    int64_t offset = 36;
-    EXPECT_EQ(write_record(out, content, &offset), JX_OK);
-    EXPECT_EQ(out.close(), JX_OK);
-    disarm_syscalls();
-    EXPECT_EQ(read_file(path), content + content) << buffered;
-  }
-}
-
 TEST_F(Bytes, Devices) {
   for (const uint32_t format : {JX_FORMAT_VARIABLE, JX_FORMAT_BINARY, JX_FORMAT_STREAM}) {
     for (const uint32_t buffered : {0u, 1u}) {

@@ -131,33 +131,6 @@ TEST_F(Lines, ShortReadsInsideACharacter) {
   disarm_syscalls();
 }
 
-// Buffered readers accept short reads; writers go on after partial writes.
-TEST_F(Lines, ShortTransfers) {
-  const std::string content =
-      "\xEF\xBB\xBF"
-      "abc\n0123456789\r\n0123456789x\nend";
-  for (const uint32_t most_bytes : {1u, 2u, 3u, 7u}) {
-    write_file(path, content);
-    File file(instance, path, options(JX_ACCESS_INPUT, 1, JX_ENCODING_UTF8, 10));
-    arm_syscalls(syscalls(Syscall::read), {.most_bytes = most_bytes, .to_the_end = true});
-    EXPECT_EQ(read_records(file), "abc|0123456789|0123456789~|x|end|") << most_bytes;
-    disarm_syscalls();
-    for (const uint32_t buffered : {0u, 1u}) {
-      File out(instance, path, options(JX_ACCESS_OUTPUT, buffered, JX_ENCODING_UTF8, 10));
-      arm_syscalls(syscalls(Syscall::write),
-                   {.most_bytes = most_bytes, .to_the_end = true, .interrupts = true});
-      EXPECT_EQ(write_record(out, "0123456789"), JX_OK);
-      EXPECT_EQ(write_record(out, ""), JX_OK);
-      EXPECT_EQ(out.close(), JX_OK);
-      disarm_syscalls();
-      EXPECT_EQ(read_file(path),
-                "\xEF\xBB\xBF"
-                "0123456789\n\n")
-          << most_bytes << buffered;
-    }
-  }
-}
-
 // Records are delivered as they arrive; the file ends when the writer closes the pipe.
 TEST_F(Lines, Fifo) {
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);

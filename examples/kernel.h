@@ -1,0 +1,25 @@
+/* The kernel of kernel.c. */
+#ifndef KERNEL_H
+#define KERNEL_H
+
+#include <stdio.h>
+#include <stdlib.h>
+
+#include "jx/wem.h"
+
+/* Ends the program when a promise is broken. */
+#define CHECK(condition)                                              \
+  do {                                                                \
+    if (!(condition)) {                                               \
+      fprintf(stderr, "%s:%d: %s\n", __FILE__, __LINE__, #condition); \
+      exit(1);                                                        \
+    }                                                                 \
+  } while (0)
+
+/* The one kernel of the process, for jxextent and jxwem. Used by one thread at a time. */
+JXHost *kernel_host(void);
+
+/* How many of the kernel's objects and extensions are not released yet. */
+int kernel_objects(void);
+
+#endif

@@ -22,7 +22,7 @@ bool mount_memory(const std::string &folder, const char *options) {
     write_file("/proc/self/uid_map", uid);
     write_file("/proc/self/gid_map", gid);
   }
-  return mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+  return mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) == 0 &&
          mount("jx", folder.c_str(), "tmpfs", 0, options) == 0;
 }
 

@@ -10,12 +10,12 @@
 namespace {
 
 // On i386 a call of memcpy moves the arguments, and it knows no vectors of 32 bytes.
-constexpr uint32_t kLongCopyBytes = 4096;
+[[maybe_unused]] constexpr uint32_t kLongCopyBytes = 4096;
 
 // Out of line, as all that calls: short runs need no stack frame and no table of addresses.
 [[gnu::noinline]] void copy_long(const void *source, void *destination, uint32_t count) {
-  if (sizeof(void *) == 4 && count <= kLongCopyBytes) {
-    return jx::kLongRuns.copy_bytes(source, destination, count);
+  if constexpr (sizeof(void *) == 4) {
+    if (count <= kLongCopyBytes) return jx::kLongRuns.copy_bytes(source, destination, count);
   }
   std::memcpy(destination, source, count);
 }

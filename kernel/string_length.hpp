@@ -56,8 +56,11 @@ static_assert(sizeof(wchar_t) == sizeof(uint32_t));
 
 template <typename T>
 JX_APART inline uint32_t length_by_library(const T *string) {
-  if constexpr (sizeof(T) == 1) return jx_length_of_bytes(string);
-  return jx_length_of_chars(string);
+  if constexpr (sizeof(T) == 1) {
+    return jx_length_of_bytes(string);
+  } else {
+    return jx_length_of_chars(string);
+  }
 }
 
 }  // namespace detail

@@ -21,7 +21,6 @@ struct Plain {
     return block;
   }
   static void store(void *to, const Block &block) { std::memcpy(to, &block, sizeof block); }
-  static Block load_aligned(const void *from) { return load(from); }
   template <typename Word>
   static Block load_pair(const void *first, const void *second) {
     Block block = {};

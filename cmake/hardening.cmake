@@ -28,9 +28,10 @@ if(JX_SANITIZE)
   target_link_options(jx_hardening INTERFACE -fsanitize=${JX_SANITIZE})
 endif()
 if(JX_COVERAGE)
-  # The counters are in a file mapped into each process (%c), one file a binary (%m): a process that a
-  # signal ends is counted too, and the name holds when a program empties its environment.
-  set(counters -fprofile-instr-generate=${PROJECT_BINARY_DIR}/counters/%m%c.profraw)
+  # The counters are in files mapped into each process (%c), one for each process (%p) and binary (%m):
+  # a process that a signal ends is counted too, and the name holds when a program empties its
+  # environment. In a file of all processes, one that starts would write back the counts that it found.
+  set(counters -fprofile-instr-generate=${PROJECT_BINARY_DIR}/counters/%p-%m%c.profraw)
   target_compile_options(jx_hardening INTERFACE ${counters} -fcoverage-mapping
     -mllvm -runtime-counter-relocation)
   target_link_options(jx_hardening INTERFACE ${counters})

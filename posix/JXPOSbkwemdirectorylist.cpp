@@ -61,16 +61,12 @@ void set_facts(const jx::FileFacts &facts, JXDirectoryEntry *record) {
 }
 
 void set_fact(const JXInfoItem &item, JXDirectoryEntry *record) {
-  switch (item.format) {
-    case JX_KIND_FILESIZE:
-      record->size_bytes = static_cast<int64_t>(item.value.bytes);
-      break;
-    case JX_KIND_MODTIME:
-      record->modified = item.value.time;
-      break;
-    case JX_KIND_ISDIR:
-      record->is_dir = item.value.word;
-      break;
+  if (item.format == JX_KIND_FILESIZE) {
+    record->size_bytes = static_cast<int64_t>(item.value.bytes);
+  } else if (item.format == JX_KIND_MODTIME) {
+    record->modified = item.value.time;
+  } else {
+    record->is_dir = item.value.word;
   }
 }
 

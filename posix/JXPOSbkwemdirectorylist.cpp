@@ -65,7 +65,7 @@ void set_fact(const JXInfoItem &item, JXDirectoryEntry *record) {
     record->size_bytes = static_cast<int64_t>(item.value.bytes);
   } else if (item.format == JX_KIND_MODTIME) {
     record->modified = item.value.time;
-  } else {
+  } else if (item.format == JX_KIND_ISDIR) {
     record->is_dir = item.value.word;
   }
 }

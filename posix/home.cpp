@@ -10,11 +10,12 @@ namespace jx {
 namespace {
 
 constexpr size_t kEntryBytes = 1024;  // room for the texts of an entry
-static_assert(kEntryBytes <= kHomeAreaBytes);
 
 int copy_home(const passwd *entry, char *destination) {
   if (!entry || !entry->pw_dir) return 1;
-  std::memcpy(destination, entry->pw_dir, std::strlen(entry->pw_dir) + 1);
+  const size_t bytes = std::strlen(entry->pw_dir) + 1;
+  if (bytes > kHomeAreaBytes) return 1;
+  std::memcpy(destination, entry->pw_dir, bytes);
   return 0;
 }
 

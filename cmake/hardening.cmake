@@ -31,8 +31,10 @@ if(JX_COVERAGE)
   # The counters are in files mapped into each process (%c), one for each process (%p) and binary (%m):
   # a process that a signal ends is counted too, and the name holds when a program empties its
   # environment. In a file of all processes, one that starts would write back the counts that it found.
+  # Counted atomically: most lines have the difference of two counters, and threads that lose a count
+  # can make it 0.
   set(counters -fprofile-instr-generate=${PROJECT_BINARY_DIR}/counters/%p-%m%c.profraw)
   target_compile_options(jx_hardening INTERFACE ${counters} -fcoverage-mapping
-    -mllvm -runtime-counter-relocation)
+    -mllvm -runtime-counter-relocation -fprofile-update=atomic)
   target_link_options(jx_hardening INTERFACE ${counters})
 endif()

@@ -13,6 +13,8 @@
 
 namespace jx::test {
 
+constexpr JXStatus kMalformed = JXHOST_E_MALFORMED, kUnmappable = JXHOST_E_UNMAPPABLE;
+
 // A status and what was produced.
 using Outcome = std::pair<JXStatus, std::string>;
 

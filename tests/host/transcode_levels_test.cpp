@@ -16,9 +16,6 @@ namespace {
 using namespace std::string_literals;
 using vector::Level;
 
-constexpr JXStatus kMalformed = JXHOST_E_MALFORMED;
-constexpr JXStatus kUnmappable = JXHOST_E_UNMAPPABLE;
-
 constexpr uint32_t kEncodings[] = {20, 24, 25, 26, 27, 62};
 
 // Bytes that end or begin at a page that cannot be touched.

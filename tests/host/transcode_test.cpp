@@ -14,9 +14,6 @@ using namespace std::string_literals;
 
 constexpr uint32_t kSjis = 932;
 
-constexpr JXStatus kMalformed = JXHOST_E_MALFORMED;
-constexpr JXStatus kUnmappable = JXHOST_E_UNMAPPABLE;
-
 // Every encoding that is converted directly, with the C library's name for it and the end of its
 // characters.
 struct Direct {

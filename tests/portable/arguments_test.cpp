@@ -8,13 +8,13 @@
 namespace jx::test {
 namespace {
 
-struct Row {
+struct Refusal {
   JXStatus expected, found;
   const char *call;
 };
 // A row of the table: what a call answers, under its own text.
 #define ROW(expected, call) \
-  Row { expected, call, #call }
+  Refusal { expected, call, #call }
 
 constexpr JXStatus kHandle = JXWEM_E_NOHANDLE, kFailed = JXWEM_E_FAILED, kName = JXWEM_E_BADNAME;
 
@@ -35,8 +35,8 @@ class Arguments : public DirectoryTest {
   }
 
   // Tells of rows that answer otherwise; adds the names of their routines.
-  void check(const std::vector<Row> &rows) {
-    for (const Row &row : rows) {
+  void check(const std::vector<Refusal> &rows) {
+    for (const Refusal &row : rows) {
       EXPECT_EQ(row.found, row.expected) << row.call;
       calls_ += row.call;
     }
@@ -73,7 +73,7 @@ class Arguments : public DirectoryTest {
   const JXOpenOptions options = open_options();
   const JXCreateName request = {nullptr, 0, nullptr, 0, JX_NAME_PREFIX};
 
-  std::vector<Row> instance_rows() {
+  std::vector<Refusal> instance_rows() {
     return {
         ROW(kHandle, bkwem(none)),
         ROW(kHandle, bkwemdestroy(none)),
@@ -85,7 +85,7 @@ class Arguments : public DirectoryTest {
         ROW(JX_OK, bkwemerror(instance, ENOENT, nullptr)),
     };
   }
-  std::vector<Row> path_rows() {
+  std::vector<Refusal> path_rows() {
     return {
         ROW(kHandle, bkwemexist(none, name, length)),
         ROW(kName, bkwemexist(instance, nullptr, 1)),
@@ -122,7 +122,7 @@ class Arguments : public DirectoryTest {
         ROW(kFailed, jxwemcreatename(instance, name, length, &request, &text, nullptr)),
     };
   }
-  std::vector<Row> information_rows() {
+  std::vector<Refusal> information_rows() {
     JXTableEntry empty_entry = {};
     return {
         ROW(kHandle, bkweminfo(none, pool, name, length, &items, &count)),
@@ -153,7 +153,7 @@ class Arguments : public DirectoryTest {
         ROW(JX_OK, jxwemDirectoryMemberListDestroy(nullptr)),
     };
   }
-  std::vector<Row> directory_rows() {
+  std::vector<Refusal> directory_rows() {
     const auto opened = open(at(""), JX_DIRECTORY_ALL, &status);
     JXDirectory *directory = opened.get();
     JXDirectory without_instance = {};
@@ -187,7 +187,7 @@ class Arguments : public DirectoryTest {
             refused(jxwemdirectorymemberlist(directory, nullptr, 0, nullptr, nullptr), status)),
     };
   }
-  std::vector<Row> file_rows() {
+  std::vector<Refusal> file_rows() {
     return {
         ROW(kHandle, refused(jxwemopen(none, name, 1, &options, 0, nullptr, "", &status), status)),
         ROW(JX_OK,

@@ -14,12 +14,12 @@ namespace jx::test {
 namespace {
 
 // A character that begins with the bytes of `cut` and ends with those of `rest`.
-struct Row {
+struct CutCharacter {
   const char *encoding;
   std::string cut, rest;
   std::string line_end = "\n", letters = "def";
 };
-const Row kRows[] = {
+const CutCharacter kCutCharacters[] = {
     {"utf-8", "\xE6\x9D", "\xB1"},
     {"utf-16le", std::string("\x3D\xD8", 2), std::string("\x00\xDE", 2), std::string("\n\0", 2),
      std::string("d\0e\0f\0", 6)},
@@ -48,7 +48,7 @@ class Cut : public InstanceTest {
 };
 
 TEST_F(Cut, IsTheFaultOfTheLineItStandsIn) {
-  for (const Row &row : kRows) {
+  for (const CutCharacter &row : kCutCharacters) {
     const uint32_t encoding = jxhost_encoding_by_name(row.encoding);
     const std::string whole = row.letters + row.cut + row.rest, next = row.letters + row.line_end;
     for (const auto &[access, buffered] : kModes) {
@@ -109,7 +109,7 @@ TEST_F(Cut, ControlsAreDropped) {
 }
 
 TEST_F(Cut, IsTheFaultOfTheRecordThatIsWritten) {
-  for (const Row &row : kRows) {
+  for (const CutCharacter &row : kCutCharacters) {
     const uint32_t encoding = jxhost_encoding_by_name(row.encoding);
     for (const auto &[access, buffered] : kModes) {
       SCOPED_TRACE(row.encoding + std::to_string(access) + std::to_string(buffered));
@@ -130,7 +130,7 @@ TEST_F(Cut, IsTheFaultOfTheRecordThatIsWritten) {
 
 // A held start is dropped at a new position and after any failure, even one outside the transcoder.
 TEST_F(Cut, IsDroppedWhereTheNextTextIsAnother) {
-  for (const Row &row : kRows) {
+  for (const CutCharacter &row : kCutCharacters) {
     const uint32_t encoding = jxhost_encoding_by_name(row.encoding);
     const auto cut_bytes = static_cast<uint32_t>(row.cut.size());
     const std::string content = row.cut + row.rest + row.letters;

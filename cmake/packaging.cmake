@@ -19,6 +19,9 @@ install(FILES examples/host.c examples/host.cpp examples/kernel.c examples/kerne
 install(FILES docs/architecture.md docs/host-guide.md docs/performance.md docs/status-codes.md
   docs/testing.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
+# Only when the target `reference` has been built.
+install(DIRECTORY ${PROJECT_BINARY_DIR}/reference/html DESTINATION ${CMAKE_INSTALL_DOCDIR}/reference
+  OPTIONAL)
 
 # Both are what `jxfile generate` prints; the tests compare them.
 install(FILES docs/man/jxfile.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)

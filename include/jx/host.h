@@ -174,7 +174,7 @@ struct JXElm {
        as it was. A file that the open created stays, empty, when its lock is refused.
      - The lock covers the whole file and belongs to this opening of it: it keeps out every other
        opening that asks for a lock, in this process too, and ends with the close; after a fork,
-     with the close of every copy. Two callers that wait for one another keep waiting.
+       with the close of every copy. Two callers that wait for one another keep waiting.
      - Only regular files are locked. Devices, FIFOs and pipes are opened without a lock.
      - A directory is refused for reading too, and so is emptying a file that is only read
        (JXELM_E_BADARG). */

@@ -39,6 +39,8 @@ typedef struct JXHostConfig {
                                      without a reader raises SIGPIPE */
 } JXHostConfig;
 
+/* The configuration to start from: all extensions, the process's own time zone and number, the
+   machine's name, no journal. */
 #define JXHOST_CONFIG_INIT \
   { JXHOST_ALL, 0, 0, 0, NULL, NULL, NULL, -1 }
 

@@ -156,6 +156,7 @@ class Name {
   }
   std::filesystem::path path() const { return utf8(); }
 
+  // Whether both are the same name.
   friend bool operator==(const Name &a, const Name &b) { return a.chars() == b.chars(); }
 
  private:

@@ -95,6 +95,7 @@ class Table {
   Iterator end() const & { return Iterator(); }
   // The number of records.
   size_t size() const { return table_ ? jxhost_table_count(raw()) : 0; }
+  // Whether there are none.
   bool empty() const { return size() == 0; }
   // The record stored under a name, or null.
   const Value *find(std::u32string_view key) const & {

@@ -14,7 +14,7 @@ install(TARGETS jxhost ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS jxfile RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES README.md CHANGELOG.md LICENSE SECURITY.md cmake/copyright
   DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(FILES examples/host.c examples/host.cpp examples/kernel.c examples/kernel.h
+install(FILES examples/host.c examples/host.cpp examples/own_kernel.c examples/own_kernel.h
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 install(FILES docs/architecture.md docs/host-guide.md docs/performance.md docs/status-codes.md
   docs/testing.md

@@ -72,7 +72,8 @@ std::string man_page() {
       "\\fB\\-\\-module\\fR names one. Otherwise jxwem.so is looked for beside the program and in "
       "the "
       "install folder. A set\\-user\\-id run takes neither the variable nor the option.\n"
-      ".TP\n\\fBNO_COLOR\\fR\nMessages are printed without colour, unless it is empty.\n";
+      ".TP\n\\fBNO_COLOR\\fR\nMessages are printed without colour, unless it is empty.\n"
+      ".SH SEE ALSO\n.BR jxhost (3),\n.BR jxwem (3),\n.BR jxwem.hpp (3),\n.BR jxwem\\-host (7)\n";
   return page;
 }
 

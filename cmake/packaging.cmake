@@ -14,14 +14,21 @@ install(TARGETS jxhost ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS jxfile RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES README.md CHANGELOG.md LICENSE SECURITY.md cmake/copyright
   DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(FILES examples/host.c examples/host.cpp examples/kernel.c examples/kernel.h
+install(FILES examples/host.c examples/host.cpp examples/own_kernel.c examples/own_kernel.h
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 install(FILES docs/architecture.md docs/host-guide.md docs/performance.md docs/status-codes.md
   docs/testing.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
+# Only when the target `reference` has been built.
+install(DIRECTORY ${PROJECT_BINARY_DIR}/reference/html DESTINATION ${CMAKE_INSTALL_DOCDIR}/reference
+  OPTIONAL)
 
-# Both are what `jxfile generate` prints; the tests compare them.
-install(FILES docs/man/jxfile.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+# jxfile's page and its completion are what `jxfile generate` prints, the other pages what
+# tools/man_pages makes of the headers' comments; the checks compare them.
+foreach(section 1 3 7)
+  file(GLOB pages CONFIGURE_DEPENDS docs/man/*.${section})
+  install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section})
+endforeach()
 install(FILES docs/completion/jxfile.bash RENAME jxfile
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 

@@ -5,6 +5,7 @@
 
 #include <stdint.h>
 
+/* Around the declarations of a header that C and C++ share. */
 #ifdef __cplusplus
 #define JX_EXTERN_C_BEGIN extern "C" {
 #define JX_EXTERN_C_END }
@@ -13,7 +14,8 @@
 #define JX_EXTERN_C_END
 #endif
 
-/* Marks a result that must be used: the compiler warns when it is dropped. */
+/* JX_NODISCARD marks a result that must be used: the compiler warns when it is dropped. JX_EXPORT
+   marks what the module exports by name. */
 #if defined(__GNUC__)
 #define JX_NODISCARD __attribute__((warn_unused_result))
 #define JX_EXPORT __attribute__((visibility("default")))

@@ -174,7 +174,7 @@ struct JXElm {
        as it was. A file that the open created stays, empty, when its lock is refused.
      - The lock covers the whole file and belongs to this opening of it: it keeps out every other
        opening that asks for a lock, in this process too, and ends with the close; after a fork,
-     with the close of every copy. Two callers that wait for one another keep waiting.
+       with the close of every copy. Two callers that wait for one another keep waiting.
      - Only regular files are locked. Devices, FIFOs and pipes are opened without a lock.
      - A directory is refused for reading too, and so is emptying a file that is only read
        (JXELM_E_BADARG). */
@@ -207,7 +207,7 @@ struct JXOpenFile {
 #define JXELM_LOCK_EXCLUSIVE 2u /* no other lock at the same time */
 #define JXELM_LOCK_WAIT 0x8u    /* added: wait for the lock instead of refusing */
 
-/* Statuses of "jxelm"; JXELM_STATUS_LIST has their meanings. The module answers NOMEM,
+/* Statuses of "jxelm". JXELM_STATUS_LIST has their meanings. The module answers NOMEM,
    NOTFOUND, NOPATH, ACCESS, REFUSED, LOCKED and the five BUSY codes with codes of its own; every
    other code of the family counts there as a system error. */
 #define JXELM_E_NOMEM ((JXStatus)0x80ffe001u)
@@ -257,11 +257,11 @@ struct JXOpenFile {
   X(JXELM_E_BUSY5, "in use: another process's lease or lock")
 
 /* Levels of a journal line. */
-#define JX_JOURNAL_TRACE 1u
-#define JX_JOURNAL_NOTE 2u
-#define JX_JOURNAL_WARNING 3u
-#define JX_JOURNAL_ERROR 4u
-#define JX_JOURNAL_FATAL 5u
+#define JX_JOURNAL_TRACE 1u   /* a step of the program */
+#define JX_JOURNAL_NOTE 2u    /* worth knowing */
+#define JX_JOURNAL_WARNING 3u /* something may be wrong */
+#define JX_JOURNAL_ERROR 4u   /* an operation failed; what the module writes */
+#define JX_JOURNAL_FATAL 5u   /* the program cannot go on */
 
 /* Receives error texts. The variable list follows the fixed words; its texts are zero-terminated
    JXChars. A status or a message is written with the host's text for it, followed by the texts of

@@ -1,6 +1,7 @@
 /* The reference host kernel: everything the module needs from a host, as a library to embed. It
    creates a host kernel handle, loads the module into the process and releases both. Valid as C11
-   and as C++20; thread-safe unless a declaration says otherwise. */
+   and as C++20; thread-safe unless a declaration says otherwise. Link with libjxhost.a, -lstdc++,
+   -pthread and -ldl; pkg-config knows them as jxwem. */
 #ifndef JX_JXHOST_H
 #define JX_JXHOST_H
 
@@ -39,6 +40,8 @@ typedef struct JXHostConfig {
                                      without a reader raises SIGPIPE */
 } JXHostConfig;
 
+/* The configuration to start from: all extensions, the process's own time zone and number, the
+   machine's name, no journal. */
 #define JXHOST_CONFIG_INIT \
   { JXHOST_ALL, 0, 0, 0, NULL, NULL, NULL, -1 }
 
@@ -144,7 +147,9 @@ const char *jxhost_encoding_name(uint32_t encoding);
 /* The number of the index-th known encoding; 0 past the last. */
 uint32_t jxhost_encoding_at(uint32_t index);
 
-/* Statuses of the character-set service and of the host's other operations; JXHOST_STATUS_LIST has
+/* ---- Statuses ------------------------------------------------------------------------------ */
+
+/* Statuses of the character-set service and of the host's other operations. JXHOST_STATUS_LIST has
    their meanings. */
 #define JXHOST_E_MALFORMED ((JXStatus)0x803fd001u)
 #define JXHOST_E_UNMAPPABLE ((JXStatus)0x803fd002u)

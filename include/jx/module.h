@@ -94,7 +94,7 @@ struct JXDirectory {
 /* ---- Instance ----------------------------------------------------------------------------- */
 
 /* The extension instance: operation table and shared state. Made by jxwem, ended by its destroy
-   slot, shared by all callers. The comment beside a slot names its routine, which jx/exports
+   slot, shared by all callers. The comment of a slot names its routine, which jx/exports
    declares. */
 struct JXInstance {
   char eye_catcher[4]; /* "nevo" */

@@ -22,26 +22,26 @@ typedef struct JXCreateName JXCreateName;
 
 /* ---- Open options and attributes ----------------------------------------------------------- */
 
-/* Append seeks to the end once, at the open: what another opening writes later is overwritten, so
-   two appenders need the lock. */
+/* Access modes. Append seeks to the end once, at the open: what another opening writes later is
+   overwritten, so two appenders need the lock. */
 #define JX_ACCESS_APPEND 0u /* write at the end; created if missing */
 #define JX_ACCESS_INPUT 1u  /* read */
 #define JX_ACCESS_OUTPUT 2u /* write; created, emptied */
 #define JX_ACCESS_UPDATE 3u /* read and write; created if missing; always direct */
 
-/* A read of text lines or of stream records skips a byte-order mark of the file's encoding at its
-   start, anywhere in the file. Output in UTF-8, UTF-16 and UTF-32 begins with one unless
-   JX_OPEN_NO_BOM forbids it. Every open for writing makes the mark due, append and update too, and
-   a read of an update handle leaves it due: the first write after it places the mark at the
-   descriptor's offset, in the middle of the file. Only point, and the step back of a direct reader
-   of text lines, settle it: due at offset 0, not elsewhere. */
+/* Record formats. A read of text lines or of stream records skips a byte-order mark of the file's
+   encoding at its start, anywhere in the file. Output in UTF-8, UTF-16 and UTF-32 begins with one
+   unless JX_OPEN_NO_BOM forbids it. Every open for writing makes the mark due, append and update
+   too, and a read of an update handle leaves it due: the first write after it places the mark at
+   the descriptor's offset, in the middle of the file. Only point, and the step back of a direct
+   reader of text lines, settle it: due at offset 0, not elsewhere. */
 #define JX_FORMAT_VARIABLE 0u   /* text lines */
 #define JX_FORMAT_BINARY 1u     /* bytes, unchanged */
 #define JX_FORMAT_VARIABLE_3 3u /* text lines, second number */
 #define JX_FORMAT_STREAM 4u     /* text without line ends */
 
-/* A lock ends with the close. A child that the process forks meanwhile has a copy of the descriptor
-   and keeps the lock until it closes that, ends, or runs another program. */
+/* Lock modes. A lock ends with the close. A child that the process forks meanwhile has a copy of
+   the descriptor and keeps the lock until it closes that, ends, or runs another program. */
 #define JX_LOCK_DEFAULT 0u   /* shared for input, exclusive for the other access modes */
 #define JX_LOCK_NONE 1u      /* no lock */
 #define JX_LOCK_SHARED 2u    /* shared */

@@ -6,7 +6,7 @@
 #include <string.h>
 #include <unistd.h>
 
-#include "examples/kernel.h"
+#include "examples/own_kernel.h"
 
 int use_wrapper(JXInstance *instance, const JXChar *path, uint32_t path_chars);
 

@@ -47,7 +47,9 @@ class Directory {
   explicit Directory(JXDirectory *directory, Keeper keeper = {})
       : handle_(directory, std::move(keeper)) {}
 
+  // Whether it is open.
   explicit operator bool() const { return raw() != nullptr; }
+  // The module's handle, which stays this object's; null when it is not open.
   JXDirectory *raw() const { return handle_.get(); }
   // 0 for a directory that is closed already.
   Status close() { return handle_.close(); }

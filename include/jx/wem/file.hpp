@@ -31,7 +31,9 @@ class File {
   File(JXFile *file, const OpenOptions &options, Keeper keeper = {})
       : handle_(file, std::move(keeper)), encoding_(options.used_encodings().record) {}
 
+  // Whether it is open.
   explicit operator bool() const { return raw() != nullptr; }
+  // The module's handle, which stays this object's; null when it is not open.
   JXFile *raw() const { return handle_.get(); }
   // The attributes of the open file; all zero for a file that is not open. Valid until the file is
   // closed.

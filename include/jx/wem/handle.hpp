@@ -98,24 +98,30 @@ class ReadRange : public std::ranges::view_base {
   };
 
  public:
+  // An input iterator: the items are read as it moves.
   class Iterator {
    public:
-    using value_type = Item;
-    using difference_type = std::ptrdiff_t;
-    using iterator_concept = std::input_iterator_tag;
+    using value_type = Item;                           // what it points to
+    using difference_type = std::ptrdiff_t;            // required of iterators
+    using iterator_concept = std::input_iterator_tag;  // required of iterators
+    // At what begin() has read.
     explicit Iterator(Loop *loop) : loop_(loop) {}
+    // The item, valid until the next step.
     const Item &operator*() const { return *loop_->next; }
+    // Reads the next item.
     Iterator &operator++() {
       loop_->advance();
       return *this;
     }
     void operator++(int) { ++*this; }
+    // Whether there was nothing more, or a failure.
     bool operator==(std::default_sentinel_t) const { return !loop_->next; }
 
    private:
     Loop *loop_;
   };
 
+  // Files and directories make it: File::records(), File::lines(), Directory::entries().
   explicit ReadRange(Reader reader)
       : loop_(std::make_shared<Loop>(Loop{std::move(reader), Failed(JXWEM_E_NOHANDLE)})) {}
   // Reads the first item. Iterators are valid as long as the range or a copy of it.

@@ -23,9 +23,9 @@ namespace wem {
 
 // A version, most significant number first.
 struct Version {
-  uint32_t a = 0;
-  uint32_t b = 0;
-  uint32_t c = 0;
+  uint32_t a = 0;  // major
+  uint32_t b = 0;  // minor
+  uint32_t c = 0;  // patch
 };
 
 // The operations of an instance. Copies share the instance; any number of threads may call. The
@@ -36,10 +36,13 @@ struct Version {
 class Instance {
  public:
   Instance() = default;
+  // An instance of the module; the keeper, if any, owns it.
   explicit Instance(JXInstance *instance, Keeper keeper = {})
       : instance_(std::move(keeper), instance) {}
 
+  // Whether there is an instance.
   explicit operator bool() const { return instance_ != nullptr; }
+  // The module's instance, null in a default one.
   JXInstance *raw() const { return instance_.get(); }
 
   // The host version that the module requires, and its own; 0.0.0 for a default instance.

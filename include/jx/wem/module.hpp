@@ -108,6 +108,7 @@ class Module {
     module.loaded_ = std::move(loaded);
     return module;
   }
+  // Whether a module is loaded.
   explicit operator bool() const { return loaded_ != nullptr; }
   // The instance; a default one if the module is empty.
   const Instance &instance() const & { return instance_; }

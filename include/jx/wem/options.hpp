@@ -51,6 +51,7 @@ class [[nodiscard]] OpenOptions {
   OpenOptions encodings(const Encodings &both) const {
     return file_encoding(both.file).record_encoding(both.record);
   }
+  // One of them alone.
   OpenOptions file_encoding(uint32_t encoding) const {
     return with(&JXOpenOptions::file_encoding, encoding);
   }

@@ -13,16 +13,16 @@ namespace wem {
 
 // A split path; a component that the path does not have is empty.
 struct SplitPath {
-  std::optional<std::u32string> directory;
-  std::optional<std::u32string> member;
-  std::optional<std::u32string> base;
-  std::optional<std::u32string> extension;
+  std::optional<std::u32string> directory;  // before the last slash
+  std::optional<std::u32string> member;     // after it
+  std::optional<std::u32string> base;       // the member without its extension
+  std::optional<std::u32string> extension;  // after the last dot
 };
 
 // The parts of a unique name. Without a prefix the name contains the machine's name.
 struct NameRequest {
-  std::optional<Name> prefix;
-  std::optional<Name> extension;
+  std::optional<Name> prefix;     // the name begins with it
+  std::optional<Name> extension;  // the name ends with a dot and this
 };
 
 namespace detail {

@@ -24,13 +24,16 @@ class [[nodiscard]] Status {
   // converts by accident.
   constexpr explicit Status(std::same_as<JXStatus> auto code) : code_(code) {}
 
+  // The status as the module has it.
   constexpr JXStatus code() const { return code_; }
+  // Whether it is success.
   constexpr bool ok() const { return code_ == JX_OK; }
   // The constant's name, "JXWEM_E_EOF"; "unknown" for a status that is none of these. Never null.
   constexpr const char *name() const { return ok() ? "JX_OK" : row().name; }
   // The meaning in words; "unknown status" for a status that is none of these. Never null.
   constexpr const char *text() const { return ok() ? "success" : row().text; }
 
+  // Whether both are the same status.
   friend constexpr bool operator==(Status, Status) = default;
   // Compares with a constant: status == JXWEM_E_EOF.
   friend constexpr bool operator==(Status status, std::same_as<JXStatus> auto code) {
@@ -76,10 +79,12 @@ namespace detail {
 // JX_OK becomes JXWEM_E_FAILED.
 class Failed {
  public:
+  // From a status, or from a status constant.
   constexpr explicit Failed(Status status)
       : status_(status.ok() ? Status(JXWEM_E_FAILED) : status) {}
   constexpr explicit Failed(std::same_as<JXStatus> auto code) : Failed(Status(code)) {}
 
+  // Why it failed; never 0.
   constexpr Status status() const { return status_; }
 
  private:
@@ -91,7 +96,7 @@ class Failed {
 template <typename T>
 class [[nodiscard]] Result {
  public:
-  using value_type = T;
+  using value_type = T;  // the type of the value
 
   // From exactly a T, explicitly: Result<int64_t>(offset).
   template <typename Value>
@@ -99,6 +104,7 @@ class [[nodiscard]] Result {
   explicit Result(Value &&value) : value_(std::forward<Value>(value)) {}
   Result(Failed failed) : status_(failed.status()) {}
 
+  // Whether there is a value.
   explicit operator bool() const { return value_.has_value(); }
   // 0 when there is a value.
   Status status() const { return status_; }
@@ -121,6 +127,7 @@ class [[nodiscard]] Result {
     return value_ ? std::move(*value_) : static_cast<T>(std::forward<Other>(other));
   }
 
+  // A member of the value.
   T *operator->() & { return &require(); }
   const T *operator->() const & { return &require(); }
   T *operator->() && requires std::copyable<T> { return &require(); }

@@ -29,7 +29,9 @@ class Pool {
   Pool(JXHost *host, const char *name8)
       : pool_(host ? host->create_pool(host, 0, 0, 0, nullptr, name8) : nullptr) {}
 
+  // Whether there is a pool.
   explicit operator bool() const { return pool_ != nullptr; }
+  // The host's pool, which stays this object's; null when there is none.
   JXPool *raw() const { return pool_.get(); }
 
  private:
@@ -45,14 +47,18 @@ class Pool {
 template <typename Value>
 class Table {
  public:
+  // A forward iterator over the records, valid as long as the table.
   class Iterator {
    public:
-    using value_type = Value;
-    using difference_type = std::ptrdiff_t;
+    using value_type = Value;                // what it points to
+    using difference_type = std::ptrdiff_t;  // required of iterators
     Iterator() = default;
+    // At an entry of the table; past the last one for null.
     explicit Iterator(const JXTableEntry *entry) : entry_(entry) {}
+    // The record.
     const Value &operator*() const { return *static_cast<const Value *>(entry_->value); }
     const Value *operator->() const { return &**this; }
+    // Goes to the next record, in the order of insertion.
     Iterator &operator++() {
       entry_ = jxhost_table_next(entry_);
       return *this;
@@ -62,6 +68,7 @@ class Table {
       ++*this;
       return before;
     }
+    // Whether both are at the same entry.
     friend bool operator==(Iterator, Iterator) = default;
 
    private:
@@ -81,10 +88,14 @@ class Table {
     return *this;
   }
 
+  // The host's table, which stays this object's; null when it is empty.
   JXTable *raw() const { return table_.get(); }
+  // The records in the order of insertion.
   Iterator begin() const & { return Iterator(table_ ? jxhost_table_first(raw()) : nullptr); }
   Iterator end() const & { return Iterator(); }
+  // The number of records.
   size_t size() const { return table_ ? jxhost_table_count(raw()) : 0; }
+  // Whether there are none.
   bool empty() const { return size() == 0; }
   // The record stored under a name, or null.
   const Value *find(std::u32string_view key) const & {
@@ -122,9 +133,9 @@ inline std::u32string_view name_of(const JXDirectoryEntry &entry) {
 
 // Information about a file.
 struct FileInfo {
-  uint64_t size_bytes = 0;
-  double modified = 0;  // seconds since 1 January 1960, local time
-  bool is_directory = false;
+  uint64_t size_bytes = 0;                    // length of the file
+  double modified = 0;                        // seconds since 1 January 1960, local time
+  bool is_directory = false;                  // false for everything else that exists
   std::chrono::sys_seconds modified_at = {};  // the same in the system's clock
 
   // The same as a time_t; the nearest one when it does not fit 32 bits.
@@ -144,8 +155,8 @@ inline std::chrono::sys_seconds to_system_time(double modified, int32_t seconds_
 
 // Information about a file system.
 struct FileSystemInfo {
-  uint64_t free_bytes = 0;
-  uint32_t identifier = 0;
+  uint64_t free_bytes = 0;  // what is free
+  uint32_t identifier = 0;  // tells file systems apart
 };
 
 // The facts in a table of Instance::info_table; seconds_west is the time zone of the host.

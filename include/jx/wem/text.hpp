@@ -139,6 +139,7 @@ class Name {
   // The name in the module's characters. Valid until the object is changed.
   std::u32string_view chars() const & { return chars_ ? std::u32string_view(*chars_) : literal_; }
   std::u32string_view chars() && = delete;
+  // Whether there is no name.
   bool empty() const { return chars().empty(); }
   // The bytes of the name: UTF-8 if the name is. A character above 255, which no name from the
   // module has, is encoded in UTF-8.
@@ -154,8 +155,10 @@ class Name {
     }
     return bytes;
   }
+  // The same as a path of the standard library.
   std::filesystem::path path() const { return utf8(); }
 
+  // Whether both are the same name.
   friend bool operator==(const Name &a, const Name &b) { return a.chars() == b.chars(); }
 
  private:

@@ -3,7 +3,7 @@
    it passes. It has no tables, options and journal, which lists, information and unique
    names need. */
 #define _POSIX_C_SOURCE 200809L
-#include "kernel.h"
+#include "own_kernel.h"
 
 #include <fcntl.h>
 #include <string.h>

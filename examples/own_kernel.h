@@ -1,6 +1,6 @@
-/* The kernel of kernel.c. */
-#ifndef KERNEL_H
-#define KERNEL_H
+/* The kernel of own_kernel.c. */
+#ifndef OWN_KERNEL_H
+#define OWN_KERNEL_H
 
 #include <stdio.h>
 #include <stdlib.h>

@@ -93,6 +93,9 @@ TEST_F(Input, StandardInput) {
       {"{ $J bytes --raw --offset 1 --count 2 /dev/stdin; cat; } < in", "123\n56\n"},
       {"cat in | { $J bytes --raw --offset 1 --count 2 -; cat; }", "123\n56\n"},
       {"$J lines /proc/self/fd/7 7< in", "0123\n56\n"},
+      {"{ sleep 0.1; echo a; sleep 0.1; echo b; } | { dd iflag=nonblock count=0 status=none; "
+       "$J write out; cat out; }",
+       "a\nb\n"},
   };
   for (const auto &[text, expected] : rows) EXPECT_EQ(script(std::string(text)), expected) << text;
   const bool as_nobody = ::geteuid() == 0 && jxfile("status", {}, true).code == 0;

@@ -1,5 +1,6 @@
 // What commands lay out themselves: numbers, dumps, escapes, and lines that are checked in blocks.
 #include <cstdio>
+#include <cstdlib>
 
 #include "cli/program.hpp"
 
@@ -78,6 +79,31 @@ TEST_F(Printed, EscapesInJson) {
     const std::string out = jxfile("lines --json in").out;
     EXPECT_TRUE(out.starts_with(start + R"(x","length":)")) << out;
   }
+  // Every character: 164 below 0x10000 that are not to be seen have one \u, 4128 above it two.
+  std::u32string all;
+  for (char32_t c = 0; c < 0x110000; c += c == 0xd7ff ? 0x801 : 1) {
+    all.append(c % 1000 == 999 ? 2 : 1, U'\n').back() = c;
+  }
+  put("all", {reinterpret_cast<const char *>(all.data()), 4 * all.size()});
+  const std::string out = jxfile("lines --json --from utf-32le all").out;
+  size_t count = 0;
+  for (size_t at = 0; (at = out.find("\\u", at)) != out.npos; ++at) ++count;
+  EXPECT_EQ(count, 164u + 2 * 4128);
+}
+
+TEST_F(Printed, ColourOnATerminalOnly) {
+  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+  ASSERT_EQ(::grantpt(terminal) | ::unlockpt(terminal), 0);
+  const std::string failure = JX_BINARY_DIR "/jxfile info gone 2>"s + ::ptsname(terminal);
+  for (const auto &[variables, start] :
+       {std::pair("NO_COLOR= ", "\033[1;31mjxfile:\033[0m info: gone"),
+        std::pair("NO_COLOR=1 ", "jxfile: info: gone")}) {
+    run({"/bin/sh", "-c", variables + failure});
+    std::array<char, 4096> shown = {};
+    EXPECT_GT(::read(terminal, shown.data(), shown.size() - 1), 0);
+    EXPECT_TRUE(std::string_view(shown.data()).starts_with(start)) << shown.data();
+  }
+  ::close(terminal);
 }
 
 struct Checked {
@@ -107,6 +133,10 @@ TEST_F(Printed, WhatComesBeforeAFault) {
       {"a\nbcd\xff\n", "--record-length 2", "a\nbc", "record 2, byte offset 5, bytes ff "},
       {"\xe6\xbc\xa2\xe6\xbc\xa2\nb", "--record-length 2", "\xe6\xbc\xa2\xe6\xbc\xa2\nb", ""},
       {"\xe6\xbc\xa2\xe6\xbc", "--record-length 4", "\xe6\xbc\xa2", "cut off"},
+      {{"a\0b\0c\0d\0e\0\n\0", 12},
+       "--mark --from utf-16le --record-length 5",
+       "[4 part] abcd\n[1 lf] e\n",
+       ""},
       {"\xef\xbb\xbf"
        "a\r\nb\r",
        "", "a\nb\r", ""},
@@ -132,6 +162,7 @@ TEST_F(Printed, CommandLinesThatNeedTheParser) {
       {0, "lines -- -n in", "b\na\n"},
       {2, "lines --from utf-8 --from latin1 in", "", "--from"},
       {2, "lines --from", "", "--from"},
+      {2, "bytes --count 1a in", "", "'1a' is not a number"},
       {2, "lines ''", "", "FILE is empty"},
       {2, "cp in", "", "NEW"},
       {2, "cp in new more", "", "more"},

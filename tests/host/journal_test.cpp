@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <numeric>
 #include <tuple>
 
 #include "host/test_host.hpp"
@@ -66,6 +67,13 @@ TEST(Journal, RendersMessagesAndFillsBuffers) {
     EXPECT_EQ(narrow(buffer, length), message.substr(0, room));
     EXPECT_EQ(buffer[room], 0u) << room;
   }
+  // Of all characters and one too large, 6292 are not to be shown; a backslash is.
+  JXString all(0x110000, 0), shown(0x120000, 0);
+  std::iota(all.begin(), all.end(), 1);
+  EXPECT_EQ(jxlMessageToBuf(host.journal(), reinterpret_cast<uintptr_t>(shown.data()),
+                            shown.size(), 0, 5, 1, all.c_str()),
+            JX_OK);
+  EXPECT_EQ(std::ranges::count(shown, '\\'), 6292 + 1);
 }
 
 }  // namespace

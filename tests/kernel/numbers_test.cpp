@@ -130,8 +130,10 @@ TEST(Doubles, IntegerAndFractionParts) {
     EXPECT_EQ(skzfIDblToBuff(row.value, buffer, 400, &count, &zeros), JX_OK);
     EXPECT_EQ(jx::test::narrow(buffer, count), row.whole);
     EXPECT_EQ(zeros, row.whole_zeros) << row.value;
-    EXPECT_EQ(skzfIDblToBuff(-row.value, buffer, 400, &count, nullptr), JX_OK);
-    EXPECT_EQ(jx::test::narrow(buffer, count), row.whole + std::string(row.whole_zeros, '0'));
+    const std::string whole = row.whole + std::string(row.whole_zeros, '0');
+    const auto exact = static_cast<uint32_t>(whole.size());
+    EXPECT_EQ(skzfIDblToBuff(-row.value, buffer, exact, &count, nullptr), JX_OK) << whole;
+    EXPECT_EQ(jx::test::narrow(buffer, count), whole);
     const JXStatus status = skzfIDblToBuff(row.value, buffer, count - 1, &count, nullptr);
     EXPECT_EQ(status, count == 0 ? JX_OK : JX_E_TRUNCATED) << row.value;
     EXPECT_EQ(skzfFDblToBuff(row.value, buffer, 8, &count, nullptr), JX_OK);

@@ -68,8 +68,9 @@ class Maker {
   }
 
   char32_t character() {
-    static constexpr char32_t kRare[] = {U'\n', U'\r',  U'\f',  0,       0xE9,    0xFF,    0xA0A,
-                                         0xD0D, 0x20AC, 0xFEFF, 0x10A0D, 0x1F600, 0x10FFFF};
+    static constexpr char32_t kRare[] = {U'\n',   U'\r',   U'\f',   0,       0xE9,   0xFF,
+                                         0x7FF,   0x800,   0xA0A,   0xD0D,   0x20AC, 0xFEFF,
+                                         0x10000, 0x10A0D, 0x1F600, 0x10FFFF};
     return one_in(8) ? kRare[below(std::size(kRare))] : U'a' + below(26);
   }
 

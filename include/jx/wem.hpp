@@ -1,6 +1,7 @@
-// The C++20 wrapper over the module's operation tables. Header-only, throws nothing of its own:
-// handles that close themselves and keep the module loaded, names and lines in UTF-8, records,
-// entries and tables as ranges, statuses that know their name and meaning.
+// The C++20 wrapper over the module's operation tables. Header-only: handles that close themselves
+// and keep the module loaded, names and lines in UTF-8, records, entries and tables as ranges,
+// trees with a call for each member, statuses that know their name and meaning. A failure is a
+// value; it is thrown by or_throw() alone.
 //
 //   std::string error;
 //   wem::Module module = wem::Module::load("./jxwem.so", nullptr, &error);
@@ -11,7 +12,8 @@
 //   for (const std::string &line : lines) use(line);
 //   if (!lines.error().ok()) return complain(lines.error().text());
 //
-// Or in one call: module.instance().read_lines("notes.txt"). File::for_each_record() and
+// Or in one call: module.instance().read_lines("notes.txt"), or read_text() for one string, and
+// with exceptions module.instance().read_text("notes.txt").or_throw(). File::for_each_record() and
 // File::records() give the records themselves, without a copy.
 //
 // A host with a kernel of its own wraps its instance in wem::Instance and needs only these headers.
@@ -29,3 +31,4 @@
 #include "jx/wem/status.hpp"
 #include "jx/wem/tables.hpp"
 #include "jx/wem/text.hpp"
+#include "jx/wem/tree.hpp"

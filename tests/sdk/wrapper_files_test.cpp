@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <set>
 
 #include "sdk/wrapper_support.hpp"
 
@@ -137,6 +138,7 @@ TEST_F(WrapperFiles, LinesAreWholeAndInUtf8) {
   EXPECT_TRUE(out.close().ok());
   EXPECT_EQ(get("lines"), "\nZürich\n東京とオスロ\n\U0001f600\nlast\n");
   EXPECT_EQ(*instance().read_lines(at("lines")), lines);
+  EXPECT_EQ(*instance().read_text(at("lines")), get("lines"));
   EXPECT_EQ(instance().read_bytes(at("lines"))->size(), get("lines").size());
   for (const uint32_t encoding : {JX_ENCODING_UTF32LE, JX_ENCODING_UTF8}) {
     for (const auto &options : {OpenOptions::input(), OpenOptions::input().direct()}) {
@@ -149,6 +151,64 @@ TEST_F(WrapperFiles, LinesAreWholeAndInUtf8) {
     EXPECT_EQ(wem::from_utf8(bad).status(), JXHOST_E_MALFORMED);
   }
   EXPECT_EQ(wem::to_utf8(U"\xd800").status(), JXHOST_E_MALFORMED);
+}
+
+TEST_F(WrapperFiles, TreesAreWalkedCopiedAndRemoved) {
+  namespace fs = std::filesystem;
+  fs::create_directories(at("tree/.hidden/deep"));
+  fs::create_directory(at("tree/empty"));
+  put("tree/.hidden/file", "12345");
+  put("tree/two words", "1");
+  fs::create_symlink("two words", at("tree/link"));
+  const auto walk = [this](const char *root) {
+    std::set<std::string> found;
+    const wem::TreeRange members = wem::walk_tree(instance(), at(root));
+    for (const wem::TreeMember &member : members) {
+      const std::string path = member.path.utf8().substr(at(root).size());
+      found.insert(path + "=" + std::to_string(static_cast<int>(member.kind)) +
+                   std::to_string(member.depth) + std::to_string(member.size_bytes));
+    }
+    EXPECT_TRUE(members.error().ok()) << members.error().name();
+    return found;
+  };
+  const std::set<std::string> all = {
+      "=100",       "/.hidden=110", "/.hidden/deep=120", "/.hidden/file=025",
+      "/empty=110", "/link=210",    "/two words=011"};
+  EXPECT_EQ(walk("tree"), all);
+
+  std::set<std::string> copied = all, steps;
+  copied.extract("/link=210").value() = "/link=011";
+  copied.insert("/link=011");
+  uint32_t left = 3;
+  const auto stop = [&left](const wem::TreeMember &) {
+    return left-- == 0 ? Status(JXWEM_E_INUSE) : Status();
+  };
+  const auto note = [&steps](const wem::TreeMember &member) {
+    steps.insert(member.path.utf8());
+    return Status();
+  };
+  EXPECT_EQ(wem::copy_tree(instance(), at("tree"), at("part"), stop), JXWEM_E_INUSE);
+  EXPECT_EQ(walk("part").size(), 3u);
+  EXPECT_TRUE(wem::copy_tree(instance(), at("tree"), at("copy"), note).ok());
+  EXPECT_EQ(walk("copy"), copied);
+  EXPECT_EQ(steps.size(), all.size());
+  EXPECT_EQ(wem::copy_tree(instance(), at("tree"), at("copy"), note), JXWEM_E_EXISTS);
+  EXPECT_EQ(wem::copy_tree(instance(), at("tree"), at("tree/empty/in"), note), JXWEM_E_BADNAME);
+  left = 2;
+  EXPECT_EQ(wem::remove_tree(instance(), at("part"), stop), JXWEM_E_INUSE);
+  EXPECT_TRUE(is_there("part"));
+  for (const char *root : {"part", "tree", "copy/two words"}) {
+    EXPECT_TRUE(wem::remove_tree(instance(), at(root), note).ok()) << root;
+    EXPECT_FALSE(is_there(root));
+  }
+  EXPECT_EQ(wem::remove_tree(instance(), at("tree"), note), JXWEM_E_NOTFOUND);
+  // What would reach another file is left alone, and a link to a directory is not followed.
+  put("copy/$HOME", "");
+  EXPECT_EQ(wem::remove_tree(instance(), at("copy"), note), JXWEM_E_BADNAME);
+  fs::create_directory_symlink("empty", at("copy/loop"));
+  fs::remove(at("copy/$HOME"));
+  EXPECT_EQ(wem::remove_tree(instance(), at("copy"), note), JXWEM_E_NOTFOUND);
+  EXPECT_TRUE(is_there("copy"));
 }
 
 TEST_F(WrapperFiles, NamesAreTheirBytes) {

@@ -86,6 +86,28 @@ void expect_no_handle(Answers... answers) {
   for (const Status answer : {answers...}) EXPECT_EQ(answer, JXWEM_E_NOHANDLE);
 }
 
+TEST_F(Wrapper, FailuresAreValuesOrExceptions) {
+  using Number = Result<int64_t>;
+  const auto halved = [](int64_t value) {
+    return value % 2 == 0 ? Number(value / 2) : Number(Failed(JX_E_BADARG));
+  };
+  const auto text = [](int64_t value) { return std::to_string(value); };
+  EXPECT_EQ(Number(int64_t{12}).and_then(halved).and_then(halved).transform(text).or_throw(), "3");
+  EXPECT_EQ(Number(int64_t{6}).and_then(halved).and_then(halved).transform(text).error(),
+            JX_E_BADARG);
+  const auto replaced = [](Status status) { return Number(int64_t{status.code()}); };
+  EXPECT_EQ(*Number(Failed(JX_E_BADARG)).or_else(replaced), int64_t{JX_E_BADARG});
+  EXPECT_EQ(*Number(int64_t{1}).or_else(replaced), 1);
+  try {
+    const wem::File file = instance().open(at("gone"), OpenOptions::input()).or_throw();
+    ADD_FAILURE();
+  } catch (const wem::Error &error) {
+    EXPECT_EQ(error.status(), JXWEM_E_NOTFOUND);
+    EXPECT_STREQ(error.what(), Status(JXWEM_E_NOTFOUND).text());
+  }
+  EXPECT_NO_THROW(Status().or_throw());
+}
+
 TEST_F(Wrapper, HandleThatIsNotThereIsToldByEveryCall) {
   put("text", "one\n");
   wem::File closed = *instance().open(at("text"), OpenOptions::input().text());

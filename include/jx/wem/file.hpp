@@ -70,15 +70,17 @@ class File {
   // before. If use returns a Status, one that is not 0 ends the loop and is the answer.
   template <std::invocable<const Record &> Use>
   Status for_each_record(Use use) {
-    const RecordRange range = records();
-    for (const Record &record : range) {
+    Record record;
+    Status end;
+    while (detail::take_record(raw(), encoding_, nullptr, attributes().record_length, nullptr,
+                               &record, &end)) {
       if constexpr (std::same_as<std::invoke_result_t<Use, const Record &>, Status>) {
-        if (const Status status = use(record); !status.ok()) return status;
+        if (const Status status = use(std::as_const(record)); !status.ok()) return status;
       } else {
-        use(record);
+        use(std::as_const(record));
       }
     }
-    return range.error();
+    return end == JXWEM_E_EOF ? Status() : end;
   }
   // Every record from here on, for a range-for; check error() after the loop.
   RecordRange records() & { return RecordRange({handle_.watch(), encoding_}); }
@@ -98,6 +100,22 @@ class File {
     for (const std::string &line : range) all.push_back(line);
     if (!range.error().ok()) return Failed(range.error());
     return Result<std::vector<std::string>>(std::move(all));
+  }
+  // All lines from here on in one text, each with a line feed after it, or a failure of
+  // read_line().
+  Result<std::string> read_text() {
+    if (const Status status = detail::check_lines(raw(), encoding_); !status.ok()) {
+      return Failed(status);
+    }
+    std::string all;
+    const Status status = for_each_record([&all](const Record &record) {
+      const Status appended = detail::append_record(record, all);
+      if (!record.partial) all += '\n';
+      return appended;
+    });
+    if (!status.ok()) return Failed(status);
+    if (encoding_ == JX_ENCODING_UTF8 && !is_utf8(all)) return Failed(JXHOST_E_MALFORMED);
+    return Result<std::string>(std::move(all));
   }
   // All bytes from here on of a binary or stream file without direct transfer, or the failure that
   // came before the end. JXWEM_E_NOTSUPPORTED for text lines.

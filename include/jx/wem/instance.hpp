@@ -87,6 +87,13 @@ class Instance {
     if (!file) return Failed(file.status());
     return file->read_lines();
   }
+  // The same in one text, each line with a line feed after it.
+  Result<std::string> read_text(const Name &name, uint32_t file_encoding = JX_ENCODING_UTF8) const {
+    const Encodings encodings = {file_encoding, JX_ENCODING_UTF8};
+    auto file = open(name, OpenOptions::input().text().encodings(encodings));
+    if (!file) return Failed(file.status());
+    return file->read_text();
+  }
   // All bytes of a file.
   Result<std::vector<std::byte>> read_bytes(const Name &name) const {
     auto file = open(name, OpenOptions::input().binary(JX_RECORD_BLOCK_BYTES).direct());

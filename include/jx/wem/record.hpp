@@ -52,16 +52,26 @@ inline bool is_lines(const JXFile *file) {
   return format == JX_FORMAT_VARIABLE || format == JX_FORMAT_VARIABLE_3;
 }
 
-// Reads a record of up to count bytes into the caller's memory or the file's buffer. Bytes that
-// come with the end of the file are a record; the next read reports the end.
+// Reads a record of up to count bytes into the caller's memory or the file's buffer, and stores it;
+// false when there is none. Bytes that come with the end of the file are a record; the next read
+// reports the end.
+inline bool take_record(JXFile *file, uint32_t encoding, void *data, uint32_t count,
+                        int64_t *offset, Record *record, Status *status) {
+  uint32_t length = count;
+  *status = call(file, &JXFile::read, &data, &length, 0u, offset);
+  const bool is_last = *status == JXWEM_E_EOF && length > 0 && data;
+  if (!status->ok() && *status != JXWEM_E_PARTIAL && !is_last) return false;
+  *record = {{static_cast<const std::byte *>(data), length}, *status == JXWEM_E_PARTIAL, encoding};
+  return true;
+}
+
+// The same as a result.
 inline Result<Record> read_record(JXFile *file, uint32_t encoding, void *data, uint32_t count,
                                   int64_t *offset) {
-  uint32_t length = count;
-  const Status status = call(file, &JXFile::read, &data, &length, 0u, offset);
-  const bool is_last = status == JXWEM_E_EOF && length > 0 && data;
-  if (!status.ok() && status != JXWEM_E_PARTIAL && !is_last) return Failed(status);
-  const auto *bytes = static_cast<const std::byte *>(data);
-  return Result<Record>(Record{{bytes, length}, status == JXWEM_E_PARTIAL, encoding});
+  Record record;
+  Status status;
+  if (!take_record(file, encoding, data, count, offset, &record, &status)) return Failed(status);
+  return Result<Record>(record);
 }
 
 // Reads the next record, up to the record length.
@@ -81,11 +91,16 @@ inline Status append_record(const Record &record, std::string &line) {
   return part.status();
 }
 
+// Whether lines in UTF-8 can be read: 0, JXWEM_E_NOHANDLE or JXWEM_E_NOTSUPPORTED.
+inline Status check_lines(const JXFile *file, uint32_t encoding) {
+  if (!file) return Status(JXWEM_E_NOHANDLE);
+  const bool is_known = encoding == JX_ENCODING_UTF32LE || encoding == JX_ENCODING_UTF8;
+  return is_lines(file) && is_known ? Status() : Status(JXWEM_E_NOTSUPPORTED);
+}
+
 // Reads a whole line in UTF-8, from as many records as it takes.
 inline Result<std::string> read_line(JXFile *file, uint32_t encoding) {
-  if (!file) return Failed(JXWEM_E_NOHANDLE);
-  const bool is_known = encoding == JX_ENCODING_UTF32LE || encoding == JX_ENCODING_UTF8;
-  if (!is_lines(file) || !is_known) return Failed(JXWEM_E_NOTSUPPORTED);
+  if (const Status status = check_lines(file, encoding); !status.ok()) return Failed(status);
   std::string line;
   auto record = read_record(file, encoding);
   if (!record) return Failed(record.status());

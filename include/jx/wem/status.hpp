@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <functional>
 #include <optional>
 #include <type_traits>
 #include <utility>
@@ -32,6 +34,11 @@ class [[nodiscard]] Status {
   constexpr const char *name() const { return ok() ? "JX_OK" : row().name; }
   // The meaning in words; "unknown status" for a status that is none of these. Never null.
   constexpr const char *text() const { return ok() ? "success" : row().text; }
+
+#ifdef __cpp_exceptions
+  // Throws an Error unless it is success.
+  void or_throw() const;
+#endif
 
   // Whether both are the same status.
   friend constexpr bool operator==(Status, Status) = default;
@@ -75,6 +82,27 @@ namespace detail {
 
 }  // namespace detail
 
+// A status as an exception, for callers that prefer these: or_throw() of a Status or a Result is
+// all that throws it.
+class Error : public std::exception {
+ public:
+  // From a status that is not 0.
+  explicit Error(Status status) : status_(status) {}
+  // Why it failed; never 0.
+  Status status() const { return status_; }
+  // The meaning of the status in words.
+  const char *what() const noexcept override { return status_.text(); }
+
+ private:
+  Status status_;
+};
+
+#ifdef __cpp_exceptions
+inline void Status::or_throw() const {
+  if (!ok()) throw Error(*this);
+}
+#endif
+
 // The failure of a function that returns a Result: return wem::Failed(status). Never a success:
 // JX_OK becomes JXWEM_E_FAILED.
 class Failed {
@@ -92,7 +120,8 @@ class Failed {
 };
 
 // A value, or the status that says why there is none. Taking the value of a failure stops the
-// program with the name of the status on standard error: check first, or use value_or().
+// program with the name of the status on standard error: check first, use value_or(), or let
+// or_throw() throw. and_then(), transform() and or_else() are those of std::expected.
 template <typename T>
 class [[nodiscard]] Result {
  public:
@@ -106,8 +135,12 @@ class [[nodiscard]] Result {
 
   // Whether there is a value.
   explicit operator bool() const { return value_.has_value(); }
+  // The same, by the name of std::expected.
+  bool has_value() const { return value_.has_value(); }
   // 0 when there is a value.
   Status status() const { return status_; }
+  // The same, by the name of std::expected.
+  Status error() const { return status_; }
 
   // The value; *Result of a temporary is a value of its own, so that a range-for may walk it.
   T &operator*() & { return require(); }
@@ -125,6 +158,39 @@ class [[nodiscard]] Result {
   template <typename Other>
   T value_or(Other &&other) && {
     return value_ ? std::move(*value_) : static_cast<T>(std::forward<Other>(other));
+  }
+
+#ifdef __cpp_exceptions
+  // The value; throws an Error when there is none.
+  T &or_throw() & { return status_.or_throw(), *value_; }
+  const T &or_throw() const & { return status_.or_throw(), *value_; }
+  T or_throw() && { return status_.or_throw(), std::move(*value_); }
+#endif
+
+  // What use, which returns a Result, makes of the value; or the failure.
+  template <typename Use>
+  auto and_then(Use &&use) && -> std::remove_cvref_t<std::invoke_result_t<Use, T>> {
+    if (!value_) return Failed(status_);
+    return std::invoke(std::forward<Use>(use), std::move(*value_));
+  }
+  template <typename Use>
+  auto and_then(Use &&use) & -> std::remove_cvref_t<std::invoke_result_t<Use, T &>> {
+    if (!value_) return Failed(status_);
+    return std::invoke(std::forward<Use>(use), *value_);
+  }
+  // What use makes of the value, as a Result; or the failure.
+  template <typename Use>
+  auto transform(Use &&use) && {
+    return std::move(*this).and_then([&use](T &&value) {
+      using Made = std::remove_cvref_t<std::invoke_result_t<Use, T>>;
+      return Result<Made>(Made(std::invoke(std::forward<Use>(use), std::move(value))));
+    });
+  }
+  // The value, or what use, which takes the Status and returns a Result<T>, makes of the failure.
+  template <typename Use>
+  Result or_else(Use &&use) && {
+    if (value_) return std::move(*this);
+    return std::invoke(std::forward<Use>(use), status_);
   }
 
   // A member of the value.

@@ -70,8 +70,8 @@ TEST(Journal, RendersMessagesAndFillsBuffers) {
   // Of all characters and one too large, 6292 are not to be shown; a backslash is.
   JXString all(0x110000, 0), shown(0x120000, 0);
   std::iota(all.begin(), all.end(), 1);
-  EXPECT_EQ(jxlMessageToBuf(host.journal(), reinterpret_cast<uintptr_t>(shown.data()),
-                            shown.size(), 0, 5, 1, all.c_str()),
+  EXPECT_EQ(jxlMessageToBuf(host.journal(), reinterpret_cast<uintptr_t>(shown.data()), shown.size(),
+                            0, 5, 1, all.c_str()),
             JX_OK);
   EXPECT_EQ(std::ranges::count(shown, '\\'), 6292 + 1);
 }

@@ -47,12 +47,14 @@ TEST_F(Faults, OldOrNewAndTold) {
   struct Command {
     const char *arguments, *target;
     std::string old_content, new_content;
+    int syncs = 0;  // of the file and, where it gets a name, of the folder
   };
   using namespace std::string_literals;
   const Command commands[] = {
-      {"convert in out --to utf-16le --no-bom", "out", "old", "t\0e\0x\0t\0\n\0m\0o\0r\0e\0\n\0"s},
-      {"convert in new --no-bom", "new", "", "text\nmore\n"},
-      {"write out", "out", "old", "given\n"},
+      {"convert in out --to utf-16le --no-bom", "out", "old", "t\0e\0x\0t\0\n\0m\0o\0r\0e\0\n\0"s,
+       3},
+      {"convert in new --no-bom", "new", "", "text\nmore\n", 3},
+      {"write out", "out", "old", "given\n", 3},
       {"cp in new", "new", "", "text\nmore\n"},
       {"cp tree x", "x/a/one", "", "1"},
       {"rm -r tree", "tree/a/one", "1", ""},
@@ -91,6 +93,7 @@ TEST_F(Faults, OldOrNewAndTold) {
               << content;
           EXPECT_TRUE(cleans(call) || names().find(".jxfile") == std::string::npos) << names();
         }
+        EXPECT_TRUE(call != "fsync"s || n == command.syncs) << command.arguments << n;
         if (n == 0) break;  // a call that the command does not make
       }
     }

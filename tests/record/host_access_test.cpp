@@ -25,6 +25,14 @@ TEST_F(HostAccess, FlushGoesOnAfterAFailedWrite) {
   EXPECT_EQ(file->flush(file), JXWEM_E_SYSTEM);
   EXPECT_TRUE(disarm_syscalls());
   EXPECT_EQ(syscall_count(Syscall::fsync), syncs + 1);
+
+  // Nor does it stop a close, whose own failure is less than that of the write.
+  ASSERT_EQ(sk_buf_write(file, "pending", 7), JX_OK);
+  arm_syscalls(syscalls(Syscall::write), {.error = ENOSPC});
+  host.arm(calls(Call::close_file), 0, 0x803fc123u);
+  EXPECT_EQ(file.close(), JXWEM_E_DISKFULL);
+  EXPECT_TRUE(host.disarm());
+  EXPECT_TRUE(disarm_syscalls());
 }
 
 // A mark that could not be written is still due, and the caller's offset has not moved.

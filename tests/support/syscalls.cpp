@@ -13,8 +13,10 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <string_view>
 #include <utility>
 
 #include "support/name_list.hpp"
@@ -22,6 +24,8 @@
 namespace jx::test {
 
 namespace {
+
+constexpr int kCloseOnExec = 02000000;  // O_CLOEXEC
 
 struct State {
   std::mutex mutex;
@@ -56,6 +60,26 @@ int judge(Syscall call, size_t *count) {
     state.is_signal_due = state.fault.interrupts;
   }
   return state.fault.error;
+}
+
+// Ends the program when a promise is broken that no status tells of.
+void require(bool holds, const char *what) {
+  if (holds) return;
+  std::fprintf(stderr, "syscalls: %s\n", what);
+  std::abort();
+}
+
+// Whether code of the module called.
+bool is_in_module(const void *caller) {
+  Dl_info info;
+  return dladdr(caller, &info) != 0 && std::string_view(info.dli_fname).ends_with("jxwem.so");
+}
+
+// The flags of an open. The program that the process runs next must not get the module's
+// descriptors.
+int checked(int flags, const void *caller) {
+  require((flags & kCloseOnExec) != 0 || !is_in_module(caller), "an open without O_CLOEXEC");
+  return flags;
 }
 
 // The next definition of a name after this program's; the variant with 64-bit times if the C
@@ -95,8 +119,10 @@ uint64_t syscall_count(Syscall call) {
 
 }  // namespace jx::test
 
+using jx::test::checked;
 using jx::test::judge;
 using jx::test::next;
+using jx::test::require;
 using jx::test::Syscall;
 
 // Defines a call that is passed on unless it has to fail. `shortened` points to the length of a
@@ -129,11 +155,10 @@ JX_TRANSFER(pwrite64, (int fd, const void *buffer, size_t count, off64_t offset)
 JX_PLAIN(off64_t, lseek64, -1, noexcept, (int fd, off64_t offset, int whence), (fd, offset, whence))
 JX_PLAIN(int, fsync, -1, , (int fd), (fd))
 JX_PLAIN(int, ftruncate64, -1, noexcept, (int fd, off64_t length), (fd, length))
-JX_PLAIN(int, open64, -1, , (const char *path, int flags, mode_t mode), (path, flags, mode))
+JX_PLAIN(int, open64, -1, , (const char *path, int flags, mode_t mode),
+         (path, checked(flags, __builtin_return_address(0)), mode))
 JX_PLAIN(int, openat64, -1, , (int fd, const char *path, int flags, mode_t mode),
-         (fd, path, flags, mode))
-// A failed close has closed anyway.
-JX_PLAIN(int, close, (real(fd), errno = error, -1), , (int fd), (fd))
+         (fd, path, checked(flags, __builtin_return_address(0)), mode))
 JX_PLAIN(int, stat64, -1, noexcept, (const char *path, Info *info), (path, info))
 JX_PLAIN(int, fstatat64, -1, noexcept, (int fd, const char *path, Info *info, int flags),
          (fd, path, info, flags))
@@ -158,6 +183,16 @@ JX_PLAIN(int, getpwuid_r, (*result = nullptr, error == ENOENT ? 0 : error), ,
          (id, record, texts, bytes, result))
 JX_CALL(tm *, localtime_r, "__localtime64_r", nullptr, nullptr, noexcept,
         (const time_t *time, tm *result), (time, result))
+
+// A failed close has closed anyway. What is closed twice may be a descriptor of another thread by
+// now.
+int close(int fd) {
+  static auto *const real = next<int(int)>("close", "");
+  const int error = judge(Syscall::close, nullptr);
+  const int result = real(fd);
+  require(result == 0 || errno != EBADF || fd < 0, "a descriptor is closed that is not open");
+  return error ? (errno = error, -1) : result;
+}
 
 int statvfs64(const char *path, Space *info) noexcept {
   static auto *const real = next<int(const char *, Space *)>("statvfs64", "__statvfs64_time64");

@@ -26,12 +26,20 @@ static int fails(const char *name) {
   return 1;
 }
 
+/* A file that jxfile opens is not inherited by programs that a module or a host starts. */
+static void require_close_on_exec(const char *name, long second, long third) {
+  const int is_at = strcmp(name, "openat64") == 0;
+  if (!is_at && strcmp(name, "open64") != 0) return;
+  if (((is_at ? third : second) & O_CLOEXEC) == 0) abort();
+}
+
 /* Defines a routine for any arguments: those that it does not take are ignored. */
 #define CALL_TO(type, name, result)                                                \
   type fail_##name(long a, long b, long c, long d, long e, long f) __asm__(#name); \
   type fail_##name(long a, long b, long c, long d, long e, long f) {               \
     static type (*next)(long, long, long, long, long, long);                       \
     if (!next) *(void **)&next = dlsym(RTLD_NEXT, #name);                          \
+    require_close_on_exec(#name, b, c);                                            \
     return fails(#name) ? result : next(a, b, c, d, e, f);                         \
   }
 #define CALL(name, result) CALL_TO(long, name, result)

@@ -101,5 +101,20 @@ TEST_F(Faults, OldOrNewAndTold) {
   }
 }
 
+// Whoever shares a descriptor may have made it one that does not wait.
+TEST_F(Faults, WaitsAndGoesOn) {
+  constexpr const char *kRows[][2] = {
+      {"ls tree/a", "write"}, {"lines in", "pread64"}, {"write out", "read"}};
+  for (const auto &[arguments, call] : kRows) {
+    for (const int error : {EINTR, EAGAIN}) {
+      Outcome outcome;
+      int n = 0;
+      for (; fail(arguments, call, n, error, &outcome); ++n)
+        EXPECT_EQ(outcome.code, 0) << call << n;
+      EXPECT_GT(n, 0) << arguments;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace jx::test

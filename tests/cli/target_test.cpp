@@ -49,12 +49,12 @@ TEST_F(Target, TargetsThatCannotBeWritten) {
 TEST_F(Target, PermissionsStayAndCount) {
   put("in", "text\n");
   put("out", "old");
-  ASSERT_EQ(::chmod(at("out").c_str(), 06751), 0);
+  ASSERT_EQ(::chmod(at("out").c_str(), 06741), 0);
   ASSERT_EQ(::symlink("out", at("alias").c_str()), 0);
   EXPECT_EQ(jxfile("convert in alias --to utf-16le").code, 0);
   struct ::stat status = {};
   ASSERT_EQ(::lstat(at("out").c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFREG | 0751));
+  EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFREG | 0741));
   ASSERT_EQ(::lstat(at("alias").c_str(), &status), 0);
   EXPECT_TRUE(S_ISLNK(status.st_mode));
   EXPECT_EQ(jxfile("write --append fresh", "x").code, 0);
@@ -62,7 +62,7 @@ TEST_F(Target, PermissionsStayAndCount) {
   EXPECT_EQ(status.st_mode & 0111, 0u);
   EXPECT_EQ(jxfile("cp out copy").code, 0);
   ASSERT_EQ(::stat(at("copy").c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 07777, 0751u);
+  EXPECT_EQ(status.st_mode & 07777, 0741u);
 
   const bool as_nobody = ::geteuid() == 0;
   if (jxfile("status", {}, as_nobody).code == 126) GTEST_SKIP() << "others cannot run the build";

@@ -1,0 +1,12 @@
+// Runs a check so that a slot which crashes or hangs is a finding.
+#pragma once
+
+#include "check/probe.hpp"
+
+namespace jxcheck {
+
+// Runs the function of a check and stores its outcome, in a child process if the probe is to be
+// alone. False when there is no child process to be had.
+bool run_isolated(void (*function)(Probe &), Probe &probe, Outcome *outcome, uint32_t seconds);
+
+}  // namespace jxcheck

@@ -28,6 +28,7 @@ void *run_job(void *argument) {
 }
 
 constexpr int kRounds = 300;
+constexpr int kPoolRounds = 40;  // a pool may have room for 80 KiB only
 
 // What the threads share; each reports what it saw first.
 struct Shared {
@@ -46,7 +47,7 @@ struct Shared {
 void use_pool(void *argument, uint32_t number) {
   auto &shared = *static_cast<Shared *>(argument);
   constexpr uint32_t kBlocks = 8;
-  for (int round = 0; round < kRounds; ++round) {
+  for (int round = 0; round < kPoolRounds; ++round) {
     uint8_t *blocks[kBlocks];
     for (uint32_t i = 0; i < kBlocks; ++i) {
       blocks[i] = static_cast<uint8_t *>(shared.pool->pool_allocate(shared.pool, 20 + i, 0));

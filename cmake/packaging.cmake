@@ -1,4 +1,4 @@
-# What `cmake --install` lays down and what `cpack` packs: the module, the SDK, the reference host,
+# What `cmake --install` lays down and what `cpack` packs: the modules, the SDK, the reference host,
 # jxfile and the documents.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -8,7 +8,7 @@ set(jx_config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/jxwem)
 # The module is loaded by path, so it has a folder of its own rather than one of the linker's, and
 # always the same one: jxfile finds it relative to its own path.
 set(jx_module_folder lib/jxwem)
-install(TARGETS jxwem LIBRARY DESTINATION ${jx_module_folder})
+install(TARGETS jxwem jxcheck LIBRARY DESTINATION ${jx_module_folder})
 install(DIRECTORY include/jx DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS jxhost ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS jxfile RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})

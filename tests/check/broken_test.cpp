@@ -11,7 +11,7 @@
 namespace jx::test {
 namespace {
 
-struct Row {
+struct BrokenSlot {
   const char *name;
   void (*break_it)();
   const char *finding;  // what one of the lines has to contain
@@ -19,7 +19,7 @@ struct Row {
 
 // ---- Slots that are missing, crash or do not return
 
-const Row kSlots[] = {
+const BrokenSlot kSlots[] = {
     {"no locks", [] { replace<&JXHost::create_lock>(nullptr); },
      "handle.create_lock: its address; came: null"},
     {"no service", [] { replace<&JXHost::nls>(nullptr); }, "handle.nls: its address; came: null"},
@@ -62,7 +62,7 @@ const Row kSlots[] = {
 
 void *cached;  // a block that a pool without a lock hands out again
 
-const Row kMemory[] = {
+const BrokenSlot kMemory[] = {
     {"blocks at odd addresses",
      [] {
        replace<&JXPool::pool_allocate>([](JXPool *p, uint32_t bytes, uint32_t flags) -> void * {
@@ -182,7 +182,7 @@ const Row kMemory[] = {
 
 int closed_fd = -1;  // a descriptor that is closed once more
 
-const Row kExtensions[] = {
+const BrokenSlot kExtensions[] = {
     {"an option of eight bytes",
      [] {
        replace<&JXHost::get_option>([](JXHost *h, const JXChar *name, uint32_t chars, uint32_t type,
@@ -270,7 +270,7 @@ const Row kExtensions[] = {
 
 // ---- Character sets and the journal
 
-const Row kText[] = {
+const BrokenSlot kText[] = {
     {"conversion that is never needed",
      [] { replace<&JXNls::needs_conversion>([](auto...) { return 0; }); },
      "nls.needs_conversion: every pair of 0, 20, 24 to 27 and 62; came: 0 from 0 to 0"},
@@ -364,10 +364,10 @@ const Row kText[] = {
      "journal.status_to_journal: a status without a text; came: the process was ended by signal"},
 };
 
-class BrokenKernel : public testing::TestWithParam<Row> {};
+class BrokenKernel : public testing::TestWithParam<BrokenSlot> {};
 
 TEST_P(BrokenKernel, IsFound) {
-  const Row &row = GetParam();
+  const BrokenSlot &row = GetParam();
   start_kernel();
   row.break_it();
   JXHost *host = jxhost_create(nullptr);
@@ -389,7 +389,7 @@ TEST_P(BrokenKernel, IsFound) {
   EXPECT_EQ(jxhost_destroy(host), 0u);
 }
 
-std::string name_of(const testing::TestParamInfo<Row> &info) {
+std::string name_of(const testing::TestParamInfo<BrokenSlot> &info) {
   std::string name;
   for (const char *c = info.param.name; *c; ++c) name += isalnum(*c) ? *c : '_';
   return name;

@@ -4,7 +4,7 @@
 #include "check/examination.hpp"
 #include "host/test_host.hpp"
 
-extern "C" JXHost *kernel_host(void);  // of examples/kernel.c
+extern "C" JXHost *kernel_host(void);  // of examples/own_kernel.c
 
 namespace jx::test {
 namespace {

@@ -54,6 +54,7 @@ void use_pool(void *argument, uint32_t number) {
       if (!blocks[i]) return shared.report("null");
       ::memset(blocks[i], static_cast<int>(number), 20 + i);
     }
+    pause_milliseconds(1);  // while the blocks are held, the other threads come for theirs
     for (uint32_t i = 0; i < kBlocks; ++i) {
       for (uint32_t j = 0; j < 20 + i; ++j) {
         if (blocks[i][j] != number)

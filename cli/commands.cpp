@@ -124,6 +124,10 @@ constexpr auto kFormatOptions = std::to_array<Option>(
 
 constexpr auto kStatusOperands =
     std::to_array<Operand>({{"CODE", 0, 1, "number or name (default: every status)", false}});
+constexpr auto kCheckHostOperands =
+    std::to_array<Operand>({{"FOLDER", 0, 1, "where files are made (default: /tmp)"}});
+constexpr auto kCheckHostOptions = std::to_array<Option>(
+    {kJson, {"--tap", nullptr, "a line for each check, as the Test Anything Protocol has it"}});
 constexpr auto kGenerateOperands =
     std::to_array<Operand>({{"KIND", 1, 1, "man or completion", false}});
 
@@ -207,6 +211,14 @@ constexpr auto kCommands = std::to_array<Command>({
     {"version", "show the module that is used",
      "Prints the module's versions, the file it was loaded from and its binary interface.",
      "jxfile version", kNoOperands, kJsonOnly, run_version},
+    {"check-host", "examine the reference host",
+     "Runs jxcheck.so, which lies beside the module, on the host that this program works with: "
+     "what "
+     "the author of another host does with that one. Prints what is wrong and what was not "
+     "checked, "
+     "and the counts; with --json or --tap every check. Works in a new folder in FOLDER, which it "
+     "removes.",
+     "jxfile check-host --tap", kCheckHostOperands, kCheckHostOptions, run_check_host},
     {"generate", "print the man page or the completion", "For the build of this program.",
      "jxfile generate man", kGenerateOperands, kNoOptions, run_generate, false, true},
 });

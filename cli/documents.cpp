@@ -73,7 +73,8 @@ std::string man_page() {
       "the "
       "install folder. A set\\-user\\-id run takes neither the variable nor the option.\n"
       ".TP\n\\fBNO_COLOR\\fR\nMessages are printed without colour, unless it is empty.\n"
-      ".SH SEE ALSO\n.BR jxhost (3),\n.BR jxwem (3),\n.BR jxwem.hpp (3),\n.BR jxwem\\-host (7)\n";
+      ".SH SEE ALSO\n.BR jxcheck (3),\n.BR jxhost (3),\n.BR jxwem (3),\n.BR jxwem.hpp (3),\n.BR "
+      "jxwem\\-host (7)\n";
   return page;
 }
 

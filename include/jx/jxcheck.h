@@ -10,14 +10,16 @@
 JX_EXTERN_C_BEGIN
 
 /* Outcome of a check. */
+
 #define JXCHECK_PASSED 0u  /* what is promised came */
 #define JXCHECK_FINDING 1u /* something else came */
 #define JXCHECK_SKIPPED 2u /* not run: what it needs is missing */
 
 /* Form of the report. */
-#define JXCHECK_TEXT \
-  0u                   /* a line for each finding and each check that was skipped, and the counts */
-#define JXCHECK_TAP 1u /* the Test Anything Protocol, version 13: a line for each check */
+
+/* A line for each finding and each check that was skipped, and the counts. */
+#define JXCHECK_TEXT 0u
+#define JXCHECK_TAP 1u  /* the Test Anything Protocol, version 13: a line for each check */
 #define JXCHECK_JSON 2u /* an object for each check and one with the counts, each on a line */
 
 /* Checks run in the calling process. Otherwise each has a child process of its own, and one that
@@ -52,6 +54,7 @@ typedef struct JXCheckConfig {
   void *context;      /* passed to sink */
 } JXCheckConfig;
 
+/* A configuration for the start: the report as text on standard error, and no folder. */
 #define JXCHECK_CONFIG_INIT \
   { NULL, -1, 2, JXCHECK_TEXT, 0, 0, NULL, NULL }
 

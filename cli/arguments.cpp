@@ -183,7 +183,7 @@ std::vector<std::string> parser_words(int argc, char **argv) {
     if (word == "--") may_be_option = false;
     const bool is_empty = may_be_option && word.starts_with("--") && word.ends_with('=') &&
                           word.find('=') == word.size() - 1;
-    words.emplace_back(is_empty ? word.substr(0, word.size() - 1) : word);
+    words.emplace_back(word);
     if (is_empty) words.emplace_back();
   }
   std::ranges::reverse(words);

@@ -124,8 +124,15 @@ TEST_F(Printed, WhatComesBeforeAFault) {
   const std::string faulty = lines + "\xff\nafter\n";
   const std::string cut = lines + "\xe6\xbc";
   const std::string joined = "\xe6\xbc\n\xa2\n";
+  std::string each, numbered;  // lines of every length
+  for (size_t length = 0; length <= 70; ++length) {
+    const std::string line = std::string(length, 'x') + "\n", number = std::to_string(length + 1);
+    each += line;
+    numbered += std::string(6 - number.size(), ' ') + number + "  " + line;
+  }
   const Checked rows[] = {
       {lines, "", lines, ""},
+      {each, "-n", numbered, ""},
       {faulty, "", lines, "record 25001, byte offset 200000, bytes ff "},
       {cut, "", lines, "bytes e6 bc, cut off by the end of the file"},
       {joined, "", "", "record 1, byte offset 0, bytes e6 bc 0a "},

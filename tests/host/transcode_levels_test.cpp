@@ -165,7 +165,7 @@ TEST_P(TranscodeLevels, FindWhatIsWrongAtEveryPlaceOfABlock) {
     for (const uint32_t to : {20u, 25u, 27u}) {
       LevelConverter convert(from, to, GetParam());
       for (const std::string &piece : wrong_pieces(from)) {
-        for (const char32_t filler : {U'a', U'é', U'日', U'😀'}) {
+        for (const char32_t filler : {U'a', U'é', U'\u0800', U'日', U'😀'}) {
           const std::optional<std::string> one = encode(from, filler);
           if (!one) continue;
           // The fillers and the piece around a block of either size, with text after them or not.

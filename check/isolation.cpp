@@ -9,7 +9,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+extern "C" __attribute__((weak)) void __asan_init();
+
 namespace jxcheck {
+
+bool is_sanitized() { return __asan_init; }
 
 namespace {
 

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "check/folder.hpp"
+#include "check/isolation.hpp"
 #include "check/objects.hpp"
 
 namespace jxcheck {
@@ -119,6 +120,9 @@ void check_case(Probe &probe) {
   if (probe.folder_fd < 0) return probe.skip("no folder was given");
   const Elm elm(probe);
   if (!elm) return;
+  if (row.prepare == use_up_descriptors && is_sanitized()) {
+    return probe.skip("a sanitizer needs descriptors itself");
+  }
   if (!row.prepare(probe)) return probe.skip("it cannot be arranged here");
   const OpenFile file(probe, elm, row.opening);
   expect_refused(probe, file, row.due);

@@ -4,10 +4,8 @@
 
 #include <algorithm>
 
+#include "check/isolation.hpp"
 #include "check/objects.hpp"
-
-// Defined in a program that a sanitizer watches: freed memory is then kept for a while.
-extern "C" __attribute__((weak)) void __asan_init();
 
 namespace jxcheck {
 
@@ -119,7 +117,7 @@ uint32_t resident_pages() {
 void check_destroy(Probe &probe) {
   constexpr uint32_t kPools = 600, kBlocks = 4, kBlockBytes = 16000;  // 37 MiB together
   constexpr uint32_t kMostPages = 5000;                               // half of that
-  if (__asan_init) return probe.skip("a sanitizer keeps freed memory");
+  if (is_sanitized()) return probe.skip("a sanitizer keeps freed memory");
   const uint32_t before = resident_pages();
   for (uint32_t i = 0; i < kPools; ++i) {
     Pool pool = make_pool(probe);

@@ -98,7 +98,7 @@ const BrokenSlot kText[] = {
              return *va_arg(args, volatile JXChar *) == 0;
            });
      },
-     "journal.status_to_journal: a status without a text; came: the process was ended by signal"},
+     "journal.status_to_journal: a status without a text; came: the process "},
 };
 
 INSTANTIATE_TEST_SUITE_P(Text, BrokenKernel, testing::ValuesIn(kText), name_of_slot);

@@ -71,7 +71,8 @@ class PosixLayer {
 extern "C" {
 
 JXInstance *jxwem(JXHost *host, JXOwner owner) {
-  if (!host) return nullptr;
+  // A slot that the entry calls and the host left empty is refused here, as a missing object is.
+  if (!host || !host->create_pool || !host->load_extension) return nullptr;
   jx::HostObject<JXPool> pool(host->create_pool(host, 0, 0, 0, owner, "jxwem pool"));
   if (!pool) return nullptr;
   // The instance needs no owner of its own: it goes with the pool.
@@ -79,7 +80,7 @@ JXInstance *jxwem(JXHost *host, JXOwner owner) {
       pool->pool_allocate(pool.get(), sizeof(JXInstance), JX_POOL_ZERO_FILL));
   if (!instance) return nullptr;
   JXNls *nls = host->nls;
-  if (!nls) return nullptr;
+  if (!nls || !nls->create_decoder || !nls->create_encoder) return nullptr;
   // Guards undo in reverse: decoder, encoder, "jxelm", pool.
   PosixLayer posix_layer;
   jx::Transcoder encoder;

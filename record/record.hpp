@@ -62,16 +62,21 @@ inline JXStatus refill(FileHandle *handle, uint32_t target_bytes) {
 // Skips a byte-order mark at the start of the unread bytes.
 void skip_mark(FileHandle *handle);
 
-// Transcodes from the file's to the record encoding and stores what was produced. 0 or the
-// transcoder's status.
+// The answer to a transcoder that says it has produced more than it had room for: its status, or
+// JXWEM_E_FAILED, which the journal is told of, when that is 0.
+[[gnu::cold]] JXStatus refuse_claim(const FileHandle *handle, JXStatus status);
+
+// Transcodes from the file's to the record encoding and stores what was produced. 0, the
+// transcoder's status, or JXWEM_E_FAILED for one that claims too much.
 inline JXStatus transcode_in(FileHandle *handle, const void *source, uint32_t source_bytes,
                              void *destination, uint32_t capacity_bytes,
                              uint32_t *produced_bytes_out) {
   JXTranscoder *transcoder = handle->read_transcoder;
   before_text(handle, &handle->read_held);
   *produced_bytes_out = 0;
-  const JXStatus status = transcoder->transcode(transcoder, source, source_bytes, destination,
-                                                capacity_bytes, produced_bytes_out, 0);
+  JXStatus status = transcoder->transcode(transcoder, source, source_bytes, destination,
+                                          capacity_bytes, produced_bytes_out, 0);
+  if (*produced_bytes_out > capacity_bytes) status = refuse_claim(handle, status);
   if (status == JX_OK) {
     after_text(&handle->read_held, source, source_bytes);
     return JX_OK;

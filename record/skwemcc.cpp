@@ -56,8 +56,9 @@ JXStatus encode_entries(const FileHandle *handle, const Direction &direction,
     auto block = jx::PoolBlock<uint8_t>::allocate(handle->pool, room);
     if (!block) return JX_E_NOMEM;
     uint32_t produced_bytes = 0;
-    const JXStatus status = transcoder->transcode(transcoder, entry.text, entry.bytes, block.get(),
-                                                  static_cast<uint32_t>(room), &produced_bytes, 0);
+    JXStatus status = transcoder->transcode(transcoder, entry.text, entry.bytes, block.get(),
+                                            static_cast<uint32_t>(room), &produced_bytes, 0);
+    if (produced_bytes > room) status = jx::refuse_claim(handle, status);
     if (status != JX_OK) return status;
     direction.copies[i] = {block.release(), produced_bytes};
   }

@@ -1,13 +1,26 @@
 // Steps that readers and writers share.
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 
+#include "jx/runtime.h"
 #include "record/record.hpp"
 
 namespace jx {
 
 namespace {
+
+constexpr uintptr_t kErrorLevel = 4;  // journal level of an error
+
+// ASCII as JXChars, with its zero.
+template <size_t N>
+constexpr std::array<JXChar, N> wide(const char (&ascii)[N]) {
+  std::array<JXChar, N> text = {};
+  std::copy_n(ascii, N, text.begin());
+  return text;
+}
+constexpr auto kClaim = wide("a transcoder claims more bytes than it had room for");
 
 // Before a block is read, up to this many unread bytes move to the front, so that short records
 // stay in the same few pages of a large buffer. More stay put while there is room after them: a
@@ -43,9 +56,10 @@ inline JXStatus encode_text(FileHandle *handle, uint32_t capacity_bytes, const v
                             Outgoing *record) {
   JXTranscoder *transcoder = handle->write_transcoder;
   uint32_t produced_bytes = 0;
-  const JXStatus status =
+  JXStatus status =
       transcoder->transcode(transcoder, text, record->bytes, handle->transcode_buffer.data,
                             capacity_bytes, &produced_bytes, 0);
+  if (produced_bytes > capacity_bytes) status = refuse_claim(handle, status);
   if (status != JX_OK) {
     handle->write_held.leave();
     return status;
@@ -65,6 +79,12 @@ inline JXStatus encode_text(FileHandle *handle, uint32_t capacity_bytes, const v
 }
 
 }  // namespace
+
+JXStatus refuse_claim(const FileHandle *handle, JXStatus status) {
+  if (status != JX_OK) return status;
+  if (handle->journal) jxlStatusToJnl(handle->journal, kErrorLevel, JXWEM_E_FAILED, kClaim.data());
+  return JXWEM_E_FAILED;
+}
 
 JXStatus read_block(FileHandle *handle) {
   RecordBuffer &buffer = handle->buffer;

@@ -62,7 +62,9 @@ extern JX_EXPORT JXControlString sk_inbound_cc[6];
    parts of a line longer than the record length, and between stream records, the transcoder holds
    the start of a character and goes on with the rest; point, a transfer at an explicit offset and a
    failed conversion or write make it drop what it holds. A base character and its mark that a
-   record or chunk separates stay two characters in windows-1255, windows-1258 and TCVN. */
+   record or chunk separates stay two characters in windows-1255, windows-1258 and TCVN. A
+   transcoder that claims more bytes than it had room for is answered with JXWEM_E_FAILED and a line
+   in the journal. */
 
 /* Text lines. A line ends with the line feed of the file's encoding, in EBCDIC 0x25 and not 0x15
    (NEL), or with carriage return and line feed. A file encoding in which another control character

@@ -68,22 +68,22 @@ void skip_mark(FileHandle *handle);
 
 // Transcodes from the file's to the record encoding and stores what was produced. 0, the
 // transcoder's status, or JXWEM_E_FAILED for one that claims too much.
-inline JXStatus transcode_in(FileHandle *handle, const void *source, uint32_t source_bytes,
-                             void *destination, uint32_t capacity_bytes,
-                             uint32_t *produced_bytes_out) {
+[[gnu::always_inline]] inline JXStatus transcode_in(FileHandle *handle, const void *source,
+                                                    uint32_t source_bytes, void *destination,
+                                                    uint32_t capacity_bytes,
+                                                    uint32_t *produced_bytes_out) {
   JXTranscoder *transcoder = handle->read_transcoder;
   before_text(handle, &handle->read_held);
   *produced_bytes_out = 0;
-  JXStatus status = transcoder->transcode(transcoder, source, source_bytes, destination,
-                                          capacity_bytes, produced_bytes_out, 0);
-  if (*produced_bytes_out > capacity_bytes) status = refuse_claim(handle, status);
-  if (status == JX_OK) {
+  const JXStatus status = transcoder->transcode(transcoder, source, source_bytes, destination,
+                                                capacity_bytes, produced_bytes_out, 0);
+  if (status == JX_OK && *produced_bytes_out <= capacity_bytes) [[likely]] {
     after_text(&handle->read_held, source, source_bytes);
     return JX_OK;
   }
   handle->read_held.leave();
   *produced_bytes_out = 0;
-  return status;
+  return status != JX_OK ? status : refuse_claim(handle, status);
 }
 
 // Bytes on their way to the file: the caller's own, or transcoded ones in the transcode buffer.

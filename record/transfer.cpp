@@ -52,17 +52,16 @@ inline bool is_in_transcode_buffer(const FileHandle *handle, const Outgoing &rec
          data < buffer + handle->transcode_buffer.size_bytes;
 }
 
-inline JXStatus encode_text(FileHandle *handle, uint32_t capacity_bytes, const void *text,
-                            Outgoing *record) {
+[[gnu::always_inline]] inline JXStatus encode_text(FileHandle *handle, uint32_t capacity_bytes,
+                                                   const void *text, Outgoing *record) {
   JXTranscoder *transcoder = handle->write_transcoder;
   uint32_t produced_bytes = 0;
-  JXStatus status =
+  const JXStatus status =
       transcoder->transcode(transcoder, text, record->bytes, handle->transcode_buffer.data,
                             capacity_bytes, &produced_bytes, 0);
-  if (produced_bytes > capacity_bytes) status = refuse_claim(handle, status);
-  if (status != JX_OK) {
+  if (status != JX_OK || produced_bytes > capacity_bytes) [[unlikely]] {
     handle->write_held.leave();
-    return status;
+    return refuse_claim(handle, status);
   }
   after_text(&handle->write_held, text, record->bytes);
   *record = {handle->transcode_buffer.data, produced_bytes};

@@ -1,5 +1,6 @@
 /* Preloaded into jxfile: the call number FAIL_AT, from 0, of the routine FAIL_CALL of the C library
-   fails with the errno FAIL_ERRNO, once, and makes the file FAIL_MARK. */
+   fails with the errno FAIL_ERRNO, once, and makes the file FAIL_MARK. Just before each call of
+   RACE_CALL somebody else makes the file RACE_NAME. */
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -8,20 +9,27 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-static const char *failing, *mark;
+static const char *failing, *mark, *racing, *rival;
 static int calls_left, error;
 
 __attribute__((constructor)) static void start(void) {
   const char *at = getenv("FAIL_AT"), *number = getenv("FAIL_ERRNO");
   failing = getenv("FAIL_CALL");
   mark = getenv("FAIL_MARK");
+  racing = getenv("RACE_CALL");
+  rival = getenv("RACE_NAME");
   calls_left = at ? atoi(at) : 0;
   error = number ? atoi(number) : EIO;
 }
 
+static void make(const char *name) {
+  syscall(SYS_close, syscall(SYS_openat, AT_FDCWD, name, O_WRONLY | O_CREAT, 0600));
+}
+
 static int fails(const char *name) {
+  if (racing && strcmp(name, racing) == 0) make(rival);
   if (!failing || strcmp(name, failing) != 0 || calls_left-- != 0) return 0;
-  if (mark) syscall(SYS_close, syscall(SYS_openat, AT_FDCWD, mark, O_WRONLY | O_CREAT, 0600));
+  if (mark) make(mark);
   errno = error;
   return 1;
 }

@@ -19,10 +19,11 @@ class Faults : public ProgramTest {
     put("out", "old");
   }
   // Runs a command with one call failing; false when the command does not make that call.
-  bool fail(const std::string &arguments, const char *call, int n, int error,
-            Outcome *outcome) const {
+  bool fail(const std::string &arguments, const char *call, int n, int error, Outcome *outcome,
+            const std::string &more = "") const {
     restore();
     const std::string line =
+        more +
         "ASAN_OPTIONS=verify_asan_link_order=0:$ASAN_OPTIONS FAIL_CALL=" + std::string(call) +
         " FAIL_AT=" + std::to_string(n) + " FAIL_ERRNO=" + std::to_string(error) +
         " FAIL_MARK=" + at("mark") +
@@ -113,6 +114,30 @@ TEST_F(Faults, WaitsAndGoesOn) {
         EXPECT_EQ(outcome.code, 0) << call << n;
       EXPECT_GT(n, 0) << arguments;
     }
+  }
+}
+
+// Somebody else takes a new name just before the program does: what is theirs stays, also where the
+// system has no unnamed files.
+TEST_F(Faults, ARivalKeepsTheName) {
+  constexpr const char *kRows[][2] = {
+      {"convert in new", "linkat"}, {"convert in new", "renameat2"}, {"cp in new", "renameat2"}};
+  for (const auto &[arguments, call] : kRows) {
+    SCOPED_TRACE(arguments + std::string(" ") + call);
+    const std::string race = "RACE_CALL=" + std::string(call) + " RACE_NAME=" + at("new") + " ";
+    int lost = 0;
+    Outcome outcome;
+    bool has_failed = true;  // the last run is one in which nothing else goes wrong
+    for (int n = 0; has_failed; ++n) {
+      has_failed = fail(arguments, "openat64", n, EOPNOTSUPP, &outcome, race);
+      const bool is_told = outcome.code == 1 && outcome.err.starts_with("jxfile: ");
+      const bool has_lost = is_told && std::filesystem::exists(at("new"));
+      EXPECT_TRUE(outcome.code == 0 || is_told) << outcome.err;
+      lost += has_lost;
+      EXPECT_TRUE(!has_lost || get("new").empty()) << get("new");
+      EXPECT_TRUE(outcome.code != 0 || get("new") == get("in"));
+    }
+    EXPECT_GT(lost, 0);
   }
 }
 

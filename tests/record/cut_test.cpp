@@ -3,11 +3,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 
 #include "jx/jxhost.h"
 #include "kernel/handle.hpp"
 #include "support/instance.hpp"
 #include "support/open.hpp"
+#include "support/syscalls.hpp"
 #include "support/text_model.hpp"
 
 namespace jx::test {
@@ -154,6 +156,39 @@ TEST_F(Cut, IsDroppedWhereTheNextTextIsAnother) {
         ASSERT_EQ(file->point(file, &start, JX_POINT_START), JX_OK);
       }
       EXPECT_EQ(read_record(file, bytes, way[0] == 'o' ? &start : nullptr).data, whole);
+    }
+  }
+}
+
+// The same for text that is written: its conversion fails, or the write after it.
+TEST_F(Cut, IsDroppedByARecordThatCannotBeWritten) {
+  for (const CutCharacter &row : kCutCharacters) {
+    for (const auto &[access, buffered] : kModes) {
+      for (const bool fails_in_write : {false, true}) {
+        SCOPED_TRACE(testing::Message() << row.encoding << access << buffered << fails_in_write);
+        const uint32_t encoding = jxhost_encoding_by_name(row.encoding);
+        write_file(path, "");
+        JXOpenOptions stream = options(access ? access : JX_ACCESS_OUTPUT, buffered,
+                                       JX_ENCODING_UTF16BE, encoding, JX_FORMAT_STREAM);
+        stream.record_length = 65536;
+        File file(instance, path, stream);
+        ASSERT_EQ(file.status, JX_OK);
+        if (fails_in_write) {
+          std::string long_text;
+          while (long_text.size() < 60000) long_text += row.letters;
+          arm_syscalls(syscalls(Syscall::write), {.error = ENOSPC});
+          EXPECT_NE(write_record(file, long_text + row.cut), JX_OK);
+          ASSERT_TRUE(disarm_syscalls());
+        } else {
+          EXPECT_EQ(write_record(file, row.cut), JX_OK);
+          host.arm(calls(Call::transcode), 0, JXHOST_E_NOROOM);
+          EXPECT_EQ(write_record(file, row.rest), JXHOST_E_NOROOM);
+          ASSERT_TRUE(host.disarm());
+        }
+        EXPECT_EQ(write_record(file, row.letters), JX_OK);
+        ASSERT_EQ(file.close(), JX_OK);
+        EXPECT_TRUE(read_file(path).ends_with(encode(JX_ENCODING_UTF16BE, U"def")));
+      }
     }
   }
 }

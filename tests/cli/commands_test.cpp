@@ -163,6 +163,8 @@ TEST_F(Commands, Formatting) {
       {2, "format %Lf ''", "", "argument 1: '' is not a number"},
       {2, "format %c ''", "", "one character"},
       {2, "format %lld 5x", "", "is not a 64-bit integer"},
+      {0, "format '%lld|%llu' -9223372036854775808 18446744073709551615",
+       "-9223372036854775808|18446744073709551615\n"},
       {2, "format %d ''", "", "is not a 32-bit integer"},
       {2, "format '\xff'", "", "FORMAT is not UTF-8"},
       {2, "format %s '\xff'", "", "UTF-8"},

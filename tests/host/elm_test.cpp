@@ -93,6 +93,7 @@ TEST_F(Elm, RefusesWithAStatusForEachReason) {
     EXPECT_EQ(try_open(name[0] == '/' ? name : dir.file(name), flags, lock_word), expected)
         << name.substr(0, 80) << " flags " << flags << " lock " << lock_word;
   }
+  EXPECT_EQ(try_open("a name in the current folder", O_RDONLY, 1), JXELM_E_NOTFOUND);
   EXPECT_EQ(open_file(jx(dir.file("new")), O_RDWR | O_CREAT, 2, 04755), nullptr);
   EXPECT_EQ(status, JXELM_E_BADARG);
   ASSERT_EQ(chmod(path.c_str(), 0), 0);

@@ -102,8 +102,8 @@ TEST_F(Faults, OldOrNewAndTold) {
   }
 }
 
-// Whoever shares a descriptor may have made it one that does not wait; a file that has no access
-// list needs none removed.
+// Whoever shares a descriptor may have made it one that does not wait; some file systems cannot
+// rename without replacing; a file that has no access list needs none removed.
 TEST_F(Faults, GoesOn) {
   struct Harmless {
     const char *arguments, *call;
@@ -113,6 +113,8 @@ TEST_F(Faults, GoesOn) {
        {Harmless{"ls tree/a", "write", {EINTR, EAGAIN}},
         {"lines in", "pread64", {EINTR, EAGAIN}},
         {"write out", "read", {EINTR, EAGAIN}},
+        {"cp in new", "renameat2", {EINVAL, ENOSYS}},
+        {"cp tree new", "renameat2", {EINVAL, ENOSYS}},
         {"convert in out", "fremovexattr", {ENODATA, EOPNOTSUPP}}}) {
     for (const int error : errors) {
       Outcome outcome;

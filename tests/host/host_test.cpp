@@ -134,6 +134,9 @@ TEST(Loader, LoadsForOneHostAtATime) {
   jxhost_unload(first);
   EXPECT_EQ(host.end(), 0u) << "the host unloads the second by itself";
   ASSERT_NE(jxhost_load(other.get(), JXWEM_PATH, nullptr, &first, &error), nullptr) << error;
+  EXPECT_EQ(jxhost_symbol(nullptr, "jxwem"), nullptr);
+  EXPECT_EQ(jxhost_symbol(first, nullptr), nullptr);
+  EXPECT_NE(jxhost_symbol(first, "jxwem"), nullptr);
   jxhost_unload(first);
 }
 

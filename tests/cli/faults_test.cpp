@@ -151,6 +151,9 @@ TEST_F(Faults, ARivalKeepsTheName) {
     }
     EXPECT_GT(lost, 0);
   }
+  Outcome outcome;
+  EXPECT_TRUE(fail("convert in new", "linkat", 0, ENOENT, &outcome));
+  expect_failure(outcome, "it became another file meanwhile");
 }
 
 }  // namespace

@@ -109,6 +109,10 @@ TEST_F(Text, FaultsAreNamedAndLeaveTheTarget) {
   expect_failure(jxfile("write --append out", "1\n\xff\n"), "record 2, byte offset 2");
   EXPECT_EQ(get("out"), "oldone\ntwo\n1\n");
   expect_failure(jxfile("write --append fresh", "\xff\n"), "record 1, byte offset 0");
+  std::string chunks;
+  while (chunks.size() < 300000) chunks += "a line\n";
+  expect_failure(jxfile("write --append out", chunks + "2\n\xff\n3\n"), "record 42860");
+  EXPECT_TRUE(get("out").ends_with("a line\n2\n"));
   // An endless line is refused as soon as it is too long.
   const std::string endless = "yes | tr -d '\\n' | " JX_BINARY_DIR "/jxfile write fresh";
   expect_failure(run({"/bin/sh", "-c", endless}), "record 1 (JXWEM_E_TOOLONG");

@@ -89,7 +89,8 @@ std::string Session::find_module() const {
     throw Failure("jxwem.so", JXWEM_E_NOTFOUND)
         .saying("the program's own folder is not known", "name the module with --module");
   }
-  for (const char *place : {"jxwem.so", "../lib/jxwem/jxwem.so", "../lib/jxwem.so"}) {
+  for (const char *place : {"jxwem.so", "../lib/" JX_TRIPLET "/jxwem/jxwem.so",
+                            "../lib/jxwem/jxwem.so", "../lib/jxwem.so"}) {
     if (::access((folder + place).c_str(), R_OK) == 0) return folder + place;
   }
   throw Failure("jxwem.so", JXWEM_E_NOTFOUND)

@@ -1,6 +1,7 @@
 # jx_hardening: on for everything that ships. Sanitizer builds leave out what their run-time
 # libraries replace.
 add_library(jx_hardening INTERFACE)
+target_link_libraries(jx_hardening INTERFACE jx_reproducible)
 target_compile_definitions(jx_hardening INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 target_link_options(jx_hardening INTERFACE
   -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,-z,text -Wl,--disable-new-dtags)

@@ -3,6 +3,10 @@
 
 #include "jx/jxhost.h"
 
+#ifndef MODULE_PATH /* the build may know where the module is */
+#define MODULE_PATH ""
+#endif
+
 int main(int argc, char **argv) {
   const char *path = argc > 1 ? argv[1] : MODULE_PATH;
   JXHost *host = jxhost_create(NULL);

@@ -14,8 +14,10 @@ function(jx_lay_out layout library_folder module_folder)
     set(${part} COMPONENT ${layout}_${part} ${ARGN})
   endforeach()
 
-  # A module is loaded by path, so it has a folder of its own rather than one of the linker's.
-  install(TARGETS ${jx_modules} LIBRARY DESTINATION ${module_folder} ${module})
+  # Modules are loaded by path, so they have a folder of their own rather than one of the linker's.
+  # jxcheck serves those who write hosts.
+  install(TARGETS jxwem LIBRARY DESTINATION ${module_folder} ${module})
+  install(TARGETS jxcheck LIBRARY DESTINATION ${module_folder} ${sdk})
 
   install(DIRECTORY include/jx DESTINATION ${include_folder} ${sdk})
   install(TARGETS jxhost ARCHIVE DESTINATION ${library_folder} ${sdk})
@@ -56,7 +58,7 @@ function(jx_lay_out layout library_folder module_folder)
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/reference ${documents} OPTIONAL)
 endfunction()
 
-# jxfile finds the module relative to its own path: in either of these folders below lib.
+# jxfile finds the modules relative to its own path: in either of these folders below lib.
 jx_lay_out(prefix ${CMAKE_INSTALL_LIBDIR} lib/jxwem)
 install(FILES CHANGELOG.md LICENSE packaging/debian/copyright
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT prefix_documents)

@@ -1,5 +1,5 @@
-# Shared by the checks of what is installed: sourced with $root set to the checkout and $what to what
-# their lines begin with.
+# Shared by the checks of what is installed: sourced with $root set to the checkout, $scratch to a folder
+# for files and $what to what their lines begin with.
 
 # The version in the headers.
 version=$(sed -n 's/^#define JX_VERSION_[A-Z]* \([0-9]*\)u$/\1/p' "$root/include/jx/base.h" | paste -sd.)
@@ -18,4 +18,11 @@ silently() {
   cat "$log"
   printf 'FAIL %s: %s\n' "$what" "$*"
   exit 1
+}
+
+# expect_checked JXFILE: it finds the module that examines its host, which finds nothing.
+expect_checked() {
+  local counts
+  counts=$(JXWEM_MODULE='' "$1" check-host "$scratch" | tail -n 1)
+  expect 'findings of "jxfile check-host"' 0 "$(sed -n 's/.* passed, \([0-9]*\) findings.*/\1/p' <<<"$counts")"
 }

@@ -36,7 +36,8 @@ set(CPACK_DEBIAN_DEBIAN_MODULE_PACKAGE_SUGGESTS jxfile)
 jx_package(sdk libjxhost-dev libdevel same "development files for hosts of the file-access module jxwem
 The headers of everything that crosses the boundary between a host and the
 module (C11, and a wrapper for C++20), the reference host kernel as a static
-library, and files for CMake and pkg-config.")
+library, a module that examines a host, and files for CMake and pkg-config.")
+set(CPACK_DEBIAN_DEBIAN_SDK_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_DEBIAN_SDK_PACKAGE_DEPENDS "jxwem (= ${package_version})")
 # The library is C++: a program in C links that run-time library too.
 set(CPACK_DEBIAN_DEBIAN_SDK_PACKAGE_RECOMMENDS "g++ | c++-compiler")
@@ -48,6 +49,7 @@ records or bytes, and lists, copies, renames and removes files and folders,
 all through the module jxwem. Results can be printed as JSON for scripts.")
 set(CPACK_DEBIAN_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_DEBIAN_PROGRAM_PACKAGE_DEPENDS "jxwem (= ${package_version})")
+set(CPACK_DEBIAN_DEBIAN_PROGRAM_PACKAGE_SUGGESTS libjxhost-dev)  # for "jxfile check-host"
 
 jx_package(documents jxwem-doc doc foreign "documents and examples for hosts of the file-access module jxwem
 The host guide, the status codes, the architecture of the module, its speed,

@@ -51,7 +51,10 @@ int run_check_host(Session &session, const Arguments &arguments) {
 
   const std::string path = checker_path(session);
   const std::unique_ptr<void, Unload> checker(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
-  if (!checker) throw Failure(path, JXWEM_E_NOTFOUND).saying(::dlerror());
+  if (!checker) {
+    throw Failure("", JXWEM_E_NOTFOUND)
+        .saying(::dlerror(), "it comes with the SDK, on Debian in the package libjxhost-dev");
+  }
   const auto run = reinterpret_cast<decltype(&jxcheck_run)>(::dlsym(checker.get(), "jxcheck_run"));
   if (!run) throw Failure(path, JX_E_UNSUPPORTED);
 

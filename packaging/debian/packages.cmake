@@ -52,8 +52,9 @@ set(CPACK_DEBIAN_DEBIAN_PROGRAM_PACKAGE_DEPENDS "jxwem (= ${package_version})")
 set(CPACK_DEBIAN_DEBIAN_PROGRAM_PACKAGE_SUGGESTS libjxhost-dev)  # for "jxfile check-host"
 
 jx_package(documents jxwem-doc doc foreign "documents and examples for hosts of the file-access module jxwem
-The host guide, the status codes, the architecture of the module, its speed,
-and examples: a host in C, one in C++, and a whole kernel in C.")
+The host guide, the status codes, the reference of the headers as HTML, the
+architecture of the module, its speed, and examples: a host in C, one in C++,
+and a whole kernel in C.")
 set(CPACK_DEBIAN_DEBIAN_DOCUMENTS_PACKAGE_ARCHITECTURE all)
 
 # Dates in the packages are that of the change log, unless the environment says another.

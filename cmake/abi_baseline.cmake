@@ -12,6 +12,7 @@ foreach(module jxwem jxcheck)
   target_compile_options(${typed} PRIVATE -g -O0 -fno-exceptions -fno-rtti -fno-threadsafe-statics
     -fvisibility=hidden -fvisibility-inlines-hidden)
   set_target_properties(${typed} PROPERTIES OUTPUT_NAME ${module} PREFIX "" LINKER_LANGUAGE C
-    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/typed LINK_DEPENDS ${map})
+    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/typed LINK_DEPENDS ${map}
+    EXPORT_COMPILE_COMMANDS OFF)  # clang-tidy would read every source twice
   target_link_options(${typed} PRIVATE -Wl,--version-script=${map})
 endforeach()

@@ -35,8 +35,10 @@ constexpr auto kLinesOptions = std::to_array<Option>({
 });
 
 constexpr auto kConvertOperands =
-    std::to_array<Operand>({{"IN", 1, 1, "file to read; - is standard input"},
-                            {"OUT", 0, 1, "file to write (default: -, standard output)"}});
+    std::to_array<Operand>({{"IN", 0, 1, "file to read; - is standard input"},
+                            {"OUT", 0, kAnyNumber,
+                             "file to write (default: -, standard output); with --in-place or "
+                             "--into more files to read"}});
 constexpr auto kConvertOptions = std::to_array<Option>({
     kFrom,
     kTo,
@@ -46,6 +48,13 @@ constexpr auto kConvertOptions = std::to_array<Option>({
     kReadLength,
     {"--records", "KIND",
      "stream: everything as it is (default); text: every line ends in a line feed"},
+    {"--in-place", nullptr, "convert each file given and put the result in its place"},
+    {"--backup", "SUFFIX", "in place: keep the old file under its name with SUFFIX added"},
+    {"--into", "DIR", "convert each file given to a file of the same name in this folder"},
+    {"--files0-from", "FILE", "convert the files named in FILE, a zero byte after each name"},
+    {"--jobs", "N",
+     "in place or into a folder: convert N files at once (default: one a processor)"},
+    {"--dry-run", nullptr, "in place or into a folder: print what would change, change nothing"},
 });
 
 constexpr auto kWriteOperands =
@@ -142,7 +151,9 @@ constexpr auto kCommands = std::to_array<Command>({
      "byte-order mark stay as they are, so that converting there and back gives the same bytes; "
      "utf-16 and utf-32 add a mark, and some encodings of the C library map look-alikes. OUT is "
      "replaced when everything is written; a failure leaves it as it was. --append adds to "
-     "it in place.",
+     "it in place. --in-place and --into convert any number of files: each is replaced as a whole "
+     "or not at all, one whose bytes would stay the same is not touched, and one that fails does "
+     "not stop the others. A backup never replaces a file.",
      "jxfile convert --from utf-8 --to utf-16le --bom in.txt out.txt", kConvertOperands,
      kConvertOptions, run_convert},
     {"write", "write records from standard input",

@@ -2,6 +2,7 @@
 #include <optional>
 
 #include "cli/commands.hpp"
+#include "cli/conversion.hpp"
 #include "cli/copying.hpp"
 #include "cli/input.hpp"
 #include "cli/progress.hpp"
@@ -9,15 +10,6 @@
 
 namespace cli {
 namespace {
-
-struct Conversion {
-  Encoding from;  // not named: by the byte-order mark
-  uint32_t to;
-  uint32_t record_length;
-  bool wants_mark;    // --bom, or an encoding that begins with one
-  bool refuses_mark;  // --no-bom
-  bool is_append;
-};
 
 Conversion conversion_of(const Arguments &arguments) {
   Conversion conversion = {};
@@ -34,9 +26,8 @@ Conversion conversion_of(const Arguments &arguments) {
 
 wem::OpenOptions with_mark(const wem::OpenOptions &options, const Conversion &conversion,
                            bool input_has_mark) {
-  const bool is_due = conversion.wants_mark || input_has_mark;
-  return is_due && !conversion.refuses_mark ? options.byte_order_mark()
-                                            : options.no_byte_order_mark();
+  return conversion.has_mark(input_has_mark) ? options.byte_order_mark()
+                                             : options.no_byte_order_mark();
 }
 
 bool is_text_fault(wem::Status status) {
@@ -118,6 +109,24 @@ void convert_text(const Conversion &conversion, Input &input, Target &target) {
   }
 }
 
+// A UsageError for options that need files to convert in place or into a folder, and for others
+// that go with one file only.
+bool is_for_many(const Arguments &arguments) {
+  const bool is_many = arguments.has("--in-place") || arguments.has("--into");
+  for (const char *option : {"--backup", "--files0-from", "--jobs", "--dry-run"}) {
+    if (!is_many && arguments.has(option)) {
+      throw UsageError(std::string(option) + " needs --in-place or --into");
+    }
+  }
+  if (is_many && arguments.has("--append")) {
+    throw UsageError("--append cannot be given with --in-place or --into");
+  }
+  if (!is_many && arguments.operands().size() > 2) {
+    throw UsageError("more than IN and OUT needs --in-place or --into");
+  }
+  return is_many;
+}
+
 }  // namespace
 
 int run_convert(Session &session, const Arguments &arguments) {
@@ -125,6 +134,11 @@ int run_convert(Session &session, const Arguments &arguments) {
   const std::string kind = arguments.text("--records", "stream");
   if (kind != "stream" && kind != "text") throw UsageError("--records is text or stream");
   const bool is_text = kind == "text";
+  if (is_for_many(arguments)) {
+    if (is_text) throw UsageError("--records text converts one file to another");
+    return convert_many(session, arguments, conversion);
+  }
+  if (arguments.operands().empty()) throw UsageError("IN is required");
   Input input(session, arguments.operand(0), is_text ? Input::Use::kText : Input::Use::kBytes);
   const std::string output = arguments.operands().size() > 1 ? arguments.operand(1) : "-";
   Target target(session, output,

@@ -83,6 +83,16 @@ Input::Input(Session &session, const std::string &name, Use use)
   } else {
     find_named(name);
   }
+  examine();
+}
+
+Input::Input(Session &session, int fd, std::string shown, Use use)
+    : session_(session), shown_(std::move(shown)), use_(use) {
+  find_descriptor(fd);
+  examine();
+}
+
+void Input::examine() {
   if (::fstat(fd_, &file_status_) != 0) throw system_failure(shown_, errno);
   if (S_ISDIR(file_status_.st_mode)) throw Failure(shown_, JXWEM_E_OPENREFUSED);
   start_ = ::lseek(fd_, 0, SEEK_CUR);

@@ -43,6 +43,8 @@ class Input {
   // read or is a directory. A file opened by name is locked against writers from the first look at
   // it on.
   Input(Session &session, const std::string &name, Use use);
+  // What fd is open on, which stays the caller's, under the name that messages call it.
+  Input(Session &session, int fd, std::string shown, Use use);
 
   // What messages call it.
   const std::string &shown() const { return shown_; }
@@ -83,6 +85,7 @@ class Input {
  private:
   void find_descriptor(int fd);
   void find_named(const std::string &name);
+  void examine();
   const std::string &head();
   wem::File open_descriptor(const wem::OpenOptions &options);
   std::string read_at(uint64_t offset, size_t bytes);

@@ -57,6 +57,11 @@ bool wants_colour() {
   return isatty(STDERR_FILENO) == 1 && (!refusal || !*refusal);
 }
 
+std::string line_start(std::string_view command) {
+  const std::string line = wants_colour() ? "\033[1;31mjxfile:\033[0m " : "jxfile: ";
+  return command.empty() ? line : line + std::string(command) + ": ";
+}
+
 }  // namespace
 
 std::string code_text(wem::Status status) {
@@ -90,12 +95,16 @@ std::string describe(wem::Status status, const std::string &meaning, const std::
 }
 
 void print_failure(std::string_view command, const Failure &failure) {
-  std::string line = wants_colour() ? "\033[1;31mjxfile:\033[0m " : "jxfile: ";
-  if (!command.empty()) line += std::string(command) + ": ";
+  std::string line = line_start(command);
   if (!failure.path.empty()) line += to_printable(failure.path) + ": ";
   line += to_printable(describe(failure.status, failure.meaning, failure.detail)) + "\n";
   const std::string hint = hint_for(command, failure);
   if (!hint.empty()) line += "hint: " + to_printable(hint) + "\n";
+  std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+void print_note(std::string_view command, const std::string &text) {
+  const std::string line = line_start(command) + to_printable(text) + "\n";
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 

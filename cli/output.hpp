@@ -63,6 +63,8 @@ class Output {
 
 // Prints a failure of a command in one line, with a hint on a second where one helps.
 void print_failure(std::string_view command, const Failure &failure);
+// Prints a message of a command in one line.
+void print_note(std::string_view command, const std::string &text);
 
 // "meaning (NAME 0x80bfe801)" for any status of the module or of the host.
 std::string describe(wem::Status status, const std::string &meaning = {},

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <string>
+#include <utility>
 
 namespace cli {
 namespace {
@@ -21,8 +22,8 @@ Progress::Progress(uint64_t total)
       is_on_(total > 0 && isatty(STDERR_FILENO) == 1),
       next_(std::chrono::steady_clock::now() + kFirstAfter) {}
 
-Progress::~Progress() {
-  if (is_visible_) std::fputs("\r\033[K", stderr);
+void Progress::hide() {
+  if (std::exchange(is_visible_, false)) std::fputs("\r\033[K", stderr);
 }
 
 void Progress::show(uint64_t done) {

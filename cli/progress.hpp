@@ -13,8 +13,10 @@ class Progress {
   explicit Progress(uint64_t total);
   Progress(const Progress &) = delete;
   Progress &operator=(const Progress &) = delete;
-  ~Progress();
+  ~Progress() { hide(); }
   void show(uint64_t done);
+  // Erases it before something else is printed; the next show brings it back.
+  void hide();
 
  private:
   uint64_t total_;

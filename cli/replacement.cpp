@@ -34,6 +34,7 @@ Replacement::Replacement(const Place &place, int old_fd, std::string shown)
 
 Replacement::~Replacement() {
   if (!hidden_.empty()) unlink_own(place_.folder.get(), hidden_.c_str(), file_.get());
+  if (!backup_.empty()) unlink_own(place_.folder.get(), backup_.c_str(), old_fd_);
 }
 
 // A name is given through /proc, which may not be there.
@@ -86,20 +87,41 @@ void Replacement::take_empty_place() {
   if (::renameat(folder, hidden_.c_str(), folder, name) != 0) throw naming_failure(errno);
 }
 
-void Replacement::replace_old() {
+// By its descriptor: what has the name by now may be another file.
+void Replacement::link_backup(const std::string &suffix) {
+  std::string name = place_.name + suffix;
+  const SignalsBlocked guard;
+  const int result = ::linkat(AT_FDCWD, path_of(old_fd_).c_str(), place_.folder.get(), name.c_str(),
+                              AT_SYMLINK_FOLLOW);
+  if (result == 0) {
+    backup_ = std::move(name);
+    backup_on_signal_.emplace(place_.folder.get(), backup_, old_fd_);
+    return;
+  }
+  if (errno != EEXIST) throw system_failure(shown_ + suffix, errno);
+  throw Failure(shown_ + suffix, JXWEM_E_EXISTS)
+      .saying("a backup of that name is there already", "give another suffix with --backup");
+}
+
+void Replacement::replace_old(const std::string &backup_suffix) {
   const int folder = place_.folder.get();
   const char *name = place_.name.c_str();
   struct ::stat status = {};
   const bool is_there = ::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0;
   if (!is_there || !is_same_file(status, *place_.status)) throw changed_failure(shown_);
   keep_access(fd(), old_fd_, shown_);
+  if (!backup_suffix.empty()) link_backup(backup_suffix);
   if (hidden_.empty()) link_hidden();
+  // From the moment of the rename on the backup has to stay.
+  const SignalsBlocked guard;
   if (::renameat(folder, hidden_.c_str(), folder, name) != 0) throw naming_failure(errno);
+  backup_on_signal_.reset();
+  backup_.clear();
 }
 
-void Replacement::put_in_place() {
+void Replacement::put_in_place(const std::string &backup_suffix) {
   if (old_fd_ >= 0) {
-    replace_old();
+    replace_old(backup_suffix);
   } else {
     take_empty_place();
   }

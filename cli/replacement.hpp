@@ -1,6 +1,7 @@
 // A new content that takes the place of a file at once.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "cli/place.hpp"
@@ -26,16 +27,17 @@ class Replacement {
   // Gives the file owner, group, permissions and access list of the old one, as far as that lets
   // nobody read or write who could not before, and puts it in place. Set-user-id, set-group-id and
   // sticky bits and extended attributes do not pass to a new content. A Failure leaves the old
-  // file.
-  void put_in_place();
+  // file. With a suffix the old file stays under its name with the suffix added, which must be
+  // free.
+  void put_in_place(const std::string &backup_suffix = {});
 
  private:
-  void make(mode_t mode);
   bool can_be_linked() const;
   void make_hidden(mode_t mode);
   void link_hidden();
   void take_empty_place();
-  void replace_old();
+  void replace_old(const std::string &backup_suffix);
+  void link_backup(const std::string &suffix);
   void sync_folder() const;
   Failure naming_failure(int error) const;
   Failure failure(int error) const;
@@ -46,6 +48,8 @@ class Replacement {
   Descriptor file_;
   std::string hidden_;  // its name; empty while it has none
   RemoveOnSignal on_signal_;
+  std::string backup_;  // of the old file; empty while there is none, or once it stays
+  std::optional<RemoveOnSignal> backup_on_signal_;
 };
 
 }  // namespace cli

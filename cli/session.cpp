@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -22,7 +23,15 @@ namespace {
 constexpr size_t kMaxBytesPerChar = 8;  // of any encoding the host knows
 constexpr size_t kMaxUtf8BytesPerChar = 4;
 constexpr size_t kPrintChars = 16384;  // encoded at a time
-constexpr const char *kOffered = "/descriptor of jxfile";
+
+// The system's text of the thread's last error, from the journal.
+thread_local std::string journal_text;
+
+// A path that no other session offers.
+std::string unique_path() {
+  static std::atomic<unsigned> count = 0;
+  return "/descriptor of jxfile " + std::to_string(count++);
+}
 
 // The folder of the running program, with a slash at its end; empty when the system does not tell.
 std::string program_folder() {
@@ -68,7 +77,17 @@ wem::Status Transcoder::operator()(std::string_view bytes, std::span<char> room,
 }
 
 Session::Session(std::string module_option, std::string command)
-    : module_option_(std::move(module_option)), command_(std::move(command)) {}
+    : module_option_(std::move(module_option)),
+      command_(std::move(command)),
+      offered_(unique_path()) {
+  no_variables_.emplace();
+}
+
+Session::Session(const Session &other)
+    : command_(other.command_),
+      module_path_(other.module_path_),
+      offered_(unique_path()),
+      module_(other.module_) {}
 
 std::string Session::find_module() const {
   if (!module_option_.empty()) {
@@ -106,10 +125,9 @@ const wem::Module &Session::module() {
     throw system_failure(module_path_, errno);
   }
   JXHostConfig config = JXHOST_CONFIG_INIT;
-  config.journal_context = &journal_text_;
-  config.journal_sink = [](void *context, uint32_t, JXStatus, const char *text8) {
+  config.journal_sink = [](void *, uint32_t, JXStatus, const char *text8) {
     // What goes wrong while a failure closes files is not the failure's cause.
-    if (std::uncaught_exceptions() == 0) *static_cast<std::string *>(context) = text8;
+    if (std::uncaught_exceptions() == 0) journal_text = text8;
   };
   std::string error;
   module_ = wem::Module::load(module_path_.c_str(), &config, &error);
@@ -138,10 +156,10 @@ std::string Session::shown(const std::string &name) const {
 wem::File Session::open_descriptor(int fd, const wem::OpenOptions &options,
                                    const std::string &shown) {
   JXHost *host = module().host();
-  require(wem::Status(jxhost_offer_descriptor(host, kOffered, fd)), shown);
+  require(wem::Status(jxhost_offer_descriptor(host, offered_.c_str(), fd)), shown);
   JXJournal *journal = instance().raw()->journal;
-  auto file = instance().open(widen(kOffered), options.journal(journal).literal_name());
-  jxhost_withdraw_descriptor(host, kOffered);
+  auto file = instance().open(widen(offered_), options.journal(journal).literal_name());
+  jxhost_withdraw_descriptor(host, offered_.c_str());
   return require(std::move(file), shown);
 }
 
@@ -205,19 +223,23 @@ void Session::print(std::u32string_view text) {
   }
 }
 
-void Session::report(Failure failure) {
+Failure Session::explained(Failure failure) {
   const bool is_system = failure.status == JXWEM_E_SYSTEM || failure.status == JXWEM_E_FAILED;
   if (is_system && failure.detail.empty()) {
-    failure.detail = journal_text_;
+    failure.detail = journal_text;
     // The module has no status of its own for these.
     for (const int error : {EMFILE, ENFILE, ENOMEM}) {
-      if (journal_text_ != std::strerror(error)) continue;
+      if (journal_text != std::strerror(error)) continue;
       failure.status = system_failure({}, error).status;
       failure.detail.clear();
     }
   }
-  journal_text_.clear();
-  print_failure(command_, failure);
+  journal_text.clear();
+  return failure;
+}
+
+void Session::report(Failure failure) const {
+  print_failure(command_, explained(std::move(failure)));
 }
 
 }  // namespace cli

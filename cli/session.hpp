@@ -35,11 +35,14 @@ class Transcoder {
   std::unique_ptr<JXTranscoder, End> transcoder_;
 };
 
-// While it lives the environment is empty: see cli/names.hpp.
+// While it lives the environment is empty: see cli/names.hpp. For one thread.
 class Session {
  public:
   // module_option is the value of --module, or empty.
   Session(std::string module_option, std::string command);
+  // For another thread: works with the same module, which must be loaded, while the other lives.
+  explicit Session(const Session &other);
+  Session &operator=(const Session &) = delete;
 
   Output &output() { return output_; }
   // The module; loaded at the first use, from --module, JXWEM_MODULE, beside the program or the
@@ -75,17 +78,21 @@ class Session {
   // Prints text in UTF-8.
   void print(std::u32string_view text);
 
-  // Prints a failure with what the journal knows about it. The command goes on.
-  void report(Failure failure);
+  // A failure on this thread with what the journal knows about it.
+  static Failure explained(Failure failure);
+  // Prints it so. The command goes on.
+  void report(Failure failure) const;
+  // Prints a message that is no failure of its own.
+  void note(const std::string &text) const { print_note(command_, text); }
 
  private:
   std::string find_module() const;
 
-  WithoutVariables no_variables_;
+  std::optional<WithoutVariables> no_variables_;  // none for another thread
   std::string module_option_;
   std::string command_;
   std::string module_path_;
-  std::string journal_text_;  // the system's text of the last error, from the journal
+  std::string offered_;  // the path under which a descriptor is handed to the module
   Output output_;
   wem::Module module_;
   std::optional<Transcoder> encoder_;

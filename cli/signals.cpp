@@ -2,6 +2,8 @@
 #include "cli/signals.hpp"
 
 #include <fcntl.h>
+#include <poll.h>
+#include <sched.h>
 #include <unistd.h>
 
 #include <utility>
@@ -14,39 +16,70 @@ namespace {
 // Those that end a program by default and that it may outlive for a moment.
 constexpr int kEndingSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGXCPU};
 
+// Threads with signals blocked that are about to change what is cleaned up, and whether a signal
+// has come that waits for them.
+constinit std::atomic<int> busy_count = 0;
+constinit std::atomic<bool> is_ending = false;
+constinit thread_local int depth = 0;  // of SignalsBlocked
+
+void pause_a_moment() { ::poll(nullptr, 0, 1); }
+
+void become_busy() {
+  ++busy_count;
+  if (!is_ending) return;
+  --busy_count;
+  for (;;) pause_a_moment();
+}
+
 }  // namespace
 
 SignalsBlocked::SignalsBlocked() {
+  if (depth++ > 0) return;
   ::sigset_t all;
   ::sigfillset(&all);
   ::pthread_sigmask(SIG_SETMASK, &all, &old_);
+  become_busy();
 }
 
-SignalsBlocked::~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &old_, nullptr); }
+SignalsBlocked::~SignalsBlocked() {
+  if (--depth > 0) return;
+  --busy_count;
+  ::pthread_sigmask(SIG_SETMASK, &old_, nullptr);
+}
 
 constinit SignalCleanup *SignalCleanup::first = nullptr;
+constinit std::atomic_flag SignalCleanup::is_changing;
 
 void SignalCleanup::enlist() {
   const SignalsBlocked guard;
+  while (is_changing.test_and_set()) ::sched_yield();
   install();
   next_ = std::exchange(first, this);
+  is_changing.clear();
 }
 
 void SignalCleanup::delist() {
   const SignalsBlocked guard;
+  while (is_changing.test_and_set()) ::sched_yield();
   SignalCleanup **link = &first;
   while (*link != this) link = &(*link)->next_;
   *link = next_;
+  is_changing.clear();
 }
 
-// Runs with every signal blocked, on data that changes under blocked signals only. SA_RESETHAND has
-// put the default action back: the raised signal ends the program as soon as this returns.
+// Runs with every signal blocked, on data that changes under blocked signals only and that no other
+// thread changes any more. SA_RESETHAND has put the default action back: the raised signal ends the
+// program as soon as this returns.
 void SignalCleanup::clean_up_all(int signal) {
+  is_ending = true;
+  while (busy_count > 0) pause_a_moment();
   for (const SignalCleanup *item = first; item; item = item->next_) item->clean_up();
   std::raise(signal);
 }
 
 void SignalCleanup::install() {
+  static bool is_installed = false;
+  if (std::exchange(is_installed, true)) return;
   struct ::sigaction action = {};
   action.sa_handler = clean_up_all;
   action.sa_flags = static_cast<int>(SA_RESETHAND);

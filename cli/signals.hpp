@@ -1,14 +1,17 @@
 // What a signal may do to a command: ends it, after what is unfinished was removed.
 #pragma once
 
+#include <atomic>
 #include <csignal>
 #include <string>
 
 namespace cli {
 
-// Blocks every signal in the calling thread while it lives. Threads that are started meanwhile keep
-// them blocked: signals then reach the main thread only, and a write to a closed pipe is an error
-// in the thread instead of the end of the program.
+// Blocks every signal in the calling thread while it lives, and keeps a signal that ends the
+// program waiting in the others before it cleans up: what is made and named for removal meanwhile
+// is not missed. Once that signal came, no other thread gets here. Threads that are started
+// meanwhile keep signals blocked: they then reach the main thread only, and a write to a closed
+// pipe is an error in the thread instead of the end of the program.
 class SignalsBlocked {
  public:
   SignalsBlocked();
@@ -22,7 +25,7 @@ class SignalsBlocked {
 
 // Something that is left when a signal ends the program, and is cleaned up before it does, by that
 // signal. Signals that were ignored when the program started stay ignored. Any number may live at
-// once, on the main thread; other threads have signals blocked.
+// once, on any thread; all but the main thread have signals blocked.
 class SignalCleanup {
  public:
   SignalCleanup(const SignalCleanup &) = delete;
@@ -42,6 +45,7 @@ class SignalCleanup {
   static void clean_up_all(int signal);
   static void install();
   static SignalCleanup *first;
+  static std::atomic_flag is_changing;  // first, and what it leads to
 
   SignalCleanup *next_ = nullptr;
 };

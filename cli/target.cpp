@@ -38,13 +38,17 @@ Target::Target(Session &session, const std::string &name, Mode mode)
       mode_(mode),
       place_(find_place(name, shown_)) {
   const bool is_file = !place_.status || S_ISREG(place_.status->st_mode);
+  const bool is_revised = mode == Mode::kRevise;
+  if (is_revised && (place_.own_fd >= 0 || !is_file)) {
+    throw Failure(shown_, JXWEM_E_BADOPTIONS).saying("it is not a file that can be replaced");
+  }
   if (place_.own_fd >= 0) {
     open_standing();
-  } else if (mode != Mode::kReplace || !is_file) {
+  } else if ((mode != Mode::kReplace && !is_revised) || !is_file) {
     open_in_place();
   } else {
     if (place_.status) open_old();
-    replacement_.emplace(place_, held_.get(), shown_);
+    if (!is_revised) replacement_.emplace(place_, held_.get(), shown_);
   }
 }
 
@@ -80,10 +84,10 @@ void Target::open_old() {
     return options.binary(1).direct().lock(JX_LOCK_EXCLUSIVE);
   };
   held_ = open_place(place_, O_RDWR | O_NONBLOCK, shown_);
-  const bool is_readable = held_.get() >= 0;
-  if (!is_readable && errno == EACCES) held_ = open_place(place_, O_WRONLY | O_NONBLOCK, shown_);
+  is_readable_ = held_.get() >= 0;
+  if (!is_readable_ && errno == EACCES) held_ = open_place(place_, O_WRONLY | O_NONBLOCK, shown_);
   if (held_.get() < 0) throw system_failure(shown_, errno);
-  const auto access = is_readable ? wem::OpenOptions::input() : wem::OpenOptions::append();
+  const auto access = is_readable_ ? wem::OpenOptions::input() : wem::OpenOptions::append();
   guard_ = session_.open_descriptor(held_.get(), unbuffered(access), shown_);
 }
 
@@ -145,10 +149,13 @@ uint32_t Target::encoding(uint32_t asked) const {
       .saying(meaning + jxhost_encoding_name(found), "leave --to out");
 }
 
+void require_mark(uint32_t encoding) {
+  if (!byte_order_mark(encoding).empty()) return;
+  throw UsageError(std::string("--bom: ") + jxhost_encoding_name(encoding) + " has no mark");
+}
+
 void Target::require_mark(uint32_t encoding) const {
-  if (byte_order_mark(encoding).empty()) {
-    throw UsageError(std::string("--bom: ") + jxhost_encoding_name(encoding) + " has no mark");
-  }
+  cli::require_mark(encoding);
   if (head_.empty() || byte_order_mark_size(head_, encoding) > 0) return;
   throw UsageError("--bom: '" + shown_ + "' begins without a mark and is changed in place");
 }
@@ -156,7 +163,7 @@ void Target::require_mark(uint32_t encoding) const {
 bool Target::is_terminal() const { return ::isatty(fd()) == 1; }
 
 bool Target::is_forced() const {
-  return place_.own_fd < 0 && (replacement_ || S_ISREG(status_.st_mode));
+  return place_.own_fd < 0 && (replacement_ || mode_ == Mode::kRevise || S_ISREG(status_.st_mode));
 }
 
 wem::OpenOptions Target::options() const {
@@ -170,6 +177,7 @@ wem::OpenOptions Target::options() const {
 }
 
 wem::File &Target::open(const wem::OpenOptions &options) {
+  if (mode_ == Mode::kRevise) replacement_.emplace(place_, held_.get(), shown_);
   file_ = session_.open_descriptor(fd(), options, shown_);
   return file_;
 }
@@ -189,7 +197,7 @@ void Target::commit() {
   require_written(tolerable(file_.flush()));
   require_written(tolerable(file_.close()));
   is_new_ = false;
-  if (replacement_) replacement_->put_in_place();
+  if (replacement_) replacement_->put_in_place(backup_suffix_);
 }
 
 }  // namespace cli

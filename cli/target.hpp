@@ -24,6 +24,9 @@ class CreationMask {
   mode_t umask_;
 };
 
+// Throws a UsageError when an encoding has no byte-order mark.
+void require_mark(uint32_t encoding);
+
 // A new content is written to a file beside the target and takes its place when it is complete:
 // until then the target stays as it was. Additions and updates are made in place, and so is
 // everything written to what is not a regular file. What is open already, standard output first of
@@ -32,8 +35,9 @@ class CreationMask {
 // Everything happens through descriptors that are opened once, so no other file is ever reached.
 class Target {
  public:
-  // Whether the target's old content goes (and its permissions stay) or is changed in place.
-  enum class Mode { kReplace, kAppend, kUpdate };
+  // Whether the target's old content goes (and its permissions stay) or is changed in place. A
+  // target to revise is a file or a free name; a new content is made only when it is opened.
+  enum class Mode { kReplace, kAppend, kUpdate, kRevise };
 
   // name is a path, or "-" for standard output. Makes a missing target that is changed in place;
   // nothing else is changed yet. A Failure when it cannot be written.
@@ -44,6 +48,13 @@ class Target {
   // got nothing.
   ~Target();
 
+  // A descriptor of the old file of a target to revise, locked against others; -1 when there is
+  // none or it may not be read.
+  int old_fd() const { return is_readable_ ? held_.get() : -1; }
+  // What was found under the name; all zero for a free name.
+  const struct ::stat &file_status() const { return status_; }
+  // The old file keeps the target's name with this suffix when it is replaced.
+  void set_backup(std::string suffix) { backup_suffix_ = std::move(suffix); }
   // Throws a Failure when the source is the same regular file.
   void refuse_same(const struct ::stat &source) const;
   // The encoding of what is written: as asked, or when that is 0 by the byte-order mark of a target
@@ -82,7 +93,9 @@ class Target {
   Place place_;
   Descriptor held_;            // the target: what is changed in place, or the old file
   struct ::stat status_ = {};  // of the target as it was found; all zero when it is to be made
+  bool is_readable_ = false;   // the old file
   bool is_new_ = false;        // made, and not committed yet
+  std::string backup_suffix_;
   std::string head_;
   wem::File guard_;  // holds the lock of a target that is replaced
   std::optional<Replacement> replacement_;

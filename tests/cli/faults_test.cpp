@@ -55,6 +55,8 @@ TEST_F(Faults, OldOrNewAndTold) {
       {"convert in out --to utf-16le --no-bom", "out", "old", "t\0e\0x\0t\0\n\0m\0o\0r\0e\0\n\0"s,
        3},
       {"convert in new --no-bom", "new", "", "text\nmore\n", 3},
+      {"convert --in-place --backup .b --to utf-16le in", "in", "text\nmore\n",
+       "t\0e\0x\0t\0\n\0m\0o\0r\0e\0\n\0"s, 3},
       {"write out", "out", "old", "given\n", 3},
       {"cp in new", "new", "", "text\nmore\n"},
       {"cp tree x", "x/a/one", "", "1"},
@@ -92,6 +94,8 @@ TEST_F(Faults, OldOrNewAndTold) {
           EXPECT_TRUE(content == command.new_content ||
                       (outcome.code != 0 && content == command.old_content))
               << content;
+          const bool has_backup = names().find(".b ") != std::string::npos;
+          EXPECT_TRUE(cleans(call) || !has_backup || get("in.b") != content) << names();
           EXPECT_TRUE(cleans(call) || names().find(".jxfile") == std::string::npos) << names();
         }
         EXPECT_TRUE(call != "fsync"s || n == command.syncs) << command.arguments << n;

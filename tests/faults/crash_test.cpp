@@ -209,7 +209,8 @@ class CrashOfTheProgram : public Crash, public testing::WithParamInterface<const
 INSTANTIATE_TEST_SUITE_P(Commands, CrashOfTheProgram,
                          testing::Values("convert in out --to utf-16le",
                                          "convert in fresh --to utf-16le", "cp in fresh",
-                                         "write out", "write --append out"));
+                                         "convert --in-place --to utf-16le out", "write out",
+                                         "write --append out"));
 
 TEST_P(CrashOfTheProgram, TargetsAreOldOrNew) {
   const std::string command = GetParam();

@@ -1,0 +1,27 @@
+// How "convert" converts, whatever it is given.
+#pragma once
+
+#include "cli/arguments.hpp"
+
+namespace cli {
+
+class Session;
+
+struct Conversion {
+  Encoding from;  // not named: by the byte-order mark
+  uint32_t to = 0;
+  uint32_t record_length = 0;
+  bool wants_mark = false;    // --bom, or an encoding that begins with one
+  bool refuses_mark = false;  // --no-bom
+  bool is_append = false;
+
+  // Whether the output begins with a byte-order mark.
+  bool has_mark(bool input_has_mark) const {
+    return (wants_mark || input_has_mark) && !refuses_mark;
+  }
+};
+
+// Converts files in place or into a folder. The exit code.
+int convert_many(Session &session, const Arguments &arguments, Conversion conversion);
+
+}  // namespace cli

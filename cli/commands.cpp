@@ -9,8 +9,9 @@ namespace {
 constexpr Option kJson = {"--json", nullptr, "one JSON object a line instead of text"};
 constexpr Option kFrom = {"--from", "ENC",
                           "encoding of the input (default: its byte-order mark, else utf-8)"};
-constexpr Option kTo = {"--to", "ENC",
-                        "encoding of the output (default: utf-8; in place, as a mark there says)"};
+constexpr Option kTo = {
+    "--to", "ENC",
+    "encoding of the output (default: utf-8, or as the mark of a file to add to says)"};
 constexpr Option kAppend = {"--append", nullptr, "add to the end of the file, in place"};
 constexpr Option kBom = {"--bom", nullptr, "begin the output with a byte-order mark"};
 constexpr std::span<const Operand> kNoOperands;
@@ -48,6 +49,10 @@ constexpr auto kConvertOptions = std::to_array<Option>({
     kReadLength,
     {"--records", "KIND",
      "stream: everything as it is (default); text: every line ends in a line feed"},
+    {"--eol", "KIND", "end every line in lf, crlf, cr or nel (default: keep)"},
+    {"--final-eol", "HOW", "add: end the last line too (default: keep)"},
+    {"--on-error", "HOW", "what is no text or not in ENC: replace, skip or escape (default: stop)"},
+    {"--translit", nullptr, "write characters that are not in ENC with others, where possible"},
     {"--in-place", nullptr, "convert each file given and put the result in its place"},
     {"--backup", "SUFFIX", "in place: keep the old file under its name with SUFFIX added"},
     {"--into", "DIR", "convert each file given to a file of the same name in this folder"},
@@ -153,7 +158,15 @@ constexpr auto kCommands = std::to_array<Command>({
      "replaced when everything is written; a failure leaves it as it was. --append adds to "
      "it in place. --in-place and --into convert any number of files: each is replaced as a whole "
      "or not at all, one whose bytes would stay the same is not touched, and one that fails does "
-     "not stop the others. A backup never replaces a file.",
+     "not stop the others. A backup never replaces a file. "
+     "--eol gives every line the same end; a line feed, a carriage return, both, and NEL (U+0085, "
+     "0x15 in EBCDIC) are one each. --on-error goes on after bytes that are no text and characters "
+     "that the target encoding does not have: replace writes U+FFFD, or a question mark where "
+     "there "
+     "is none; skip leaves them out; escape writes \\x{ff} for a byte and \\u{20ac} for a "
+     "character, "
+     "and \\u{7b} for the brace of text that looks so, which makes it reversible. Their number and "
+     "the first places go to standard error.",
      "jxfile convert --from utf-8 --to utf-16le --bom in.txt out.txt", kConvertOperands,
      kConvertOptions, run_convert},
     {"write", "write records from standard input",

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cli/arguments.hpp"
+#include "cli/text_changes.hpp"
 
 namespace cli {
 
@@ -14,6 +15,7 @@ struct Conversion {
   bool wants_mark = false;    // --bom, or an encoding that begins with one
   bool refuses_mark = false;  // --no-bom
   bool is_append = false;
+  TextChanges changes;
 
   // Whether the output begins with a byte-order mark.
   bool has_mark(bool input_has_mark) const {

@@ -18,6 +18,8 @@ Conversion conversion_of(const Arguments &arguments) {
   conversion.wants_mark = arguments.has("--bom") || arguments.encoding("--to").follows_mark();
   conversion.refuses_mark = arguments.has("--no-bom");
   conversion.is_append = arguments.has("--append");
+  conversion.changes = text_changes(arguments);
+  if (conversion.changes.transliterates) use_locale();
   if (arguments.has("--bom") && conversion.refuses_mark) {
     throw UsageError("--bom and --no-bom cannot be given together");
   }
@@ -44,20 +46,31 @@ bool is_text_fault(wem::Status status) {
   throw Failure(input.shown(), status, detail);
 }
 
-// Everything as it is: bytes in, one conversion by the module, bytes out.
-void convert_stream(Session &session, const Conversion &conversion, Input &input, Target &target) {
+// Everything as it is, but for what is asked: bytes in, one conversion, bytes out. Returns what was
+// put up with.
+std::string convert_stream(Session &session, const Conversion &conversion, Input &input,
+                           Target &target) {
   const uint32_t room = conversion.record_length;
   wem::File source = input.open(wem::OpenOptions::input().binary(room).direct().direct_transfer());
   ByteReader reader(source, input.shown(), room);
   const std::string_view head = reader.next();
   const uint32_t from = settle(conversion.from, head);
   const size_t mark_bytes = byte_order_mark_size(head, from);
-  // The conversion by the module tells of a fault without its place, and passes equal encodings
-  // on unread. A file is searched for the place afterwards; what must not be written past the
-  // fault, or cannot be read again, is checked on the way.
-  const bool is_checked = conversion.is_append || from == conversion.to || !input.is_rereadable();
+  const TextChanges &changes = conversion.changes;
+  std::optional<TextFilter> filter;
+  if (!changes.is_none()) {
+    filter.emplace(session, from, conversion.to, changes);
+    filter->begin(input.shown(), mark_bytes);
+  }
+  // A conversion tells of a fault without its place, and the module passes equal encodings on
+  // unread. A file is searched for the place afterwards; what must not be written past the fault,
+  // or cannot be read again, is checked on the way.
+  const bool is_unread = from == conversion.to && !filter;
+  const bool is_checked =
+      !changes.is_lenient() && (conversion.is_append || is_unread || !input.is_rereadable());
   StreamWriter writer(session, target, from, conversion.to,
-                      is_checked ? std::optional<uint64_t>(mark_bytes) : std::nullopt);
+                      is_checked ? std::optional<uint64_t>(mark_bytes) : std::nullopt,
+                      filter ? &*filter : nullptr);
   writer.open(with_mark(target.options(), conversion, mark_bytes > 0), room);
   Progress progress(target.is_terminal() ? 0 : input.size());
   uint64_t done = head.size();
@@ -70,10 +83,12 @@ void convert_stream(Session &session, const Conversion &conversion, Input &input
   }
   const wem::Status status = writer.finish(input.shown());
   if (!status.ok()) fail(input, target, conversion, from, status);
-  if (is_checked) return;
+  if (filter) return filter->tally_text();
+  if (is_checked) return {};
   if (const auto fault = input.find_cut_end(from, conversion.to)) {
     throw to_failure(input.shown(), *fault);
   }
+  return {};
 }
 
 // Line by line: every line ends in one line feed afterwards.
@@ -134,6 +149,9 @@ int run_convert(Session &session, const Arguments &arguments) {
   const std::string kind = arguments.text("--records", "stream");
   if (kind != "stream" && kind != "text") throw UsageError("--records is text or stream");
   const bool is_text = kind == "text";
+  if (is_text && !conversion.changes.is_none()) {
+    throw UsageError("--records text changes nothing else: leave it out, and use --eol lf");
+  }
   if (is_for_many(arguments)) {
     if (is_text) throw UsageError("--records text converts one file to another");
     return convert_many(session, arguments, conversion);
@@ -146,12 +164,14 @@ int run_convert(Session &session, const Arguments &arguments) {
   target.refuse_same(input.file_status());
   conversion.to = target.encoding(settle(arguments.encoding("--to"), target.head()));
   if (arguments.has("--bom")) target.require_mark(conversion.to);
+  std::string tally;
   if (is_text) {
     convert_text(conversion, input, target);
   } else {
-    convert_stream(session, conversion, input, target);
+    tally = convert_stream(session, conversion, input, target);
   }
   target.commit();
+  if (!tally.empty()) session.note(input.shown() + ": " + tally);
   return 0;
 }
 

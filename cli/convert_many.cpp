@@ -64,10 +64,8 @@ class Converter {
   }
 
   TextFilter &filter(uint32_t from) {
-    if (filter_ && from == from_) {
-      filter_->restart();
-    } else {
-      filter_.emplace(session_, from, plan_.conversion.to);
+    if (!filter_ || from != from_) {
+      filter_.emplace(session_, from, plan_.conversion.to, plan_.conversion.changes);
       from_ = from;
     }
     return *filter_;
@@ -90,6 +88,7 @@ class Converter {
     const auto write = [&revision](std::string_view bytes) { revision.write(bytes); };
     if (conversion.has_mark(mark_bytes > 0)) write(byte_order_mark(conversion.to));
     TextFilter &text = filter(from);
+    text.begin(input.shown(), mark_bytes);
     wem::Status status = text.feed(head.substr(mark_bytes), write);
     while (status.ok() && !reader.is_at_end()) status = text.feed(reader.next(), write);
     if (status.ok()) status = text.finish(write);
@@ -98,6 +97,7 @@ class Converter {
     job.old_bytes = static_cast<uint64_t>(target.file_status().st_size);
     job.is_changed = revision.commit();
     job.new_bytes = revision.size();
+    job.tally = text.tally_text();
   }
 
   Session &session_;
@@ -127,7 +127,13 @@ class Report {
       ++failed_count_;
       progress_.hide();
       session_.report(std::move(*job.failure));
-    } else if (is_trial_ && job.is_changed) {
+      return;
+    }
+    if (!job.tally.empty()) {
+      progress_.hide();
+      session_.note(job.input + ": " + job.tally);
+    }
+    if (is_trial_ && job.is_changed) {
       print_trial(job);
     }
   }
@@ -151,6 +157,9 @@ class Report {
 int convert_many(Session &session, const Arguments &arguments, Conversion conversion) {
   conversion.to = settle(arguments.encoding("--to"), {});
   if (arguments.has("--bom")) require_mark(conversion.to);
+  // What an encoding cannot do is wrong usage, not the failure of each file.
+  FaultTally none;
+  static_cast<void>(Encoder(session, conversion.to, conversion.changes, {}, none));
   const auto threads =
       static_cast<size_t>(arguments.number("--jobs", processor_count(), 1, kMostThreads));
   Plan plan = make_plan(session, arguments, conversion);

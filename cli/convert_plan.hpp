@@ -29,6 +29,7 @@ struct Job {
   uint64_t new_bytes = 0;
   bool had_old = false;
   bool is_changed = false;
+  std::string tally;  // of the faults that were put up with
 };
 
 struct Plan {

@@ -31,8 +31,12 @@ std::string_view ByteReader::next() {
 }
 
 StreamWriter::StreamWriter(Session &session, Target &target, uint32_t from, uint32_t to,
-                           std::optional<uint64_t> check_offset)
-    : target_(target), from_(from), to_(to), held_offset_(check_offset.value_or(0)) {
+                           std::optional<uint64_t> check_offset, TextFilter *filter)
+    : target_(target),
+      from_(filter ? to : from),
+      to_(to),
+      filter_(filter),
+      held_offset_(check_offset.value_or(0)) {
   if (check_offset) finder_.emplace(session, from, to, held_offset_);
 }
 
@@ -43,8 +47,26 @@ wem::File &StreamWriter::open(const wem::OpenOptions &options, uint32_t chunk_by
   return *file_;
 }
 
+// What came out of a filter, in records of the target.
+TextFilter::Sink StreamWriter::sink(wem::Status *status_out) {
+  return [this, status_out](std::string_view bytes) {
+    while (status_out->ok() && !bytes.empty()) {
+      const std::string_view part = bytes.substr(0, chunk_bytes_);
+      *status_out = write_bytes(*file_, part);
+      bytes.remove_prefix(part.size());
+    }
+  };
+}
+
+wem::Status StreamWriter::put(std::string_view bytes) {
+  if (!filter_) return write_bytes(*file_, bytes);
+  wem::Status written;
+  const wem::Status converted = filter_->feed(bytes, sink(&written));
+  return written.ok() ? converted : written;
+}
+
 wem::Status StreamWriter::write(std::string_view chunk, const std::string &source) {
-  if (!finder_) return write_bytes(*file_, chunk);
+  if (!finder_) return put(chunk);
   held_ += chunk;
   const bool is_good = finder_->feed(chunk);
   size_t checked = held_.size() - finder_->unchecked_bytes();
@@ -62,7 +84,7 @@ wem::Status StreamWriter::write_held(size_t count) {
   std::string_view left = std::string_view(held_).substr(0, count);
   while (status.ok() && !left.empty()) {
     const std::string_view part = left.substr(0, chunk_bytes_);
-    status = write_bytes(*file_, part);
+    status = put(part);
     left.remove_prefix(part.size());
   }
   held_.erase(0, count);
@@ -72,7 +94,12 @@ wem::Status StreamWriter::write_held(size_t count) {
 
 wem::Status StreamWriter::finish(const std::string &source) {
   if (finder_ && !finder_->finish()) throw to_failure(source, *finder_->fault());
-  const wem::Status status = write_held(held_.size());
+  wem::Status status = write_held(held_.size());
+  if (status.ok() && filter_) {
+    wem::Status written;
+    status = filter_->finish(sink(&written));
+    if (!written.ok()) status = written;
+  }
   // Nothing at all places a byte-order mark.
   return status.ok() ? write_bytes(*file_, {}) : status;
 }

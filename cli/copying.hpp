@@ -10,6 +10,7 @@
 
 #include "cli/fault.hpp"
 #include "cli/target.hpp"
+#include "cli/text_filter.hpp"
 
 namespace cli {
 
@@ -41,8 +42,9 @@ class StreamWriter {
  public:
   // check_offset: check the bytes, of which the first has this offset in its source, line by line
   // before they are written; what comes before a line with a fault is then written, nothing after.
+  // filter: converts instead of the module, or null; lives longer.
   StreamWriter(Session &session, Target &target, uint32_t from, uint32_t to,
-               std::optional<uint64_t> check_offset);
+               std::optional<uint64_t> check_offset, TextFilter *filter = nullptr);
 
   // Opens the target with options that say how, but not in what format. Chunks are at most
   // chunk_bytes long.
@@ -55,10 +57,13 @@ class StreamWriter {
 
  private:
   wem::Status write_held(size_t count);
+  wem::Status put(std::string_view bytes);
+  TextFilter::Sink sink(wem::Status *status_out);
 
   Target &target_;
   uint32_t from_;
   uint32_t to_;
+  TextFilter *filter_;
   wem::File *file_ = nullptr;
   std::optional<FaultFinder> finder_;
   std::string held_;      // lines not checked to their end

@@ -4,42 +4,76 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "cli/decoder.hpp"
+#include "cli/encoder.hpp"
+#include "cli/line_end_filter.hpp"
 #include "cli/session.hpp"
 
 namespace cli {
 
-// Converts a text, whose chunks may end inside a character.
+// Converts a text, whose chunks may end inside a character: by one transcoder, with line ends
+// changed in the bytes that come out of it, or through characters where that cannot be done.
 class TextFilter {
  public:
   // Takes what came out, in order.
   using Sink = std::function<void(std::string_view)>;
 
-  TextFilter(Session &session, uint32_t from, uint32_t to);
+  TextFilter(Session &session, uint32_t from, uint32_t to, const TextChanges &changes);
+  TextFilter(const TextFilter &) = delete;
+  TextFilter &operator=(const TextFilter &) = delete;
 
-  // Converts the next bytes. A status of the host for a fault; what comes out of the bytes before
-  // it is then incomplete.
+  // Begins a text: what messages call it, and the offset of its first byte.
+  void begin(const std::string &shown, uint64_t offset);
+  // Converts the next bytes. A status of the host for a fault, what comes out of the bytes before
+  // it is then incomplete; or a Failure with its place.
   wem::Status feed(std::string_view bytes, const Sink &sink);
   // Takes note of the end: malformed when it cuts a character off.
   wem::Status finish(const Sink &sink);
-  // Makes it ready for another text in the same encodings.
-  void restart();
+  // What was put up with, for a message; empty for nothing.
+  std::string tally_text() const { return tally_.text(changes_.on_fault); }
 
  private:
+  // What works on characters, for one text.
+  struct Characters {
+    Characters(Session &session, const TextFilter &filter, const std::string &shown,
+               uint64_t offset, FaultTally &tally)
+        : encoder(session, filter.to_, filter.changes_, shown, tally),
+          decoder(session, filter.from_, offset, filter.changes_.on_fault, encoder.substitute(),
+                  tally),
+          line_ends(filter.changes_, U'\n', U'\r', U"\u0085") {}
+    Encoder encoder;
+    Decoder decoder;
+    LineEndFilter<char32_t> line_ends;
+    uint64_t lines = 0;  // that ended
+  };
+
+  bool is_through_characters() const;
+  void put_bytes(const Sink &sink);
   wem::Status convert(std::string_view bytes);
+  bool encode(std::u32string_view text, bool is_last);
+  wem::Status put(std::u32string_view text, bool is_last, const Sink &sink);
 
   Session &session_;
   uint32_t from_;
   uint32_t to_;
+  TextChanges changes_;
+  FaultTally tally_;
   std::string line_end_;      // in the one encoding
   std::string line_end_out_;  // and in the other
-  bool may_shift_;            // one may be in a state that outlasts the text
+  bool may_shift_;            // one may be in a state that outlasts a text
   std::optional<Transcoder> transcoder_;
   std::unique_ptr<char[]> room_;
   size_t room_bytes_ = 0;
-  size_t produced_ = 0;  // by the last conversion
+  size_t produced_ = 0;                           // by the last conversion
+  std::optional<LineEndFilter<char>> line_ends_;  // of what the transcoder makes
+  std::string changed_bytes_;
+  std::optional<Characters> characters_;
+  std::u32string text_;     // a part of the text
+  std::u32string changed_;  // with other line ends
 };
 
 }  // namespace cli

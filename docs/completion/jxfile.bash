@@ -7,7 +7,7 @@ _jxfile() {
   fi
   case ${COMP_WORDS[1]} in
     lines) options='--from --record-length --direct -n --number --mark --json --module --expand --help' ;;
-    convert) options='--from --to --bom --no-bom --append --record-length --records --in-place --backup --into --files0-from --jobs --dry-run --module --expand --help' ;;
+    convert) options='--from --to --bom --no-bom --append --record-length --records --eol --final-eol --on-error --translit --in-place --backup --into --files0-from --jobs --dry-run --module --expand --help' ;;
     write) options='--records --to --bom --append --update --at --record-length --module --expand --help' ;;
     bytes) options='--raw --record-length --offset --count --json --module --expand --help' ;;
     truncate) options='--module --expand --help' ;;

@@ -21,7 +21,8 @@ constexpr uint64_t kMostThreads = 1024;
 // Converts one file after another on one thread.
 class Converter {
  public:
-  Converter(Session &session, const Plan &plan) : session_(session), plan_(plan) {}
+  Converter(Session &session, const Plan &plan, ChangedFolders &folders)
+      : session_(session), plan_(plan), folders_(folders) {}
 
   void convert(Job &job) {
     if (job.failure) return;
@@ -95,20 +96,22 @@ class Converter {
     if (!status.ok()) fail(input, from, status);
     job.had_old = target.file_status().st_nlink > 0;
     job.old_bytes = static_cast<uint64_t>(target.file_status().st_size);
-    job.is_changed = revision.commit();
+    job.is_changed = revision.commit(&folders_);
     job.new_bytes = revision.size();
     job.tally = text.tally_text();
   }
 
   Session &session_;
   const Plan &plan_;
+  ChangedFolders &folders_;
   std::optional<TextFilter> filter_;  // the last one
   uint32_t from_ = 0;                 // of it
 };
 
 // What one thread works with.
 struct Worker {
-  Worker(const Session &session, const Plan &plan) : own(session), converter(own, plan) {}
+  Worker(const Session &session, const Plan &plan, ChangedFolders &folders)
+      : own(session), converter(own, plan, folders) {}
   Session own;
   Converter converter;
 };
@@ -165,9 +168,10 @@ int convert_many(Session &session, const Arguments &arguments, Conversion conver
   Plan plan = make_plan(session, arguments, conversion);
   const size_t count = plan.jobs.size();
   static_cast<void>(session.module());
+  ChangedFolders folders;
   std::vector<std::unique_ptr<Worker>> workers;
   while (workers.size() < std::min(threads, count)) {
-    workers.push_back(std::make_unique<Worker>(session, plan));
+    workers.push_back(std::make_unique<Worker>(session, plan, folders));
   }
   const size_t failed = [&] {
     Report report(session, plan);
@@ -177,6 +181,7 @@ int convert_many(Session &session, const Arguments &arguments, Conversion conver
         [&](size_t index) { report.add(plan.jobs[index], index); });
     return report.failed_count();
   }();
+  folders.sync();
   if (failed == 0) return 0;
   session.output().flush();
   if (count > 1) {

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -19,6 +20,25 @@ constexpr mode_t kOwnOnly = 0600;  // until the old file's permissions are known
 constexpr mode_t kForNew = 0666;   // reduced by the umask or the folder's default access list
 
 }  // namespace
+
+// A folder that may not be read cannot be opened to be made durable.
+void ChangedFolders::add(int folder_fd, const std::string &shown) {
+  struct ::stat status = {};
+  if (::fstat(folder_fd, &status) != 0) throw system_failure(shown, errno);
+  const std::lock_guard guard(mutex_);
+  const bool is_known = std::ranges::any_of(
+      folders_, [&](const Folder &folder) { return is_same_file(folder.status, status); });
+  if (is_known) return;
+  Descriptor folder(::openat(folder_fd, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (folder.get() >= 0) folders_.push_back({status, std::move(folder), shown});
+}
+
+void ChangedFolders::sync() const {
+  for (const Folder &folder : folders_) {
+    if (::fsync(folder.descriptor.get()) == 0 || errno == EINVAL || errno == EROFS) continue;
+    throw system_failure(folder.shown, errno);
+  }
+}
 
 Replacement::Replacement(const Place &place, int old_fd, std::string shown)
     : place_(place), old_fd_(old_fd), shown_(std::move(shown)) {
@@ -119,7 +139,7 @@ void Replacement::replace_old(const std::string &backup_suffix) {
   backup_.clear();
 }
 
-void Replacement::put_in_place(const std::string &backup_suffix) {
+void Replacement::put_in_place(const std::string &backup_suffix, ChangedFolders *folders) {
   if (old_fd_ >= 0) {
     replace_old(backup_suffix);
   } else {
@@ -133,14 +153,9 @@ void Replacement::put_in_place(const std::string &backup_suffix) {
       ::fstat(fd(), &own) == 0 &&
       ::fstatat(place_.folder.get(), place_.name.c_str(), &placed, AT_SYMLINK_NOFOLLOW) == 0;
   if (!is_placed || !is_same_file(own, placed)) throw changed_failure(shown_);
-  sync_folder();
-}
-
-// Makes the name durable. A folder that may not be read cannot be opened for that.
-void Replacement::sync_folder() const {
-  const Descriptor folder(::openat(place_.folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (folder.get() < 0 || ::fsync(folder.get()) == 0 || errno == EINVAL || errno == EROFS) return;
-  throw system_failure(shown_, errno);
+  ChangedFolders this_one;
+  (folders ? *folders : this_one).add(place_.folder.get(), shown_);
+  this_one.sync();
 }
 
 // The file or the place is gone, or the place is taken: somebody else was at work.

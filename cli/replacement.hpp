@@ -1,13 +1,34 @@
 // A new content that takes the place of a file at once.
 #pragma once
 
+#include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "cli/place.hpp"
 #include "cli/signals.hpp"
 
 namespace cli {
+
+// Folders whose new names are to be made durable: once for all files that got a place in them. Any
+// thread may add one.
+class ChangedFolders {
+ public:
+  // Takes note of a folder, which shown is in. A Failure under shown's name.
+  void add(int folder_fd, const std::string &shown);
+  // Makes the names durable.
+  void sync() const;
+
+ private:
+  struct Folder {
+    struct ::stat status;
+    Descriptor descriptor;
+    std::string shown;
+  };
+  std::mutex mutex_;
+  std::vector<Folder> folders_;
+};
 
 // A file without a name in the target's folder or, where the system has no such files, under a
 // hidden name that nobody can guess. It is reached by its descriptor only; others may change names
@@ -29,7 +50,8 @@ class Replacement {
   // sticky bits and extended attributes do not pass to a new content. A Failure leaves the old
   // file. With a suffix the old file stays under its name with the suffix added, which must be
   // free.
-  void put_in_place(const std::string &backup_suffix = {});
+  // folders: what takes note of the folder instead of making the name durable at once; or null.
+  void put_in_place(const std::string &backup_suffix, ChangedFolders *folders);
 
  private:
   bool can_be_linked() const;
@@ -38,7 +60,6 @@ class Replacement {
   void take_empty_place();
   void replace_old(const std::string &backup_suffix);
   void link_backup(const std::string &suffix);
-  void sync_folder() const;
   Failure naming_failure(int error) const;
   Failure failure(int error) const;
 

@@ -46,11 +46,11 @@ void Revision::write_new(std::string_view bytes) {
   }
 }
 
-bool Revision::commit() {
+bool Revision::commit(ChangedFolders *folders) {
   if (!is_new_ && size_ != static_cast<uint64_t>(target_.file_status().st_size)) begin();
   if (!is_new_) return false;
   write_new({});
-  if (!is_trial_) target_.commit();
+  if (!is_trial_) target_.commit(folders);
   return true;
 }
 

@@ -17,8 +17,9 @@ class Revision {
 
   // Adds bytes to the new content. A Failure of the target.
   void write(std::string_view bytes);
-  // Puts the new content in place. False when it is the old one, which then stays.
-  bool commit();
+  // Puts the new content in place, see Target::commit. False when it is the old one, which then
+  // stays.
+  bool commit(ChangedFolders *folders);
   // The size of the new content so far.
   uint64_t size() const { return size_; }
 

@@ -16,6 +16,8 @@ namespace {
 // Those that end a program by default and that it may outlive for a moment.
 constexpr int kEndingSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGXCPU};
 
+constexpr int kLongestWait = 2000;  // milliseconds
+
 // Threads with signals blocked that are about to change what is cleaned up, and whether a signal
 // has come that waits for them.
 constinit std::atomic<int> busy_count = 0;
@@ -72,7 +74,8 @@ void SignalCleanup::delist() {
 // program as soon as this returns.
 void SignalCleanup::clean_up_all(int signal) {
   is_ending = true;
-  while (busy_count > 0) pause_a_moment();
+  // A thread that is kept for longer may itself wait for this one, such as for memory.
+  for (int left = kLongestWait; left > 0 && busy_count > 0; --left) pause_a_moment();
   for (const SignalCleanup *item = first; item; item = item->next_) item->clean_up();
   std::raise(signal);
 }

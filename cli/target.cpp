@@ -189,7 +189,7 @@ void Target::require_written(wem::Status status, const std::string &detail) cons
   throw Failure(shown_, status, detail.empty() ? why : why + ", " + detail);
 }
 
-void Target::commit() {
+void Target::commit(ChangedFolders *folders) {
   // A pipe or a device cannot be forced anywhere; it has accepted what was written.
   const auto tolerable = [this](wem::Status status) {
     return status == JXWEM_E_FAILED && !is_forced() ? wem::Status() : status;
@@ -197,7 +197,7 @@ void Target::commit() {
   require_written(tolerable(file_.flush()));
   require_written(tolerable(file_.close()));
   is_new_ = false;
-  if (replacement_) replacement_->put_in_place(backup_suffix_);
+  if (replacement_) replacement_->put_in_place(backup_suffix_, folders);
 }
 
 }  // namespace cli

@@ -73,7 +73,8 @@ class Target {
   // Throws a Failure of the target unless the status of a write is 0. detail adds the place.
   void require_written(wem::Status status, const std::string &detail = {}) const;
   // Forces everything to the device if there is one, closes, and puts a new content in place.
-  void commit();
+  // folders: takes note of the folder instead of making a new name in it durable; or null.
+  void commit(ChangedFolders *folders = nullptr);
   // What messages call the target.
   const std::string &shown() const { return shown_; }
 

@@ -209,7 +209,7 @@ class CrashOfTheProgram : public Crash, public testing::WithParamInterface<const
 INSTANTIATE_TEST_SUITE_P(Commands, CrashOfTheProgram,
                          testing::Values("convert in out --to utf-16le",
                                          "convert in fresh --to utf-16le", "cp in fresh",
-                                         "convert --in-place --to utf-16le out", "write out",
+                                         "convert --in-place --eol crlf out", "write out",
                                          "write --append out"));
 
 TEST_P(CrashOfTheProgram, TargetsAreOldOrNew) {

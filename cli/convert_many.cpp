@@ -44,7 +44,6 @@ class Converter {
       Input input(session_, job.input, Input::Use::kBytes);
       Target target(session_, job.output, Target::Mode::kRevise);
       target.refuse_same(input.file_status());
-      refuse_input(target);
       return copy(job, input, target);
     }
     Target target(session_, job.output, Target::Mode::kRevise);
@@ -53,15 +52,6 @@ class Converter {
     target.set_backup(plan_.backup_suffix);
     Input input(session_, target.old_fd(), job.input, Input::Use::kBytes);
     copy(job, input, target);
-  }
-
-  // A file that is still to be read, or was given as one to read.
-  void refuse_input(const Target &target) const {
-    const struct ::stat &status = target.file_status();
-    const auto found = plan_.inputs.find({status.st_dev, status.st_ino});
-    if (found == plan_.inputs.end() || status.st_nlink == 0) return;
-    throw Failure(target.shown(), JXWEM_E_BADOPTIONS, *found->second)
-        .saying("it is one of the files to read");
   }
 
   TextFilter &filter(uint32_t from) {

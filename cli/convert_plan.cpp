@@ -1,7 +1,11 @@
 // Finding out which files become what.
 #include "cli/convert_plan.hpp"
 
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <map>
+#include <utility>
 
 #include "cli/copying.hpp"
 #include "cli/input.hpp"
@@ -37,28 +41,56 @@ std::string output_of(const std::string &input, const Arguments &arguments) {
   return is_file ? arguments.text("--into") + "/" + parts.name : std::string();
 }
 
-// What is wrong before anything is done: files that are given twice, also by other names, and
-// several that would become one.
-void find_clashes(Plan &plan) {
+// Files by what they are, and the name of each.
+class KnownFiles {
+ public:
+  // The name under which a file is known; null when it is not there or not known.
+  const std::string *find(const std::string &name) const {
+    struct ::stat status = {};
+    if (::stat(name.c_str(), &status) != 0) return nullptr;
+    const auto found = names_.find({status.st_dev, status.st_ino});
+    return found == names_.end() ? nullptr : found->second;
+  }
+  // Adds a file, whose name lives longer. The name under which it is known already, or null.
+  const std::string *add(const std::string &name) {
+    struct ::stat status = {};
+    if (::stat(name.c_str(), &status) != 0) return nullptr;
+    const auto [entry, is_new] = names_.try_emplace({status.st_dev, status.st_ino}, &name);
+    return is_new ? nullptr : entry->second;
+  }
+
+ private:
+  std::map<std::pair<dev_t, ino_t>, const std::string *> names_;
+};
+
+Failure clash(const std::string &name, const std::string &other, const char *why) {
+  return Failure(name, JXWEM_E_BADOPTIONS, other).saying(why);
+}
+
+void find_clashes_in_place(std::vector<Job> &jobs) {
+  KnownFiles known;
+  for (Job &job : jobs) {
+    const std::string *same = known.add(job.input);
+    if (same) job.failure = clash(job.input, *same, "it is the same file as one before it");
+  }
+}
+
+void find_clashes_in_folder(std::vector<Job> &jobs) {
+  KnownFiles inputs;
   std::map<std::string, const std::string *> outputs;
-  for (Job &job : plan.jobs) {
+  for (const Job &job : jobs) static_cast<void>(inputs.add(job.input));
+  for (Job &job : jobs) {
     if (job.output.empty()) {
       job.failure = Failure(job.input, JXWEM_E_BADNAME).saying("it has no name in a folder");
       continue;
     }
-    struct ::stat status = {};
-    if (::stat(job.input.c_str(), &status) == 0) {
-      const auto [same, is_first] =
-          plan.inputs.try_emplace({status.st_dev, status.st_ino}, &job.input);
-      if (!is_first && plan.is_in_place) {
-        job.failure = Failure(job.input, JXWEM_E_BADOPTIONS, *same->second)
-                          .saying("it is the same file as one before it");
-      }
-    }
     const auto [same, is_first] = outputs.try_emplace(job.output, &job.input);
-    if (is_first || plan.is_in_place) continue;
-    job.failure = Failure(job.input, JXWEM_E_BADOPTIONS, *same->second)
-                      .saying("another file has the same name in the folder");
+    const std::string *replaced = inputs.find(job.output);
+    if (!is_first) {
+      job.failure = clash(job.input, *same->second, "another file has the same name in the folder");
+    } else if (replaced) {
+      job.failure = clash(job.output, *replaced, "it is one of the files to read");
+    }
   }
 }
 
@@ -69,7 +101,6 @@ Plan make_plan(Session &session, const Arguments &arguments, const Conversion &c
                arguments.has("--in-place"),
                arguments.has("--dry-run"),
                arguments.text("--backup"),
-               {},
                {}};
   if (plan.is_in_place && arguments.has("--into")) {
     throw UsageError("--in-place and --into cannot be given together");
@@ -94,7 +125,11 @@ Plan make_plan(Session &session, const Arguments &arguments, const Conversion &c
     job.output = output_of(name, arguments);
     job.input = std::move(name);
   }
-  find_clashes(plan);
+  if (plan.is_in_place) {
+    find_clashes_in_place(plan.jobs);
+  } else {
+    find_clashes_in_folder(plan.jobs);
+  }
   return plan;
 }
 

@@ -1,13 +1,9 @@
 // What "convert" of many files is to do.
 #pragma once
 
-#include <sys/stat.h>
-
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "cli/arguments.hpp"
@@ -17,8 +13,6 @@
 namespace cli {
 
 class Session;
-
-using FileId = std::pair<dev_t, ino_t>;
 
 // A file to convert, and what became of it.
 struct Job {
@@ -37,13 +31,13 @@ struct Plan {
   bool is_in_place;
   bool is_trial;
   std::string backup_suffix;
-  std::map<FileId, const std::string *> inputs;  // what they are, by name
   std::vector<Job> jobs;
 };
 
 // The files that operands or a list name. Those that cannot be converted beside the others have
-// their failure already: a file given twice, also by another name, and one of several that would
-// get the same name. A UsageError for options that contradict each other.
+// their failure already: a file given twice, also by another name, one of several that would get
+// the same name, and one that would replace another to read. A UsageError for options that
+// contradict each other.
 Plan make_plan(Session &session, const Arguments &arguments, const Conversion &conversion);
 
 }  // namespace cli

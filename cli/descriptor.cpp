@@ -116,13 +116,15 @@ void refuse_same_file(const struct ::stat &input, const struct ::stat &output,
               "write to another file and rename it with: jxfile mv");
 }
 
-void unlink_own(int dirfd, const char *name, int fd) {
+bool is_named(int dirfd, const char *name, int fd) {
   struct ::stat own = {};
   struct ::stat named = {};
-  const bool is_own = ::fstat(fd, &own) == 0 &&
-                      ::fstatat(dirfd, name, &named, AT_SYMLINK_NOFOLLOW) == 0 &&
-                      is_same_file(own, named);
-  if (is_own) ::unlinkat(dirfd, name, 0);
+  return ::fstat(fd, &own) == 0 && ::fstatat(dirfd, name, &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+         is_same_file(own, named);
+}
+
+void unlink_own(int dirfd, const char *name, int fd) {
+  if (is_named(dirfd, name, fd)) ::unlinkat(dirfd, name, 0);
 }
 
 std::string path_of(int fd) { return "/proc/self/fd/" + std::to_string(fd); }

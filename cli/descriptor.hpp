@@ -50,8 +50,10 @@ bool is_same_file(const struct ::stat &a, const struct ::stat &b);
 // Throws a Failure under shown's name when a command would read the regular file that it writes.
 void refuse_same_file(const struct ::stat &input, const struct ::stat &output,
                       const std::string &shown);
-// Removes a name in a directory when it is the file that fd is open on, links not followed. Safe in
-// a signal handler.
+// Whether a name in a directory is the file that fd is open on, links not followed. Safe in a
+// signal handler, as the next.
+bool is_named(int dirfd, const char *name, int fd);
+// Removes a name in a directory when it is that file.
 void unlink_own(int dirfd, const char *name, int fd);
 // A path that opens the file of a descriptor.
 std::string path_of(int fd);

@@ -36,9 +36,14 @@ constexpr auto kHints = std::to_array<Hint>({
     {JXWEM_E_TOOLONG, "allow longer records with --record-length"},
     {JXHOST_E_MALFORMED, "other text than UTF-8 is written with: jxfile convert --from ENC - FILE",
      "write"},
+    {JXHOST_E_MALFORMED, "name the encoding of the input with --from, or go on with --on-error",
+     "convert"},
     {JXHOST_E_MALFORMED, "name the encoding of the input with --from"},
     {JXHOST_E_NOROOM,
      "an encoding such as utf-7 has no text lines: use --records stream, or jxfile convert"},
+    {JXHOST_E_UNMAPPABLE,
+     "choose an encoding that has the character, such as --to utf-8, or go on with --on-error",
+     "convert"},
     {JXHOST_E_UNMAPPABLE, "choose an encoding that has the character, such as --to utf-8"},
 });
 

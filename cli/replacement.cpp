@@ -113,12 +113,15 @@ void Replacement::link_backup(const std::string &suffix) {
   const SignalsBlocked guard;
   const int result = ::linkat(AT_FDCWD, path_of(old_fd_).c_str(), place_.folder.get(), name.c_str(),
                               AT_SYMLINK_FOLLOW);
-  if (result == 0) {
+  const int error = result == 0 ? 0 : errno;
+  if (error == 0) {
     backup_ = std::move(name);
     backup_on_signal_.emplace(place_.folder.get(), backup_, old_fd_);
     return;
   }
-  if (errno != EEXIST) throw system_failure(shown_ + suffix, errno);
+  if (error != EEXIST) throw system_failure(shown_ + suffix, error);
+  // A run that was killed may have got as far as this.
+  if (is_named(place_.folder.get(), name.c_str(), old_fd_)) return;
   throw Failure(shown_ + suffix, JXWEM_E_EXISTS)
       .saying("a backup of that name is there already", "give another suffix with --backup");
 }
@@ -147,12 +150,7 @@ void Replacement::put_in_place(const std::string &backup_suffix, ChangedFolders 
   }
   hidden_.clear();
   on_signal_.release();
-  struct ::stat own = {};
-  struct ::stat placed = {};
-  const bool is_placed =
-      ::fstat(fd(), &own) == 0 &&
-      ::fstatat(place_.folder.get(), place_.name.c_str(), &placed, AT_SYMLINK_NOFOLLOW) == 0;
-  if (!is_placed || !is_same_file(own, placed)) throw changed_failure(shown_);
+  if (!is_named(place_.folder.get(), place_.name.c_str(), fd())) throw changed_failure(shown_);
   ChangedFolders this_one;
   (folders ? *folders : this_one).add(place_.folder.get(), shown_);
   this_one.sync();

@@ -2,7 +2,8 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
+#include <cstring>
+#include <cwchar>
 #include <string>
 #include <string_view>
 
@@ -48,8 +49,9 @@ class LineEndFilter {
       // Whether both are one line end, or the first is one or is none.
       text.remove_prefix(take(start, out, true) - before);
     }
+    Next next;
     while (!text.empty()) {
-      const size_t length = find_end(text);
+      const size_t length = find_end(text, next);
       if (length > 0) is_inside_line_ = true;
       out += text.substr(0, length);
       text.remove_prefix(length);
@@ -74,21 +76,37 @@ class LineEndFilter {
   }
 
  private:
+  // Where each unit that may begin a line end comes next in a part; null before it is looked for.
+  // Most texts have one kind only, so that the others are looked for once.
+  struct Next {
+    const Unit *feed = nullptr;
+    const Unit *carriage_return = nullptr;
+    const Unit *nel = nullptr;
+  };
+
   // Where a line end may begin; the length of the text when it has none.
-  size_t find_end(View text) const {
-    const Unit nel = nel_.empty() ? feed_ : nel_[0];
-    const auto may_end = [this, nel](Unit unit) {
-      return (unit == feed_) | (unit == return_) | (unit == nel);
+  size_t find_end(View text, Next &next) const {
+    const Unit *const start = text.data();
+    const auto advance = [&](const Unit *&at, Unit unit) {
+      if (!at || at < start) at = find_unit(text, unit);
+      return at;
     };
-    constexpr size_t kBlock = 32 / sizeof(Unit);  // looked at in one go
-    size_t at = 0;
-    for (; at + kBlock <= text.size(); at += kBlock) {
-      unsigned found = 0;
-      for (size_t i = 0; i < kBlock; ++i) found |= may_end(text[at + i]);
-      if (found != 0) break;
+    const Unit *end = std::min(advance(next.feed, feed_), advance(next.carriage_return, return_));
+    if (!nel_.empty()) end = std::min(end, advance(next.nel, nel_[0]));
+    return static_cast<size_t>(end - start);
+  }
+
+  // By the routines of the C library: they use the widest vectors.
+  static const Unit *find_unit(View text, Unit unit) {
+    const void *found = nullptr;
+    if constexpr (sizeof(Unit) == 1) {
+      found = std::memchr(text.data(), unit, text.size());
+    } else {
+      static_assert(sizeof(Unit) == sizeof(wchar_t));
+      found = std::wmemchr(reinterpret_cast<const wchar_t *>(text.data()),
+                           static_cast<wchar_t>(unit), text.size());
     }
-    while (at < text.size() && !may_end(text[at])) ++at;
-    return at;
+    return found ? static_cast<const Unit *>(found) : text.data() + text.size();
   }
 
   // Takes what begins like a line end, or the unit that does not go on like one. Returns how many

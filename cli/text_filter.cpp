@@ -9,6 +9,7 @@ namespace {
 constexpr size_t kBytesPerByte = 12;   // the most that a conversion makes of one byte
 constexpr size_t kSliceBytes = 65536;  // converted in one go
 constexpr size_t kPartBytes = 16384;   // the same through characters, which then stay in the caches
+constexpr size_t kCheckedBytes = 4096;  // with what comes out in the fast caches
 
 bool is_unicode(uint32_t encoding) {
   return encoding >= JX_ENCODING_UTF8 && encoding <= JX_ENCODING_UTF32LE;
@@ -21,8 +22,9 @@ TextFilter::TextFilter(Session &session, uint32_t from, uint32_t to, const TextC
       from_(from),
       to_(to),
       changes_(changes),
+      is_same_(from == JX_ENCODING_UTF8 && to == from),
       line_end_(session.encode(U"\n", from)),
-      line_end_out_(session.encode(U"\n", to)),
+      line_end_out_(session.encode(U"\n", is_same_ ? JX_ENCODING_UTF32LE : to)),
       may_shift_(!is_unicode(from) || !is_unicode(to)) {}
 
 // Of encodings without shifts, controls of one byte are in no other character.
@@ -39,12 +41,14 @@ void TextFilter::begin(const std::string &shown, uint64_t offset) {
     characters_.emplace(session_, *this, shown, offset, tally_);
     return;
   }
-  if (may_shift_ || !transcoder_) transcoder_.emplace(session_.nls(), from_, to_);
+  if (may_shift_ || !transcoder_) {
+    transcoder_.emplace(session_.nls(), from_, is_same_ ? JX_ENCODING_UTF32LE : to_);
+  }
   if (!changes_.changes_line_ends()) return;
   Encoder encoder(session_, to_, changes_, shown, tally_);
   const std::string nel(encoder.encode(U"\u0085") ? encoder.bytes() : std::string_view());
-  const std::string carriage_return = session_.encode(U"\r", to_);
-  line_ends_.emplace(changes_, line_end_out_[0], carriage_return[0], nel);
+  const std::string controls = session_.encode(U"\n\r", to_);
+  line_ends_.emplace(changes_, controls[0], controls[1], nel);
 }
 
 wem::Status TextFilter::convert(std::string_view bytes) {
@@ -56,8 +60,18 @@ wem::Status TextFilter::convert(std::string_view bytes) {
   return (*transcoder_)(bytes, {room_.get(), room_bytes_}, &produced_);
 }
 
-void TextFilter::put_bytes(const Sink &sink) {
-  const std::string_view bytes(room_.get(), produced_);
+// By way of characters, which the host makes faster than a copy.
+wem::Status TextFilter::check(std::string_view bytes) {
+  wem::Status status;
+  while (status.ok() && !bytes.empty()) {
+    const std::string_view slice = bytes.substr(0, kCheckedBytes);
+    status = convert(slice);
+    bytes.remove_prefix(slice.size());
+  }
+  return status;
+}
+
+void TextFilter::put_bytes(std::string_view bytes, const Sink &sink) {
   if (!line_ends_) return sink(bytes);
   changed_bytes_.clear();
   line_ends_->feed(bytes, changed_bytes_);
@@ -98,8 +112,8 @@ wem::Status TextFilter::feed(std::string_view bytes, const Sink &sink) {
       status = characters_->decoder.feed(slice, text_);
       if (status.ok()) status = put(text_, false, sink);
     } else {
-      status = convert(slice);
-      if (status.ok()) put_bytes(sink);
+      status = is_same_ ? check(slice) : convert(slice);
+      if (status.ok()) put_bytes(is_same_ ? slice : std::string_view(room_.get(), produced_), sink);
     }
   }
   return status;

@@ -52,7 +52,8 @@ class TextFilter {
   };
 
   bool is_through_characters() const;
-  void put_bytes(const Sink &sink);
+  wem::Status check(std::string_view bytes);
+  void put_bytes(std::string_view bytes, const Sink &sink);
   wem::Status convert(std::string_view bytes);
   bool encode(std::u32string_view text, bool is_last);
   wem::Status put(std::u32string_view text, bool is_last, const Sink &sink);
@@ -62,8 +63,9 @@ class TextFilter {
   uint32_t to_;
   TextChanges changes_;
   FaultTally tally_;
+  bool is_same_;              // UTF-8 both: bytes that are checked, not converted
   std::string line_end_;      // in the one encoding
-  std::string line_end_out_;  // and in the other
+  std::string line_end_out_;  // and in that of what the transcoder makes
   bool may_shift_;            // one may be in a state that outlasts a text
   std::optional<Transcoder> transcoder_;
   std::unique_ptr<char[]> room_;

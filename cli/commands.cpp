@@ -38,7 +38,7 @@ constexpr auto kLinesOptions = std::to_array<Option>({
 });
 
 constexpr auto kConvertOperands =
-    std::to_array<Operand>({{"IN", 0, 1, "file to read; - is standard input"},
+    std::to_array<Operand>({{"IN", 0, 1, "file to read (default: -, standard input)"},
                             {"OUT", 0, kAnyNumber,
                              "file to write (default: -, standard output); with --in-place or "
                              "--into more files to read"}});

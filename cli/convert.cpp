@@ -156,8 +156,8 @@ int run_convert(Session &session, const Arguments &arguments) {
     if (is_text) throw UsageError("--records text converts one file to another");
     return convert_many(session, arguments, conversion);
   }
-  if (arguments.operands().empty()) throw UsageError("IN is required");
-  Input input(session, arguments.operand(0), is_text ? Input::Use::kText : Input::Use::kBytes);
+  const std::string name = arguments.operands().empty() ? "-" : arguments.operand(0);
+  Input input(session, name, is_text ? Input::Use::kText : Input::Use::kBytes);
   const std::string output = arguments.operands().size() > 1 ? arguments.operand(1) : "-";
   Target target(session, output,
                 conversion.is_append ? Target::Mode::kAppend : Target::Mode::kReplace);

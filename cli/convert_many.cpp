@@ -126,9 +126,7 @@ class Report {
       progress_.hide();
       session_.note(job.input + ": " + job.tally);
     }
-    if (is_trial_ && job.is_changed) {
-      print_trial(job);
-    }
+    if (is_trial_ && job.is_changed) print_trial(job);
   }
 
  private:

@@ -114,9 +114,8 @@ void Decoder::recover() {
 }
 
 void Decoder::put_fault(const std::string &bad, uint64_t offset, std::u32string &text) {
-  tally_.add([&] {
-    return "record " + std::to_string(lines_ + 1) + ", byte offset " + std::to_string(offset) +
-           ", bytes " + to_hex(bad, " ");
+  tally_.add(lines_ + 1, [&] {
+    return "byte offset " + std::to_string(offset) + ", bytes " + to_hex(bad, " ");
   });
   if (on_fault_ == OnFault::kReplace) text += substitute_;
   if (on_fault_ == OnFault::kEscape) text += escape_of(bad);

@@ -15,11 +15,11 @@ constexpr size_t kBytesPerChar = 16;  // the most that an encoding takes, with i
 constexpr size_t kPartChars = 4096;   // tried in one go
 constexpr size_t kSmallChars = 64;    // looked through one by one
 
-// A place in messages: "record 3, U+20AC".
-std::string place_text(uint64_t record, char32_t character) {
+// What messages call a character: "U+20AC".
+std::string name_of(char32_t character) {
   std::array<char, 16> text;
   std::snprintf(text.data(), text.size(), "U+%04X", static_cast<unsigned>(character));
-  return "record " + std::to_string(record) + ", " + text.data();
+  return text.data();
 }
 
 void append_escape(char32_t character, std::u32string &out) {
@@ -103,9 +103,11 @@ void Encoder::replace(char32_t character, uint64_t lines, std::u32string &out) {
       return tally_.add_transliterated();
     }
   }
-  const auto place = [&] { return place_text(lines + 1, character); };
-  if (changes_.on_fault == OnFault::kStop) throw Failure(shown_, JXHOST_E_UNMAPPABLE, place());
-  tally_.add(place);
+  if (changes_.on_fault == OnFault::kStop) {
+    throw Failure(shown_, JXHOST_E_UNMAPPABLE,
+                  "record " + std::to_string(lines + 1) + ", " + name_of(character));
+  }
+  tally_.add(lines + 1, [character] { return name_of(character); });
   if (changes_.on_fault == OnFault::kReplace) out += substitute_;
   if (changes_.on_fault == OnFault::kEscape) append_escape(character, out);
 }

@@ -14,7 +14,11 @@ std::string FaultTally::text(OnFault on_fault) const {
   constexpr const char *kDone[] = {"", " replaced: ", " skipped: ", " escaped: "};
   std::string text;
   if (count_ > 0) {
-    text = counted(count_, "fault") + kDone[static_cast<size_t>(on_fault)] + places_;
+    text = counted(count_, "fault") + kDone[static_cast<size_t>(on_fault)];
+    for (const PlaceInText &place : places_) {
+      text += (&place == places_.data() ? "" : "; ") + ("record " + std::to_string(place.record));
+      text += ", " + place.text;
+    }
     if (count_ > kMostPlaces) text += "; and " + std::to_string(count_ - kMostPlaces) + " more";
   }
   if (transliterated_count_ == 0) return text;

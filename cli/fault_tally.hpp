@@ -1,8 +1,10 @@
 // The faults of a text that were put up with.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "cli/text_changes.hpp"
 
@@ -10,12 +12,15 @@ namespace cli {
 
 class FaultTally {
  public:
-  // Counts a fault. place makes the text of its place, "record 2, byte offset 4, bytes ff", if that
-  // is of interest.
+  // Counts a fault in a record. place makes the text of its place, "byte offset 4, bytes ff", if
+  // that is of interest.
   template <typename Place>
-  void add(Place place) {
-    if (count_ < kMostPlaces) places_ += (count_ == 0 ? "" : "; ") + place();
+  void add(uint64_t record, Place place) {
     ++count_;
+    if (places_.size() == kMostPlaces && record >= places_.back().record) return;
+    const auto after = std::ranges::upper_bound(places_, record, {}, &PlaceInText::record);
+    places_.insert(after, {record, place()});
+    if (places_.size() > kMostPlaces) places_.pop_back();
   }
   // Counts a character that others took the place of.
   void add_transliterated() { ++transliterated_count_; }
@@ -24,11 +29,17 @@ class FaultTally {
   std::string text(OnFault on_fault) const;
 
  private:
-  static constexpr uint64_t kMostPlaces = 3;
+  static constexpr size_t kMostPlaces = 3;
+  struct PlaceInText {
+    uint64_t record;
+    std::string text;
+  };
 
   uint64_t count_ = 0;
   uint64_t transliterated_count_ = 0;
-  std::string places_;  // the first
+  // The first, in order: of what is decoded at once, bytes that are no text are found before
+  // characters that the target does not have.
+  std::vector<PlaceInText> places_;
 };
 
 }  // namespace cli

@@ -92,7 +92,7 @@ TEST_F(Changes, FaultsArePutUpWith) {
       {"--on-error escape --to latin1", "é\n漢\U0001f600", "\xe9\n\\u{6f22}\\u{1f600}",
        ": 2 faults escaped: record 2, U+6F22; record 2, U+1F600\n"},
       {"--on-error replace --to ascii --eol crlf", "é\n\xffz", "?\r\n?z",
-       ": 2 faults replaced: record 2, byte offset 3, bytes ff; record 1, U+00E9\n"},
+       ": 2 faults replaced: record 1, U+00E9; record 2, byte offset 3, bytes ff\n"},
       {"--on-error replace --to ibm037", "漢", "\x6f", "U+6F22\n"},
       {"--on-error escape --from utf-16be", "\xd8\0\0a\xdc\0\0"s,
        "\\x{d8}\\x{00}a\\x{dc}\\x{00}\\x{00}", "byte offset 6, bytes 00\n"},

@@ -264,6 +264,11 @@ constexpr auto kNotes = std::to_array<Note>({
      "says, and little-endian without one; what they write begins with a mark and is "
      "little-endian, "
      "or goes on as a mark that is there says."},
+    {"JSON",
+     "--json prints an object a line. Dates and times are those of RFC 3339 with the distance from "
+     "UTC; a name that is no UTF-8 comes in base64, as the member with _base64 at its end. "
+     "jxfile.schema.json, beside the documents, says what each command prints; its $id has a "
+     "number, which changes when a member changes or goes. Members may be added."},
     {"NUMBERS",
      "N, OFFSET and LENGTH are decimal, or hexadecimal after 0x; k, M and G at the end multiply "
      "by 1024 once, twice and three times."},

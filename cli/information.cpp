@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <vector>
 
@@ -11,18 +12,27 @@
 namespace cli {
 namespace {
 
-// A local date and time in the form 2026-01-31T12:00:00. The value is local time by today's
-// distance from UTC, which may not be that of its own day.
-std::string to_date(Session &session, double modified) {
+// A date and time of a file, local and with the distance from UTC that its day has there.
+struct LocalTime {
+  std::string text;  // 2026-01-31T12:00:00
+  std::string zone;  // +01:00
+};
+
+// The value is local time by today's distance from UTC, which may not be that of its own day.
+LocalTime to_local(Session &session, double modified) {
   const double utc = modified - JX_SECONDS_1960_TO_1970 + session.module().host()->time_zone;
   const auto seconds = static_cast<std::time_t>(std::floor(utc));
   std::tm parts = {};
-  if (!::localtime_r(&seconds, &parts)) return std::to_string(modified);
+  if (!::localtime_r(&seconds, &parts)) return {std::to_string(modified), ""};
   // Not by strftime, which would read the time zone again from the environment, empty by now.
   char text[96];
   std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d", parts.tm_year + 1900,
                 parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec);
-  return text;
+  const long minutes = parts.tm_gmtoff / 60;
+  char zone[32];
+  std::snprintf(zone, sizeof zone, "%c%02ld:%02ld", minutes < 0 ? '-' : '+',
+                std::labs(minutes) / 60, std::labs(minutes) % 60);
+  return {text, zone};
 }
 
 struct ListedName {
@@ -32,7 +42,8 @@ struct ListedName {
 
 void add_info(Session &session, Row &row, const std::optional<wem::FileInfo> &info) {
   if (!info) return;
-  row.add("size", info->size_bytes).add("modified", to_date(session, info->modified));
+  const auto [text, zone] = to_local(session, info->modified);
+  row.add("size", info->size_bytes).add("modified", text + zone);
   row.add("is_dir", info->is_directory);
 }
 
@@ -42,7 +53,7 @@ std::string long_line(Session &session, const ListedName &listed) {
   char text[64];
   std::snprintf(text, sizeof text, "%c %12llu  %s  ", listed.info->is_directory ? 'd' : '-',
                 static_cast<unsigned long long>(listed.info->size_bytes),
-                to_date(session, listed.info->modified).c_str());
+                to_local(session, listed.info->modified).text.c_str());
   return text + name;
 }
 
@@ -134,7 +145,7 @@ void print_info(Session &session, const Arguments &arguments, const std::string 
     return;
   }
   session.output() << session.shown(path) + "\n  size      " + std::to_string(info.size_bytes) +
-                          " bytes\n  modified  " + to_date(session, info.modified) +
+                          " bytes\n  modified  " + to_local(session, info.modified).text +
                           "\n  kind      " + (info.is_directory ? "directory" : "file") + "\n";
 }
 

@@ -13,7 +13,7 @@ packages_aarch64=(binutils-aarch64-linux-gnu clang-19 libsimde-dev libstdc++-12-
 packages_fuzz=("${packages_test[@]}" clang-19 libclang-rt-19-dev)
 packages_check=("${packages_fuzz[@]}" "${packages_aarch64[@]}" abigail-tools binutils clang-14
   clang-format clang-tidy-19 codespell doxygen libboost-dev libc6-dbg libfmt-dev libutfcpp-dev lintian
-  llvm-19 man-db mandoc pkg-config python3 shellcheck valgrind)
+  llvm-19 man-db mandoc pkg-config python3 python3-jsonschema shellcheck valgrind)
 
 say() { printf 'jxwem: %s\n' "$*" >&2; }
 die() { say "$*"; exit 1; }

@@ -11,8 +11,8 @@
 namespace cli {
 namespace {
 
-// The encodings that a byte-order mark decides between, by their names in small letters without
-// separators. Little-endian where there is none: what this machine's programs write.
+// The encodings that a byte-order mark decides between, by their reduced names. Little-endian where
+// there is none: what this machine's programs write.
 struct MarkedFamily {
   std::string_view name;
   Encoding encoding;
@@ -20,6 +20,7 @@ struct MarkedFamily {
 
 constexpr auto kMarkedFamilies = std::to_array<MarkedFamily>({
     {"utf16", {JX_ENCODING_UTF16LE, JX_ENCODING_UTF16BE}},
+    {"unicode", {JX_ENCODING_UTF16LE, JX_ENCODING_UTF16BE}},
     {"utf32", {JX_ENCODING_UTF32LE, JX_ENCODING_UTF32BE}},
 });
 
@@ -31,7 +32,35 @@ uint64_t suffix_factor(std::string_view suffix) {
   return 0;
 }
 
+// A name in small letters without separators.
+std::string reduced(std::string_view name) {
+  std::string letters;
+  for (const char c : name) {
+    if (c != '-' && c != '_' && c != '/') {
+      letters += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+  }
+  return letters;
+}
+
+UsageError unknown_encoding(const std::string &what, const std::string &name) {
+  const char *reason = nullptr;
+  for (uint32_t i = 0; const char *left_out = jxhost_encoding_left_out_at(i, &reason); ++i) {
+    if (reduced(left_out) != reduced(name)) continue;
+    return UsageError(what + ": the encoding '" + name + "' is not converted: " + reason);
+  }
+  return UsageError(what + ": the encoding '" + name +
+                    "' is not known; list those that are with: jxfile encodings");
+}
+
 }  // namespace
+
+Encoding encoding_named(const std::string &what, const std::string &name) {
+  const uint32_t number = jxhost_encoding_by_name(name.c_str());
+  if (number == 0) throw unknown_encoding(what, name);
+  const auto row = std::ranges::find(kMarkedFamilies, reduced(name), &MarkedFamily::name);
+  return row != kMarkedFamilies.end() ? row->encoding : Encoding{number, 0};
+}
 
 uint64_t parse_number(const std::string &what, const std::string &text, uint64_t minimum,
                       uint64_t maximum) {
@@ -60,16 +89,7 @@ uint64_t Arguments::number(const std::string &option, uint64_t fallback, uint64_
 }
 
 Encoding Arguments::encoding(const std::string &option) const {
-  if (!has(option)) return {};
-  const std::string name = text(option);
-  const uint32_t number = jxhost_encoding_by_name(name.c_str());
-  if (number == 0) throw UsageError(option + ": the encoding '" + name + "' is not known");
-  std::string family;
-  for (const char c : name) {
-    if (c != '-' && c != '_') family += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  }
-  const auto row = std::ranges::find(kMarkedFamilies, family, &MarkedFamily::name);
-  return row != kMarkedFamilies.end() ? row->encoding : Encoding{number, 0};
+  return has(option) ? encoding_named(option, text(option)) : Encoding{};
 }
 
 }  // namespace cli

@@ -62,6 +62,9 @@ struct Invocation {
 // it and returns false then; a UsageError for anything that is wrong.
 bool parse_command_line(int argc, char **argv, Invocation *invocation);
 
+// An encoding by name or number; a UsageError that names what for one that is not known.
+Encoding encoding_named(const std::string &what, const std::string &name);
+
 // A number in full, decimal or hexadecimal after "0x", with an optional suffix k, M or G; a
 // UsageError that names what for anything else.
 uint64_t parse_number(const std::string &what, const std::string &text, uint64_t minimum,

@@ -138,6 +138,8 @@ constexpr auto kFormatOperands = std::to_array<Operand>(
 constexpr auto kFormatOptions = std::to_array<Option>(
     {{"--capacity", "N", "room for N characters only (default: enough)"}, kJson});
 
+constexpr auto kEncodingsOperands =
+    std::to_array<Operand>({{"ENC", 0, kAnyNumber, "only these (default: every encoding)", false}});
 constexpr auto kStatusOperands =
     std::to_array<Operand>({{"CODE", 0, 1, "number or name (default: every status)", false}});
 constexpr auto kCheckHostOperands =
@@ -217,6 +219,11 @@ constexpr auto kCommands = std::to_array<Command>({
      "and argument numbers. Options come before FORMAT.",
      "jxfile format '%05d|%-8s|%.3e' 42 left 1234.5", kFormatOperands, kFormatOptions, run_format,
      true},
+    {"encodings", "list the encodings that text can have",
+     "Prints name, number, bytes a character (from the shortest to the longest), whether the "
+     "encoding has a byte-order mark, and other names. The names of iconv -l are among them; those "
+     "few that are not converted come last, with the reason.",
+     "jxfile encodings latin1 cp932", kEncodingsOperands, kJsonOnly, run_encodings},
     {"status", "explain a status code", "Prints name and meaning of one status, or of every one.",
      "jxfile status 0x80bfe801", kStatusOperands, kJsonOnly, run_status},
     {"version", "show the module that is used",
@@ -260,7 +267,8 @@ constexpr auto kNotes = std::to_array<Note>({
     {"ENCODINGS",
      "ENC is a name such as utf-8, utf-16, utf-16le, utf-16be, utf-32le, utf-32be, ascii, latin1, "
      "iso-8859-15, windows-1252, koi8-r, shift_jis, euc-jp, gb18030, big5 or ibm037, in capitals "
-     "or not, or its number, such as 20 for utf-8. utf-16 and utf-32 read what the byte-order mark "
+     "or not, or its number, such as 20 for utf-8: jxfile encodings lists them all. utf-16 and "
+     "utf-32 read what the byte-order mark "
      "says, and little-endian without one; what they write begins with a mark and is "
      "little-endian, "
      "or goes on as a mark that is there says."},

@@ -32,6 +32,15 @@ void append_value(std::string &json, std::string_view text) {
   if (!append_json_string(json, text)) throw std::invalid_argument("text that is not UTF-8");
 }
 
+void append_value(std::string &json, std::span<const std::string> texts) {
+  json += '[';
+  for (const std::string &text : texts) {
+    if (&text != &texts[0]) json += ',';
+    append_value(json, std::string_view(text));
+  }
+  json += ']';
+}
+
 template <typename Number>
 requires(std::is_integral_v<Number>) void append_value(std::string &json, Number number) {
   std::array<char, 24> digits;

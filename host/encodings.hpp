@@ -30,7 +30,6 @@ enum class Laxity : uint8_t {
 struct Encoding {
   uint32_t number;         // never changes
   const char *name;        // usual name
-  const char *aliases;     // reduced to lower-case letters and digits, divided by blanks
   const char *iconv_name;  // the C library's name
   uint8_t min_bytes;       // the shortest character, in bytes
   uint8_t max_bytes;       // the longest, with the shift sequences it may need around it

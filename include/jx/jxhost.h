@@ -140,12 +140,24 @@ JX_NODISCARD JXStatus jxhost_text_to_utf8(const JXChar *text, uint32_t text_char
    text lines need both of one length: opening them fails with JXHOST_E_NOROOM. */
 
 /* The number of an encoding by name ("utf-8", "utf-16le", "latin1", "cp1252", ...), ignoring case
-   and punctuation; 0 for an unknown name. */
+   and punctuation; 0 for an unknown name. Every name that iconv -l prints is known, but for the few
+   that jxhost_encoding_left_out_at gives. UCS-2 is read and written as UTF-16, "koi8" is KOI8-R and
+   "mac-cyrillic" code page 10007. */
 JX_NODISCARD uint32_t jxhost_encoding_by_name(const char *name8);
 /* The usual name of an encoding, or null. The text is static. */
 const char *jxhost_encoding_name(uint32_t encoding);
 /* The number of the index-th known encoding; 0 past the last. */
 uint32_t jxhost_encoding_at(uint32_t index);
+/* The other names of an encoding, divided by blanks, empty if it has none; null for an unknown
+   number. The text is static. */
+const char *jxhost_encoding_aliases(uint32_t encoding);
+/* The shortest and the longest character of an encoding in bytes, the longest with the shift
+   sequences that it may need; 0 for an unknown number. */
+uint32_t jxhost_encoding_min_bytes(uint32_t encoding);
+uint32_t jxhost_encoding_max_bytes(uint32_t encoding);
+/* The index-th encoding that the C library has and the host does not, by the C library's name, and
+   at reason_out, unless null, why; null past the last. The texts are static. */
+const char *jxhost_encoding_left_out_at(uint32_t index, const char **reason_out);
 
 /* ---- Statuses ------------------------------------------------------------------------------ */
 

@@ -194,6 +194,17 @@ TEST_F(Commands, CatalogueAndUsage) {
       {0, "status jxwem_e_eof", "~^0x80bfe80a "},
       {0, "status --json notempty", "~\"code\":\"0x80bfe81d\""},
       {0, "status", "~JX_E_NOMEM(.|\n)*JXWEM_E_NOMEMBER(.|\n)*JXHOST_E_MALFORMED"},
+      {0, "encodings latin1 utf-16be",
+       "ISO-8859-1       28591 1    -    8859_1 CP819 CSISOLATIN1 IBM819 ISO-IR-100 "
+       "ISO_8859-1:1987 L1 LATIN1 OSF00010001\n"
+       "UTF-16BE         24    2-4  mark CP1201 UCS-2BE UNICODEBIG\n"},
+      {0, "encodings --json utf8 gb18030",
+       "{\"name\":\"UTF-8\",\"number\":20,\"aliases\":[\"CP65001\",\"ISO-10646/UTF-8\","
+       "\"ISO-IR-193\",\"OSF05010001\"],\"min_bytes\":1,\"max_bytes\":4,\"mark\":true}\n"
+       "{\"name\":\"GB18030\",\"number\":54936,\"aliases\":[],\"min_bytes\":1,"
+       "\"max_bytes\":4,\"mark\":false}\n"},
+      {0, "encodings", "~UTF-8 (.|\n)*\nTSCII            not converted: it reorders"},
+      {2, "encodings ISO2022-KR", "", "is not converted: it begins with a header"},
       {1, "status 0x12345", "", "hint: list every status"},
       {2, "status nonsense", "", "neither a number nor a known name"},
       {0, "version", "~jxwem 3\\.2\\.1(.|\n)*/jxwem\\.so\n"},
@@ -267,7 +278,7 @@ TEST_F(Commands, DocumentsAreCurrent) {
     EXPECT_EQ(help.code, 0) << name;
     EXPECT_NE(help.out.find("Example:\n  "), help.out.npos) << name;
   }
-  EXPECT_EQ(count, 21);
+  EXPECT_EQ(count, 22);
 }
 
 }  // namespace

@@ -89,7 +89,9 @@ uint64_t Arguments::number(const std::string &option, uint64_t fallback, uint64_
 }
 
 Encoding Arguments::encoding(const std::string &option) const {
-  return has(option) ? encoding_named(option, text(option)) : Encoding{};
+  if (!has(option)) return {};
+  if (option == "--from" && text(option) == "auto") return {.is_auto = true};
+  return encoding_named(option, text(option));
 }
 
 }  // namespace cli

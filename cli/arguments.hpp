@@ -16,6 +16,7 @@ struct Encoding {
   uint32_t number = 0;       // of the host; 0: none was named
   uint32_t other_order = 0;  // of "utf-16" and "utf-32": the encoding that a byte-order mark may
                              // choose instead; else 0
+  bool is_auto = false;      // to be told from the text
   bool follows_mark() const { return other_order != 0; }
 };
 
@@ -34,7 +35,8 @@ class Arguments {
   uint32_t record_length(uint32_t fallback, uint32_t minimum) const {
     return static_cast<uint32_t>(number("--record-length", fallback, minimum, 1 << 26));
   }
-  // An encoding given by name or number; a UsageError for one that is not known.
+  // An encoding given by name or number; for --from also "auto". A UsageError for one that is not
+  // known.
   Encoding encoding(const std::string &option) const;
 
   // What is not an option, in order. The table says how many there are at least and at most.

@@ -10,7 +10,8 @@ namespace {
 
 constexpr Option kJson = {"--json", nullptr, "one JSON object a line instead of text"};
 constexpr Option kFrom = {"--from", "ENC",
-                          "encoding of the input (default: its byte-order mark, else utf-8)"};
+                          "encoding of the input, or auto to have it told (default: its byte-order "
+                          "mark, else utf-8)"};
 constexpr Option kTo = {
     "--to", "ENC",
     "encoding of the output (default: utf-8, or as the mark of a file to add to says)"};
@@ -138,6 +139,8 @@ constexpr auto kFormatOperands = std::to_array<Operand>(
 constexpr auto kFormatOptions = std::to_array<Option>(
     {{"--capacity", "N", "room for N characters only (default: enough)"}, kJson});
 
+constexpr auto kDetectOperands =
+    std::to_array<Operand>({{"FILE", 1, kAnyNumber, "files; - is standard input"}});
 constexpr auto kEncodingsOperands =
     std::to_array<Operand>({{"ENC", 0, kAnyNumber, "only these (default: every encoding)", false}});
 constexpr auto kStatusOperands =
@@ -219,6 +222,15 @@ constexpr auto kCommands = std::to_array<Command>({
      "and argument numbers. Options come before FORMAT.",
      "jxfile format '%05d|%-8s|%.3e' 42 left 1234.5", kFormatOperands, kFormatOptions, run_format,
      true},
+    {"detect", "tell the encoding and the line ends of files",
+     "Prints for each file the encoding, how sure that is and why, whether there is a byte-order "
+     "mark, how many lines end in LF, CRLF, CR and NEL, the longest line and the NUL characters. "
+     "ASCII, UTF-8, UTF-16, UTF-32 and ISO-2022-JP are told for certain, by a mark or by the "
+     "bytes, "
+     "or not at all. For other bytes it guesses by how likely the text reads in the languages of "
+     "Europe, Chinese, Japanese and Korean, and lists the candidates, the best first. The guess "
+     "comes from the first 64 KiB that have bytes beyond ASCII.",
+     "jxfile detect --json notes.txt", kDetectOperands, kJsonOnly, run_detect},
     {"encodings", "list the encodings that text can have",
      "Prints name, number, bytes a character (from the shortest to the longest), whether the "
      "encoding has a byte-order mark, and other names. The names of iconv -l are among them; those "
@@ -241,53 +253,9 @@ constexpr auto kCommands = std::to_array<Command>({
      "jxfile generate man", kGenerateOperands, kNoOptions, run_generate, false, true},
 });
 
-constexpr auto kNotes = std::to_array<Note>({
-    {"NAMES",
-     "A path is taken byte for byte, as the system takes it: ~ and $NAME in it, blanks at its end "
-     "and bytes of any kind mean themselves, and what a shell has expanded is not expanded again. "
-     "The command expand shows what the module's expansion makes of a path: a leading ~ or ~USER "
-     "becomes a home directory, and $NAME, up to the next / . or $, the value of that variable if "
-     "it is set. With --expand any other command treats its paths so first. A path of more than "
-     "1024 bytes, counted from the root or from the current directory, and one with 127 bytes or "
-     "more after a $ up to the next / . or $ cannot be named and are refused. In messages, and in "
-     "output to a terminal, bytes that are no printable UTF-8 are shown as \\x and two hexadecimal "
-     "digits and a backslash is doubled."},
-    {"STANDARD INPUT AND OUTPUT",
-     "- is standard input where lines, convert and bytes read a file, and standard output where "
-     "convert and write write one. /dev/stdout, /dev/fd/N and links to them mean the same open "
-     "descriptor: it is written from its current offset, and neither emptied, replaced nor locked. "
-     "A file is never input and output at once. Elsewhere - is a name like others."},
-    {"REPLACED FILES",
-     "convert and write make a new file in the folder of the old one and put it in its place when "
-     "it is complete. It gets the owner, group, permissions and access list of the old one, or "
-     "less where that may not be kept: never the set-user-id, set-group-id and sticky bits, nor "
-     "other extended attributes. Links are followed; of a file with several names only the one "
-     "that was given gets the new content. In a folder where anyone may put files, links and files "
-     "that another user put there are refused."},
-    {"ENCODINGS",
-     "ENC is a name such as utf-8, utf-16, utf-16le, utf-16be, utf-32le, utf-32be, ascii, latin1, "
-     "iso-8859-15, windows-1252, koi8-r, shift_jis, euc-jp, gb18030, big5 or ibm037, in capitals "
-     "or not, or its number, such as 20 for utf-8: jxfile encodings lists them all. utf-16 and "
-     "utf-32 read what the byte-order mark "
-     "says, and little-endian without one; what they write begins with a mark and is "
-     "little-endian, "
-     "or goes on as a mark that is there says."},
-    {"JSON",
-     "--json prints an object a line. Dates and times are those of RFC 3339 with the distance from "
-     "UTC; a name that is no UTF-8 comes in base64, as the member with _base64 at its end. "
-     "jxfile.schema.json, beside the documents, says what each command prints; its $id has a "
-     "number, which changes when a member changes or goes. Members may be added."},
-    {"NUMBERS",
-     "N, OFFSET and LENGTH are decimal, or hexadecimal after 0x; k, M and G at the end multiply "
-     "by 1024 once, twice and three times."},
-    {"EXIT STATUS",
-     "0 when everything was done, 1 when an operation failed, 2 when the command line is wrong."},
-});
-
 }  // namespace
 
 std::span<const Command> commands() { return kCommands; }
 std::span<const Option> common_options() { return kCommonOptions; }
-std::span<const Note> notes() { return kNotes; }
 
 }  // namespace cli

@@ -82,6 +82,7 @@ int run_build(Session &session, const Arguments &arguments);
 int run_expand(Session &session, const Arguments &arguments);
 int run_format(Session &session, const Arguments &arguments);
 int run_status(Session &session, const Arguments &arguments);
+int run_detect(Session &session, const Arguments &arguments);
 int run_encodings(Session &session, const Arguments &arguments);
 int run_version(Session &session, const Arguments &arguments);
 int run_check_host(Session &session, const Arguments &arguments);

@@ -52,9 +52,9 @@ std::string convert_stream(Session &session, const Conversion &conversion, Input
                            Target &target) {
   const uint32_t room = conversion.record_length;
   wem::File source = input.open(wem::OpenOptions::input().binary(room).direct().direct_transfer());
-  ByteReader reader(source, input.shown(), room);
+  ByteReader reader(source, input.shown(), room, input.head_bytes(conversion.from));
   const std::string_view head = reader.next();
-  const uint32_t from = settle(conversion.from, head);
+  const uint32_t from = input.encoding_of_bytes(conversion.from, head, reader.is_at_end());
   const size_t mark_bytes = byte_order_mark_size(head, from);
   const TextChanges &changes = conversion.changes;
   std::optional<TextFilter> filter;

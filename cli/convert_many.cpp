@@ -71,9 +71,10 @@ class Converter {
     const Conversion &conversion = plan_.conversion;
     wem::File source = input.open(
         wem::OpenOptions::input().binary(conversion.record_length).direct().direct_transfer());
-    ByteReader reader(source, input.shown(), conversion.record_length);
+    ByteReader reader(source, input.shown(), conversion.record_length,
+                      input.head_bytes(conversion.from));
     const std::string_view head = reader.next();
-    const uint32_t from = settle(conversion.from, head);
+    const uint32_t from = input.encoding_of_bytes(conversion.from, head, reader.is_at_end());
     const size_t mark_bytes = byte_order_mark_size(head, from);
     Revision revision(target, plan_.is_trial);
     const auto write = [&revision](std::string_view bytes) { revision.write(bytes); };

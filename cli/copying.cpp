@@ -18,7 +18,7 @@ wem::Status write_bytes(wem::File &file, std::string_view bytes) {
 }  // namespace
 
 std::string_view ByteReader::next() {
-  const size_t wanted = is_first_ ? kLongestMark : 1;
+  const size_t wanted = is_first_ ? first_bytes_ : 1;
   is_first_ = false;
   size_t used = 0;
   while (used < wanted && !is_at_end_) {

@@ -1,6 +1,7 @@
 // Copying a byte stream into a file in another encoding, without touching its line structure.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -17,11 +18,14 @@ namespace cli {
 // The bytes of a file opened with direct transfer, chunk by chunk.
 class ByteReader {
  public:
-  ByteReader(wem::File &file, std::string shown, size_t chunk_bytes)
-      : file_(file), shown_(std::move(shown)), chunk_bytes_(chunk_bytes) {}
+  // The first chunk has first_bytes or more, as far as chunks are that long and the file is.
+  ByteReader(wem::File &file, std::string shown, size_t chunk_bytes, size_t first_bytes = 1)
+      : file_(file),
+        shown_(std::move(shown)),
+        chunk_bytes_(chunk_bytes),
+        first_bytes_(std::min(first_bytes, chunk_bytes)) {}
 
-  // The next bytes, valid until the next call; the first chunk is as long as a byte-order mark can
-  // be, if the file is. Empty at the end.
+  // The next bytes, valid until the next call. Empty at the end.
   std::string_view next();
   // Whether the end was seen.
   bool is_at_end() const { return is_at_end_; }
@@ -30,6 +34,7 @@ class ByteReader {
   wem::File &file_;
   std::string shown_;
   size_t chunk_bytes_;
+  size_t first_bytes_;
   // Not cleared: of a large one for a small file most pages stay untouched.
   std::unique_ptr<std::byte[]> buffer_ = std::make_unique_for_overwrite<std::byte[]>(chunk_bytes_);
   bool is_first_ = true;

@@ -145,9 +145,36 @@ const std::string &Input::head() {
   return *head_;
 }
 
+Detection Input::detect() {
+  Sampler sampler;
+  if (!is_rereadable_) {
+    // As much as a file is looked at before it is read; what was read is passed on.
+    for (bool wants_more = sampler.feed(head()); wants_more && !is_at_end_;) {
+      const std::string more = read_some(fd_, kChunkBytes, shown_);
+      is_at_end_ = more.empty();
+      *head_ += more;
+      wants_more = sampler.feed(more) && head_->size() < kSampleBytes;
+    }
+    return sampler.detect(session_, is_at_end_);
+  }
+  head();
+  for (uint64_t at = 0;;) {
+    const std::string chunk = read_at(at, kChunkBytes);
+    at += chunk.size();
+    if (chunk.empty() || !sampler.feed(chunk)) return sampler.detect(session_, chunk.empty());
+  }
+}
+
 uint32_t Input::encoding(Encoding asked) {
+  if (asked.is_auto) return require_encoding(detect(), shown_);
   const bool is_given = asked.number != 0 && !asked.follows_mark();
   return is_given ? asked.number : settle(asked, head());
+}
+
+uint32_t Input::encoding_of_bytes(Encoding asked, std::string_view head, bool is_whole) {
+  if (!asked.is_auto) return settle(asked, head);
+  if (is_rereadable_) return encoding(asked);
+  return require_encoding(detect_encoding(session_, head, is_whole), shown_);
 }
 
 bool Input::has_byte_order_mark(uint32_t encoding) {

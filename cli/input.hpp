@@ -10,6 +10,7 @@
 
 #include "cli/arguments.hpp"
 #include "cli/descriptor.hpp"
+#include "cli/detection.hpp"
 #include "cli/fault.hpp"
 #include "cli/line_ends.hpp"
 #include "cli/relay.hpp"
@@ -59,8 +60,15 @@ class Input {
   // Throws a Failure when standard output is this file.
   void refuse_standard_output() const;
 
-  // The encoding that it has, see settle. Not for kBytes.
+  // The encoding that it has, see settle; a Failure when it is to be told and cannot be. Not for
+  // kBytes, unless it can be read again.
   uint32_t encoding(Encoding asked);
+  // The same for kBytes, by the first bytes that were read, which are all when is_whole; and how
+  // many there must be.
+  uint32_t encoding_of_bytes(Encoding asked, std::string_view head, bool is_whole);
+  size_t head_bytes(Encoding asked) const {
+    return asked.is_auto && !is_rereadable_ ? kSampleBytes : kLongestMark;
+  }
   // Whether it begins with the byte-order mark of an encoding. Not for kBytes.
   bool has_byte_order_mark(uint32_t encoding);
   // Opens it through the module; once. encoding is that of its text, not for kBytes.
@@ -87,6 +95,7 @@ class Input {
   void find_named(const std::string &name);
   void examine();
   const std::string &head();
+  Detection detect();
   wem::File open_descriptor(const wem::OpenOptions &options);
   std::string read_at(uint64_t offset, size_t bytes);
   // How far the descriptor moved from where it began; 0 where it has no position.

@@ -50,8 +50,8 @@ function(jx_lay_out layout library_folder module_folder)
   install(FILES README.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} ${documents})
   install(FILES examples/host.c examples/host.cpp examples/own_kernel.c examples/own_kernel.h
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples ${documents})
-  install(FILES docs/architecture.md docs/host-guide.md docs/packaging.md docs/performance.md
-    docs/status-codes.md docs/testing.md docs/jxfile.schema.json
+  install(FILES docs/architecture.md docs/detect.md docs/host-guide.md docs/packaging.md
+    docs/performance.md docs/status-codes.md docs/testing.md docs/jxfile.schema.json
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs ${documents})
   install(DIRECTORY docs/charts DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs ${documents})
   # Only when the target `reference` has been built.

@@ -2,7 +2,7 @@
 _jxfile() {
   local word=${COMP_WORDS[COMP_CWORD]} options=''
   if ((COMP_CWORD == 1)); then
-    mapfile -t COMPREPLY < <(compgen -W 'lines convert write bytes truncate info fsinfo ls exists mkdir rm mv cp newname split build expand format encodings status version check-host --help --version' -- "$word")
+    mapfile -t COMPREPLY < <(compgen -W 'lines convert write bytes truncate info fsinfo ls exists mkdir rm mv cp newname split build expand format detect encodings status version check-host --help --version' -- "$word")
     return
   fi
   case ${COMP_WORDS[1]} in
@@ -24,6 +24,7 @@ _jxfile() {
     build) options='--directory --member --extension --json --module --expand --help' ;;
     expand) options='--json --module --expand --help' ;;
     format) options='--capacity --json --module --expand --help' ;;
+    detect) options='--json --module --expand --help' ;;
     encodings) options='--json --module --expand --help' ;;
     status) options='--json --module --expand --help' ;;
     version) options='--json --module --expand --help' ;;

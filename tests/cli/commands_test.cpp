@@ -278,7 +278,7 @@ TEST_F(Commands, DocumentsAreCurrent) {
     EXPECT_EQ(help.code, 0) << name;
     EXPECT_NE(help.out.find("Example:\n  "), help.out.npos) << name;
   }
-  EXPECT_EQ(count, 22);
+  EXPECT_EQ(count, 23);
 }
 
 }  // namespace

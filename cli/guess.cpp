@@ -1,0 +1,233 @@
+// Guesses the encoding of text.
+//
+// Each candidate decodes the bytes. The text then costs, in each language that is written in that
+// encoding, what its letters after one another are unlikely, and the cheapest language counts.
+// Between encodings that extend ASCII the pairs of ASCII are the same text; they only tell how
+// likely the language is.
+#include "cli/guess.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <optional>
+
+#include "cli/byte_pairs.hpp"
+#include "cli/candidates.hpp"
+#include "cli/language_model.hpp"
+#include "cli/letters.hpp"
+#include "cli/session.hpp"
+#include "jx/jxhost.h"
+
+namespace cli {
+namespace {
+
+constexpr float kNever = std::numeric_limits<float>::infinity();
+// By how much one text must cost less than another to be e times as likely: costs of neighbouring
+// pairs are not independent. The variants of EBCDIC differ in a few signs that some texts are full
+// of: a guess among them is never sure.
+constexpr float kTemperature = 3;
+constexpr float kEbcdicTemperature = 10;
+constexpr int kMostConfidence = 99;
+constexpr int kMostEbcdicConfidence = 90;
+static_assert(kMostEbcdicConfidence < kSureEnough);
+constexpr float kMostPriorCost = 50;  // of a language that the ASCII letters speak against
+constexpr float kPriorPairs = 150;    // the ASCII pairs count like that many at most
+constexpr float kOldCost = 3;         // of an encoding that is less common
+constexpr float kMixedCost = 3;       // of a sign of East Asia beside a letter
+// What is no text costs more than this on average.
+constexpr float kMostCostOfHighPair = 6.5f;
+constexpr float kMostCostOfEbcdicByte = 6.5f;
+constexpr float kMostCostOfSign = 9.5f;
+
+struct Scored {
+  const Candidate *candidate;
+  std::u32string text;  // the sample, or the characters of the bytes in it
+  std::string_view language;
+  float cost;
+  bool is_text;  // the text is likely enough to be one
+};
+
+bool is_ascii_pair(size_t first, size_t second) { return first < 128 && second < 128; }
+
+// Whether two candidates give the same text.
+bool is_same(const Scored &a, const Scored &b) {
+  return (a.candidate->kind == Kind::kWide) == (b.candidate->kind == Kind::kWide) &&
+         a.text == b.text;
+}
+
+bool is_named(std::string_view list, std::string_view name) {
+  return list.find(name.substr(0, name.find(' '))) != list.npos;
+}
+
+// What is the same for all candidates.
+class Guesser {
+ public:
+  Guesser(Session &session, std::string_view sample)
+      : session_(session), sample_(sample), pairs_(sample) {
+    for (const Language &language : languages()) alphabets_.emplace_back(language);
+    for (const Script &script : scripts()) scripts_.emplace_back(script);
+    weigh_ascii();
+  }
+
+  std::optional<Scored> score(const Candidate &candidate) {
+    return candidate.kind == Kind::kWide ? score_wide(candidate) : score_bytes(candidate);
+  }
+
+ private:
+  // The ASCII pairs: what they cost in the language that they fit best, and what that says against
+  // the others.
+  void weigh_ascii() {
+    std::array<Sign, 128> ascii;
+    for (char32_t c = 0; c < 128; ++c) ascii[c] = sign_of(c);
+    float letters = 0;
+    pairs_.each([&](size_t first, size_t second, float count) {
+      if (!is_ascii_pair(first, second)) return;
+      if (ascii[first].is_letter && ascii[second].is_letter) letters += count;
+    });
+    for (const AlphabetModel &alphabet : alphabets_) {
+      const bool is_latin = alphabet.place(ascii['a']) > 0;
+      ascii_costs_.push_back(is_latin ? cost_of(alphabet, ascii, is_ascii_pair) : kNever);
+    }
+    ascii_cost_ = *std::ranges::min_element(ascii_costs_);
+    const float weight = std::min(1.0f, kPriorPairs / std::max(letters, 1.0f));
+    for (float &cost : ascii_costs_) cost = std::min(kMostPriorCost, (cost - ascii_cost_) * weight);
+    // The ASCII letters in other writing systems are mostly English; it is the first of the
+    // languages.
+    for (size_t i = 0; i < alphabets_.size(); ++i) {
+      if (alphabets_[i].place(ascii['a']) < 0) ascii_costs_[i] = ascii_costs_[0];
+    }
+  }
+
+  template <typename Signs, typename Counts>
+  float cost_of(const AlphabetModel &alphabet, const Signs &signs, Counts counts) const {
+    std::array<int, 256> places = {};
+    for (size_t byte = 0; byte < signs.size(); ++byte) {
+      if (pairs_.is_used(byte)) places[byte] = alphabet.place(signs[byte]);
+    }
+    float cost = 0;
+    pairs_.each([&](size_t first, size_t second, float count) {
+      if (!counts(first, second)) return;
+      cost += count * alphabet.cost(signs[first], places[first], signs[second], places[second]);
+    });
+    return cost;
+  }
+
+  std::optional<Scored> score_bytes(const Candidate &candidate) {
+    std::string bytes;
+    for (size_t byte = 0; byte < 256; ++byte) {
+      if (pairs_.is_used(byte)) bytes += static_cast<char>(byte);
+    }
+    auto text = decode(session_, candidate.encoding, bytes);
+    if (!text || text->size() != bytes.size()) return std::nullopt;
+    const bool is_ebcdic = candidate.kind == Kind::kEbcdic;
+    std::array<Sign, 256> signs;
+    for (size_t i = 0; i < bytes.size(); ++i) {
+      const char32_t c = (*text)[i];
+      signs[static_cast<uint8_t>(bytes[i])] = sign_of(is_ebcdic && c == 0x85 ? U'\n' : c);
+    }
+    Scored scored{&candidate, std::move(*text), {}, kNever, false};
+    const float most = is_ebcdic ? kMostCostOfEbcdicByte * static_cast<float>(sample_.size())
+                                 : kMostCostOfHighPair * pairs_.high_pairs();
+    for (size_t i = 0; i < alphabets_.size(); ++i) {
+      if (!is_named(candidate.languages, alphabets_[i].name())) continue;
+      const float cost = cost_of(alphabets_[i], signs, [is_ebcdic](size_t first, size_t second) {
+        return is_ebcdic || !is_ascii_pair(first, second);
+      });
+      const float own = candidate.kind == Kind::kOld ? kOldCost : 0;
+      const float whole = is_ebcdic ? cost : cost + own + ascii_costs_[i] + ascii_cost_;
+      if (whole >= scored.cost) continue;
+      scored = {&candidate, std::move(scored.text), alphabets_[i].name(), whole, cost <= most};
+    }
+    return scored;
+  }
+
+  std::optional<Scored> score_wide(const Candidate &candidate) {
+    auto text = decode(session_, candidate.encoding, sample_);
+    if (!text) return std::nullopt;
+    Scored scored{&candidate, std::move(*text), {}, kNever, false};
+    for (const ScriptModel &script : scripts_) {
+      if (!is_named(candidate.languages, script.name())) continue;
+      float signs_cost = 0;
+      float signs = 0;
+      float mixed = 0;
+      bool was_latin = false;
+      bool was_sign = false;
+      for (const char32_t c : scored.text) {
+        const bool is_sign = c >= 128;
+        const bool is_latin = !is_sign && is_letter(c);
+        signs_cost += is_sign ? script.cost(c) : 0;
+        signs += is_sign ? 1 : 0;
+        mixed += (is_sign && was_latin) || (is_latin && was_sign) ? 1 : 0;
+        was_latin = is_latin;
+        was_sign = is_sign;
+      }
+      const float cost = ascii_cost_ + ascii_costs_[0] + signs_cost + mixed * kMixedCost;
+      if (cost >= scored.cost) continue;
+      scored = {&candidate, std::move(scored.text), script.name(), cost,
+                signs_cost <= signs * kMostCostOfSign};
+    }
+    return scored;
+  }
+
+  Session &session_;
+  std::string_view sample_;
+  BytePairs pairs_;
+  std::vector<AlphabetModel> alphabets_;
+  std::vector<ScriptModel> scripts_;
+  std::vector<float> ascii_costs_;  // what the ASCII letters say against each alphabet
+  float ascii_cost_ = 0;
+};
+
+}  // namespace
+
+std::optional<std::u32string> decode(Session &session, uint32_t encoding, std::string_view bytes) {
+  Transcoder decoder(session.nls(), encoding, JX_ENCODING_UTF32LE);
+  std::u32string text(bytes.size() + 8, U'\0');
+  size_t produced = 0;
+  const auto room =
+      std::span(reinterpret_cast<char *>(text.data()), text.size() * sizeof(char32_t));
+  if (!decoder(bytes, room, &produced).ok()) return std::nullopt;
+  text.resize(produced / sizeof(char32_t));
+  return text;
+}
+
+std::vector<Guess> guess_encoding(Session &session, std::string_view sample) {
+  Guesser guesser(session, sample);
+  std::vector<Scored> found;
+  for (const Candidate &candidate : kCandidates) {
+    if (auto scored = guesser.score(candidate)) found.push_back(std::move(*scored));
+  }
+  // Of equally likely ones the first candidate is named.
+  std::ranges::sort(found, {},
+                    [](const Scored &scored) { return std::pair(scored.cost, scored.candidate); });
+  if (found.empty() || !found[0].is_text) return {};
+  const bool is_ebcdic = found[0].candidate->kind == Kind::kEbcdic;
+  const float temperature = is_ebcdic ? kEbcdicTemperature : kTemperature;
+  const int most = is_ebcdic ? kMostEbcdicConfidence : kMostConfidence;
+  const auto weight = [&](const Scored &scored) {
+    return std::exp((found[0].cost - scored.cost) / temperature);
+  };
+  std::vector<Guess> guesses;
+  std::vector<const Scored *> heads;  // of the guesses, in their order
+  float sum = 0;
+  for (const Scored &scored : found) {
+    const auto head =
+        std::ranges::find_if(heads, [&](auto *other) { return is_same(*other, scored); });
+    if (head != heads.end()) {
+      guesses[static_cast<size_t>(head - heads.begin())].same.push_back(scored.candidate->encoding);
+      continue;
+    }
+    sum += weight(scored);
+    heads.push_back(&scored);
+    guesses.push_back({scored.candidate->encoding, {}, scored.language, 0});
+  }
+  for (size_t i = 0; i < guesses.size(); ++i) {
+    guesses[i].confidence = std::min(most, static_cast<int>(weight(*heads[i]) / sum * 100));
+  }
+  std::erase_if(guesses, [](const Guess &guess) { return guess.confidence < 1; });
+  return guesses;
+}
+
+}  // namespace cli

@@ -1,0 +1,60 @@
+// What holds for more than one command.
+#include <array>
+
+#include "cli/commands.hpp"
+
+namespace cli {
+namespace {
+
+constexpr auto kNotes = std::to_array<Note>({
+    {"NAMES",
+     "A path is taken byte for byte, as the system takes it: ~ and $NAME in it, blanks at its end "
+     "and bytes of any kind mean themselves, and what a shell has expanded is not expanded again. "
+     "The command expand shows what the module's expansion makes of a path: a leading ~ or ~USER "
+     "becomes a home directory, and $NAME, up to the next / . or $, the value of that variable if "
+     "it is set. With --expand any other command treats its paths so first. A path of more than "
+     "1024 bytes, counted from the root or from the current directory, and one with 127 bytes or "
+     "more after a $ up to the next / . or $ cannot be named and are refused. In messages, and in "
+     "output to a terminal, bytes that are no printable UTF-8 are shown as \\x and two hexadecimal "
+     "digits and a backslash is doubled."},
+    {"STANDARD INPUT AND OUTPUT",
+     "- is standard input where lines, convert and bytes read a file, and standard output where "
+     "convert and write write one. /dev/stdout, /dev/fd/N and links to them mean the same open "
+     "descriptor: it is written from its current offset, and neither emptied, replaced nor locked. "
+     "A file is never input and output at once. Elsewhere - is a name like others."},
+    {"REPLACED FILES",
+     "convert and write make a new file in the folder of the old one and put it in its place when "
+     "it is complete. It gets the owner, group, permissions and access list of the old one, or "
+     "less where that may not be kept: never the set-user-id, set-group-id and sticky bits, nor "
+     "other extended attributes. Links are followed; of a file with several names only the one "
+     "that was given gets the new content. In a folder where anyone may put files, links and files "
+     "that another user put there are refused."},
+    {"ENCODINGS",
+     "ENC is a name such as utf-8, utf-16, utf-16le, utf-16be, utf-32le, utf-32be, ascii, latin1, "
+     "iso-8859-15, windows-1252, koi8-r, shift_jis, euc-jp, gb18030, big5 or ibm037, in capitals "
+     "or not, or its number, such as 20 for utf-8: jxfile encodings lists them all. utf-16 and "
+     "utf-32 read what the byte-order mark "
+     "says, and little-endian without one; what they write begins with a mark and is "
+     "little-endian, "
+     "or goes on as a mark that is there says. --from auto takes what jxfile detect says of the "
+     "input if that is certain or 95 % or more sure, and otherwise stops and lists the candidates. "
+     "Of "
+     "a pipe it looks at the first 64 KiB, which it waits for; when they are all ASCII it goes on "
+     "as for utf-8, which refuses anything else."},
+    {"JSON",
+     "--json prints an object a line. Dates and times are those of RFC 3339 with the distance from "
+     "UTC; a name that is no UTF-8 comes in base64, as the member with _base64 at its end. "
+     "jxfile.schema.json, beside the documents, says what each command prints; its $id has a "
+     "number, which changes when a member changes or goes. Members may be added."},
+    {"NUMBERS",
+     "N, OFFSET and LENGTH are decimal, or hexadecimal after 0x; k, M and G at the end multiply "
+     "by 1024 once, twice and three times."},
+    {"EXIT STATUS",
+     "0 when everything was done, 1 when an operation failed, 2 when the command line is wrong."},
+});
+
+}  // namespace
+
+std::span<const Note> notes() { return kNotes; }
+
+}  // namespace cli

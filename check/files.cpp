@@ -4,22 +4,11 @@
 #include <string.h>
 #include <unistd.h>
 
-#include "check/folder.hpp"
-#include "check/objects.hpp"
+#include "check/with_file.hpp"
 
 namespace jxcheck {
 
 namespace {
-
-// Runs with "jxelm" and a file of three bytes, if there is a folder.
-template <void (*function)(Probe &, const Elm &)>
-void with_file(Probe &probe) {
-  if (probe.folder_fd < 0) return probe.skip("no folder was given");
-  const Elm elm(probe);
-  if (!elm) return;
-  if (!put_file(probe.folder_fd)) return probe.skip("no file to be made: %s", ::strerror(errno));
-  function(probe, elm);
-}
 
 void check_content(Probe &probe, const Elm &elm) {
   OpenFile file(probe, elm, {names::kFile, O_RDONLY});

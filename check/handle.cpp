@@ -75,6 +75,10 @@ void check_host_name(Probe &probe) {
     (void)itcp->get_host_name(itcp, reinterpret_cast<JXChar *>(room.data), &chars, kHostNameForm);
     if (room.spilled_bytes() != 0) return probe.found("%u bytes beyond", room.spilled_bytes());
     if (chars > room_chars) return probe.found("a length of %u for room %u", chars, room_chars);
+    for (uint32_t i = 0; i < chars; ++i) {
+      if (reinterpret_cast<const JXChar *>(room.data)[i] == 0)
+        return probe.found("a zero in the name");
+    }
   }
 }
 

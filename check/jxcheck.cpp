@@ -18,9 +18,9 @@ namespace {
 constexpr uint32_t kDefaultSeconds = 10;
 
 constexpr decltype(&pool_checks) kSubjects[] = {
-    handle_checks,    pool_checks,        lock_checks,       table_checks,
-    native_checks,    service_checks,     transcoder_checks, file_checks,
-    lock_word_checks, open_status_checks, journal_checks,    thread_checks};
+    handle_checks,      pool_checks,       lock_checks,  table_checks,      native_checks,
+    service_checks,     transcoder_checks, file_checks,  descriptor_checks, lock_word_checks,
+    open_status_checks, journal_checks,    thread_checks};
 
 class Run {
  public:
@@ -76,7 +76,7 @@ class Run {
     const Slots missing = check.needs & ~outcome->present;
     if (missing != 0) {
       outcome->outcome = JXCHECK_SKIPPED;
-      ::snprintf(outcome->came, sizeof outcome->came, "%s is missing", name_of(first_of(missing)));
+      ::snprintf(outcome->came, sizeof outcome->came, "needs %s", name_of(first_of(missing)));
     } else {
       if (!run_isolated(check.run, probe_, outcome,
                         config_.seconds ? config_.seconds : kDefaultSeconds)) {

@@ -1,13 +1,13 @@
 // Lock words of "jxelm".
-#include <errno.h>
 #include <fcntl.h>
-#include <string.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <atomic>
 
-#include "check/folder.hpp"
-#include "check/objects.hpp"
 #include "check/threads.hpp"
+#include "check/with_file.hpp"
 
 namespace jxcheck {
 
@@ -16,19 +16,18 @@ namespace {
 constexpr uint32_t kShared = JXELM_LOCK_SHARED, kExclusive = JXELM_LOCK_EXCLUSIVE;
 constexpr uint32_t kWait = JXELM_LOCK_WAIT;
 
-// Runs with "jxelm" and a file of three bytes on a file system that has locks.
 template <void (*function)(Probe &, const Elm &)>
-void with_locks(Probe &probe) {
-  if (probe.folder_fd < 0) return probe.skip("no folder was given");
-  const Elm elm(probe);
-  if (!elm) return;
-  if (!put_file(probe.folder_fd)) return probe.skip("no file to be made: %s", ::strerror(errno));
+void if_lockable(Probe &probe, const Elm &elm) {
   {
     const OpenFile file(probe, elm, {names::kFile, O_RDWR, kExclusive});
     if (file.status() == JXELM_E_NOLOCKS) return probe.skip("the file system has no locks");
   }
   function(probe, elm);
 }
+
+// Runs a check with a file on a file system that has locks.
+template <void (*function)(Probe &, const Elm &)>
+constexpr auto with_locks = with_file<if_lockable<function>>;
 
 void check_words(Probe &probe, const Elm &elm) {
   struct Row {
@@ -141,6 +140,51 @@ void check_waiting(Probe &probe, const Elm &elm) {
   if (shared.met) probe.found("two threads had the file open at the same time");
 }
 
+// What a lock covers is asked of the system: a byte far beyond the end of the file.
+void check_whole(Probe &probe, const Elm &elm) {
+  const int fd = ::openat(probe.folder_fd, names::kFile, O_RDWR | O_CLOEXEC);
+  const OpenFile file(probe, elm, {names::kFile, O_RDWR, kExclusive});
+  if (!expect_open(probe, file, "the file")) return;
+  struct flock far = {};
+  far.l_type = F_RDLCK;
+  far.l_start = 1 << 20;
+  far.l_len = 1;
+  if (fd < 0 || ::fcntl(fd, F_OFD_GETLK, &far) != 0)
+    return probe.skip("the system cannot be asked");
+  ::close(fd);
+  if (far.l_type == F_UNLCK) probe.found("a lock that ends before byte %d", 1 << 20);
+}
+
+void check_fifo(Probe &probe, const Elm &elm) {
+  if (::mkfifoat(probe.folder_fd, names::kFifo, 0600) != 0) return probe.skip("no FIFO to be made");
+  const OpenFile first(probe, elm, {names::kFifo, O_RDWR, kExclusive});
+  const OpenFile second(probe, elm, {names::kFifo, O_RDWR, kExclusive});
+  if (expect_open(probe, first, "the first")) expect_open(probe, second, "the second");
+}
+
+// A process keeps the lock for a while and sends signals to the one that waits for it.
+void check_signals(Probe &probe, const Elm &elm) {
+  if (!probe.is_alone) return probe.skip("the program's own signals would be taken");
+  struct sigaction nothing = {};  // without SA_RESTART
+  nothing.sa_handler = [](int) {};
+  ::sigaction(SIGUSR1, &nothing, nullptr);
+  OpenFile first(probe, elm, {names::kFile, O_RDWR, kExclusive});
+  if (!expect_open(probe, first, "the first")) return;
+  const pid_t keeper = ::fork();
+  if (keeper < 0) return probe.skip("no process to be had");
+  if (keeper == 0) {  // with a copy of the descriptor
+    for (int i = 0; i < 5; ++i) {
+      pause_milliseconds(10);
+      ::kill(::getppid(), SIGUSR1);
+    }
+    ::_exit(0);
+  }
+  probe.expect_status("to close it", first.close(), JX_OK);
+  const OpenFile second(probe, elm, {names::kFile, O_RDWR, kExclusive | kWait});
+  expect_open(probe, second, "the one that waits");
+  ::waitpid(keeper, nullptr, 0);
+}
+
 constexpr Check kChecks[] = {
     {Slot::open_file, "lock words 0, 1, 2, 9 and 10 with flags that allow them", "an open file",
      guide::kLockWords, kFileSlots, with_locks<check_words>},
@@ -154,6 +198,12 @@ constexpr Check kChecks[] = {
      guide::kLockWords, kFileSlots, with_locks<check_content>},
     {Slot::open_file, "eight threads with lock word 10", "each waits for the lock and gets it",
      guide::kLockWords, kFileSlots, with_locks<check_waiting>},
+    {Slot::open_file, "lock word 10, and signals during the wait", "the wait goes on",
+     guide::kLockWords, kFileSlots, with_locks<check_signals>},
+    {Slot::open_file, "how far a lock reaches", "the whole file", guide::kLockWords, kFileSlots,
+     with_locks<check_whole>},
+    {Slot::open_file, "a FIFO twice, with lock word 2", "an open file: no lock", guide::kLockWords,
+     kFileSlots, with_locks<check_fifo>},
 };
 
 }  // namespace

@@ -12,7 +12,10 @@ namespace jxcheck {
 // Headings of the host guide.
 namespace guide {
 inline constexpr char kKernel[] = "What a kernel of your own must do";
+inline constexpr char kConversions[] = "Conversions that the module needs";
+inline constexpr char kMarks[] = "Byte-order marks";
 inline constexpr char kThreads[] = "Threads";
+inline constexpr char kSecurity[] = "Security";
 inline constexpr char kElm[] = "Opening files: \"jxelm\"";
 inline constexpr char kLockWords[] = "Lock words";
 inline constexpr char kStatuses[] = "Statuses";
@@ -122,6 +125,7 @@ std::span<const Check> service_checks();
 std::span<const Check> transcoder_checks();
 std::span<const Check> native_checks();
 std::span<const Check> file_checks();
+std::span<const Check> descriptor_checks();
 std::span<const Check> lock_word_checks();
 std::span<const Check> open_status_checks();
 std::span<const Check> journal_checks();

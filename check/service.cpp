@@ -104,7 +104,7 @@ constexpr Slots kMeasure = slots(Slot::nls, Slot::measure_conversion);
 
 constexpr Check kChecks[] = {
     {Slot::needs_conversion, "every pair of 0, 20, 24 to 27 and 62",
-     "0 only where bytes can be copied unchanged", guide::kKernel,
+     "0 only where bytes can be copied unchanged, never for 0", guide::kConversions,
      slots(Slot::nls, Slot::needs_conversion), check_needs},
     {Slot::encoding_info, "encodings 62 and 27", "1 and 4 bytes a character", guide::kKernel,
      slots(Slot::nls, Slot::encoding_info), check_info},

@@ -13,6 +13,15 @@ constexpr uint32_t kRoomBytes = 64;
 // What the module converts to drop the start of a character that a transcoder holds.
 constexpr std::string_view kNoText = "\xDC\xDC\xDC\xDC\xDC\xDC\xDC\xDC\n\n";
 
+struct Mark {
+  uint32_t encoding, bytes;
+  const char *text;
+};
+
+#define JXCHECK_MARK(encoding, bytes, text) {encoding, bytes, text},
+constexpr Mark kMarks[] = {JX_BYTE_ORDER_MARKS(JXCHECK_MARK)};
+#undef JXCHECK_MARK
+
 // Calls the function with a decoder of each sample that the host has. Encoding 27 is JXChar itself.
 void for_each_decoder(Probe &probe, void (*function)(Probe &, const Sample &, JXTranscoder *)) {
   uint32_t count = 0;
@@ -38,6 +47,35 @@ void encode(Probe &probe, const Sample &sample, JXTranscoder *) {
   if (!encoder) return;
   const Converted whole = convert(probe, encoder.get(), kSampleText, kRoomBytes);
   expect_text(probe, "the text", whole, sample.text);
+}
+
+// Each way to be malformed that a lenient converter lets through.
+void decode_lenient(Probe &probe, const Sample &sample, JXTranscoder *decoder) {
+  for (const auto &[encoding, malformed] :
+       {std::pair<uint32_t, std::string_view>{JX_ENCODING_UTF8, "\xC0\xAF"},
+        {JX_ENCODING_UTF8, "\xE0\x80\xAF"},
+        {JX_ENCODING_UTF8, "\xF0\x80\x80\xAF"},
+        {JX_ENCODING_UTF8, "\xED\xA0\x80"},
+        {JX_ENCODING_UTF8, "\xF4\x90\x80\x80"},
+        {JX_ENCODING_UTF16BE, bytes_of("\xD8\x3D\0a")},
+        {JX_ENCODING_UTF16LE, bytes_of("\x3D\xD8"
+                                       "a\0")},
+        {JX_ENCODING_UTF32BE, bytes_of("\0\0\xD8\0")}}) {
+    if (encoding != sample.encoding) continue;
+    const Converted came = convert(probe, decoder, malformed, kRoomBytes);
+    if (came.status != JX_OK) continue;
+    probe.found("status 0 for bytes %02x %02x... of encoding %u", malformed[0] & 0xFF,
+                malformed[1] & 0xFF, encoding);
+  }
+}
+
+// The marks are the module's: to a transcoder U+FEFF is a character.
+void decode_mark(Probe &probe, const Sample &sample, JXTranscoder *decoder) {
+  for (const auto &[encoding, bytes, mark] : kMarks) {
+    if (encoding != sample.encoding) continue;
+    expect_text(probe, "the mark", convert(probe, decoder, {mark, bytes}, kRoomBytes),
+                bytes_of("\xFF\xFE\0\0"));
+  }
 }
 
 void decode_cut(Probe &probe, const Sample &sample, JXTranscoder *decoder) {
@@ -123,6 +161,10 @@ constexpr Check kChecks[] = {
      check_each<decode_cut>},
     {Slot::transcode, "malformed text", kFailure, guide::kKernel, kTranscoderSlots,
      check_each<decode_malformed>},
+    {Slot::transcode, "overlong forms, lone surrogates and numbers beyond U+10FFFF",
+     "a status other than 0", guide::kKernel, kTranscoderSlots, check_each<decode_lenient>},
+    {Slot::transcode, "a byte-order mark", "U+FEFF", guide::kMarks, kTranscoderSlots,
+     check_each<decode_mark>},
     {Slot::transcode, "bytes that are no text after the start of a character", kFailure,
      guide::kKernel, kTranscoderSlots, check_each<drop_held>},
     {Slot::transcode, "JXChars that do not fit their room", kRoomPromise, guide::kKernel,

@@ -74,10 +74,10 @@ typedef struct JXCheckCounts {
 JX_EXPORT JX_NODISCARD JXStatus jxcheck_run(JXHost *host, const JXCheckConfig *config,
                                             JXCheckCounts *counts_out);
 
-/* What jxwem of jxcheck.so does: runs the checks with JXCHECK_CONFIG_INIT, except that the option
-   "jxcheck.folder" (type 3), where the host has it, is the descriptor of the folder. Null when
-   there is a finding or the checks could not be run; otherwise an instance that can be asked for
-   its versions and destroyed, and that answers every other operation with JX_E_UNSUPPORTED. */
+/* The host's option (type 3) in which the entry jxwem of jxcheck.so finds the descriptor of the
+   folder. Otherwise the entry runs the checks with JXCHECK_CONFIG_INIT. It answers null when there
+   is a finding or the checks could not be run; otherwise an instance that can be asked for its
+   versions and destroyed, and that answers every other operation with JX_E_UNSUPPORTED. */
 #define JXCHECK_FOLDER_OPTION "jxcheck.folder"
 
 JX_EXTERN_C_END

@@ -80,7 +80,7 @@ const BrokenSlot kMemory[] = {
        replace<&JXPool::destroy_pool>(
            [](JXPool *p) { return cached = nullptr, real<JXPool>.destroy_pool(p); });
      },
-     "pool.pool_allocate: eight threads at once; came: a block"},
+     "pool.pool_allocate: eight threads at once; came: "},
     {"a lock that excludes nobody",
      [] {
        replace<&JXLock::lock_acquire>([](auto...) { return JX_OK; });

@@ -1,6 +1,10 @@
 // Kernels with broken character sets and journals.
 #include <stdarg.h>
+#include <string.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <atomic>
 
 #include "check/broken_slot.hpp"
 
@@ -69,6 +73,38 @@ const BrokenSlot kText[] = {
            transcode_then<[](JXStatus, char *, uint32_t, uint32_t &) { return JX_OK; }>);
      },
      "transcoder.transcode: malformed text; came: status 0 and 0 bytes from encoding 20"},
+    {"a byte-order mark that is lost",
+     [] {
+       replace<&JXTranscoder::transcode>(
+           transcode_then<[](JXStatus status, char *room, uint32_t, uint32_t &count) {
+             if (count == 4 && memcmp(room, "\xFF\xFE\0", 4) == 0) count = 0;
+             return status;
+           }>);
+     },
+     "transcoder.transcode: a byte-order mark; came: the mark: 0 bytes, not 4"},
+    {"an overlong form",
+     [] {
+       replace<&JXTranscoder::transcode>([](JXTranscoder *self, const void *text, uint32_t bytes,
+                                            void *room, uint32_t capacity, uint32_t *out,
+                                            uint32_t) {
+         const bool is_overlong = bytes == 2 && memcmp(text, "\xC0\xAF", 2) == 0;
+         return real<JXTranscoder>.transcode(self, is_overlong ? "//" : text, bytes, room, capacity,
+                                             out, 0);
+       });
+     },
+     "and numbers beyond U+10FFFF; came: status 0 for bytes c0 af... of encoding 20"},
+    {"a decoder for one caller",
+     [] {
+       replace<&JXTranscoder::transcode>(
+           transcode_then<[](JXStatus status, char *, uint32_t, uint32_t &) -> JXStatus {
+             static std::atomic<int> callers;
+             const bool is_alone = callers.fetch_add(1) == 0;
+             usleep(10);
+             callers.fetch_sub(1);
+             return is_alone ? status : JX_E_NOMEM;
+           }>);
+     },
+     "transcoder.transcode: eight threads at once, with one decoder of encoding 62; came: a fail"},
     {"no start of a character is kept",
      [] {
        replace<&JXTranscoder::transcode>([](JXTranscoder *self, const void *text, uint32_t bytes,

@@ -63,13 +63,13 @@ TEST(Report, FindingsInEachForm) {
   JXCheckConfig config = JXCHECK_CONFIG_INIT;
   const char *const expected[] = {
       "finding: nls.needs_conversion: every pair of 0, 20, 24 to 27 and 62; came: 0 from 0 to 0; "
-      "promised: 0 only where bytes can be copied unchanged; guide: What a kernel of your own must "
-      "do\n",
+      "promised: 0 only where bytes can be copied unchanged, never for 0; guide: Conversions that "
+      "the module needs\n",
       "nls.needs_conversion: every pair of 0, 20, 24 to 27 and 62; came: 0 from 0 to 0; promised: ",
       "\"outcome\":\"finding\",\"slot\":\"nls.needs_conversion\",\"asked\":\"every pair of 0, 20, "
       "24 "
       "to 27 and 62\",\"came\":\"0 from 0 to 0\",\"promised\":\"0 only where bytes can be copied "
-      "unchanged\",\"guide\":\"What a kernel of your own must do\"}\n"};
+      "unchanged, never for 0\",\"guide\":\"Conversions that the module needs\"}\n"};
   for (const uint32_t format : {JXCHECK_TEXT, JXCHECK_TAP, JXCHECK_JSON}) {
     config.format = format;
     const Examination result = examine(host.get(), config);

@@ -193,7 +193,10 @@ TEST_F(WrapperFiles, TreesAreWalkedCopiedAndRemoved) {
   EXPECT_EQ(walk("copy"), copied);
   EXPECT_EQ(steps.size(), all.size());
   EXPECT_EQ(wem::copy_tree(instance(), at("tree"), at("copy"), note), JXWEM_E_EXISTS);
-  EXPECT_EQ(wem::copy_tree(instance(), at("tree"), at("tree/empty/in"), note), JXWEM_E_BADNAME);
+  std::filesystem::create_symlink(at("tree"), at("alias"));
+  for (const char *inside : {"tree/empty/in", "alias/empty/in", "copy/../tree/empty/in"}) {
+    EXPECT_EQ(wem::copy_tree(instance(), at("tree"), at(inside), note), JXWEM_E_BADNAME) << inside;
+  }
   left = 2;
   EXPECT_EQ(wem::remove_tree(instance(), at("part"), stop), JXWEM_E_INUSE);
   EXPECT_TRUE(is_there("part"));

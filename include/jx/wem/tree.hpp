@@ -1,6 +1,7 @@
 // Trees of files: walked, and copied and removed with a call for each member.
 #pragma once
 
+#include <algorithm>
 #include <concepts>
 #include <cstdint>
 #include <filesystem>
@@ -114,6 +115,15 @@ class TreeReader {
   bool is_begun_ = false;
 };
 
+// Whether a path is in a directory, through links and ".." too.
+inline bool lies_in(const std::u32string &path, const std::u32string &directory) {
+  std::error_code error;
+  const auto inner = std::filesystem::weakly_canonical(Name(path).path(), error);
+  if (error) return false;
+  const auto outer = std::filesystem::canonical(Name(directory).path(), error);
+  return !error && std::ranges::mismatch(outer, inner).in1 == outer.end();
+}
+
 }  // namespace detail
 
 // The members of a tree, for a range-for; check error() after the loop.
@@ -145,8 +155,8 @@ Status copy_tree(const Instance &instance, const Name &source, const Name &targe
   const auto from = instance.build_path(source);
   const auto to = instance.build_path(target);
   if (!from || !to) return from ? to.status() : from.status();
-  if (to->starts_with(*from + U'/')) return Status(JXWEM_E_BADNAME);
   if (instance.exist(*to).ok()) return Status(JXWEM_E_EXISTS);
+  if (detail::lies_in(*to, *from)) return Status(JXWEM_E_BADNAME);
   const TreeRange members = walk_tree(instance, *from);
   for (const TreeMember &member : members) {
     if (const Status status = step(member); !status.ok()) return status;

@@ -80,7 +80,9 @@ JXInstance *jxwem(JXHost *host, JXOwner owner) {
       pool->pool_allocate(pool.get(), sizeof(JXInstance), JX_POOL_ZERO_FILL));
   if (!instance) return nullptr;
   JXNls *nls = host->nls;
-  if (!nls || !nls->create_decoder || !nls->create_encoder) return nullptr;
+  if (!nls || !nls->create_decoder || !nls->create_encoder || !nls->destroy_transcoder) {
+    return nullptr;
+  }
   // Guards undo in reverse: decoder, encoder, "jxelm", pool.
   PosixLayer posix_layer;
   jx::Transcoder encoder;

@@ -32,7 +32,7 @@ uint32_t next_count(JXInstance *instance) {
 
 JXStatus read_process_id(uint32_t *process_id_out) {
   JXHost *host = Exported_JXHandle;
-  if (!host) return JXWEM_E_NOHANDLE;
+  if (!host || !host->get_option) return JXWEM_E_NOHANDLE;
   uint32_t size_bytes = sizeof *process_id_out;
   return host->get_option(host, kProcessOption, std::size(kProcessOption), kIntegerOption,
                           process_id_out, &size_bytes);

@@ -71,7 +71,8 @@ JXStatus prepare_handle(FileHandle *handle, JXInstance *instance, jx::Text name,
   handle->instance = instance;
   handle->journal = options.journal;
   JXHost *host = Exported_JXHandle;
-  handle->open_lock = host ? host->create_lock(host, 0, 0, 0, "JXWEM Open lock") : nullptr;
+  if (!host || !host->create_lock) return JXWEM_E_FAILED;
+  handle->open_lock = host->create_lock(host, 0, 0, 0, "JXWEM Open lock");
   if (!handle->open_lock) return JXWEM_E_FAILED;
   std::copy_n(name.data, name.chars, handle->name);
   handle->name[name.chars] = 0;

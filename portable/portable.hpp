@@ -31,7 +31,7 @@ struct TableShape {
 // handle or the host refuses.
 inline HostObject<JXTable> make_table(const TableShape &shape) {
   JXHost *host = Exported_JXHandle;
-  if (!host) return HostObject<JXTable>();
+  if (!host || !host->create_table) return HostObject<JXTable>();
   const auto &a = shape.attributes;
   HostObject<JXTable> table(
       host->create_table(host, a[0], a[1], a[2], a[3], a[4], a[5], 0, shape.name8));

@@ -44,13 +44,37 @@ TEST(StrictEdge, SlotsThatTheEntryCalls) {
   constexpr void (*kMissing[])() = {[] { replace<&JXHost::create_pool>(nullptr); },
                                     [] { replace<&JXHost::load_extension>(nullptr); },
                                     [] { replace<&JXNls::create_decoder>(nullptr); },
-                                    [] { replace<&JXNls::create_encoder>(nullptr); }};
+                                    [] { replace<&JXNls::create_encoder>(nullptr); },
+                                    [] { replace<&JXNls::destroy_transcoder>(nullptr); }};
   for (const auto missing : kMissing) {
     start_kernel();
     missing();
     const WrongKernel kernel;
     EXPECT_EQ(jxwem(kernel.host, nullptr), nullptr);
   }
+}
+
+TEST(StrictEdge, SlotsThatOperationsCall) {
+  start_kernel();
+  const TempDir dir;
+  const WrongKernel kernel;
+  JXInstance *instance = jxwem(kernel.host, nullptr);
+  ASSERT_NE(instance, nullptr);
+  const JXString name = jx(dir.path());
+  kernel.host->create_lock = nullptr;
+  kernel.host->create_table = nullptr;
+  kernel.host->get_option = nullptr;
+  const File file(instance, dir.file("file"), open_options(JX_ACCESS_OUTPUT));
+  EXPECT_EQ(file.status, JXWEM_E_FAILED);
+  JXStatus status = JX_OK;
+  EXPECT_EQ(instance->file_system_info(instance, name.data(), chars(name), &status), nullptr);
+  EXPECT_EQ(status, JXWEM_E_NOHANDLE);
+  const JXCreateName request = {nullptr, 0, nullptr, 0, JX_NAME_PREFIX};
+  JXChar *path = nullptr;
+  uint32_t path_chars = 0;
+  EXPECT_EQ(instance->create_name(instance, nullptr, 0, &request, &path, &path_chars),
+            JXWEM_E_NOHANDLE);
+  EXPECT_EQ(instance->destroy(instance), JX_OK);
 }
 
 TEST(StrictEdge, TranscodersThatClaimMoreThanTheirRoom) {

@@ -69,10 +69,11 @@ struct Race {
   int taken_fd;
 };
 
-constexpr int kRaceRounds = 100, kLongMilliseconds = 1000;
+constexpr uint32_t kRaceRounds = 10;  // for each second of the check
+constexpr int kLongMilliseconds = 1000;
 
 void take(Race &race) {
-  for (int i = 0; i < kRaceRounds; ++i) {
+  for (uint32_t i = 0; i < kRaceRounds * race.probe.seconds; ++i) {
     ::sem_wait(&race.go);
     struct pollfd closed = {race.fifo_fd, 0, 0};
     ::poll(&closed, 1, kLongMilliseconds);
@@ -82,7 +83,7 @@ void take(Race &race) {
 }
 
 void open_and_close(Race &race) {
-  for (int i = 0; i < kRaceRounds; ++i) {
+  for (uint32_t i = 0; i < kRaceRounds * race.probe.seconds; ++i) {
     {
       OpenFile file(race.probe, race.elm, {names::kFifo, O_WRONLY});
       if (race.probe.is_clean()) expect_open(race.probe, file, "the FIFO");

@@ -11,7 +11,6 @@
 namespace {
 
 constexpr uint32_t kTypeInt32 = 3;
-constexpr uint32_t kSeconds = 10;
 
 // For the slot of an operation that is not offered: stores JX_E_UNSUPPORTED in the last argument if
 // that is a place for a status, and returns it if the operation returns one.
@@ -66,7 +65,7 @@ int folder_of(JXHost *host, const JXCheckConfig &config) {
   if (!host->get_option || !memory.allocate()) return -1;
   jxcheck::Probe probe(host, config, memory);
   const jxcheck::Outcome *outcome = memory.outcome();
-  if (!run_isolated(ask_for_folder, probe, memory.outcome(), kSeconds)) return -1;
+  if (!run_isolated(ask_for_folder, probe, memory.outcome())) return -1;
   if (outcome->outcome != JXCHECK_PASSED) return -1;
   int32_t fd;
   ::memcpy(&fd, memory.end_of(jxcheck::Memory::kOutput) - jxcheck::Room::kMarginBytes - sizeof fd,

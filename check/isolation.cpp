@@ -31,18 +31,18 @@ void become_breakable(uint32_t seconds) {
 }
 
 // Says how a child ended that did not finish its check.
-void describe_end(Probe &probe, bool is_known, int end, uint32_t seconds) {
+void describe_end(Probe &probe, bool is_known, int end) {
   if (!is_known) return probe.found("the process ended");
   if (WIFEXITED(end)) return probe.found("the process ended with exit status %d", WEXITSTATUS(end));
   const int number = WTERMSIG(end);
-  if (number == SIGALRM) return probe.found("no answer within %u seconds", seconds);
+  if (number == SIGALRM) return probe.found("no answer within %u seconds", probe.seconds);
   const char *name = ::sigabbrev_np(number);
   probe.found("the process was ended by signal %d (SIG%s)", number, name ? name : "?");
 }
 
 }  // namespace
 
-bool run_isolated(void (*function)(Probe &), Probe &probe, Outcome *outcome, uint32_t seconds) {
+bool run_isolated(void (*function)(Probe &), Probe &probe, Outcome *outcome) {
   outcome->is_done = false;
   outcome->outcome = JXCHECK_PASSED;
   outcome->came[0] = 0;
@@ -54,7 +54,7 @@ bool run_isolated(void (*function)(Probe &), Probe &probe, Outcome *outcome, uin
   const pid_t child = ::fork();
   if (child < 0) return false;
   if (child == 0) {
-    become_breakable(seconds);
+    become_breakable(probe.seconds);
     function(probe);
     outcome->is_done = true;
     ::_exit(0);
@@ -65,7 +65,7 @@ bool run_isolated(void (*function)(Probe &), Probe &probe, Outcome *outcome, uin
     ended = ::waitpid(child, &end, 0);
   } while (ended < 0 && errno == EINTR);
   // A program that ignores SIGCHLD cannot be told how the child ended.
-  if (!outcome->is_done) describe_end(probe, ended == child, end, seconds);
+  if (!outcome->is_done) describe_end(probe, ended == child, end);
   return true;
 }
 

@@ -11,6 +11,6 @@ bool is_sanitized();
 
 // Runs the function of a check and stores its outcome, in a child process if the probe is to be
 // alone. False when there is no child process to be had.
-bool run_isolated(void (*function)(Probe &), Probe &probe, Outcome *outcome, uint32_t seconds);
+bool run_isolated(void (*function)(Probe &), Probe &probe, Outcome *outcome);
 
 }  // namespace jxcheck

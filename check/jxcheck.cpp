@@ -15,8 +15,6 @@ namespace jxcheck {
 
 namespace {
 
-constexpr uint32_t kDefaultSeconds = 10;
-
 constexpr decltype(&pool_checks) kSubjects[] = {
     handle_checks,      pool_checks,       lock_checks,  table_checks,      native_checks,
     service_checks,     transcoder_checks, file_checks,  descriptor_checks, lock_word_checks,
@@ -78,10 +76,7 @@ class Run {
       outcome->outcome = JXCHECK_SKIPPED;
       ::snprintf(outcome->came, sizeof outcome->came, "needs %s", name_of(first_of(missing)));
     } else {
-      if (!run_isolated(check.run, probe_, outcome,
-                        config_.seconds ? config_.seconds : kDefaultSeconds)) {
-        return false;
-      }
+      if (!run_isolated(check.run, probe_, outcome)) return false;
       if (folder_.fd() >= 0) folder_.clear();
     }
     report_.add({0, outcome->outcome, name_of(check.slot), check.asked, outcome->came,

@@ -75,17 +75,21 @@ class Memory {
 // What a check sees.
 class Probe {
  public:
+  static constexpr uint32_t kDefaultSeconds = 10;
+
   Probe(JXHost *host_handle, const JXCheckConfig &config, const Memory &memory)
       : host(host_handle),
         nls(host_handle->nls),
         journal(config.journal),
         is_alone((config.flags & JXCHECK_SAME_PROCESS) == 0),
+        seconds(config.seconds ? config.seconds : kDefaultSeconds),
         memory_(memory) {}
 
   JXHost *const host;
   JXNls *const nls;          // may be null
   JXJournal *const journal;  // may be null
   const bool is_alone;       // in a process of its own
+  const uint32_t seconds;    // for a check; what threads only sometimes show is tried in proportion
   int folder_fd = -1;        // a folder for files, empty before each check, or -1
 
   // Reports what came instead of what is promised; the first report counts.

@@ -31,8 +31,8 @@ void *run_job(void *argument) {
 }
 
 constexpr int kRounds = 300;
-constexpr int kPoolRounds = 40;  // a pool may have room for 80 KiB only
-constexpr int kBurstMilliseconds = 100;
+constexpr int kPoolRounds = 40;         // a pool may have room for 80 KiB only
+constexpr int kBurstMilliseconds = 10;  // for each second of the check
 
 int64_t now_milliseconds() {
   struct timespec now;
@@ -170,9 +170,8 @@ void use_handle(void *argument, uint32_t) {
 void check(Probe &probe, void (*function)(void *, uint32_t), JXTranscoder *decoder = nullptr) {
   const Pool pool = make_pool(probe);
   if (!pool) return;
-  Shared shared = {
-      probe.host, probe.journal, pool.get(), decoder, now_milliseconds() + kBurstMilliseconds,
-      nullptr};
+  const int64_t end = now_milliseconds() + int64_t{kBurstMilliseconds} * probe.seconds;
+  Shared shared = {probe.host, probe.journal, pool.get(), decoder, end, nullptr};
   if (!run_threads(function, &shared)) return probe.skip("no threads to be had");
   if (const char *came = shared.came) probe.found("%s", came);
 }

@@ -23,12 +23,15 @@ void add_option(CLI::App &app, const Option &option) {
   }
 }
 
-void add_operand(CLI::App &app, const Operand &operand) {
-  const std::string help = operand.help;
-  CLI::Option *added = app.add_option(operand.name, help)->type_name("");
-  if (operand.minimum > 0) added->required();
-  if (operand.maximum != kAnyNumber) return;
-  added->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args();
+// Operands after one that takes any number share its words: the parser would find none left.
+void add_operands(CLI::App &app, std::span<const Operand> operands) {
+  for (const Operand &operand : operands) {
+    CLI::Option *added = app.add_option(operand.name)->type_name("");
+    if (operand.minimum > 0) added->required();
+    if (operand.maximum != kAnyNumber) continue;
+    added->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args();
+    return;
+  }
 }
 
 // Breaks text into lines of at most kHelpColumns.
@@ -60,7 +63,7 @@ void add_command(CLI::App &app, const Command &command) {
   for (const Option &option : command.options) add_option(*added, option);
   for (const Option &option : common_options()) add_option(*added, option);
   if (command.takes_anything) return;
-  for (const Operand &operand : command.operands) add_operand(*added, operand);
+  add_operands(*added, command.operands);
 }
 
 void collect_options(const CLI::App &app, std::span<const Option> options, Arguments &arguments) {
@@ -80,6 +83,12 @@ std::vector<std::string> collect_operands(const CLI::App &app, const Command &co
       if (word.empty()) throw UsageError(std::string(operand.name) + " is empty");
     }
     operands.insert(operands.end(), given.begin(), given.end());
+    if (operand.maximum == kAnyNumber) break;
+  }
+  size_t needed = 0;
+  for (const Operand &operand : command.operands) {
+    needed += operand.minimum;
+    if (operands.size() < needed) throw UsageError(std::string(operand.name) + " is required");
   }
   return operands;
 }
@@ -92,7 +101,7 @@ const Command *find_command(std::string_view name) {
 }
 
 // Help from the table: the list of commands with their summaries instead of the descriptions, which
-// are for each command's own help, and the operands of commands that parse none.
+// are for each command's own help, and the operands, which the parser knows in part.
 class TableFormatter : public CLI::Formatter {
  public:
   std::string make_subcommand(const CLI::App *app) const override {
@@ -105,12 +114,25 @@ class TableFormatter : public CLI::Formatter {
 
   std::string make_usage(const CLI::App *app, std::string name) const override {
     const Command *command = find_command(app->get_name());
-    if (!command || !command->takes_anything) return CLI::Formatter::make_usage(app, name);
+    if (!command) return CLI::Formatter::make_usage(app, name);
     std::string usage = "Usage: " + name + " [OPTIONS]";
     for (const Operand &operand : command->operands) {
-      usage += std::string(" ") + operand.name + (operand.maximum == kAnyNumber ? "..." : "");
+      const std::string word =
+          std::string(operand.name) + (operand.maximum == kAnyNumber ? "..." : "");
+      usage += operand.minimum > 0 ? " " + word : " [" + word + "]";
     }
     return usage + "\n";
+  }
+
+  std::string make_positionals(const CLI::App *app) const override {
+    const Command *command = find_command(app->get_name());
+    if (!command || command->operands.empty()) return {};
+    std::stringstream lines;
+    lines << "\nOperands:\n";
+    for (const Operand &operand : command->operands) {
+      CLI::detail::format_help(lines, operand.name, operand.help, get_column_width());
+    }
+    return lines.str();
   }
 };
 
@@ -147,7 +169,6 @@ void add_commands(CLI::App &app, const Command *only) {
   const auto formatter = std::make_shared<TableFormatter>();
   formatter->label("SUBCOMMAND", "COMMAND");
   formatter->label("Subcommands", "Commands");
-  formatter->label("Positionals", "Operands");
   formatter->label("REQUIRED", "");
   app.formatter(formatter);
   app.require_subcommand(1);

@@ -97,22 +97,32 @@ constexpr auto kInfoOperands =
 constexpr auto kFsinfoOperands = std::to_array<Operand>({{"PATH", 1, 1, "any file in it"}});
 
 constexpr auto kLsOperands =
-    std::to_array<Operand>({{"DIR", 0, 1, "directory (default: the current one)"}});
+    std::to_array<Operand>({{"PATH", 0, kAnyNumber, "directories and files (default: .)"}});
 constexpr auto kLsOptions = std::to_array<Option>({
     {"-a,--all", nullptr, "names that begin with a dot too"},
     {"-l,--long", nullptr, "kind, size and modification time"},
     {"--full", nullptr, "full paths"},
-    {"--parent", nullptr, "the directory that holds DIR"},
+    {"--parent", nullptr, "the directory that holds PATH"},
     {"--root", nullptr, "the root directory"},
     {"--home", nullptr, "the home directory"},
     kJson,
 });
 
 constexpr auto kPathsOperands = std::to_array<Operand>({{"PATH", 1, kAnyNumber, "what to act on"}});
-constexpr auto kRmOptions =
-    std::to_array<Option>({{"-r,--recursive", nullptr, "directories with everything in them"}});
-constexpr auto kPairOperands =
-    std::to_array<Operand>({{"OLD", 1, 1, "existing path"}, {"NEW", 1, 1, "new path"}});
+constexpr auto kMkdirOptions =
+    std::to_array<Option>({{"-p,--parents", nullptr, "the missing directories on the way too"}});
+constexpr auto kRmOptions = std::to_array<Option>({
+    {"-r,--recursive", nullptr, "directories with everything in them"},
+    {"-f,--force", nullptr, "what is not there is no failure"},
+});
+constexpr auto kPairOperands = std::to_array<Operand>({
+    {"OLD", 1, kAnyNumber, "existing path"},
+    {"NEW", 1, 1, "new path, or a directory that takes each OLD up under its name"},
+});
+constexpr Option kNoTargetDirectory = {"-T,--no-target-directory", nullptr,
+                                       "NEW is the new path itself, even if it is a directory"};
+constexpr auto kMvOptions = std::to_array<Option>({kNoTargetDirectory});
+constexpr auto kCpOptions = std::to_array<Option>({kNoTargetDirectory});
 
 constexpr auto kNewnameOperands =
     std::to_array<Operand>({{"DIR", 0, 1, "directory (default: the current one)"}});
@@ -179,28 +189,31 @@ constexpr auto kCommands = std::to_array<Command>({
     {"fsinfo", "show the file system that holds a file",
      "Prints the free space and the identifier of the file system.", "jxfile fsinfo .",
      kFsinfoOperands, kJsonOnly, run_fsinfo},
-    {"ls", "list a directory",
-     "Prints the names in a directory, sorted by their bytes. Names go out as the bytes they are; "
+    {"ls", "list directories and files",
+     "Prints the names in a directory, sorted by their bytes; of several paths the files first and "
+     "then each directory with a heading, or in JSON with its path. Names go out as the bytes they "
+     "are; "
      "on a terminal what is not printable is escaped.",
      "jxfile ls --long --full docs", kLsOperands, kLsOptions, run_ls},
     {"exists", "test whether files exist", "Ends with 1 when one of the paths names nothing.",
      "jxfile exists ~/.profile", kPathsOperands, kJsonOnly, run_exists},
     {"mkdir", "make directories", "Makes each directory; one that exists already is fine.",
-     "jxfile mkdir work", kPathsOperands, kNoOptions, run_mkdir},
+     "jxfile mkdir -p work/2026/may", kPathsOperands, kMkdirOptions, run_mkdir},
     {"rm", "remove files and directories",
-     "Removes files, links to files and empty directories. A link to a directory or to nothing is "
-     "not found and ends the removal of its tree; no link is followed. '.', '..', a path that ends "
+     "Removes files, links and empty directories; no link is followed. '.', '..', a path that ends "
      "in either, and the root directory are refused. What was removed before a failure stays "
      "removed; the message names the member that stopped it.",
      "jxfile rm -r ./work", kPathsOperands, kRmOptions, run_rm},
-    {"mv", "rename a file or directory", "Renames within one file system; a file NEW is replaced.",
-     "jxfile mv draft.txt final.txt", kPairOperands, kNoOptions, run_mv},
+    {"mv", "rename a file or directory",
+     "Renames within one file system; a file NEW is replaced, unless it was just moved "
+     "there.",
+     "jxfile mv draft.txt final.txt", kPairOperands, kMvOptions, run_mv},
     {"cp", "copy a file or a tree",
      "Copies to a name that does not exist yet. The copy has that name when it is whole: a failure "
      "or a signal leaves nothing of it. FIFOs, sockets and devices are refused, in a tree before "
      "anything is copied; links are followed. A file's copy has its permissions, as far as the "
      "umask allows; the files of a tree all get those that the umask leaves of rwxrwxrwx.",
-     "jxfile cp docs docs.bak", kPairOperands, kNoOptions, run_cp},
+     "jxfile cp docs docs.bak", kPairOperands, kCpOptions, run_cp},
     {"newname", "make unique names",
      "Prints names that no one else was given recently. No file is made.",
      "jxfile newname --prefix job --extension tmp /tmp", kNewnameOperands, kNewnameOptions,

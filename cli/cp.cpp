@@ -7,6 +7,7 @@
 #include <string>
 
 #include "cli/commands.hpp"
+#include "cli/many.hpp"
 #include "cli/session.hpp"
 #include "cli/staging.hpp"
 #include "cli/target.hpp"
@@ -185,8 +186,8 @@ class Copy {
 }  // namespace
 
 int run_cp(Session &session, const Arguments &arguments) {
-  Copy(session, arguments.operand(0), arguments.operand(1)).run();
-  return 0;
+  return for_each(session, pairs_of(arguments),
+                  [&session](const Pair &pair) { Copy(session, pair.from, pair.to).run(); });
 }
 
 }  // namespace cli

@@ -2,34 +2,45 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <set>
 
 #include "cli/commands.hpp"
+#include "cli/many.hpp"
 #include "cli/removal.hpp"
 #include "cli/session.hpp"
 
 namespace cli {
 namespace {
 
-// Runs an operation on every operand. A failure is reported and the others still have their turn;
-// the exit code.
-template <typename Operation>
-int for_each_path(Session &session, const Arguments &arguments, Operation operation) {
-  int code = 0;
-  for (const std::string &path : arguments.operands()) {
-    try {
-      operation(path);
-    } catch (const Failure &failure) {
-      session.output().flush();
-      session.report(failure);
-      code = 1;
-    }
-  }
-  return code;
-}
+constexpr char kJustMade[] = "another file has just been moved there";
 
 // The name of a directory to be: slashes at its end say what it becomes.
 std::string without_slashes(const std::string &path) {
   return path.substr(0, std::max<size_t>(path.find_last_not_of('/') + 1, 1));
+}
+
+wem::Status make_folder(Session &session, const std::string &path) {
+  return session.instance().make_directory(session.name(without_slashes(path)));
+}
+
+// Makes the directories that a path leads through, from the first one that is missing on.
+void make_parents(Session &session, const std::string &path) {
+  std::vector<std::string> missing;
+  for (std::string folder = split_last(path).folder;; folder = split_last(folder).folder) {
+    const wem::Status status = make_folder(session, folder);
+    if (status.ok()) break;
+    if (status != JXWEM_E_NOPATH || folder == "/" || folder == "./") throw Failure(folder, status);
+    missing.push_back(folder);
+  }
+  for (; !missing.empty(); missing.pop_back()) {
+    require(make_folder(session, missing.back()), missing.back());
+  }
+}
+
+bool is_nothing(const std::string &path) {
+  struct ::stat status = {};
+  return ::lstat(path.c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
 }
 
 }  // namespace
@@ -43,34 +54,40 @@ int run_exists(Session &session, const Arguments &arguments) {
     is_missing = is_missing || !status.ok();
     session.output() << Row().add_name("path", path).add("exists", status.ok());
   };
-  const int code = for_each_path(session, arguments, test);
+  const int code = for_each(session, arguments.operands(), test);
   return is_missing ? 1 : code;
 }
 
 int run_mkdir(Session &session, const Arguments &arguments) {
-  return for_each_path(session, arguments, [&session](const std::string &path) {
-    require(session.instance().make_directory(session.name(without_slashes(path))), path);
+  const bool has_parents = arguments.has("--parents");
+  return for_each(session, arguments.operands(), [&](const std::string &path) {
+    const wem::Status status = make_folder(session, path);
+    if (!has_parents || status != JXWEM_E_NOPATH) return require(status, path);
+    make_parents(session, path);
+    require(make_folder(session, path), path);
   });
 }
 
 int run_rm(Session &session, const Arguments &arguments) {
   const bool is_recursive = arguments.has("--recursive");
-  return for_each_path(session, arguments, [&](const std::string &path) {
+  const bool is_forced = arguments.has("--force");
+  return for_each(session, arguments.operands(), [&](const std::string &path) {
     refuse_removal(path);
-    const wem::Status status = session.instance().remove(session.name(path), is_recursive);
-    if (status.ok()) return;
-    if (is_recursive || status == JXWEM_E_NOTFOUND) throw removal_failure(path, status);
-    throw Failure(path, status);
+    if (is_forced && is_nothing(path)) return;
+    remove(session, path, is_recursive);
   });
 }
 
 int run_mv(Session &session, const Arguments &arguments) {
-  const std::string &from = arguments.operand(0);
-  std::string to = arguments.operand(1);
-  struct ::stat status = {};
-  if (::lstat(from.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) to = without_slashes(to);
-  require(session.instance().rename(session.name(from), session.name(to)), from + " -> " + to);
-  return 0;
+  std::set<std::string> made;  // never replaced by what is moved after it
+  return for_each(session, pairs_of(arguments), [&](const Pair &pair) {
+    struct ::stat status = {};
+    const bool is_folder = ::lstat(pair.from.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    const std::string to = is_folder ? without_slashes(pair.to) : pair.to;
+    if (made.contains(to)) throw Failure(pair.shown(), JXWEM_E_EXISTS).saying(kJustMade);
+    require(session.instance().rename(session.name(pair.from), session.name(to)), pair.shown());
+    made.insert(to);
+  });
 }
 
 }  // namespace cli

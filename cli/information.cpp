@@ -1,5 +1,8 @@
 // The commands "info", "fsinfo" and "ls": what the file system knows.
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -7,6 +10,7 @@
 #include <vector>
 
 #include "cli/commands.hpp"
+#include "cli/many.hpp"
 #include "cli/session.hpp"
 
 namespace cli {
@@ -118,22 +122,39 @@ std::string parent_of(const std::string &directory) {
   return parts.name == "." || parts.name == ".." ? directory + "/.." : parts.folder;
 }
 
-std::string directory_of(Session &session, const Arguments &arguments) {
+// The paths to list.
+std::vector<std::string> places_of(Session &session, const Arguments &arguments) {
   const bool is_given = !arguments.operands().empty();
-  const std::string directory = is_given ? arguments.operand(0) : ".";
   const int places = arguments.has("--parent") + arguments.has("--root") + arguments.has("--home");
   if (places > 1) throw UsageError("only one of --parent, --root and --home can be given");
   if (is_given && (arguments.has("--root") || arguments.has("--home"))) {
-    throw UsageError("--root and --home take no DIR");
+    throw UsageError("--root and --home take no PATH");
   }
-  if (arguments.has("--root")) return "/";
-  if (arguments.has("--home")) return session.expand("~");
-  return arguments.has("--parent") ? parent_of(directory) : directory;
+  if (arguments.has("--root")) return {"/"};
+  if (arguments.has("--home")) return {session.expand("~")};
+  return is_given ? arguments.operands() : std::vector<std::string>{"."};
 }
 
-void report_failure(Session &session, const Failure &failure) {
-  session.output().flush();
-  session.report(failure);
+// Whether a path names something that is no directory; a link to nothing too.
+bool is_file(const std::string &path) {
+  struct ::stat status = {};
+  if (::stat(path.c_str(), &status) == 0) return !S_ISDIR(status.st_mode);
+  return errno == ENOENT && ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+// directory: of a member of one of several; else empty.
+void print_listed(Session &session, const Arguments &arguments, const ListedName &listed,
+                  const std::string &directory) {
+  if (arguments.has("--json")) {
+    Row row;
+    if (!directory.empty()) row.add_name("directory", directory);
+    add_info(session, row.add_name("name", listed.name), listed.info);
+    session.output() << row;
+  } else if (arguments.has("--long")) {
+    session.output() << long_line(session, listed);
+  } else {
+    session.output() << session.shown(listed.name) + "\n";
+  }
 }
 
 void print_info(Session &session, const Arguments &arguments, const std::string &path) {
@@ -152,16 +173,8 @@ void print_info(Session &session, const Arguments &arguments, const std::string 
 }  // namespace
 
 int run_info(Session &session, const Arguments &arguments) {
-  int code = 0;
-  for (const std::string &path : arguments.operands()) {
-    try {
-      print_info(session, arguments, path);
-    } catch (const Failure &failure) {
-      report_failure(session, failure);
-      code = 1;
-    }
-  }
-  return code;
+  return for_each(session, arguments.operands(),
+                  [&](const std::string &path) { print_info(session, arguments, path); });
 }
 
 int run_fsinfo(Session &session, const Arguments &arguments) {
@@ -182,28 +195,32 @@ int run_fsinfo(Session &session, const Arguments &arguments) {
 }
 
 int run_ls(Session &session, const Arguments &arguments) {
-  const std::string directory = directory_of(session, arguments);
-  std::vector<ListedName> names;
-  try {
-    names = list(session, arguments, directory);
-  } catch (Failure &failure) {
-    const bool is_there = session.instance().exist(session.name(directory)).ok();
-    if (failure.status != JXWEM_E_NOTFOUND || !is_there) throw;
-    failure.hint = "it is not a directory; show a file with: jxfile info";
-    throw;
-  }
-  for (const ListedName &listed : names) {
-    if (arguments.has("--json")) {
-      Row row;
-      add_info(session, row.add_name("name", listed.name), listed.info);
-      session.output() << row;
-    } else if (arguments.has("--long")) {
-      session.output() << long_line(session, listed);
-    } else {
-      session.output() << session.shown(listed.name) + "\n";
+  const bool is_parent = arguments.has("--parent");
+  std::vector<std::string> folders = places_of(session, arguments);
+  const bool is_many = folders.size() > 1;
+  const auto first_folder =
+      std::stable_partition(folders.begin(), folders.end(),
+                            [&](const auto &path) { return !is_parent && is_file(path); });
+  const std::vector<std::string> files(folders.begin(), first_folder);
+  folders.erase(folders.begin(), first_folder);
+  const int files_code = for_each(session, files, [&](const std::string &path) {
+    ListedName listed{arguments.has("--full") ? full_path(path) : path, std::nullopt};
+    if (arguments.has("--long")) listed.info = member_info(session, path);
+    print_listed(session, arguments, listed, {});
+  });
+  bool needs_gap = !files.empty();
+  const int folders_code = for_each(session, folders, [&](const std::string &path) {
+    const std::string directory = is_parent ? parent_of(path) : path;
+    const std::vector<ListedName> names = list(session, arguments, directory);
+    if (is_many && !arguments.has("--json")) {
+      session.output() << (needs_gap ? "\n" : "") << session.shown(directory) + ":\n";
     }
-  }
-  return 0;
+    needs_gap = true;
+    for (const ListedName &listed : names) {
+      print_listed(session, arguments, listed, is_many ? directory : std::string());
+    }
+  });
+  return std::max(files_code, folders_code);
 }
 
 }  // namespace cli

@@ -2,6 +2,7 @@
 #include "cli/commands.hpp"
 #include "cli/input.hpp"
 #include "cli/line_number.hpp"
+#include "cli/many.hpp"
 #include "cli/plain_lines.hpp"
 #include "cli/session.hpp"
 
@@ -177,18 +178,8 @@ void print_file(Session &session, const Arguments &arguments, const std::string 
 }  // namespace
 
 int run_lines(Session &session, const Arguments &arguments) {
-  int code = 0;
-  for (const std::string &name : arguments.operands()) {
-    try {
-      print_file(session, arguments, name);
-    } catch (const Failure &failure) {
-      if (failure.path == "standard output") throw;
-      session.output().flush();
-      session.report(failure);
-      code = 1;
-    }
-  }
-  return code;
+  return for_each(session, arguments.operands(),
+                  [&](const std::string &name) { print_file(session, arguments, name); });
 }
 
 }  // namespace cli

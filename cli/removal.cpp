@@ -5,7 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstring>
+#include <cerrno>
 #include <optional>
 
 #include "cli/names.hpp"
@@ -14,8 +14,7 @@
 namespace cli {
 namespace {
 
-constexpr char kLinkHint[] =
-    "it is a link to a directory or to nothing, which is not removed here; use: unlink";
+constexpr char kLinkHint[] = "it is a link; without the slash at the end the link is removed";
 constexpr char kFolderHint[] = "the directory that holds it may not be changed";
 constexpr char kReadHint[] = "the directory may not be read";
 
@@ -37,12 +36,43 @@ bool may_remove_from(int folder_fd, const struct ::stat &member) {
 // What is known about a member that stays: nothing, or why.
 const char *hint_for(int folder_fd, const char *name, const struct ::stat &member,
                      wem::Status status) {
-  if (status == JXWEM_E_NOTFOUND && S_ISLNK(member.st_mode)) return kLinkHint;
   if (status != JXWEM_E_ACCESS) return "";
   if (!may_remove_from(folder_fd, member)) return kFolderHint;
   const bool is_closed =
       S_ISDIR(member.st_mode) && ::faccessat(folder_fd, name, R_OK | X_OK, AT_EACCESS) != 0;
   return is_closed ? kReadHint : "";
+}
+
+// The member that ended a removal.
+struct Stopper {
+  std::string path;              // as the user would give it
+  std::optional<Folder> folder;  // that holds it; none when it is not known
+  std::string name;              // in the folder
+  struct ::stat status;
+  const char *hint = "";
+};
+
+// A removal takes the members of a directory in the order in which they are read and stops at the
+// first that stays: that one comes first among those that are left. The walk follows no link.
+Stopper find_stopper(const std::string &path, wem::Status status) {
+  const PathParts parts = split_last(path);
+  Stopper found{path, {}, parts.name, {}};
+  Folder folder(AT_FDCWD, parts.folder.c_str(), 0);
+  while (folder) {
+    const int fd = folder.fd();
+    const char *name = found.name.c_str();
+    if (::fstatat(fd, name, &found.status, AT_SYMLINK_NOFOLLOW) != 0) break;
+    found.hint = hint_for(fd, name, found.status, status);
+    Folder below(fd, name, O_NOFOLLOW);
+    found.folder.emplace(std::move(folder));
+    // A directory that may not go keeps its members, even those that may.
+    const char *first = below && !*found.hint ? below.next() : nullptr;
+    if (!first) break;
+    found.name = first;
+    found.path += "/" + found.name;
+    folder = std::move(below);
+  }
+  return found;
 }
 
 }  // namespace
@@ -55,27 +85,25 @@ void refuse_removal(const std::string &path) {
       .saying(is_dots ? "'.' and '..' are not removed" : "the root directory is not removed");
 }
 
-// A removal takes the members of a directory in the order in which they are read and stops at the
-// first that stays: that one comes first among those that are left. The walk follows no link.
-Failure removal_failure(const std::string &path, wem::Status status) {
-  const PathParts parts = split_last(path);
-  Failure failure(path, status);
-  std::optional<Folder> folder(std::in_place, AT_FDCWD, parts.folder.c_str(), 0);
-  std::string name = parts.name;
-  while (*folder) {
-    struct ::stat member = {};
-    if (::fstatat(folder->fd(), name.c_str(), &member, AT_SYMLINK_NOFOLLOW) != 0) break;
-    failure.hint = hint_for(folder->fd(), name.c_str(), member, status);
-    // A directory that may not go keeps its members, even those that may.
-    if (!failure.hint.empty()) break;
-    Folder below(folder->fd(), name.c_str(), O_NOFOLLOW);
-    const char *first = below ? below.next() : nullptr;
-    if (!first) break;
-    name = first;
-    failure.path += "/" + name;
-    folder.emplace(std::move(below));
+void remove(Session &session, const std::string &path, bool is_recursive) {
+  for (;;) {
+    const wem::Status status = session.instance().remove(session.name(path), is_recursive);
+    if (status.ok()) return;
+    if (!is_recursive && status != JXWEM_E_NOTFOUND) throw Failure(path, status);
+    const Stopper stopper = find_stopper(path, status);
+    Failure failure(stopper.path, status);
+    failure.hint = stopper.hint;
+    // The module finds what a link leads to: nothing, or a directory, which it does not touch.
+    const bool is_link =
+        status == JXWEM_E_NOTFOUND && stopper.folder && S_ISLNK(stopper.status.st_mode);
+    if (!is_link) throw failure;
+    const bool is_all = stopper.path == path;
+    if (is_all && path.ends_with('/')) throw std::move(failure).saying({}, kLinkHint);
+    if (::unlinkat(stopper.folder->fd(), stopper.name.c_str(), 0) != 0) {
+      throw system_failure(stopper.path, errno);
+    }
+    if (is_all) return;
   }
-  return failure;
 }
 
 }  // namespace cli

@@ -1,9 +1,9 @@
-// What "rm" refuses, and what stopped it.
+// What "rm" removes and refuses.
 #pragma once
 
 #include <string>
 
-#include "cli/failure.hpp"
+#include "cli/session.hpp"
 
 namespace cli {
 
@@ -11,8 +11,9 @@ namespace cli {
 // any name: nobody means to remove these.
 void refuse_removal(const std::string &path);
 
-// The failure of a removal that ended with a status: under the name of the member that ended it,
-// where that can be found, with what is known about the cause.
-Failure removal_failure(const std::string &path, wem::Status status);
+// Removes a file, a link or an empty directory; is_recursive: a directory with everything in it. No
+// link is followed. A Failure under the name of the member that ended it, where that can be found,
+// with what is known about the cause.
+void remove(Session &session, const std::string &path, bool is_recursive);
 
 }  // namespace cli

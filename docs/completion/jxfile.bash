@@ -15,10 +15,10 @@ _jxfile() {
     fsinfo) options='--json --module --expand --help' ;;
     ls) options='-a --all -l --long --full --parent --root --home --json --module --expand --help' ;;
     exists) options='--json --module --expand --help' ;;
-    mkdir) options='--module --expand --help' ;;
-    rm) options='-r --recursive --module --expand --help' ;;
-    mv) options='--module --expand --help' ;;
-    cp) options='--module --expand --help' ;;
+    mkdir) options='-p --parents --module --expand --help' ;;
+    rm) options='-r --recursive -f --force --module --expand --help' ;;
+    mv) options='-T --no-target-directory --module --expand --help' ;;
+    cp) options='-T --no-target-directory --module --expand --help' ;;
     newname) options='--prefix --extension --host --count --json --module --expand --help' ;;
     split) options='--json --module --expand --help' ;;
     build) options='--directory --member --extension --json --module --expand --help' ;;

@@ -43,7 +43,7 @@ TEST_F(Copying, RefusesWhatIsNoFile) {
       {1, "cp loop x", "", "cp: loop/in/up: the tree has no end"},
       {1, "cp tree/a/one x/", "", "a directory on the path is missing"},
       {1, "cp tree dangling/in/link", "", "the target exists already"},
-      {1, "cp missing tree", "", "the target exists already"},
+      {1, "cp -T missing tree", "", "the target exists already"},
   });
   EXPECT_EQ(names(), before);
   if (::geteuid() != 0) return;

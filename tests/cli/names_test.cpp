@@ -76,7 +76,9 @@ TEST_F(Names, AreRefusedByRm) {
   std::filesystem::create_directories(at("tree/open/shut/in"));
   std::filesystem::create_directories(at("tree2/unread/in"));
   std::filesystem::create_directories(at("links/a"));
-  std::filesystem::create_symlink("nowhere", at("links/a/link"));
+  for (const char *link : {"links/a/link", "links/up"}) {
+    std::filesystem::create_symlink(link[6] == 'a' ? "nowhere" : "../tree", at(link));
+  }
   put("file", "");
   check({
       {1, "rm -r . desk/.. desk/. ./ desk/../ file", "",
@@ -84,9 +86,11 @@ TEST_F(Names, AreRefusedByRm) {
       // Not with -r: without the guard the system refuses too.
       {1, "rm / //", "", "rm: //: the root directory is not removed"},
       {1, "rm root/", "", "rm: root/: the root directory is not removed"},
-      {1, "rm -r links", "", "rm: links/a/link: file or directory not found"},
+      {1, "rm links/up/", "", "rm: links/up/: "},
+      {0, "rm root", ""},
+      {0, "rm -r links", ""},
   });
-  EXPECT_EQ(names(), "desk home links root tree tree2 ");
+  EXPECT_EQ(names(), "desk home tree tree2 ");
   for (const char *path : {"tree", "tree/open", "tree/open/shut/in", "tree2", "tree2/unread"}) {
     if (::geteuid() == 0) {
       ASSERT_EQ(::chown(at(path).c_str(), 65534, 65534), 0);

@@ -172,7 +172,7 @@ TEST_F(Printed, CommandLinesThatNeedTheParser) {
       {2, "bytes --count 1a in", "", "'1a' is not a number"},
       {2, "lines ''", "", "FILE is empty"},
       {2, "cp in", "", "NEW"},
-      {2, "cp in new more", "", "more"},
+      {1, "cp in new more", "", "more: it is not a directory"},
       {2, "lines --nope in", "", "'--nope' is not an option"},
       {0, "version --help", "~^Prints the module's versions"},
   });

@@ -1,0 +1,32 @@
+// Operands in pairs.
+#include "cli/many.hpp"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+
+namespace cli {
+
+std::vector<Pair> pairs_of(const Arguments &arguments) {
+  const std::vector<std::string> &operands = arguments.operands();
+  const std::string &last = operands.back();
+  const bool is_name = arguments.has("--no-target-directory");
+  struct ::stat status = {};
+  const bool is_there = ::stat(last.c_str(), &status) == 0;
+  const int error = is_there ? ENOTDIR : errno;
+  const bool is_folder = is_there && S_ISDIR(status.st_mode);
+  const bool is_many = operands.size() > 2;
+  if (is_many && is_name) throw UsageError("--no-target-directory takes one OLD");
+  if (is_many && !is_folder) {
+    throw Failure(last, system_failure(last, error).status)
+        .saying("it is not a directory, and several files have no place elsewhere");
+  }
+  if (is_name || !is_folder) return {{operands.front(), last}};
+  std::vector<Pair> pairs;
+  for (const std::string &from : std::span(operands).first(operands.size() - 1)) {
+    pairs.push_back({from, last + (last.ends_with('/') ? "" : "/") + split_last(from).name});
+  }
+  return pairs;
+}
+
+}  // namespace cli

@@ -122,7 +122,11 @@ constexpr auto kPairOperands = std::to_array<Operand>({
 constexpr Option kNoTargetDirectory = {"-T,--no-target-directory", nullptr,
                                        "NEW is the new path itself, even if it is a directory"};
 constexpr auto kMvOptions = std::to_array<Option>({kNoTargetDirectory});
-constexpr auto kCpOptions = std::to_array<Option>({kNoTargetDirectory});
+constexpr auto kCpOptions = std::to_array<Option>({
+    {"-p,--preserve", nullptr, "keep permissions and times"},
+    {"-P,--no-dereference", nullptr, "copy links as links"},
+    kNoTargetDirectory,
+});
 
 constexpr auto kNewnameOperands =
     std::to_array<Operand>({{"DIR", 0, 1, "directory (default: the current one)"}});
@@ -211,8 +215,10 @@ constexpr auto kCommands = std::to_array<Command>({
     {"cp", "copy a file or a tree",
      "Copies to a name that does not exist yet. The copy has that name when it is whole: a failure "
      "or a signal leaves nothing of it. FIFOs, sockets and devices are refused, in a tree before "
-     "anything is copied; links are followed. A file's copy has its permissions, as far as the "
-     "umask allows; the files of a tree all get those that the umask leaves of rwxrwxrwx.",
+     "anything is copied. Links are followed, unless they are to be copied as links. A copy has "
+     "the "
+     "permissions of what it is a copy of, as far as the umask allows; with --preserve in full, "
+     "but for the set-user-id, set-group-id and sticky bits.",
      "jxfile cp docs docs.bak", kPairOperands, kCpOptions, run_cp},
     {"newname", "make unique names",
      "Prints names that no one else was given recently. No file is made.",

@@ -72,7 +72,7 @@ std::string convert_stream(Session &session, const Conversion &conversion, Input
                       is_checked ? std::optional<uint64_t>(mark_bytes) : std::nullopt,
                       filter ? &*filter : nullptr);
   writer.open(with_mark(target.options(), conversion, mark_bytes > 0), room);
-  Progress progress(target.is_terminal() ? 0 : input.size());
+  Progress progress(target.is_terminal() ? 0 : input.size(), Progress::Unit::kBytes);
   uint64_t done = head.size();
   for (std::string_view chunk = head.substr(mark_bytes);;
        chunk = reader.next(), done += chunk.size()) {

@@ -98,7 +98,7 @@ Staging::Staging(int folder_fd, const std::string &folder, std::string shown)
     ::unlinkat(folder_fd_, name_.c_str(), AT_REMOVEDIR);
     throw system_failure(shown_, error);
   }
-  path_ = path_through(fd_.get(), folder + name_) + "/" + kContent;
+  path_ = path_through(fd_.get(), folder + name_);
   enlist();
 }
 

@@ -19,8 +19,9 @@ class Staging final : SignalCleanup {
   Staging(int folder_fd, const std::string &folder, std::string shown);
   ~Staging();
 
-  // The path of what is to be made, and its name relative to fd().
-  const std::string &path() const { return path_; }
+  // The path of a name in the directory, which fd() is open on; that of what is to be made is
+  // kContent.
+  std::string path(const char *name) const { return path_ + "/" + name; }
   int fd() const { return fd_.get(); }
   static constexpr char kContent[] = "content";
 

@@ -28,10 +28,11 @@ bool is_same(const struct ::stat &a, const struct ::stat &b) {
 
 class Walk {
  public:
-  explicit Walk(const std::string &shown) : shown_(shown) {}
+  Walk(const std::string &shown, Links links) : shown_(shown), follows_(links == Links::kFollow) {}
 
   void enter(int at_fd, const char *name) {
-    Level level{Folder(at_fd, name, 0), path_.empty() ? 0 : path_.size() + 1, {}};
+    Level level{
+        Folder(at_fd, name, follows_ ? 0 : O_NOFOLLOW), path_.empty() ? 0 : path_.size() + 1, {}};
     if (!level.folder || ::fstat(level.folder.fd(), &level.status) != 0) fail(errno);
     for (const Level &above : levels_) {
       if (!is_same(above.status, level.status)) continue;
@@ -60,7 +61,8 @@ class Walk {
     path_ += name;
     if (path_.size() > kLongestMember) fail(ENAMETOOLONG);
     member_ = {path_, level.folder.fd(), name, {}};
-    if (::fstatat(member_.folder_fd, name, &member_.status, 0) != 0) fail(errno);
+    const int flags = follows_ ? 0 : AT_SYMLINK_NOFOLLOW;
+    if (::fstatat(member_.folder_fd, name, &member_.status, flags) != 0) fail(errno);
     return &member_;
   }
 
@@ -71,6 +73,7 @@ class Walk {
   [[noreturn]] void fail(int error) const { throw system_failure(shown(), error); }
 
   const std::string &shown_;
+  bool follows_;
   std::string path_;
   std::vector<Level> levels_;
   Member member_ = {};
@@ -95,9 +98,9 @@ const char *Folder::next() {
   }
 }
 
-bool walk_tree(int root_fd, const std::string &shown,
+bool walk_tree(int root_fd, const std::string &shown, Links links,
                const std::function<bool(const Member &)> &visit) {
-  Walk walk(shown);
+  Walk walk(shown, links);
   walk.enter(root_fd, ".");
   while (const Member *member = walk.next()) {
     if (visit(*member)) return true;

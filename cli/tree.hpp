@@ -34,14 +34,17 @@ struct Member {
   std::string path;      // from the root of the tree on
   int folder_fd;         // the directory that holds it
   const char *name;      // in that directory
-  struct ::stat status;  // a link counts as what it leads to
+  struct ::stat status;  // of what a link leads to, or of the link itself
 };
 
+// Whether links are followed, or members themselves.
+enum class Links { kFollow, kKeep };
+
 // Visits every member of the tree at an open directory, a directory before its members, until
-// visit returns true; tells whether it did. Links to directories are followed, as a copy does. A
-// Failure under shown and the member's path for a directory that cannot be read to its end, for
-// what is not there or has too long a path, and for a link back to a directory above it.
-bool walk_tree(int root_fd, const std::string &shown,
+// visit returns true; tells whether it did. A Failure under shown and the member's path for a
+// directory that cannot be read to its end, for what is not there or has too long a path, and for a
+// link back to a directory above it.
+bool walk_tree(int root_fd, const std::string &shown, Links links,
                const std::function<bool(const Member &)> &visit);
 
 }  // namespace cli

@@ -18,7 +18,7 @@ _jxfile() {
     mkdir) options='-p --parents --module --expand --help' ;;
     rm) options='-r --recursive -f --force --module --expand --help' ;;
     mv) options='-T --no-target-directory --module --expand --help' ;;
-    cp) options='-T --no-target-directory --module --expand --help' ;;
+    cp) options='-p --preserve -P --no-dereference -T --no-target-directory --module --expand --help' ;;
     newname) options='--prefix --extension --host --count --json --module --expand --help' ;;
     split) options='--json --module --expand --help' ;;
     build) options='--directory --member --extension --json --module --expand --help' ;;

@@ -34,6 +34,8 @@ constexpr auto kLinesOptions = std::to_array<Option>({
     kReadLength,
     {"--direct", nullptr, "read without the record buffer, one transfer a record"},
     {"-n,--number", nullptr, "number the lines"},
+    {"--range", "A:B",
+     "lines A to B only, of each file; A: to its end, :B from its start, A alone"},
     {"--mark", nullptr, "show each record's length and line end; longer lines come in parts"},
     kJson,
 });
@@ -134,6 +136,7 @@ constexpr auto kNewnameOptions = std::to_array<Option>({
     {"--prefix", "TEXT", "what the name begins with (default: tmp)"},
     {"--extension", "TEXT", "extension, without its dot"},
     {"--host", nullptr, "a name with the machine's name in it"},
+    {"--create", nullptr, "make a file of each name, which nobody else has made or may read"},
     {"--count", "N", "how many names, up to 65535 (default: 1)"},
     kJson,
 });
@@ -221,7 +224,7 @@ constexpr auto kCommands = std::to_array<Command>({
      "but for the set-user-id, set-group-id and sticky bits.",
      "jxfile cp docs docs.bak", kPairOperands, kCpOptions, run_cp},
     {"newname", "make unique names",
-     "Prints names that no one else was given recently. No file is made.",
+     "Prints names that no one else was given recently. No file is made without --create.",
      "jxfile newname --prefix job --extension tmp /tmp", kNewnameOperands, kNewnameOptions,
      run_newname},
     {"split", "take a path apart", "Prints directory, member, base name and extension.",

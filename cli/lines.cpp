@@ -1,4 +1,6 @@
 // The command "lines": text records, printed.
+#include <algorithm>
+
 #include "cli/commands.hpp"
 #include "cli/input.hpp"
 #include "cli/line_number.hpp"
@@ -8,6 +10,30 @@
 
 namespace cli {
 namespace {
+
+// Which lines are printed, from 1.
+struct LineRange {
+  uint64_t first = 1;
+  uint64_t last = UINT64_MAX;
+};
+
+// "A:B", "A:", ":B" or "A".
+LineRange line_range(const Arguments &arguments) {
+  LineRange range;
+  const std::string text = arguments.text("--range");
+  const size_t colon = std::min(text.find(':'), text.size());
+  const auto number = [](const std::string &digits) {
+    return parse_number("--range", digits, 1, UINT64_MAX);
+  };
+  if (colon > 0) range.first = number(text.substr(0, colon));
+  if (colon + 1 < text.size()) range.last = number(text.substr(colon + 1));
+  if (colon == text.size() && colon > 0) range.last = range.first;
+  const bool is_empty = arguments.has("--range") && text.size() < 2 && colon == 0;
+  if (is_empty || range.first > range.last) {
+    throw UsageError("--range: '" + text + "' is no range of lines, such as 5:9, 5: or :9");
+  }
+  return range;
+}
 
 // How the records of one file are printed.
 class LinePrinter {
@@ -35,6 +61,9 @@ class LinePrinter {
     if (end == "lf" || end == "crlf") session_.output() << "\n";
     advance(record);
   }
+
+  // Passes over a record.
+  void skip(const wem::Record &record) { advance(record); }
 
   // has_line_end tells whether the last record had one in the file.
   void finish(bool has_line_end) {
@@ -86,39 +115,61 @@ uint32_t record_length(const Arguments &arguments, uint32_t encoding) {
   return is_wide ? (asked + 3) / 4 * 4 : asked;
 }
 
-// Prints every record; the status that ended the reading. What the module hands on unread, because
-// it is in the encoding of records already, is found malformed when it is printed. What was printed
-// is not held back while the next line is waited for.
-wem::Status print_records(Session &session, Input &input, wem::File &file, LinePrinter &printer) {
+// Prints the records of a range of lines; the status that ended the reading, 0 at the end of the
+// range. What the module hands on unread, because it is in the encoding of records already, is
+// found malformed when it is printed. What was printed is not held back while the next line is
+// waited for.
+wem::Status print_records(Session &session, Input &input, wem::File &file, LineRange range,
+                          LinePrinter &printer) {
   const bool is_piped = !input.is_rereadable();
   const bool needs_ends = printer.shows_ends() || is_piped;
   wem::RecordRange records = file.records();
   try {
     for (const wem::Record &record : records) {
-      printer.print(record, needs_ends ? input.end_of(record) : "");
+      const std::string_view end = needs_ends ? input.end_of(record) : "";
+      if (printer.line() > range.last) return {};
+      if (printer.line() < range.first) {
+        printer.skip(record);
+        continue;
+      }
+      printer.print(record, end);
       if (is_piped && input.is_waiting()) session.output().flush();
+      if (needs_ends && printer.line() > range.last) return {};
     }
   } catch (const Failure &failure) {
     if (failure.status == JXHOST_E_MALFORMED) return failure.status;
     throw;
   }
-  return records.status();
+  // A fault after the range is none of it.
+  const bool is_past = records.status() != JXWEM_E_EOF && printer.line() > range.last;
+  return is_past ? wem::Status() : records.status();
 }
 
-wem::Status print_records(wem::File &file, PlainLines &printer) {
+wem::Status print_records(wem::File &file, LineRange range, PlainLines &printer) {
   // Straight from the slot: a result is put together in memory and copied, which takes as long as
   // the read of a short line.
   JXFile *const raw = file.raw();
+  uint64_t lines_before = range.first - 1;
+  uint64_t lines_left = range.last - lines_before;
   for (;;) {
     void *data = nullptr;
     uint32_t length = raw->attributes.record_length;
     const JXStatus status = raw->read(raw, &data, &length, 0, nullptr);
-    const bool is_read = status == JX_OK || status == JXWEM_E_PARTIAL;
-    const bool is_good =
-        is_read ? printer.print({static_cast<const char *>(data), length}, status != JX_OK)
-                : printer.settle();
-    if (!is_good) return wem::Status(JXHOST_E_MALFORMED);
-    if (!is_read) return wem::Status(status);
+    const bool is_partial = status == JXWEM_E_PARTIAL;
+    const bool is_read = status == JX_OK || is_partial;
+    if (is_read && lines_before != 0) [[unlikely]] {
+      printer.skip(is_partial);
+      lines_before -= !is_partial;
+    } else if (is_read && lines_left != 0) {
+      if (!printer.print({static_cast<const char *>(data), length}, is_partial)) {
+        return wem::Status(JXHOST_E_MALFORMED);
+      }
+      lines_left -= !is_partial;
+    } else {
+      if (!printer.settle()) return wem::Status(JXHOST_E_MALFORMED);
+      // A fault after the range is none of it.
+      return lines_left == 0 && status != JXWEM_E_EOF ? wem::Status() : wem::Status(status);
+    }
   }
 }
 
@@ -126,6 +177,7 @@ wem::Status print_records(wem::File &file, PlainLines &printer) {
 template <typename Printer>
 void finish_file(Session &session, Input &input, uint32_t encoding, wem::Status status,
                  Printer &printer) {
+  if (status.ok()) return printer.finish(true);
   if (status != JXWEM_E_EOF) {
     printer.finish(true);
     if (const auto fault = input.find_fault(encoding, JX_ENCODING_UTF32LE)) {
@@ -150,7 +202,8 @@ bool is_plain(const Arguments &arguments, const Input &input, uint32_t encoding)
          encoding == JX_ENCODING_UTF8;
 }
 
-void print_file(Session &session, const Arguments &arguments, const std::string &name) {
+void print_file(Session &session, const Arguments &arguments, LineRange range,
+                const std::string &name) {
   Input input(session, name, Input::Use::kLines);
   input.refuse_standard_output();
   const uint32_t encoding = input.encoding(arguments.encoding("--from"));
@@ -167,19 +220,20 @@ void print_file(Session &session, const Arguments &arguments, const std::string 
   if (is_plain(arguments, input, encoding)) {
     return print_with(
         PlainLines(session, arguments.has("--number")), options.record_encoding(JX_ENCODING_UTF8),
-        [](wem::File &file, PlainLines &lines) { return print_records(file, lines); });
+        [range](wem::File &file, PlainLines &lines) { return print_records(file, range, lines); });
   }
   print_with(LinePrinter(session, arguments, input.shown()), options,
              [&](wem::File &file, LinePrinter &lines) {
-               return print_records(session, input, file, lines);
+               return print_records(session, input, file, range, lines);
              });
 }
 
 }  // namespace
 
 int run_lines(Session &session, const Arguments &arguments) {
+  const LineRange range = line_range(arguments);
   return for_each(session, arguments.operands(),
-                  [&](const std::string &name) { print_file(session, arguments, name); });
+                  [&](const std::string &name) { print_file(session, arguments, range, name); });
 }
 
 }  // namespace cli

@@ -1,7 +1,12 @@
 // The commands that work on paths as text: "split", "build" and "expand", and "newname".
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <optional>
 
 #include "cli/commands.hpp"
+#include "cli/descriptor.hpp"
 #include "cli/session.hpp"
 
 namespace cli {
@@ -21,6 +26,22 @@ std::u32string require_part(const Arguments &arguments, const std::string &optio
   const std::string part = arguments.text(option, fallback);
   if (!part.ends_with(' ')) return widen(part);
   throw Failure(part, JXWEM_E_BADNAME).saying("a blank at the end of " + option + " is dropped");
+}
+
+// A name, and with is_made an empty file of that name that was not there before.
+std::string new_name(Session &session, const std::string &directory,
+                     const wem::NameRequest &request, bool is_made) {
+  constexpr int kMostTries = 1000;
+  const std::u32string folder = directory.empty() ? U"" : session.folder_name(directory);
+  for (int tries = 0; tries < kMostTries; ++tries) {
+    const auto name = session.instance().create_name(folder, request);
+    const std::string path = narrow(require(name, directory));
+    if (!is_made) return path;
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    if (Descriptor(::open(path.c_str(), kFlags, S_IRUSR | S_IWUSR)).get() >= 0) return path;
+    if (errno != EEXIST) throw path_failure(path, errno);
+  }
+  throw Failure(directory, JXWEM_E_EXISTS).saying("every new name was taken");
 }
 
 }  // namespace
@@ -79,11 +100,10 @@ int run_newname(Session &session, const Arguments &arguments) {
   if (!arguments.has("--host")) request.prefix = prefix;
   if (arguments.has("--extension")) request.extension = extension;
   const std::string directory = arguments.operand(0);
-  const std::u32string folder = directory.empty() ? U"" : session.folder_name(directory);
   const uint64_t count = arguments.number("--count", 1, 1, kMostNames);
+  const bool is_made = arguments.has("--create");
   for (uint64_t i = 0; i < count; ++i) {
-    const auto name = session.instance().create_name(folder, request);
-    print_path(session, arguments, narrow(require(name, directory)));
+    print_path(session, arguments, new_name(session, directory, request, is_made));
   }
   return 0;
 }

@@ -30,6 +30,11 @@ class PlainLines {
     append(record);
     return true;
   }
+  // Passes over a record, before any is printed.
+  void skip(bool is_partial) {
+    is_inside_line_ = is_partial;
+    if (!is_partial) ++number_;
+  }
   // Prints what was gathered; false as above.
   bool settle();
   // After the last record; has_line_end tells whether that had one in the file.

@@ -19,7 +19,8 @@ constexpr const char *kCommands[] = {"lines",  "convert", "write",  "bytes",  "t
                                      "cp",     "newname", "split",  "build",  "expand",   "format",
                                      "status", "version", "help",   "--help", "generate"};
 // Commands that change files.
-const std::set<std::string> kChanging = {"convert", "write", "truncate", "mkdir", "rm", "mv", "cp"};
+const std::set<std::string> kChanging = {"convert", "write", "truncate", "mkdir",
+                                         "rm",      "mv",    "cp",       "newname"};
 constexpr const char *kOptions[] = {
     "--json",     "--from",      "--to",       "--append",    "--bom",      "--record-length",
     "--expand",   "--direct",    "-n",         "--mark",      "--no-bom",   "--records",
@@ -27,12 +28,13 @@ constexpr const char *kOptions[] = {
     "-l",         "--full",      "--parent",   "--root",      "--home",     "-r",
     "--prefix",   "--extension", "--host",     "--directory", "--member",   "--help",
     "--capacity", "--",          "--in-place", "--into",      "--backup",   "--files0-from",
-    "--jobs",     "--dry-run",   "--eol",      "--final-eol", "--on-error", "--translit"};
+    "--jobs",     "--dry-run",   "--eol",      "--final-eol", "--on-error", "--translit",
+    "--create",   "--range",     "-p",         "-P",          "-f",         "-T"};
 constexpr const char *kValues[] = {"utf-8",      "utf-16", "utf-16be", "latin1",
                                    "ascii",      "cp1252", "sjis",     "gb18030",
                                    "ibm037",     "utf-7",  "nosuch",   "0",
                                    "1",          "7",      "100",      "64k",
-                                   "-1",         "0x10",   "12x",      "99999999999999999999",
+                                   "2:",         "0x10",   "12x",      "99999999999999999999",
                                    "text",       "binary", "stream",   "man",
                                    "completion", "%d %s",  "%08.3f",   "JX_E_NOMEM",
                                    "80bfe801",   "x",      "",         "nel",

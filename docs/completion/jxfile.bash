@@ -6,7 +6,7 @@ _jxfile() {
     return
   fi
   case ${COMP_WORDS[1]} in
-    lines) options='--from --record-length --direct -n --number --mark --json --module --expand --help' ;;
+    lines) options='--from --record-length --direct -n --number --range --mark --json --module --expand --help' ;;
     convert) options='--from --to --bom --no-bom --append --record-length --records --eol --final-eol --on-error --translit --in-place --backup --into --files0-from --jobs --dry-run --module --expand --help' ;;
     write) options='--records --to --bom --append --update --at --record-length --module --expand --help' ;;
     bytes) options='--raw --record-length --offset --count --json --module --expand --help' ;;
@@ -19,7 +19,7 @@ _jxfile() {
     rm) options='-r --recursive -f --force --module --expand --help' ;;
     mv) options='-T --no-target-directory --module --expand --help' ;;
     cp) options='-p --preserve -P --no-dereference -T --no-target-directory --module --expand --help' ;;
-    newname) options='--prefix --extension --host --count --json --module --expand --help' ;;
+    newname) options='--prefix --extension --host --create --count --json --module --expand --help' ;;
     split) options='--json --module --expand --help' ;;
     build) options='--directory --member --extension --json --module --expand --help' ;;
     expand) options='--json --module --expand --help' ;;

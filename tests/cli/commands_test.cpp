@@ -10,6 +10,7 @@ class Commands : public ProgramTest {
     ProgramTest::SetUp();
     put("text", "one\ntwo\n");
     put("crlf", "a\r\nb");
+    put("bad", "ab\nc\n\xff\nd\n");
     put("dots", {"\xff\x00zz", 4});
     std::filesystem::create_directories(at("dir/sub"));
     put("dir/.hidden", "");
@@ -25,6 +26,18 @@ TEST_F(Commands, ReadingText) {
       {0, "lines text crlf", "one\ntwo\na\nb"},
       {0, "lines -n text", "     1  one\n     2  two\n"},
       {0, "lines --direct crlf", "a\nb"},
+      {0, "lines -n --range 2: text crlf", "     2  two\n     2  b"},
+      {0, "lines --range 1 text crlf", "one\na\n"},
+      {0, "lines --range :9 crlf", "a\nb"},
+      {0, "lines --range 3:4 text", ""},
+      {0, "lines --range 1:2 --record-length 2 text bad", "one\ntwo\nab\nc\n"},
+      {0, "lines --range 1:2 --mark bad", "[2 lf] ab\n[1 lf] c\n"},
+      {1, "lines --range 2:3 bad", "c\n", "record 3, byte offset 5"},
+      {0, "lines --range 2:3 /dev/stdin --json < text | grep -c 'line.:2'", "1\n"},
+      {0, "lines --range 1000000:1000001 -n - < /dev/null", ""},
+      {2, "lines --range 2:1 text", "", "is no range of lines"},
+      {2, "lines --range : text", "", "is no range of lines"},
+      {2, "lines --range 0: text", "", "--range: '0' is not a number"},
       {0, "lines --mark --record-length 2 text", "[2 part] on\n[1 lf] e\n[2 part] tw\n[1 lf] o\n"},
       {0, "lines --record-length 2 text", "one\ntwo\n"},
       {0, "lines --mark crlf", "[1 crlf] a\n[1 none] b\n"},
@@ -95,7 +108,7 @@ TEST_F(Commands, Information) {
       {1, "ls dir/sub none crlf dir/link dir/sub", "crlf\ndir/link\n\ndir/sub:\n\ndir/sub:\n",
        "ls: none: file or directory not found"},
       {0, "ls --json -l dir/sub dir/plain", "~^\\{\"name\":\"dir/plain\",\"size\":5,[^\n]*\n$"},
-      {0, "ls --json dir . | grep -c directory", "8\n"},
+      {0, "ls --json dir . | grep -c directory", "9\n"},
       {1, "exists --json text/x missing text", "~false}\n.*true}\n",
        "exists: text/x: system error"},
       {1, "exists text missing", "", "missing: file or directory not found"},
@@ -137,6 +150,8 @@ TEST_F(Commands, FilesAndPaths) {
       {0, "newname --prefix job --extension tmp --count 2 /tmp",
        "~^/tmp/job[0-9A-F]{4}000001.tmp\n/tmp/job[0-9A-F]{4}000002.tmp\n$"},
       {0, "newname --host", "~/ZOR_util0001"},
+      {0, "newname --create --count 3 dir/sub | xargs stat -c '%a %s'", "600 0\n600 0\n600 0\n"},
+      {1, "newname --create none", "", "none/tmp"},
       {0, "split /usr/lib/libx.so",
        "directory  /usr/lib\nmember     libx.so\nbase       libx\nextension  so\n"},
       {0, "split --json a/",

@@ -8,6 +8,7 @@
 
 #include "cli/commands.hpp"
 #include "cli/failure.hpp"
+#include "cli/suggestion.hpp"
 
 namespace cli {
 namespace {
@@ -211,10 +212,30 @@ std::vector<std::string> parser_words(int argc, char **argv) {
   return words;
 }
 
+UsageError unknown_command(const std::string &word) {
+  std::vector<std::string_view> names;
+  for (const Command &command : commands()) {
+    if (!command.is_hidden) names.emplace_back(command.name);
+  }
+  return UsageError("'" + word + "' is not a command", nearest(word, names));
+}
+
+UsageError unknown_option(const std::string &word, const Command *command) {
+  std::vector<std::string_view> names = {"--help"};
+  if (!command) names.emplace_back("--version");
+  for (const Option &option : common_options()) names.push_back(long_name(option));
+  for (const Option &option : command ? command->options : std::span<const Option>()) {
+    names.push_back(long_name(option));
+  }
+  const std::string_view meant = nearest(word.substr(0, word.find('=')), names);
+  return UsageError("'" + word + "' is not an option", meant);
+}
+
 // What is wrong with a command line; an unknown option goes before what it caused to be missing.
-UsageError to_usage_error(const CLI::App &app, const CLI::ParseError &error) {
+UsageError to_usage_error(const CLI::App &app, const CLI::ParseError &error,
+                          const Command *command) {
   for (const std::string &word : app.remaining(true)) {
-    if (word.starts_with('-')) return UsageError("'" + word + "' is not an option");
+    if (word.starts_with('-')) return unknown_option(word, command);
   }
   return UsageError(app.get_subcommands().empty() ? "a command is required" : error.what());
 }
@@ -234,7 +255,7 @@ bool parse_command_line(int argc, char **argv, Invocation *invocation) {
   const int command_at = find_command_word(argc, argv);
   const Command *command = command_at < argc ? find_command(argv[command_at]) : nullptr;
   if (command_at < argc && !command) {
-    throw UsageError(std::string("'") + argv[command_at] + "' is not a command");
+    throw unknown_command(argv[command_at]);
   }
   invocation->command = command;
   std::vector<std::string> operands;
@@ -246,7 +267,7 @@ bool parse_command_line(int argc, char **argv, Invocation *invocation) {
     if (!std::cout) throw Failure("standard output", JXWEM_E_SYSTEM);
     return false;
   } catch (const CLI::ParseError &error) {
-    throw to_usage_error(app, error);
+    throw to_usage_error(app, error, command);
   }
   const CLI::App &chosen = *app.get_subcommands().front();
   Arguments &arguments = invocation->arguments;

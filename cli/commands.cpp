@@ -25,6 +25,8 @@ constexpr Option kReadLength = {"--record-length", "N",
 constexpr auto kCommonOptions = std::to_array<Option>({
     {"--module", "FILE", "load this module, which JXWEM_MODULE names else; FILE has a / in it"},
     {"--expand", nullptr, "expand $NAME and a leading ~ in the paths given"},
+    {"--color", "WHEN", "colours: always, never or auto, on a terminal without NO_COLOR (default)",
+     "auto always never"},
 });
 
 constexpr auto kLinesOperands =
@@ -53,10 +55,12 @@ constexpr auto kConvertOptions = std::to_array<Option>({
     kAppend,
     kReadLength,
     {"--records", "KIND",
-     "stream: everything as it is (default); text: every line ends in a line feed"},
-    {"--eol", "KIND", "end every line in lf, crlf, cr or nel (default: keep)"},
-    {"--final-eol", "HOW", "add: end the last line too (default: keep)"},
-    {"--on-error", "HOW", "what is no text or not in ENC: replace, skip or escape (default: stop)"},
+     "stream: everything as it is (default); text: every line ends in a line feed", "stream text"},
+    {"--eol", "KIND", "end every line in lf, crlf, cr or nel (default: keep)",
+     "lf crlf cr nel keep"},
+    {"--final-eol", "HOW", "add: end the last line too (default: keep)", "add keep"},
+    {"--on-error", "HOW", "what is no text or not in ENC: replace, skip or escape (default: stop)",
+     "replace skip escape stop"},
     {"--translit", nullptr, "write characters that are not in ENC with others, where possible"},
     {"--in-place", nullptr, "convert each file given and put the result in its place"},
     {"--backup", "SUFFIX", "in place: keep the old file under its name with SUFFIX added"},
@@ -70,7 +74,8 @@ constexpr auto kConvertOptions = std::to_array<Option>({
 constexpr auto kWriteOperands =
     std::to_array<Operand>({{"FILE", 1, 1, "file to write; - is standard output"}});
 constexpr auto kWriteOptions = std::to_array<Option>({
-    {"--records", "KIND", "text: lines (default), binary: bytes, stream: text without line ends"},
+    {"--records", "KIND", "text: lines (default), binary: bytes, stream: text without line ends",
+     "text binary stream"},
     kTo,
     kBom,
     kAppend,
@@ -166,8 +171,10 @@ constexpr auto kCheckHostOperands =
     std::to_array<Operand>({{"FOLDER", 0, 1, "where files are made (default: /tmp)"}});
 constexpr auto kCheckHostOptions = std::to_array<Option>(
     {kJson, {"--tap", nullptr, "a line for each check, as the Test Anything Protocol has it"}});
+constexpr auto kHelpOperands =
+    std::to_array<Operand>({{"COMMAND", 0, 1, "command (default: the list of commands)", false}});
 constexpr auto kGenerateOperands =
-    std::to_array<Operand>({{"KIND", 1, 1, "man or completion", false}});
+    std::to_array<Operand>({{"KIND", 1, 1, "man, bash, zsh or fish", false}});
 
 constexpr auto kCommands = std::to_array<Command>({
     {"lines", "print the lines of text files",
@@ -271,7 +278,9 @@ constexpr auto kCommands = std::to_array<Command>({
      "and the counts; with --json or --tap every check. Works in a new folder in FOLDER, which it "
      "removes.",
      "jxfile check-host --tap", kCheckHostOperands, kCheckHostOptions, run_check_host},
-    {"generate", "print the man page or the completion", "For the build of this program.",
+    {"help", "explain a command", "Prints the same as jxfile COMMAND --help.",
+     "jxfile help convert", kHelpOperands, kNoOptions, run_help},
+    {"generate", "print the man page or a completion", "For the build of this program.",
      "jxfile generate man", kGenerateOperands, kNoOptions, run_generate, false, true},
 });
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "cli/arguments.hpp"
@@ -13,9 +14,10 @@ class Session;
 inline constexpr unsigned kAnyNumber = 0;  // of operands
 
 struct Option {
-  const char *name;   // "--from", or "-r,--recursive": the long name is the key
-  const char *value;  // what it takes, "ENC"; null for a flag
-  const char *help;   // one line
+  const char *name;               // "--from", or "-r,--recursive": the long name is the key
+  const char *value;              // what it takes, "ENC"; null for a flag
+  const char *help;               // one line
+  const char *choices = nullptr;  // the values there are, with blanks between; null for any
 };
 
 struct Operand {
@@ -39,7 +41,7 @@ struct Command {
   bool is_hidden = false;  // not in help, man page and completion
 };
 
-// What holds for more than one command.
+// What holds for more than one command, or an example with its command line.
 struct Note {
   const char *title;
   const char *text;
@@ -61,6 +63,13 @@ std::span<const Command> commands();
 std::span<const Option> common_options();
 // Notes for the end of the help and of the man page.
 std::span<const Note> notes();
+// Examples for the end of the man page.
+std::span<const Note> examples();
+
+// The scripts with which shells complete command lines.
+std::string bash_completion();
+std::string zsh_completion();
+std::string fish_completion();
 
 // The commands, by family. Each returns the exit code and throws Failure or UsageError.
 int run_lines(Session &session, const Arguments &arguments);
@@ -86,6 +95,7 @@ int run_detect(Session &session, const Arguments &arguments);
 int run_encodings(Session &session, const Arguments &arguments);
 int run_version(Session &session, const Arguments &arguments);
 int run_check_host(Session &session, const Arguments &arguments);
+int run_help(Session &session, const Arguments &arguments);
 int run_generate(Session &session, const Arguments &arguments);
 
 }  // namespace cli

@@ -8,6 +8,7 @@
 #include "cli/convert_plan.hpp"
 #include "cli/copying.hpp"
 #include "cli/input.hpp"
+#include "cli/many.hpp"
 #include "cli/progress.hpp"
 #include "cli/revision.hpp"
 #include "cli/text_filter.hpp"
@@ -171,12 +172,7 @@ int convert_many(Session &session, const Arguments &arguments, Conversion conver
     return report.failed_count();
   }();
   folders.sync();
-  if (failed == 0) return 0;
-  session.output().flush();
-  if (count > 1) {
-    session.note(std::to_string(failed) + " of " + std::to_string(count) + " files failed");
-  }
-  return 1;
+  return summarize(session, failed, count);
 }
 
 }  // namespace cli

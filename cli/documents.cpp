@@ -1,4 +1,4 @@
-// The hidden command "generate": man page and completion from the table of commands.
+// The hidden command "generate": the man page from the table of commands, and the completions.
 #include <map>
 #include <string>
 
@@ -72,61 +72,32 @@ std::string man_page() {
       "\\fB\\-\\-module\\fR names one. Otherwise jxwem.so is looked for beside the program and in "
       "the "
       "install folder. A set\\-user\\-id run takes neither the variable nor the option.\n"
-      ".TP\n\\fBNO_COLOR\\fR\nMessages are printed without colour, unless it is empty.\n"
+      ".TP\n\\fBNO_COLOR\\fR\nWithout \\fB\\-\\-color\\fR nothing has a colour, unless it is "
+      "empty.\n"
+      ".TP\n\\fBHOME\\fR\nThe home directory, for \\fBls \\-\\-home\\fR and where paths are "
+      "expanded.\n"
+      ".TP\n\\fBTZ\\fR\nThe time zone of the dates that \\fBls\\fR and \\fBinfo\\fR print.\n";
+  page += ".SH EXAMPLES\n";
+  for (const Note &example : examples()) {
+    page += std::string(".PP\n") + to_roff(example.title) + ":\n.PP\n.RS\n.nf\n" +
+            to_roff(example.text) + "\n.fi\n.RE\n";
+  }
+  page +=
       ".SH SEE ALSO\n.BR jxcheck (3),\n.BR jxhost (3),\n.BR jxwem (3),\n.BR jxwem.hpp (3),\n.BR "
       "jxwem\\-host (7)\n";
   return page;
 }
 
-// The words of a span of options, long and short: "-r --recursive".
-std::string option_words(std::span<const Option> options) {
-  std::string words;
-  for (const Option &option : options) {
-    std::string names = option.name;
-    const size_t comma = names.find(',');
-    if (comma != names.npos) names[comma] = ' ';
-    words += names + " ";
-  }
-  return words;
-}
-
-std::string completion() {
-  std::string names;
-  std::string cases;
-  for (const Command &command : commands()) {
-    if (command.is_hidden) continue;
-    names += std::string(names.empty() ? "" : " ") + command.name;
-    cases += std::string("    ") + command.name + ") options='" + option_words(command.options) +
-             option_words(common_options()) + "--help' ;;\n";
-  }
-  return "# bash completion for jxfile\n"
-         "_jxfile() {\n"
-         "  local word=${COMP_WORDS[COMP_CWORD]} options=''\n"
-         "  if ((COMP_CWORD == 1)); then\n"
-         "    mapfile -t COMPREPLY < <(compgen -W '" +
-         names +
-         " --help --version' -- \"$word\")\n"
-         "    return\n"
-         "  fi\n"
-         "  case ${COMP_WORDS[1]} in\n" +
-         cases +
-         "  esac\n"
-         "  if [[ $word == -* ]]; then\n"
-         "    mapfile -t COMPREPLY < <(compgen -W \"$options\" -- \"$word\")\n"
-         "  else\n"
-         "    compopt -o filenames 2>/dev/null\n"
-         "    mapfile -t COMPREPLY < <(compgen -f -- \"$word\")\n"
-         "  fi\n"
-         "}\n"
-         "complete -F _jxfile jxfile\n";
-}
-
 }  // namespace
 
 int run_generate(Session &session, const Arguments &arguments) {
-  const std::string kind = arguments.operand(0);
-  if (kind != "man" && kind != "completion") throw UsageError("KIND is man or completion");
-  session.output() << (kind == "man" ? man_page() : completion());
+  const std::map<std::string, std::string (*)()> kinds = {{"man", man_page},
+                                                          {"bash", bash_completion},
+                                                          {"zsh", zsh_completion},
+                                                          {"fish", fish_completion}};
+  const auto kind = kinds.find(arguments.operand(0));
+  if (kind == kinds.end()) throw UsageError("KIND is man, bash, zsh or fish");
+  session.output() << kind->second();
   return 0;
 }
 

@@ -3,6 +3,7 @@
 
 #include <exception>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "jx/wem/status.hpp"
@@ -31,8 +32,10 @@ struct Failure : std::exception {
 
 // The command line is wrong; exit 2.
 struct UsageError : std::exception {
-  explicit UsageError(std::string text) : message(std::move(text)) {}
+  explicit UsageError(std::string text, std::string_view meant = {})
+      : message(std::move(text)), suggestion(meant) {}
   std::string message;
+  std::string suggestion;  // the word that may have been meant; may be empty
 };
 
 // The failure that a system call's errno means: a status of the module, with the system's text

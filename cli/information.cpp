@@ -1,5 +1,6 @@
 // The commands "info", "fsinfo" and "ls": what the file system knows.
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -9,6 +10,7 @@
 #include <ctime>
 #include <vector>
 
+#include "cli/colour.hpp"
 #include "cli/commands.hpp"
 #include "cli/many.hpp"
 #include "cli/session.hpp"
@@ -51,8 +53,15 @@ void add_info(Session &session, Row &row, const std::optional<wem::FileInfo> &in
   row.add("is_dir", info->is_directory);
 }
 
+// The name as it is printed, that of a directory in its colour.
+std::string name_line(Session &session, const ListedName &listed) {
+  const std::string name = session.shown(listed.name);
+  const bool is_folder = listed.info && listed.info->is_directory;
+  return (is_folder && wants_colour(STDOUT_FILENO) ? coloured(kFolderColour, name) : name) + "\n";
+}
+
 std::string long_line(Session &session, const ListedName &listed) {
-  const std::string name = session.shown(listed.name) + "\n";
+  const std::string name = name_line(session, listed);
   if (!listed.info) return std::string("?") + std::string(35, ' ') + name;
   char text[64];
   std::snprintf(text, sizeof text, "%c %12llu  %s  ", listed.info->is_directory ? 'd' : '-',
@@ -102,6 +111,8 @@ std::string join(const std::string &folder, const std::string &name) {
 std::vector<ListedName> list(Session &session, const Arguments &arguments,
                              const std::string &directory) {
   const bool is_full = arguments.has("--full");
+  const bool needs_info =
+      arguments.has("--long") || (wants_colour(STDOUT_FILENO) && !arguments.has("--json"));
   std::vector<std::string> names =
       arguments.has("--all") ? list_all(session, directory) : list_visible(session, directory);
   std::sort(names.begin(), names.end());
@@ -109,7 +120,7 @@ std::vector<ListedName> list(Session &session, const Arguments &arguments,
   std::vector<ListedName> listed;
   for (const std::string &name : names) {
     ListedName entry{is_full ? join(folder, name) : name, std::nullopt};
-    if (arguments.has("--long")) entry.info = member_info(session, join(directory, name));
+    if (needs_info) entry.info = member_info(session, join(directory, name));
     listed.push_back(std::move(entry));
   }
   return listed;
@@ -153,7 +164,7 @@ void print_listed(Session &session, const Arguments &arguments, const ListedName
   } else if (arguments.has("--long")) {
     session.output() << long_line(session, listed);
   } else {
-    session.output() << session.shown(listed.name) + "\n";
+    session.output() << name_line(session, listed);
   }
 }
 

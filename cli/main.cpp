@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/colour.hpp"
 #include "cli/commands.hpp"
 #include "cli/failure.hpp"
 #include "cli/output.hpp"
@@ -30,6 +31,7 @@ std::vector<std::string> expand_operands(cli::Session &session, const cli::Invoc
 }
 
 int run(cli::Invocation invocation) {
+  cli::choose_colour(invocation.arguments.text("--color", "auto"));
   cli::Session session(invocation.arguments.text("--module"), invocation.command->name);
   try {
     if (invocation.arguments.has("--expand")) {
@@ -49,10 +51,13 @@ int run(cli::Invocation invocation) {
   }
 }
 
-void print_usage_error(const std::string &command, const std::string &message) {
+void print_usage_error(const std::string &command, const cli::UsageError &error) {
   const std::string colon = command.empty() ? ": " : ": " + command + ": ";
-  const std::string help = "hint: jxfile " + command + (command.empty() ? "" : " ") + "--help\n";
-  std::fputs(("jxfile" + colon + cli::to_printable(message) + "\n" + help).c_str(), stderr);
+  const std::string help = "jxfile " + command + (command.empty() ? "" : " ") + "--help";
+  const std::string hint =
+      error.suggestion.empty() ? help : "did you mean " + error.suggestion + "?";
+  const std::string lines = "jxfile" + colon + cli::to_printable(error.message) + "\nhint: ";
+  std::fputs((lines + hint + "\n").c_str(), stderr);
 }
 
 }  // namespace
@@ -69,7 +74,7 @@ int main(int argc, char **argv) {
   try {
     return cli::parse_command_line(argc, argv, &invocation) ? run(invocation) : 0;
   } catch (const cli::UsageError &error) {
-    print_usage_error(command(), error.message);
+    print_usage_error(command(), error);
     return kWrongUsage;
   } catch (const cli::Failure &failure) {
     cli::print_failure("help", failure);

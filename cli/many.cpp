@@ -7,6 +7,15 @@
 
 namespace cli {
 
+int summarize(Session &session, size_t failed, size_t count) {
+  if (failed == 0) return 0;
+  session.output().flush();
+  if (count > 1) {
+    session.note(std::to_string(failed) + " of " + std::to_string(count) + " files failed");
+  }
+  return 1;
+}
+
 std::vector<Pair> pairs_of(const Arguments &arguments) {
   const std::vector<std::string> &operands = arguments.operands();
   const std::string &last = operands.back();

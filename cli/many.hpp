@@ -10,11 +10,15 @@
 
 namespace cli {
 
+// Says how many of several things failed. The exit code.
+int summarize(Session &session, size_t failed, size_t count);
+
 // Runs an operation on each of some paths or pairs, after what was printed before. A failure is
-// reported and the others still have their turn; one of standard output ends it all. The exit code.
+// reported, the others still have their turn, and in the end it is said how many failed; one of
+// standard output ends it all. The exit code.
 template <typename Item, typename Operation>
 int for_each(Session &session, const std::vector<Item> &items, Operation operation) {
-  int code = 0;
+  size_t failed = 0;
   for (const Item &item : items) {
     try {
       operation(item);
@@ -22,10 +26,10 @@ int for_each(Session &session, const std::vector<Item> &items, Operation operati
       if (failure.path == "standard output") throw;
       session.output().flush();
       session.report(failure);
-      code = 1;
+      ++failed;
     }
   }
-  return code;
+  return summarize(session, failed, items.size());
 }
 
 // What a command that takes OLD... NEW acts on.

@@ -1,4 +1,4 @@
-// What holds for more than one command.
+// What holds for more than one command, and examples.
 #include <array>
 
 #include "cli/commands.hpp"
@@ -53,8 +53,23 @@ constexpr auto kNotes = std::to_array<Note>({
      "0 when everything was done, 1 when an operation failed, 2 when the command line is wrong."},
 });
 
+constexpr auto kExamples = std::to_array<Note>({
+    {"Look at a file that is not UTF-8, each line with its number",
+     "jxfile lines -n --from latin1 notes.txt"},
+    {"Convert every text of a directory and keep the old files",
+     "jxfile convert --from latin1 --in-place --backup .old docs/*.txt"},
+    {"Give every line the end that Windows programs expect",
+     "jxfile convert --eol crlf notes.txt notes-dos.txt"},
+    {"Find the byte that is not UTF-8: the message names record and offset",
+     "jxfile convert notes.txt /dev/null"},
+    {"Print lines 100 to 120 as JSON", "jxfile lines --range 100:120 --json big.log"},
+    {"Copy a tree with its links, permissions and times", "jxfile cp -pP docs backup"},
+    {"Make a file that nobody else has or reads", "jxfile newname --create --prefix job /tmp"},
+});
+
 }  // namespace
 
 std::span<const Note> notes() { return kNotes; }
+std::span<const Note> examples() { return kExamples; }
 
 }  // namespace cli

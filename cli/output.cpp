@@ -7,10 +7,9 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 
+#include "cli/colour.hpp"
 #include "cli/descriptor.hpp"
-#include "cli/names.hpp"
 #include "cli/printable.hpp"
 #include "jx/jxhost.h"
 
@@ -56,14 +55,9 @@ std::string hint_for(std::string_view command, const Failure &failure) {
   return {};
 }
 
-bool wants_colour() {
-  const WithVariables variables;
-  const char *refusal = std::getenv("NO_COLOR");
-  return isatty(STDERR_FILENO) == 1 && (!refusal || !*refusal);
-}
-
 std::string line_start(std::string_view command) {
-  const std::string line = wants_colour() ? "\033[1;31mjxfile:\033[0m " : "jxfile: ";
+  const std::string line =
+      (wants_colour(STDERR_FILENO) ? coloured(kFaultColour, "jxfile:") : "jxfile:") + " ";
   return command.empty() ? line : line + std::string(command) + ": ";
 }
 

@@ -32,7 +32,7 @@ function(jx_lay_out layout library_folder module_folder)
   configure_file(cmake/jxwem.pc.in ${generated}/jxwem.pc @ONLY)
   install(FILES ${generated}/jxwem.pc DESTINATION ${library_folder}/pkgconfig ${sdk})
 
-  # jxfile's page and its completion are what `jxfile generate` prints, the other pages what
+  # jxfile's page and its completions are what `jxfile generate` prints, the other pages what
   # tools/man_pages makes of the headers' comments; the checks compare them.
   foreach(section 1 3 7)
     file(GLOB pages_${section} CONFIGURE_DEPENDS docs/man/*.${section})
@@ -45,6 +45,14 @@ function(jx_lay_out layout library_folder module_folder)
     install(FILES ${pages_1} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 ${program})
     install(FILES docs/completion/jxfile.bash RENAME jxfile
       DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions ${program})
+    # Debian keeps what packages bring apart from what users install.
+    set(zsh_folder zsh/site-functions)
+    if(layout STREQUAL debian)
+      set(zsh_folder zsh/vendor-completions)
+    endif()
+    install(FILES docs/completion/_jxfile DESTINATION ${CMAKE_INSTALL_DATADIR}/${zsh_folder} ${program})
+    install(FILES docs/completion/jxfile.fish
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d ${program})
   endif()
 
   install(FILES README.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} ${documents})

@@ -29,16 +29,17 @@ constexpr const char *kOptions[] = {
     "--prefix",   "--extension", "--host",     "--directory", "--member",   "--help",
     "--capacity", "--",          "--in-place", "--into",      "--backup",   "--files0-from",
     "--jobs",     "--dry-run",   "--eol",      "--final-eol", "--on-error", "--translit",
-    "--create",   "--range",     "-p",         "-P",          "-f",         "-T"};
-constexpr const char *kValues[] = {"utf-8",      "utf-16", "utf-16be", "latin1",
-                                   "ascii",      "cp1252", "sjis",     "gb18030",
-                                   "ibm037",     "utf-7",  "nosuch",   "0",
-                                   "1",          "7",      "100",      "64k",
-                                   "2:",         "0x10",   "12x",      "99999999999999999999",
-                                   "text",       "binary", "stream",   "man",
-                                   "completion", "%d %s",  "%08.3f",   "JX_E_NOMEM",
-                                   "80bfe801",   "x",      "",         "nel",
-                                   "crlf",       "add",    "escape",   "replace"};
+    "--create",   "--range",     "-p",         "-P",          "-f",         "-T",
+    "--color"};
+constexpr const char *kValues[] = {"utf-8",    "utf-16", "utf-16be", "latin1",
+                                   "ascii",    "cp1252", "sjis",     "gb18030",
+                                   "ibm037",   "utf-7",  "nosuch",   "0",
+                                   "1",        "7",      "100",      "64k",
+                                   "2:",       "0x10",   "12x",      "99999999999999999999",
+                                   "text",     "binary", "stream",   "man",
+                                   "bash",     "%d %s",  "%08.3f",   "JX_E_NOMEM",
+                                   "80bfe801", "x",      "",         "nel",
+                                   "crlf",     "add",    "escape",   "replace"};
 // None leads out of the folder.
 constexpr const char *kNames[] = {"text",      "wide",   "folder", "folder/inner", "link",
                                   "nothing",   "-",      "new",    "folder/new",   ".",

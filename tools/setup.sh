@@ -12,8 +12,9 @@ packages_aarch64=(binutils-aarch64-linux-gnu clang-19 libsimde-dev libstdc++-12-
   qemu-user-static)
 packages_fuzz=("${packages_test[@]}" clang-19 libclang-rt-19-dev)
 packages_check=("${packages_fuzz[@]}" "${packages_aarch64[@]}" abigail-tools binutils clang-14
-  clang-format clang-tidy-19 codespell doxygen libboost-dev libc6-dbg libfmt-dev libutfcpp-dev lintian
-  llvm-19 man-db mandoc pkg-config python3 python3-jsonschema shellcheck valgrind)
+  clang-format clang-tidy-19 codespell doxygen fish libboost-dev libc6-dbg libfmt-dev libutfcpp-dev lintian
+  llvm-19 man-db mandoc pkg-config python3 python3-jsonschema
+  shellcheck valgrind zsh)
 
 say() { printf 'jxwem: %s\n' "$*" >&2; }
 die() { say "$*"; exit 1; }

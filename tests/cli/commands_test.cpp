@@ -206,7 +206,7 @@ TEST_F(Commands, Formatting) {
       {2, "bytes --raw --json text", "", "--raw and --json cannot be given together"},
       {2, "convert --bom --no-bom text b", "", "--bom and --no-bom cannot be given together"},
       {2, "convert text b --records x", "", "--records is text or stream"},
-      {2, "generate x", "", "KIND is man or completion"},
+      {2, "generate x", "", "KIND is man, bash, zsh or fish"},
       {0, "bytes --count 0X1 text",
        "00000000  6f                                                |o|\n"},
       {0, "bytes --raw --count 1K text", "one\ntwo\n"},
@@ -253,7 +253,20 @@ TEST_F(Commands, CatalogueAndUsage) {
       {0, "--version", "~jxwem 3"},
       {2, "", "", "a command is required"},
       {2, "--frobnicate", "", "jxfile: '--frobnicate' is not an option\nhint: jxfile --help"},
-      {2, "frobnicate", "", "'frobnicate' is not a command"},
+      {2, "frobnicate", "", "'frobnicate' is not a command\nhint: jxfile --help\n"},
+      {2, "lnies text", "", "'lnies' is not a command\nhint: did you mean lines?\n"},
+      {2, "conv text", "", "hint: did you mean convert?\n"},
+      {2, "lines --nubmer text", "", "hint: did you mean --number?\n"},
+      {2, "ls --colour=never", "", "hint: did you mean --color?\n"},
+      {2, "--verison", "", "hint: did you mean --version?\n"},
+      {2, "x text", "", "'x' is not a command\nhint: jxfile --help\n"},
+      {2, "help tree", "", "jxfile: help: 'tree' is not a command"},
+      {2, "help ls cp", "", "jxfile: help: "},
+      {0, "help", "~lines .*\n.*convert "},
+      {0, "help cp", "~OLD\\.\\.\\. NEW"},
+      {0, "ls --color always dir/sub/..", "link\nplain\n\033[1;34msub\033[0m\n\xff\n"},
+      {1, "info --color always none", "", "\033[1;31mjxfile:\033[0m info: none: "},
+      {2, "ls --color x", "", "--color is auto, always or never"},
       {2, "lines --frobnicate", "", "jxfile: lines: '--frobnicate' is not an option"},
   });
 }
@@ -298,8 +311,11 @@ TEST_F(Commands, MovedCheckoutIsConfiguredAnew) {
 TEST_F(Commands, DocumentsAreCurrent) {
   const std::string page = jxfile("generate man").out;
   EXPECT_EQ(page, read_all(JX_SOURCE_DIR "/docs/man/jxfile.1"));
-  EXPECT_EQ(jxfile("generate completion").out,
-            read_all(JX_SOURCE_DIR "/docs/completion/jxfile.bash"));
+  for (const auto &[shell, name] :
+       {std::pair{"bash", "jxfile.bash"}, {"zsh", "_jxfile"}, {"fish", "jxfile.fish"}}) {
+    EXPECT_EQ(jxfile(std::string("generate ") + shell).out,
+              read_all(std::string(JX_SOURCE_DIR "/docs/completion/") + name));
+  }
   const std::string section = "\n.SS \\fBjxfile ";
   int count = 0;
   for (size_t at = page.find(section); at != page.npos; at = page.find(section, at + 1), ++count) {
@@ -310,7 +326,7 @@ TEST_F(Commands, DocumentsAreCurrent) {
     EXPECT_EQ(help.code, 0) << name;
     EXPECT_NE(help.out.find("Example:\n  "), help.out.npos) << name;
   }
-  EXPECT_EQ(count, 23);
+  EXPECT_EQ(count, 24);
 }
 
 }  // namespace

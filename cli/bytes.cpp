@@ -7,6 +7,7 @@
 
 #include "cli/commands.hpp"
 #include "cli/input.hpp"
+#include "cli/watch.hpp"
 
 namespace cli {
 namespace {
@@ -126,6 +127,9 @@ int run_bytes(Session &session, const Arguments &arguments) {
   wem::File file = input.open(wem::OpenOptions::input().binary(length).direct());
   if (offset > 0) skip(input, file, offset);
   BytePrinter printer(session, arguments);
+  const uint64_t start = input.bytes_done();
+  const Watch watch(unless_shown(std::min(input.size() - std::min(input.size(), start), left)),
+                    [&input, start] { return input.bytes_done() - start; });
   while (left > 0) {
     if (input.is_waiting()) session.output().flush();
     const auto record = file.read(static_cast<uint32_t>(std::min<uint64_t>(length, left)));

@@ -45,8 +45,16 @@ Copier::Copier(Session &session, CopyManner manner, Staging &staging, std::strin
       staging_(staging),
       from_(std::move(from)),
       to_(std::move(to)),
-      watch_(byte_count, staging.fd()),
-      umask_(current_umask()) {}
+      umask_(current_umask()),
+      watch_(byte_count, [this] { return copied_bytes(); }) {}
+
+// On the thread of the watch.
+uint64_t Copier::copied_bytes() const {
+  const char *name = growing_;
+  struct ::stat status = {};
+  const bool is_growing = name && ::fstatat(staging_.fd(), name, &status, AT_SYMLINK_NOFOLLOW) == 0;
+  return done_bytes_ + (is_growing ? static_cast<uint64_t>(status.st_size) : 0);
+}
 
 std::string Copier::shown(const std::string &member) const {
   const std::string tail = member == "." ? "" : "/" + member;
@@ -65,10 +73,11 @@ void Copier::copy_file(int source_fd, const struct ::stat &source, const std::st
   refuse_special(shown(member), source.st_mode);
   const std::string path = path_through(source_fd, from_ + "/" + member);
   const CreationMask mask(~source.st_mode & kPermissions);
-  watch_.begin(name);
+  growing_ = name;
   require(session_.instance().copy(session_.name(path), session_.name(staging_.path(name))),
           shown(member));
-  watch_.end(static_cast<uint64_t>(source.st_size));
+  growing_ = nullptr;
+  done_bytes_ += static_cast<uint64_t>(source.st_size);
   set_attributes(staging_.fd(), name, source, shown(member));
 }
 

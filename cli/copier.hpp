@@ -3,13 +3,14 @@
 
 #include <sys/stat.h>
 
+#include <atomic>
 #include <string>
 #include <vector>
 
-#include "cli/copy_watch.hpp"
 #include "cli/session.hpp"
 #include "cli/staging.hpp"
 #include "cli/tree.hpp"
+#include "cli/watch.hpp"
 
 namespace cli {
 
@@ -45,6 +46,7 @@ class Copier {
   };
 
   std::string shown(const std::string &member) const;
+  uint64_t copied_bytes() const;
   void copy_file(int source_fd, const struct ::stat &source, const std::string &member,
                  const char *name);
   void copy_link(int source_fd, const struct ::stat &source, const std::string &member, int to_fd,
@@ -64,12 +66,14 @@ class Copier {
   Staging &staging_;
   std::string from_;
   std::string to_;
-  CopyWatch watch_;
+  std::atomic<const char *> growing_ = nullptr;  // a file in the staging folder
+  std::atomic<uint64_t> done_bytes_ = 0;         // of files before it
   mode_t umask_;
   Descriptor root_;              // of a tree's copy
   Descriptor folder_;            // of the copy, that members are put into now
   std::string folder_path_;      // its path in the tree
   std::vector<Folder> folders_;  // of a tree
+  Watch watch_;                  // reads what is above it: the last member
 };
 
 }  // namespace cli

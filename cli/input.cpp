@@ -220,6 +220,11 @@ int64_t Input::consumed_bytes() const {
   return at - start_;
 }
 
+uint64_t Input::bytes_done() const {
+  const int64_t at = start_ >= 0 ? ::lseek(fd_, 0, SEEK_CUR) : -1;
+  return at > start_ ? static_cast<uint64_t>(at - start_) : 0;
+}
+
 bool Input::ends_with(std::string_view bytes) {
   if (relay_) return relay_->tail().ends_with(bytes);
   const int64_t start = consumed_bytes() - static_cast<int64_t>(bytes.size());

@@ -55,6 +55,8 @@ class Input {
   bool is_seekable() const { return start_ >= 0; }
   // Size in bytes of what can be read again.
   uint64_t size() const { return size_; }
+  // How far reading is; 0 where that is not known. On any thread.
+  uint64_t bytes_done() const;
   // Identifies the file by device and inode.
   const struct ::stat &file_status() const { return file_status_; }
   // Throws a Failure when standard output is this file.

@@ -7,6 +7,7 @@
 #include "cli/many.hpp"
 #include "cli/plain_lines.hpp"
 #include "cli/session.hpp"
+#include "cli/watch.hpp"
 
 namespace cli {
 namespace {
@@ -213,7 +214,10 @@ void print_file(Session &session, const Arguments &arguments, LineRange range,
 
   const auto print_with = [&](auto &&printer, const wem::OpenOptions &opening, auto print) {
     wem::File file = input.open(opening, encoding);
-    const wem::Status status = print(file, printer);
+    const wem::Status status = [&] {
+      const Watch watch(unless_shown(input.size()), [&input] { return input.bytes_done(); });
+      return print(file, printer);
+    }();
     require(file.close(), input.shown());
     finish_file(session, input, encoding, status, printer);
   };

@@ -9,6 +9,7 @@
 #include "cli/descriptor.hpp"
 #include "cli/input.hpp"
 #include "cli/target.hpp"
+#include "cli/watch.hpp"
 
 namespace cli {
 namespace {
@@ -34,7 +35,14 @@ void move_to_start(wem::File &file, const Writing &writing, const std::string &s
 
 // Calls write with each chunk of standard input.
 template <typename Write>
-void for_each_chunk(size_t chunk_bytes, Write write) {
+void for_each_chunk(const Target &target, size_t chunk_bytes, Write write) {
+  struct ::stat status = {};
+  const off_t start = ::lseek(STDIN_FILENO, 0, SEEK_CUR);
+  const bool has_end = ::fstat(STDIN_FILENO, &status) == 0 && S_ISREG(status.st_mode) &&
+                       status.st_size > start && !target.is_terminal();
+  const Watch watch(has_end ? static_cast<uint64_t>(status.st_size - start) : 0, [start] {
+    return static_cast<uint64_t>(::lseek(STDIN_FILENO, 0, SEEK_CUR) - start);
+  });
   std::string chunk;
   do {
     chunk = read_fully(STDIN_FILENO, chunk_bytes, kSource);
@@ -45,7 +53,7 @@ void for_each_chunk(size_t chunk_bytes, Write write) {
 void write_binary(const Writing &writing, Target &target) {
   wem::File &file = target.open(target.options().binary(writing.record_length).direct());
   move_to_start(file, writing, target.shown());
-  for_each_chunk(writing.record_length, [&](std::string_view chunk) {
+  for_each_chunk(target, writing.record_length, [&](std::string_view chunk) {
     target.require_written(file.write(std::as_bytes(std::span(chunk))));
   });
 }
@@ -54,7 +62,7 @@ void write_stream(Session &session, const Writing &writing, Target &target) {
   StreamWriter writer(session, target, JX_ENCODING_UTF8, writing.to, 0);
   wem::File &file = writer.open(with_mark(target.options(), writing), kChunkBytes);
   move_to_start(file, writing, target.shown());
-  for_each_chunk(kChunkBytes, [&](std::string_view chunk) {
+  for_each_chunk(target, kChunkBytes, [&](std::string_view chunk) {
     target.require_written(writer.write(chunk, kSource));
   });
   target.require_written(writer.finish(kSource));
@@ -123,7 +131,7 @@ void write_text(Session &session, const Writing &writing, Target &target) {
       with_mark(target.options(), writing).text(writing.record_length).file_encoding(writing.to));
   move_to_start(file, writing, target.shown());
   LineWriter writer(session, writing, file, target);
-  for_each_chunk(kChunkBytes, [&writer](std::string_view chunk) { writer.feed(chunk); });
+  for_each_chunk(target, kChunkBytes, [&writer](std::string_view chunk) { writer.feed(chunk); });
   writer.finish();
 }
 

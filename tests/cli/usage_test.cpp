@@ -65,6 +65,17 @@ TEST_F(Usage, CatalogueAndUsage) {
   });
 }
 
+// What takes long shows on a terminal how far it is, and takes that away again.
+TEST_F(Usage, ProgressIsShown) {
+  put("large", std::string(400000, 'x'));
+  const char *line =
+      "script -qec \"'" JX_BINARY_DIR "/jxfile' lines large | (sleep 0.8; wc -c >&2)\" /dev/null";
+  const std::string out = run({"/bin/sh", "-c", line}).out;
+  EXPECT_TRUE(matches(out, "~\r\\[[#-]{40}\\] +[0-9]+%  [0-9.]+ [kM]?B/s  0:[0-9]{2} left")) << out;
+  EXPECT_NE(out.find("\r\033[K"), out.npos) << out;
+  EXPECT_NE(out.find("400000"), out.npos) << out;
+}
+
 // A build folder of a checkout elsewhere is removed and configured anew; any other is kept.
 TEST_F(Usage, MovedCheckoutIsConfiguredAnew) {
   std::filesystem::create_directories(at("build/i386"));

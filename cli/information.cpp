@@ -207,20 +207,21 @@ int run_fsinfo(Session &session, const Arguments &arguments) {
 
 int run_ls(Session &session, const Arguments &arguments) {
   const bool is_parent = arguments.has("--parent");
-  std::vector<std::string> folders = places_of(session, arguments);
-  const bool is_many = folders.size() > 1;
-  const auto first_folder =
-      std::stable_partition(folders.begin(), folders.end(),
-                            [&](const auto &path) { return !is_parent && is_file(path); });
-  const std::vector<std::string> files(folders.begin(), first_folder);
-  folders.erase(folders.begin(), first_folder);
-  const int files_code = for_each(session, files, [&](const std::string &path) {
-    ListedName listed{arguments.has("--full") ? full_path(path) : path, std::nullopt};
-    if (arguments.has("--long")) listed.info = member_info(session, path);
-    print_listed(session, arguments, listed, {});
-  });
-  bool needs_gap = !files.empty();
-  const int folders_code = for_each(session, folders, [&](const std::string &path) {
+  std::vector<std::string> paths, folders;  // files first
+  for (const std::string &path : places_of(session, arguments)) {
+    (!is_parent && is_file(path) ? paths : folders).push_back(path);
+  }
+  size_t files_left = paths.size();
+  bool needs_gap = !paths.empty();
+  paths.insert(paths.end(), folders.begin(), folders.end());
+  const bool is_many = paths.size() > 1;
+  return for_each(session, paths, [&](const std::string &path) {
+    if (files_left > 0) {
+      --files_left;
+      ListedName listed{arguments.has("--full") ? full_path(path) : path, std::nullopt};
+      if (arguments.has("--long")) listed.info = member_info(session, path);
+      return print_listed(session, arguments, listed, {});
+    }
     const std::string directory = is_parent ? parent_of(path) : path;
     const std::vector<ListedName> names = list(session, arguments, directory);
     if (is_many && !arguments.has("--json")) {
@@ -231,7 +232,6 @@ int run_ls(Session &session, const Arguments &arguments) {
       print_listed(session, arguments, listed, is_many ? directory : std::string());
     }
   });
-  return std::max(files_code, folders_code);
 }
 
 }  // namespace cli

@@ -148,7 +148,9 @@ void run(FuzzedDataProvider *input) {
   const bool is_lenient = has("--on-error") || has("--translit");
   require((code == 0) == messages.empty() || words[1] == "exists" || is_lenient,
           "messages of " + line + messages);
-  require(code == 0 || messages.empty() || messages.starts_with("jxfile"), "message: " + messages);
+  const bool has_name =
+      messages.starts_with("jxfile") || messages.starts_with("\033[1;31mjxfile:\033[0m ");
+  require(code == 0 || messages.empty() || has_name, "message: " + messages);
   // One line for each thing that went wrong, and hints.
   require(messages.empty() || messages.ends_with('\n'), "a message without its end");
 

@@ -5,6 +5,7 @@
 #include "cli/detection.hpp"
 #include "cli/input.hpp"
 #include "cli/line_survey.hpp"
+#include "cli/many.hpp"
 #include "jx/jxhost.h"
 
 namespace cli {
@@ -150,20 +151,11 @@ void print_json(Session &session, const std::string &shown, const Examination &e
 }  // namespace
 
 int run_detect(Session &session, const Arguments &arguments) {
-  int code = 0;
-  for (const std::string &name : arguments.operands()) {
-    try {
-      Input input(session, name, Input::Use::kBytes);
-      const Examination examination = examine(session, input);
-      (arguments.has("--json") ? print_json : print_text)(session, input.shown(), examination);
-    } catch (const Failure &failure) {
-      if (failure.path == "standard output") throw;
-      session.output().flush();
-      session.report(failure);
-      code = 1;
-    }
-  }
-  return code;
+  return for_each(session, arguments.operands(), [&](const std::string &name) {
+    Input input(session, name, Input::Use::kBytes);
+    const Examination examination = examine(session, input);
+    (arguments.has("--json") ? print_json : print_text)(session, input.shown(), examination);
+  });
 }
 
 }  // namespace cli

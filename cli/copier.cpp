@@ -71,7 +71,7 @@ void Copier::copy(int source_fd, const struct ::stat &source) {
 void Copier::copy_file(int source_fd, const struct ::stat &source, const std::string &member,
                        const char *name) {
   refuse_special(shown(member), source.st_mode);
-  const std::string path = path_through(source_fd, from_ + "/" + member);
+  const std::string path = path_through(source_fd, member == "." ? from_ : from_ + "/" + member);
   const CreationMask mask(~source.st_mode & kPermissions);
   growing_ = name;
   require(session_.instance().copy(session_.name(path), session_.name(staging_.path(name))),

@@ -75,6 +75,17 @@ Stopper find_stopper(const std::string &path, wem::Status status) {
   return found;
 }
 
+// Removes the links among the names of a directory that are left to read: the module would read all
+// of it anew for each. One that stays stops the module again, which tells.
+void remove_links(Folder &folder) {
+  while (const char *name = folder.next()) {
+    struct ::stat member = {};
+    const bool is_link =
+        ::fstatat(folder.fd(), name, &member, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(member.st_mode);
+    if (is_link) ::unlinkat(folder.fd(), name, 0);
+  }
+}
+
 }  // namespace
 
 void refuse_removal(const std::string &path) {
@@ -90,7 +101,7 @@ void remove(Session &session, const std::string &path, bool is_recursive) {
     const wem::Status status = session.instance().remove(session.name(path), is_recursive);
     if (status.ok()) return;
     if (!is_recursive && status != JXWEM_E_NOTFOUND) throw Failure(path, status);
-    const Stopper stopper = find_stopper(path, status);
+    Stopper stopper = find_stopper(path, status);
     Failure failure(stopper.path, status);
     failure.hint = stopper.hint;
     // The module finds what a link leads to: nothing, or a directory, which it does not touch.
@@ -103,6 +114,7 @@ void remove(Session &session, const std::string &path, bool is_recursive) {
       throw system_failure(stopper.path, errno);
     }
     if (is_all) return;
+    remove_links(*stopper.folder);
   }
 }
 

@@ -50,7 +50,11 @@ std::string bash_values() {
   }
   std::string cases;
   for (const auto &[setting, pattern] : patterns) {
-    cases += "    " + pattern + ") " + setting + " ;;\n";
+    cases += "    ";
+    cases += pattern;
+    cases += ") ";
+    cases += setting;
+    cases += " ;;\n";
   }
   return cases;
 }

@@ -137,6 +137,7 @@ void print_json(Session &session, const std::string &shown, const Examination &e
   row.add("confidence", int64_t{detection.confidence}).add("certain", detection.is_certain());
   row.add("reason", detection.reason).add("mark", detection.mark_bytes > 0);
   std::vector<std::string> candidates;
+  candidates.reserve(detection.guesses.size());
   for (const Guess &guess : detection.guesses)
     candidates.emplace_back(jxhost_encoding_name(guess.encoding));
   row.add("candidates", std::span<const std::string>(candidates)).add("line_ends", lines.kind());

@@ -13,7 +13,6 @@ namespace cli {
 namespace {
 
 constexpr const char *kList = "system.posix_acl_access";
-constexpr mode_t kPermissions = 0777;
 
 // What all of them had: the group is another one now, and the old group is among the others.
 mode_t without_group(mode_t mode) {

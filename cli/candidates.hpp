@@ -7,7 +7,7 @@
 
 namespace cli {
 
-enum class Kind : uint8_t {
+enum class EncodingKind : uint8_t {
   kAscii,  // extends ASCII by single bytes
   kOld,    // the same, of DOS or the Macintosh: less likely
   kEbcdic,
@@ -16,7 +16,7 @@ enum class Kind : uint8_t {
 
 struct Candidate {
   uint32_t encoding;
-  Kind kind;
+  EncodingKind kind;
   std::string_view languages;  // the first words of their names, divided by blanks
 };
 
@@ -28,53 +28,53 @@ inline constexpr std::string_view kChinese = "simplified traditional";
 
 // In the order in which they are named where they give the same text.
 inline constexpr auto kCandidates = std::to_array<Candidate>({
-    {1252, Kind::kAscii, kWestern},
-    {28605, Kind::kAscii, kWestern},
-    {28591, Kind::kAscii, kWestern},
-    {850, Kind::kOld, kWestern},
-    {437, Kind::kOld, kWestern},
-    {10000, Kind::kOld, kWestern},
-    {1250, Kind::kAscii, kCentral},
-    {28592, Kind::kAscii, kCentral},
-    {28606, Kind::kAscii, "Romanian"},
-    {852, Kind::kOld, kCentral},
-    {10029, Kind::kOld, kCentral},
-    {1251, Kind::kAscii, kCyrillic},
-    {20866, Kind::kAscii, "Russian Bulgarian"},
-    {21866, Kind::kAscii, kCyrillic},
-    {28595, Kind::kAscii, kCyrillic},
-    {866, Kind::kOld, kCyrillic},
-    {1125, Kind::kOld, "Ukrainian"},
-    {10007, Kind::kOld, kCyrillic},
-    {10017, Kind::kOld, "Ukrainian"},
-    {855, Kind::kOld, kCyrillic},
-    {1253, Kind::kAscii, "Greek"},
-    {28597, Kind::kAscii, "Greek"},
-    {737, Kind::kOld, "Greek"},
-    {1254, Kind::kAscii, "Turkish"},
-    {37, Kind::kEbcdic, kWestern},
-    {1047, Kind::kEbcdic, kWestern},
-    {500, Kind::kEbcdic, kWestern},
-    {273, Kind::kEbcdic, "German"},
-    {297, Kind::kEbcdic, "French"},
-    {284, Kind::kEbcdic, "Spanish"},
-    {280, Kind::kEbcdic, "Italian"},
-    {278, Kind::kEbcdic, "Swedish Finnish"},
-    {277, Kind::kEbcdic, "Danish"},
-    {285, Kind::kEbcdic, "English"},
-    {870, Kind::kEbcdic, kCentral},
-    {1025, Kind::kEbcdic, kCyrillic},
-    {1123, Kind::kEbcdic, "Ukrainian"},
-    {875, Kind::kEbcdic, "Greek"},
-    {1026, Kind::kEbcdic, "Turkish"},
-    {3001, Kind::kWide, "Japanese"},
-    {932, Kind::kWide, "Japanese"},
-    {51932, Kind::kWide, "Japanese"},
-    {54936, Kind::kWide, kChinese},
-    {950, Kind::kWide, "traditional"},
-    {951, Kind::kWide, "traditional"},
-    {51949, Kind::kWide, "Korean"},
-    {949, Kind::kWide, "Korean"},
+    {1252, EncodingKind::kAscii, kWestern},
+    {28605, EncodingKind::kAscii, kWestern},
+    {28591, EncodingKind::kAscii, kWestern},
+    {850, EncodingKind::kOld, kWestern},
+    {437, EncodingKind::kOld, kWestern},
+    {10000, EncodingKind::kOld, kWestern},
+    {1250, EncodingKind::kAscii, kCentral},
+    {28592, EncodingKind::kAscii, kCentral},
+    {28606, EncodingKind::kAscii, "Romanian"},
+    {852, EncodingKind::kOld, kCentral},
+    {10029, EncodingKind::kOld, kCentral},
+    {1251, EncodingKind::kAscii, kCyrillic},
+    {20866, EncodingKind::kAscii, "Russian Bulgarian"},
+    {21866, EncodingKind::kAscii, kCyrillic},
+    {28595, EncodingKind::kAscii, kCyrillic},
+    {866, EncodingKind::kOld, kCyrillic},
+    {1125, EncodingKind::kOld, "Ukrainian"},
+    {10007, EncodingKind::kOld, kCyrillic},
+    {10017, EncodingKind::kOld, "Ukrainian"},
+    {855, EncodingKind::kOld, kCyrillic},
+    {1253, EncodingKind::kAscii, "Greek"},
+    {28597, EncodingKind::kAscii, "Greek"},
+    {737, EncodingKind::kOld, "Greek"},
+    {1254, EncodingKind::kAscii, "Turkish"},
+    {37, EncodingKind::kEbcdic, kWestern},
+    {1047, EncodingKind::kEbcdic, kWestern},
+    {500, EncodingKind::kEbcdic, kWestern},
+    {273, EncodingKind::kEbcdic, "German"},
+    {297, EncodingKind::kEbcdic, "French"},
+    {284, EncodingKind::kEbcdic, "Spanish"},
+    {280, EncodingKind::kEbcdic, "Italian"},
+    {278, EncodingKind::kEbcdic, "Swedish Finnish"},
+    {277, EncodingKind::kEbcdic, "Danish"},
+    {285, EncodingKind::kEbcdic, "English"},
+    {870, EncodingKind::kEbcdic, kCentral},
+    {1025, EncodingKind::kEbcdic, kCyrillic},
+    {1123, EncodingKind::kEbcdic, "Ukrainian"},
+    {875, EncodingKind::kEbcdic, "Greek"},
+    {1026, EncodingKind::kEbcdic, "Turkish"},
+    {3001, EncodingKind::kWide, "Japanese"},
+    {932, EncodingKind::kWide, "Japanese"},
+    {51932, EncodingKind::kWide, "Japanese"},
+    {54936, EncodingKind::kWide, kChinese},
+    {950, EncodingKind::kWide, "traditional"},
+    {951, EncodingKind::kWide, "traditional"},
+    {51949, EncodingKind::kWide, "Korean"},
+    {949, EncodingKind::kWide, "Korean"},
 });
 
 }  // namespace cli

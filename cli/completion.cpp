@@ -8,26 +8,26 @@
 namespace cli {
 namespace {
 
-Kind kind_of(std::string_view name) {
+ValueKind kind_of(std::string_view name) {
   if (name == "DIR" || name == "FOLDER" || name == "FILE") {
-    return name == "FILE" ? Kind::kFile : Kind::kFolder;
+    return name == "FILE" ? ValueKind::kFile : ValueKind::kFolder;
   }
-  if (name == "COMMAND") return Kind::kCommand;
-  return name == "ENC" ? Kind::kEncoding : Kind::kAnything;
+  if (name == "COMMAND") return ValueKind::kCommand;
+  return name == "ENC" ? ValueKind::kEncoding : ValueKind::kAnything;
 }
 
 }  // namespace
 
-Kind kind_of(const Option &option) {
-  if (!option.value) return Kind::kFlag;
-  return option.choices ? Kind::kChoice : kind_of(option.value);
+ValueKind kind_of(const Option &option) {
+  if (!option.value) return ValueKind::kFlag;
+  return option.choices ? ValueKind::kChoice : kind_of(option.value);
 }
 
-Kind kind_of_operands(const Command &command) {
-  if (command.operands.empty()) return Kind::kAnything;
+ValueKind kind_of_operands(const Command &command) {
+  if (command.operands.empty()) return ValueKind::kAnything;
   const Operand &operand = command.operands.front();
-  const Kind kind = kind_of(operand.name);
-  return kind == Kind::kAnything && operand.is_path ? Kind::kFile : kind;
+  const ValueKind kind = kind_of(operand.name);
+  return kind == ValueKind::kAnything && operand.is_path ? ValueKind::kFile : kind;
 }
 
 std::vector<const Command *> shown_commands() {

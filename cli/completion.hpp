@@ -10,11 +10,11 @@
 namespace cli {
 
 // What a value or an operand may be.
-enum class Kind { kFlag, kAnything, kFile, kFolder, kEncoding, kCommand, kChoice };
+enum class ValueKind { kFlag, kAnything, kFile, kFolder, kEncoding, kCommand, kChoice };
 
-Kind kind_of(const Option &option);
+ValueKind kind_of(const Option &option);
 // Of a command's first operand, which stands for all.
-Kind kind_of_operands(const Command &command);
+ValueKind kind_of_operands(const Command &command);
 
 // The commands that are not hidden, and their names with blanks between.
 std::vector<const Command *> shown_commands();

@@ -7,17 +7,17 @@ namespace cli {
 namespace {
 
 // What bash does to complete a kind.
-std::string bash_setting(Kind kind, const char *choices) {
+std::string bash_setting(ValueKind kind, const char *choices) {
   switch (kind) {
-    case Kind::kFile:
+    case ValueKind::kFile:
       return "kind=files";
-    case Kind::kFolder:
+    case ValueKind::kFolder:
       return "kind=folders";
-    case Kind::kEncoding:
+    case ValueKind::kEncoding:
       return "kind=words words=$encodings";
-    case Kind::kCommand:
+    case ValueKind::kCommand:
       return "kind=words words=$commands";
-    case Kind::kChoice:
+    case ValueKind::kChoice:
       return std::string("kind=words words='") + choices + "'";
     default:
       return "kind=none";
@@ -40,7 +40,7 @@ std::string bash_options(const Command &command) {
 std::string bash_values() {
   std::map<std::string, std::string> patterns;
   const auto add = [&patterns](const std::string &command, const Option &option) {
-    if (kind_of(option) == Kind::kFlag) return;
+    if (kind_of(option) == ValueKind::kFlag) return;
     std::string &pattern = patterns[bash_setting(kind_of(option), option.choices)];
     pattern += (pattern.empty() ? "" : " | ") + command + ":" + std::string(long_name(option));
   };

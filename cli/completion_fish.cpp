@@ -4,19 +4,19 @@
 namespace cli {
 namespace {
 
-std::string fish_action(Kind kind, const char *choices) {
+std::string fish_action(ValueKind kind, const char *choices) {
   switch (kind) {
-    case Kind::kFlag:
+    case ValueKind::kFlag:
       return "";
-    case Kind::kFile:
+    case ValueKind::kFile:
       return " -r -F";
-    case Kind::kFolder:
+    case ValueKind::kFolder:
       return " -x -a '(__fish_complete_directories)'";
-    case Kind::kEncoding:
+    case ValueKind::kEncoding:
       return " -x -a \"$encodings\"";
-    case Kind::kCommand:
+    case ValueKind::kCommand:
       return " -x -a \"$commands\"";
-    case Kind::kChoice:
+    case ValueKind::kChoice:
       return std::string(" -x -a '") + choices + "'";
     default:
       return " -x";
@@ -48,9 +48,9 @@ std::string fish_completion() {
              escaped(command->summary, "\\'") + "'\n";
     const std::string start = "complete -c jxfile -n '__fish_seen_subcommand_from " + name + "'";
     for (const Option &option : command->options) lines += fish_option(start, option);
-    const Kind kind = kind_of_operands(*command);
-    if (kind == Kind::kFile) lines += start + " -F\n";
-    if (kind == Kind::kFolder || kind == Kind::kCommand || kind == Kind::kEncoding) {
+    const ValueKind kind = kind_of_operands(*command);
+    if (kind == ValueKind::kFile) lines += start + " -F\n";
+    if (kind == ValueKind::kFolder || kind == ValueKind::kCommand || kind == ValueKind::kEncoding) {
       lines += start + fish_action(kind, nullptr) + "\n";
     }
   }

@@ -11,17 +11,17 @@ std::string in_quotes(std::string_view text) {
   return result + "'";
 }
 
-std::string zsh_action(Kind kind, const char *choices) {
+std::string zsh_action(ValueKind kind, const char *choices) {
   switch (kind) {
-    case Kind::kFile:
+    case ValueKind::kFile:
       return "_files";
-    case Kind::kFolder:
+    case ValueKind::kFolder:
       return "_files -/";
-    case Kind::kEncoding:
+    case ValueKind::kEncoding:
       return "($encodings)";
-    case Kind::kCommand:
+    case ValueKind::kCommand:
       return "($names)";
-    case Kind::kChoice:
+    case ValueKind::kChoice:
       return std::string("(") + choices + ")";
     default:
       return " ";
@@ -30,13 +30,13 @@ std::string zsh_action(Kind kind, const char *choices) {
 
 std::string zsh_option(const Option &option) {
   const std::string help = "[" + escaped(option.help, "[]\\") + "]";
-  const Kind kind = kind_of(option);
+  const ValueKind kind = kind_of(option);
   const std::string name(long_name(option));
   const std::string first(short_name(option));
   std::string text = first.empty() ? in_quotes(name + help)
                                    : "'(" + first + " " + name + ")'{" + first + "," + name + "}" +
                                          in_quotes(help);
-  if (kind != Kind::kFlag) {
+  if (kind != ValueKind::kFlag) {
     text += in_quotes(":" + escaped(option.value, ":") + ":") + "\"" +
             zsh_action(kind, option.choices) + "\"";
   }

@@ -10,14 +10,13 @@
 #include <climits>
 #include <utility>
 
+#include "cli/access.hpp"
 #include "cli/target.hpp"
 
 namespace cli {
 namespace {
 
-constexpr mode_t kPermissions = 0777;
 constexpr char kPart[] = "part";  // a file of a tree that is being copied
-constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 constexpr char kBare[] = "the copy is whole but for permissions and times";
 
 mode_t current_umask() {
@@ -26,7 +25,7 @@ mode_t current_umask() {
   return mask;
 }
 
-std::string parent_of(const std::string &member) {
+std::string folder_of(const std::string &member) {
   const size_t slash = member.rfind('/');
   return slash == member.npos ? "." : member.substr(0, slash);
 }
@@ -109,7 +108,7 @@ void Copier::copy_tree(int source_fd, const struct ::stat &source) {
 void Copier::add_member(const Member &member) {
   const std::string where = shown(member.path);
   if (S_ISDIR(member.status.st_mode)) {
-    enter(parent_of(member.path));
+    enter(folder_of(member.path));
     return make_folder(folder_.get(), member.name, member.path, member.status);
   }
   // From here on it is this file, even if another one takes its name.
@@ -118,7 +117,7 @@ void Copier::add_member(const Member &member) {
   struct ::stat status = {};
   if (source.get() < 0 || ::fstat(source.get(), &status) != 0) throw system_failure(where, errno);
   if (S_ISDIR(status.st_mode)) throw system_failure(where, ENOTDIR);
-  enter(parent_of(member.path));
+  enter(folder_of(member.path));
   if (S_ISLNK(status.st_mode)) {
     return copy_link(source.get(), status, member.path, folder_.get(), member.name);
   }

@@ -22,10 +22,6 @@ Descriptor open_folder(int at_fd, const std::string &path) {
   return Descriptor(::openat(at_fd, path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
 
-bool is_same(const struct ::stat &a, const struct ::stat &b) {
-  return a.st_ino == b.st_ino && a.st_dev == b.st_dev;
-}
-
 class Copy {
  public:
   Copy(Session &session, const Pair &pair, CopyManner manner)
@@ -86,8 +82,8 @@ class Copy {
       at = open_folder(AT_FDCWD, folder);
     }
     struct ::stat here = {}, below = {};
-    while (at.get() >= 0 && ::fstat(at.get(), &here) == 0 && !is_same(here, below)) {
-      if (is_same(here, source_)) {
+    while (at.get() >= 0 && ::fstat(at.get(), &here) == 0 && !is_same_file(here, below)) {
+      if (is_same_file(here, source_)) {
         throw Failure(shown_, JXWEM_E_BADOPTIONS)
             .saying("a directory cannot be copied into itself");
       }

@@ -1,6 +1,7 @@
 // Descriptors of the command-line host itself.
 #pragma once
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cstdint>
@@ -12,6 +13,9 @@
 #include "cli/failure.hpp"
 
 namespace cli {
+
+// To read a directory that a name is, and not what a link of that name leads to.
+inline constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
 // A descriptor that is closed with its owner.
 class Descriptor {

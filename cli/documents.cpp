@@ -77,10 +77,11 @@ std::string man_page() {
       ".TP\n\\fBHOME\\fR\nThe home directory, for \\fBls \\-\\-home\\fR and where paths are "
       "expanded.\n"
       ".TP\n\\fBTZ\\fR\nThe time zone of the dates that \\fBls\\fR and \\fBinfo\\fR print.\n";
-  page += ".SH EXAMPLES\n";
+  const char *before = ".SH EXAMPLES\n";
   for (const Note &example : examples()) {
-    page += std::string(".PP\n") + to_roff(example.title) + ":\n.PP\n.RS\n.nf\n" +
-            to_roff(example.text) + "\n.fi\n.RE\n";
+    page += before + to_roff(example.title) + ":\n.PP\n.RS\n.nf\n" + to_roff(example.text) +
+            "\n.fi\n.RE\n";
+    before = ".PP\n";
   }
   page +=
       ".SH SEE ALSO\n.BR jxcheck (3),\n.BR jxhost (3),\n.BR jxwem (3),\n.BR jxwem.hpp (3),\n.BR "

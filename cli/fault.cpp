@@ -9,7 +9,6 @@
 namespace cli {
 namespace {
 
-constexpr size_t kBytesPerByte = 12;      // the most that a conversion makes of one byte
 constexpr size_t kSliceBytes = 65536;     // looked at in one go
 constexpr size_t kLongestCharacter = 16;  // in bytes
 
@@ -27,7 +26,7 @@ FaultFinder::FaultFinder(Session &session, uint32_t from, uint32_t to, uint64_t 
 
 bool FaultFinder::converts(std::optional<Transcoder> &transcoder, std::string_view text) {
   if (!transcoder) transcoder.emplace(session_.nls(), from_, to_);
-  room_.resize(std::max(room_.size(), text.size() * kBytesPerByte));
+  room_.resize(std::max(room_.size(), text.size() * Transcoder::kBytesPerByte));
   status_ = (*transcoder)(text, room_, &produced_);
   return status_.ok();
 }

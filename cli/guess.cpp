@@ -53,7 +53,7 @@ bool is_ascii_pair(size_t first, size_t second) { return first < 128 && second <
 
 // Whether two candidates give the same text.
 bool is_same(const Scored &a, const Scored &b) {
-  return (a.candidate->kind == Kind::kWide) == (b.candidate->kind == Kind::kWide) &&
+  return (a.candidate->kind == EncodingKind::kWide) == (b.candidate->kind == EncodingKind::kWide) &&
          a.text == b.text;
 }
 
@@ -72,7 +72,7 @@ class Guesser {
   }
 
   std::optional<Scored> score(const Candidate &candidate) {
-    return candidate.kind == Kind::kWide ? score_wide(candidate) : score_bytes(candidate);
+    return candidate.kind == EncodingKind::kWide ? score_wide(candidate) : score_bytes(candidate);
   }
 
  private:
@@ -121,7 +121,7 @@ class Guesser {
     }
     auto text = decode(session_, candidate.encoding, bytes);
     if (!text || text->size() != bytes.size()) return std::nullopt;
-    const bool is_ebcdic = candidate.kind == Kind::kEbcdic;
+    const bool is_ebcdic = candidate.kind == EncodingKind::kEbcdic;
     std::array<Sign, 256> signs;
     for (size_t i = 0; i < bytes.size(); ++i) {
       const char32_t c = (*text)[i];
@@ -135,7 +135,7 @@ class Guesser {
       const float cost = cost_of(alphabets_[i], signs, [is_ebcdic](size_t first, size_t second) {
         return is_ebcdic || !is_ascii_pair(first, second);
       });
-      const float own = candidate.kind == Kind::kOld ? kOldCost : 0;
+      const float own = candidate.kind == EncodingKind::kOld ? kOldCost : 0;
       const float whole = is_ebcdic ? cost : cost + own + ascii_costs_[i] + ascii_cost_;
       if (whole >= scored.cost) continue;
       scored = {&candidate, std::move(scored.text), alphabets_[i].name(), whole, cost <= most};
@@ -203,7 +203,7 @@ std::vector<Guess> guess_encoding(Session &session, std::string_view sample) {
   std::ranges::sort(found, {},
                     [](const Scored &scored) { return std::pair(scored.cost, scored.candidate); });
   if (found.empty() || !found[0].is_text) return {};
-  const bool is_ebcdic = found[0].candidate->kind == Kind::kEbcdic;
+  const bool is_ebcdic = found[0].candidate->kind == EncodingKind::kEbcdic;
   const float temperature = is_ebcdic ? kEbcdicTemperature : kTemperature;
   const int most = is_ebcdic ? kMostEbcdicConfidence : kMostConfidence;
   const auto weight = [&](const Scored &scored) {

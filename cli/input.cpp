@@ -11,7 +11,7 @@
 namespace cli {
 namespace {
 
-constexpr int64_t kChunkBytes = 65536;
+constexpr int64_t kWindowBytes = 65536;
 
 struct ByteOrderMark {
   uint32_t encoding;
@@ -138,7 +138,7 @@ const std::string &Input::head() {
   session_.output().flush();
   // A socket of packets drops what a read leaves of one, so as much is taken as may be there.
   while (!is_at_end_ && may_become_mark(*head_)) {
-    const std::string more = read_some(fd_, kChunkBytes, shown_);
+    const std::string more = read_some(fd_, kWindowBytes, shown_);
     is_at_end_ = more.empty();
     *head_ += more;
   }
@@ -150,7 +150,7 @@ Detection Input::detect() {
   if (!is_rereadable_) {
     // As much as a file is looked at before it is read; what was read is passed on.
     for (bool wants_more = sampler.feed(head()); wants_more && !is_at_end_;) {
-      const std::string more = read_some(fd_, kChunkBytes, shown_);
+      const std::string more = read_some(fd_, kWindowBytes, shown_);
       is_at_end_ = more.empty();
       *head_ += more;
       wants_more = sampler.feed(more) && head_->size() < kSampleBytes;
@@ -159,7 +159,7 @@ Detection Input::detect() {
   }
   head();
   for (uint64_t at = 0;;) {
-    const std::string chunk = read_at(at, kChunkBytes);
+    const std::string chunk = read_at(at, kWindowBytes);
     at += chunk.size();
     if (chunk.empty() || !sampler.feed(chunk)) return sampler.detect(session_, chunk.empty());
   }
@@ -201,7 +201,7 @@ wem::File Input::open(const wem::OpenOptions &options, uint32_t encoding) {
 
 const char *Input::end_of(const wem::Record &record) {
   while (!relay_ && !record.partial && !line_ends_->has_next()) {
-    const std::string chunk = read_at(watched_, kChunkBytes);
+    const std::string chunk = read_at(watched_, kWindowBytes);
     if (chunk.empty()) break;
     line_ends_->feed(chunk);
     watched_ += chunk.size();
@@ -238,8 +238,8 @@ void Input::require_complete() {
 std::optional<Fault> Input::scan(uint32_t from, uint32_t to, uint64_t start) {
   FaultFinder finder(session_, from, to, start);
   uint64_t at = start;
-  for (std::string chunk = read_at(at, kChunkBytes); !chunk.empty();
-       chunk = read_at(at, kChunkBytes)) {
+  for (std::string chunk = read_at(at, kWindowBytes); !chunk.empty();
+       chunk = read_at(at, kWindowBytes)) {
     at += chunk.size();
     if (!finder.feed(chunk)) return finder.fault();
   }
@@ -260,9 +260,9 @@ std::optional<Fault> Input::find_cut_end(uint32_t from, uint32_t to) {
   const uint64_t mark = byte_order_mark_size(head(), from);
   const int64_t size = consumed_bytes();
   // A window whose start is a multiple of every character unit.
-  const int64_t last = (size - kChunkBytes + 7) / 4 * 4;
+  const int64_t last = (size - kWindowBytes + 7) / 4 * 4;
   const uint64_t at = std::max(mark, static_cast<uint64_t>(std::max<int64_t>(last, 0)));
-  const size_t line = after_last_line_end(read_at(at, kChunkBytes), line_end);
+  const size_t line = after_last_line_end(read_at(at, kWindowBytes), line_end);
   const uint64_t start = line > 0 ? at + line : mark;
   if (!scan(from, to, start)) return std::nullopt;
   return find_fault(from, to);

@@ -36,12 +36,12 @@ constexpr auto kCapitals = std::to_array<Capitals>({
     {0x490, 0x490, 1},
 });
 
-struct Range {
+struct LetterRange {
   char32_t first;
   char32_t last;
 };
 
-constexpr auto kLetters = std::to_array<Range>({
+constexpr auto kLetters = std::to_array<LetterRange>({
     {'A', 'Z'},
     {'a', 'z'},
     {0xC0, 0xD6},
@@ -66,7 +66,7 @@ char32_t to_small(char32_t c) {
 
 bool is_letter(char32_t c) {
   return std::ranges::any_of(
-      kLetters, [c](const Range &range) { return c >= range.first && c <= range.last; });
+      kLetters, [c](const LetterRange &range) { return c >= range.first && c <= range.last; });
 }
 
 }  // namespace cli

@@ -31,7 +31,7 @@ size_t leading_dots(std::string_view path) {
   }
 }
 
-bool is_same_file(const std::string &path, const std::string &other) {
+bool lead_to_one_file(const std::string &path, const std::string &other) {
   struct ::stat a = {}, b = {};
   return ::stat(path.c_str(), &a) == 0 && ::stat(other.c_str(), &b) == 0 && a.st_ino == b.st_ino &&
          a.st_dev == b.st_dev;
@@ -77,7 +77,7 @@ std::string full_path(const std::string &path) {
   const std::unique_ptr<char, decltype(&std::free)> found(::realpath(base.c_str(), nullptr),
                                                           &std::free);
   // Its path may be another directory's by now, or pass one that may not be searched.
-  if (!found || !is_same_file(found.get(), base)) return through_proc(path);
+  if (!found || !lead_to_one_file(found.get(), base)) return through_proc(path);
   std::string full = found.get();
   if (dots < path.size()) full += (full == "/" ? "" : "/") + path.substr(dots);
   return full;

@@ -9,11 +9,11 @@
 namespace cli {
 namespace {
 
-constexpr size_t kBlockBytes = 65536;
-constexpr size_t kSliceBytes = 4096;  // checked in one go: with what comes out in the fast caches
-constexpr size_t kLongestCharacter = 4;  // in bytes
+constexpr size_t kPlainBytes = 65536;
+constexpr size_t kPlainSliceBytes =
+    4096;  // checked in one go: with what comes out in the fast caches
 
-bool is_ascii(std::string_view text) {
+bool is_plain_ascii(std::string_view text) {
   constexpr size_t kStep = 64;
   uint64_t all = 0;
   for (; text.size() >= kStep; text.remove_prefix(kStep)) {
@@ -70,7 +70,7 @@ void PlainLines::append(std::string_view text) {
 bool PlainLines::print_slowly(std::string_view record, bool is_partial) {
   if (!settle()) return false;
   if (is_partial || is_inside_line_) return print_part(record, is_partial);
-  room_ = session_.output().reserve(std::max(kLongestHead + record.size(), kBlockBytes));
+  room_ = session_.output().reserve(std::max(kLongestHead + record.size(), kPlainBytes));
   append(record);
   return true;
 }
@@ -78,14 +78,13 @@ bool PlainLines::print_slowly(std::string_view record, bool is_partial) {
 // A part may end inside a character: what is whole is printed.
 bool PlainLines::print_part(std::string_view text, bool is_partial) {
   if (!parts_) parts_.emplace(session_.nls(), JX_ENCODING_UTF8, JX_ENCODING_UTF8);
-  const std::span<char> room =
-      session_.output().reserve(kLongestHead + text.size() + kLongestCharacter);
+  const std::span<char> room = session_.output().reserve(kLongestHead + text.size() + kLongestUtf8);
   char *const body = is_inside_line_ ? room.data() : lay_out_head(room.data());
   const auto head_bytes = static_cast<size_t>(body - room.data());
   size_t bytes = 0;
   if (!(*parts_)(text, room.subspan(head_bytes), &bytes).ok()) return false;
   if (!is_partial) {
-    std::array<char, kLongestCharacter> line_end;
+    std::array<char, kLongestUtf8> line_end;
     size_t line_end_bytes = 0;
     if (!(*parts_)("\n", line_end, &line_end_bytes).ok()) return false;
     ++number_;
@@ -99,12 +98,12 @@ bool PlainLines::print_part(std::string_view text, bool is_partial) {
 // Whether a text is UTF-8 that ends with a whole character.
 bool PlainLines::is_utf8(std::string_view text) {
   Transcoder decoder(session_.nls(), JX_ENCODING_UTF8, JX_ENCODING_UTF32LE);
-  scratch_.resize((kSliceBytes + 1) * sizeof(char32_t));
+  scratch_.resize((kPlainSliceBytes + 1) * sizeof(char32_t));
   size_t produced = 0;
   bool may_be_cut = false;
   while (!text.empty()) {
-    const std::string_view slice = text.substr(0, kSliceBytes);
-    const bool is_plain = is_ascii(slice);
+    const std::string_view slice = text.substr(0, kPlainSliceBytes);
+    const bool is_plain = is_plain_ascii(slice);
     // Of characters of one byte the first tells whether one before them was cut off.
     const std::string_view checked = is_plain ? slice.substr(0, may_be_cut) : slice;
     if (!decoder(checked, scratch_, &produced).ok()) return false;

@@ -9,13 +9,13 @@
 namespace cli {
 namespace {
 
-struct Range {
+struct CharacterRange {
   char32_t first;
   char32_t last;
 };
 
 // Controls, formats without a width of their own, and what is no character.
-constexpr auto kUnseen = std::to_array<Range>({
+constexpr auto kUnseen = std::to_array<CharacterRange>({
     {0x00, 0x1f},
     {0x7f, 0x9f},
     {0xad, 0xad},
@@ -36,11 +36,11 @@ constexpr auto kUnseen = std::to_array<Range>({
     {0xe0000, 0xe0fff},
 });
 
-static_assert(std::ranges::is_sorted(kUnseen, {}, &Range::first));
+static_assert(std::ranges::is_sorted(kUnseen, {}, &CharacterRange::first));
 
 bool is_seen(char32_t character) {
   const bool is_noncharacter = (character & 0xfffe) == 0xfffe;
-  const auto next = std::ranges::upper_bound(kUnseen, character, {}, &Range::first);
+  const auto next = std::ranges::upper_bound(kUnseen, character, {}, &CharacterRange::first);
   return !is_noncharacter && (next == kUnseen.begin() || character > next[-1].last);
 }
 

@@ -16,7 +16,7 @@
 namespace cli {
 namespace {
 
-constexpr size_t kChunkBytes = 65536;
+constexpr size_t kRelayBytes = 65536;
 constexpr size_t kTailBytes = 16;
 constexpr size_t kLargestPacket = 98304;  // well below the room of a socket
 
@@ -65,7 +65,7 @@ void Relay::run() {
 void Relay::copy() {
   pass_on(source_.head);
   while (is_wanted_ && !source_.is_at_end && wait_for_bytes()) {
-    const std::string chunk = read_some(source_.fd, kChunkBytes, source_.shown);
+    const std::string chunk = read_some(source_.fd, kRelayBytes, source_.shown);
     source_.is_at_end = chunk.empty();
     pass_on(chunk);
   }

@@ -7,7 +7,7 @@
 namespace cli {
 namespace {
 
-constexpr uint32_t kChunkBytes = 65536;
+constexpr uint32_t kPieceBytes = 65536;
 
 }  // namespace
 
@@ -28,7 +28,7 @@ void Revision::write(std::string_view bytes) {
 void Revision::begin() {
   is_new_ = true;
   for (uint64_t at = 0; at < size_ && !is_trial_;) {
-    const auto count = static_cast<size_t>(std::min<uint64_t>(size_ - at, kChunkBytes));
+    const auto count = static_cast<size_t>(std::min<uint64_t>(size_ - at, kPieceBytes));
     const std::string same = read_at(target_.old_fd(), count, at, target_.shown());
     if (same.size() < count) throw changed_failure(target_.shown());
     write_new(same);
@@ -38,9 +38,9 @@ void Revision::begin() {
 
 void Revision::write_new(std::string_view bytes) {
   if (is_trial_) return;
-  if (!file_) file_ = &target_.open(target_.options().binary(kChunkBytes).direct());
+  if (!file_) file_ = &target_.open(target_.options().binary(kPieceBytes).direct());
   while (!bytes.empty()) {
-    const auto part = bytes.substr(0, kChunkBytes);
+    const auto part = bytes.substr(0, kPieceBytes);
     target_.require_written(file_->write(std::as_bytes(std::span(part))));
     bytes.remove_prefix(part.size());
   }

@@ -18,10 +18,14 @@ namespace cli {
 std::u32string widen(std::string_view bytes);
 std::string narrow(std::u32string_view name);
 
+inline constexpr size_t kLongestUtf8 = 4;  // character of UTF-8, in bytes
+
 // A transcoder of the host's character-set service. Holds the start of a character that a call cut
 // off and completes it in the next.
 class Transcoder {
  public:
+  static constexpr size_t kBytesPerByte = 12;  // the most that a conversion makes of one byte
+
   // A Failure when the service does not know one of the encodings.
   Transcoder(JXNls *nls, uint32_t from, uint32_t to);
   // Converts bytes into room and stores how many bytes were produced. A status of the host.

@@ -20,8 +20,6 @@
 namespace cli {
 namespace {
 
-constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-
 // Removal by system calls alone: a signal handler runs it.
 
 using Name = std::array<char, NAME_MAX + 1>;

@@ -6,9 +6,8 @@
 namespace cli {
 namespace {
 
-constexpr size_t kBytesPerByte = 12;   // the most that a conversion makes of one byte
-constexpr size_t kSliceBytes = 65536;  // converted in one go
-constexpr size_t kPartBytes = 16384;   // the same through characters, which then stay in the caches
+constexpr size_t kConvertedBytes = 65536;  // converted in one go
+constexpr size_t kPartBytes = 16384;  // the same through characters, which then stay in the caches
 constexpr size_t kCheckedBytes = 4096;  // with what comes out in the fast caches
 
 bool is_unicode(uint32_t encoding) {
@@ -52,7 +51,7 @@ void TextFilter::begin(const std::string &shown, uint64_t offset) {
 }
 
 wem::Status TextFilter::convert(std::string_view bytes) {
-  const size_t needed = bytes.size() * kBytesPerByte;
+  const size_t needed = bytes.size() * Transcoder::kBytesPerByte;
   if (room_bytes_ < needed) {
     room_ = std::make_unique_for_overwrite<char[]>(needed);
     room_bytes_ = needed;
@@ -105,7 +104,7 @@ wem::Status TextFilter::put(std::u32string_view text, bool is_last, const Sink &
 wem::Status TextFilter::feed(std::string_view bytes, const Sink &sink) {
   wem::Status status;
   while (status.ok() && !bytes.empty()) {
-    const std::string_view slice = bytes.substr(0, characters_ ? kPartBytes : kSliceBytes);
+    const std::string_view slice = bytes.substr(0, characters_ ? kPartBytes : kConvertedBytes);
     bytes.remove_prefix(slice.size());
     if (characters_) {
       text_.clear();

@@ -22,10 +22,6 @@ struct Level {
   struct ::stat status;
 };
 
-bool is_same(const struct ::stat &a, const struct ::stat &b) {
-  return a.st_ino == b.st_ino && a.st_dev == b.st_dev;
-}
-
 class Walk {
  public:
   Walk(const std::string &shown, Links links) : shown_(shown), follows_(links == Links::kFollow) {}
@@ -35,7 +31,7 @@ class Walk {
         Folder(at_fd, name, follows_ ? 0 : O_NOFOLLOW), path_.empty() ? 0 : path_.size() + 1, {}};
     if (!level.folder || ::fstat(level.folder.fd(), &level.status) != 0) fail(errno);
     for (const Level &above : levels_) {
-      if (!is_same(above.status, level.status)) continue;
+      if (!is_same_file(above.status, level.status)) continue;
       throw Failure(shown(), JXWEM_E_NAMETOOLONG)
           .saying("the tree has no end: a link leads back to a directory above it");
     }

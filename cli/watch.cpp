@@ -12,7 +12,7 @@
 namespace cli {
 namespace {
 
-constexpr auto kInterval = std::chrono::milliseconds(100);
+constexpr auto kShowInterval = std::chrono::milliseconds(100);
 
 }  // namespace
 
@@ -39,7 +39,8 @@ Watch::~Watch() {
 
 void Watch::run() {
   std::unique_lock lock(mutex_);
-  while (!changed_.wait_for(lock, kInterval, [this] { return is_over_; })) progress_.show(done_());
+  while (!changed_.wait_for(lock, kShowInterval, [this] { return is_over_; }))
+    progress_.show(done_());
 }
 
 uint64_t unless_shown(uint64_t total) { return ::isatty(STDOUT_FILENO) == 1 ? 0 : total; }

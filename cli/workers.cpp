@@ -20,7 +20,7 @@ namespace {
 
 // What is done is reported that often: to wake the reporter for everything would cost a switch of
 // threads each.
-constexpr auto kInterval = std::chrono::milliseconds(50);
+constexpr auto kReportInterval = std::chrono::milliseconds(50);
 
 class Crew {
  public:
@@ -49,7 +49,7 @@ class Crew {
   // Waits until something may be done; false when all is.
   bool wait() {
     std::unique_lock lock(mutex_);
-    return !ended_.wait_for(lock, kInterval, [this] { return running_ == 0; });
+    return !ended_.wait_for(lock, kReportInterval, [this] { return running_ == 0; });
   }
   bool is_done(size_t index) const { return is_done_[index]; }
 

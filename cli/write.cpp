@@ -14,8 +14,7 @@
 namespace cli {
 namespace {
 
-constexpr size_t kChunkBytes = 65536;
-constexpr size_t kLongestUtf8 = 4;  // bytes of a character
+constexpr size_t kInputBytes = 65536;
 const std::string kSource = "standard input";
 
 struct Writing {
@@ -60,9 +59,9 @@ void write_binary(const Writing &writing, Target &target) {
 
 void write_stream(Session &session, const Writing &writing, Target &target) {
   StreamWriter writer(session, target, JX_ENCODING_UTF8, writing.to, 0);
-  wem::File &file = writer.open(with_mark(target.options(), writing), kChunkBytes);
+  wem::File &file = writer.open(with_mark(target.options(), writing), kInputBytes);
   move_to_start(file, writing, target.shown());
-  for_each_chunk(target, kChunkBytes, [&](std::string_view chunk) {
+  for_each_chunk(target, kInputBytes, [&](std::string_view chunk) {
     target.require_written(writer.write(chunk, kSource));
   });
   target.require_written(writer.finish(kSource));
@@ -131,7 +130,7 @@ void write_text(Session &session, const Writing &writing, Target &target) {
       with_mark(target.options(), writing).text(writing.record_length).file_encoding(writing.to));
   move_to_start(file, writing, target.shown());
   LineWriter writer(session, writing, file, target);
-  for_each_chunk(target, kChunkBytes, [&writer](std::string_view chunk) { writer.feed(chunk); });
+  for_each_chunk(target, kInputBytes, [&writer](std::string_view chunk) { writer.feed(chunk); });
   writer.finish();
 }
 

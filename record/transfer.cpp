@@ -15,7 +15,7 @@ constexpr uintptr_t kErrorLevel = 4;  // journal level of an error
 
 // ASCII as JXChars, with its zero.
 template <size_t N>
-constexpr std::array<JXChar, N> wide(const char (&ascii)[N]) {
+consteval std::array<JXChar, N> wide(const char (&ascii)[N]) {
   std::array<JXChar, N> text = {};
   std::copy_n(ascii, N, text.begin());
   return text;

@@ -86,7 +86,7 @@ TEST(Doubles, RandomAgainstTheReference) {
     int64_t count;
     uint32_t precisions;
   } sources[] = {
-      {any_double, 300000, 61},       {any_double, 9000, 1200}, {any_denormal, 3000, 1200},
+      {any_double, 150000, 61},       {any_double, 9000, 1200}, {any_denormal, 3000, 1200},
       {near_power_of_ten, 20000, 24}, {any_tie, 40000, 24},
   };
   Random random(kSeed);

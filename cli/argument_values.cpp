@@ -44,13 +44,15 @@ std::string reduced(std::string_view name) {
 }
 
 UsageError unknown_encoding(const std::string &what, const std::string &name) {
+  std::string message = what + ": the encoding '" + name;
   const char *reason = nullptr;
   for (uint32_t i = 0; const char *left_out = jxhost_encoding_left_out_at(i, &reason); ++i) {
     if (reduced(left_out) != reduced(name)) continue;
-    return UsageError(what + ": the encoding '" + name + "' is not converted: " + reason);
+    message += "' is not converted: ";
+    message += reason;
+    return UsageError(message);
   }
-  return UsageError(what + ": the encoding '" + name +
-                    "' is not known; list those that are with: jxfile encodings");
+  return UsageError(message + "' is not known; list those that are with: jxfile encodings");
 }
 
 }  // namespace

@@ -54,8 +54,8 @@ int run_encodings(Session &session, const Arguments &arguments) {
     print_encoding(session, arguments, encoding_named("ENC", arguments.operand(i)).number);
   }
   if (!arguments.operands().empty()) return 0;
-  for (uint32_t i = 0; const uint32_t number = jxhost_encoding_at(i); ++i) {
-    print_encoding(session, arguments, number);
+  for (uint32_t i = 0; jxhost_encoding_at(i) != 0; ++i) {
+    print_encoding(session, arguments, jxhost_encoding_at(i));
   }
   print_left_out(session, arguments);
   return 0;

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/descriptor.hpp"
 #include "cli/failure.hpp"
 
 namespace cli {

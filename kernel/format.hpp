@@ -118,7 +118,13 @@ inline int64_t integer64_of(const Value &value) {
 inline int32_t integer32_of(const Value &value) {
   return is_floating(value.type) ? truncated32_of(value) : static_cast<int32_t>(value.integer);
 }
-double real_of(const Value &value);
+// Inline: a double that a function of the 32-bit ABI returns goes through a register that changes
+// some values that are not a number, and could make a missing one of them.
+[[gnu::always_inline]] inline double real_of(const Value &value) {
+  if (value.type == ArgumentType::kDouble) return value.real;
+  if (value.type == ArgumentType::kLongDouble) return static_cast<double>(value.extended);
+  return static_cast<double>(value.integer);
+}
 // The address of a string; null when the argument was taken as something else.
 const void *address_of(const Value &value);
 

@@ -24,12 +24,6 @@ Integer truncate(const Value &value) {
 int64_t truncated64_of(const Value &value) { return truncate<int64_t>(value); }
 int32_t truncated32_of(const Value &value) { return truncate<int32_t>(value); }
 
-double real_of(const Value &value) {
-  if (value.type == ArgumentType::kDouble) return value.real;
-  if (value.type == ArgumentType::kLongDouble) return static_cast<double>(value.extended);
-  return static_cast<double>(value.integer);
-}
-
 const void *address_of(const Value &value) {
   if (value.type != ArgumentType::kPointer) return nullptr;
   return reinterpret_cast<const void *>(static_cast<intptr_t>(value.integer));

@@ -3,6 +3,7 @@
 // one through the list. All must agree, in every room.
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <climits>
 #include <cmath>
 #include <cstdarg>
@@ -64,6 +65,9 @@ void expect_agreement_on(int64_t number, double real, const JXChar *text, int32_
   expect_agreement("%d%.3f %g|%e", "%1$d%2$.3f %3$g|%4$e", small, real, real, real);
   expect_agreement("%d ends here %11$d", "%-d ends here %11$d", small);
   expect_agreement("%u%q%", "%1$u%q%", small);
+  // No missing value, though one when it is made quiet.
+  const auto signaling = std::bit_cast<double>(0xFFF7'0000'0000'0000u);
+  expect_agreement("%f|%g", "%1$f|%2$g", signaling, signaling);
 }
 
 TEST(Format, PathsAgreeInEveryRoom) {

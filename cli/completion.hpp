@@ -13,7 +13,7 @@ namespace cli {
 enum class ValueKind { kFlag, kAnything, kFile, kFolder, kEncoding, kCommand, kChoice };
 
 ValueKind kind_of(const Option &option);
-// Of a command's first operand, which stands for all.
+// Of a command's first operand; the others are completed like it.
 ValueKind kind_of_operands(const Command &command);
 
 // The commands that are not hidden, and their names with blanks between.

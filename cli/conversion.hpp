@@ -1,4 +1,4 @@
-// How "convert" converts, whatever it is given.
+// How "convert" converts: one file, many, or standard input.
 #pragma once
 
 #include "cli/arguments.hpp"

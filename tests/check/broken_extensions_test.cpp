@@ -21,7 +21,7 @@ JXOpenFile *open_then(JXElm *self, const JXOpenRequest *request, uint32_t one, u
   return file;
 }
 
-// Locks whatever it opens, and waits until the first signal.
+// Locks every file that it opens, also a FIFO, and waits until the first signal.
 JXOpenFile *open_and_lock(JXElm *self, const JXOpenRequest *request, uint32_t one, uint32_t word,
                           JXJournal *journal, JXStatus *status) {
   JXOpenFile *file = real<JXElm>.open_file(self, request, one, 0, journal, status);

@@ -23,17 +23,19 @@ TEST(Report, ReferenceHostPasses) {
   struct Row {
     uint32_t format;
     uint32_t flags;
+    uint32_t seconds;  // the fewer, the shorter threads are tried
     const char *first, *line, *last;
   };
-  for (const Row &row : {Row{JXCHECK_TEXT, 0, "", "skipped: ", "N checks: "},
-                         {JXCHECK_TEXT, JXCHECK_SAME_PROCESS, "", "skipped: ", "N checks: "},
-                         {JXCHECK_TAP, 0, "TAP version 13", "ok ", "1..N"},
-                         {JXCHECK_JSON, 0, "", "{\"check\":", "{\"checks\":N,\"passed\":"}}) {
+  for (const Row &row : {Row{JXCHECK_TEXT, 0, 0, "", "skipped: ", "N checks: "},
+                         {JXCHECK_TEXT, JXCHECK_SAME_PROCESS, 2, "", "skipped: ", "N checks: "},
+                         {JXCHECK_TAP, 0, 2, "TAP version 13", "ok ", "1..N"},
+                         {JXCHECK_JSON, 0, 2, "", "{\"check\":", "{\"checks\":N,\"passed\":"}}) {
     TestHost host;
     JXCheckConfig config = JXCHECK_CONFIG_INIT;
     config.journal = host.journal();
     config.format = row.format;
     config.flags = row.flags;
+    config.seconds = row.seconds;
     const Examination result = examine(host.get(), config);
     EXPECT_EQ(result.status, JX_OK) << result.report;
     EXPECT_GT(result.counts.passed, 120u) << result.report;
@@ -61,6 +63,7 @@ TEST(Report, FindingsInEachForm) {
   TestHost host;
   host->nls->needs_conversion = [](auto...) { return 0; };
   JXCheckConfig config = JXCHECK_CONFIG_INIT;
+  config.seconds = 2;
   const char *const expected[] = {
       "finding: nls.needs_conversion: every pair of 0, 20, 24 to 27 and 62; came: 0 from 0 to 0; "
       "promised: 0 only where bytes can be copied unchanged, never for 0; guide: Conversions that "

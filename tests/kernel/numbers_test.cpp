@@ -86,8 +86,8 @@ TEST(Doubles, RandomAgainstTheReference) {
     int64_t count;
     uint32_t precisions;
   } sources[] = {
-      {any_double, 150000, 61},       {any_double, 9000, 1200}, {any_denormal, 3000, 1200},
-      {near_power_of_ten, 20000, 24}, {any_tie, 40000, 24},
+      {any_double, 40000, 61},        {any_double, 4000, 1200}, {any_denormal, 2000, 1200},
+      {near_power_of_ten, 10000, 24}, {any_tie, 15000, 24},
   };
   Random random(kSeed);
   for (const auto &source : sources) {

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -27,7 +26,8 @@ struct LocalTime {
 // The value is local time by today's distance from UTC, which may not be that of its own day.
 LocalTime to_local(Session &session, double modified) {
   const double utc = modified - JX_SECONDS_1960_TO_1970 + session.module().host()->time_zone;
-  const auto seconds = static_cast<std::time_t>(std::floor(utc));
+  auto seconds = static_cast<std::time_t>(utc);
+  if (static_cast<double>(seconds) > utc) --seconds;
   std::tm parts = {};
   if (!::localtime_r(&seconds, &parts)) return {std::to_string(modified), ""};
   // Not by strftime, which would read the time zone again from the environment, empty by now.

@@ -51,7 +51,7 @@ bool has_usual_signs(std::u32string_view text) {
 bool reads_as(Session &session, uint32_t encoding, std::string_view sample, bool is_whole) {
   const size_t unit = encoding >= JX_ENCODING_UTF32BE ? 4 : 2;
   if (is_whole && sample.size() % unit != 0) return false;
-  const auto text = decode(session, encoding, sample);
+  const auto text = session.decode(encoding, sample);
   return text && !text->empty() && std::ranges::none_of(*text, is_implausible) &&
          text->find_first_of(U" \n\r") != text->npos && has_usual_signs(*text);
 }
@@ -83,7 +83,7 @@ std::optional<Detection> by_zeros(Session &session, std::string_view sample, boo
 std::optional<Detection> by_escapes(Session &session, std::string_view sample) {
   const bool has_escape =
       sample.find("\x1b$B") != sample.npos || sample.find("\x1b$@") != sample.npos;
-  if (!has_escape || !decode(session, kIso2022Jp, sample)) return std::nullopt;
+  if (!has_escape || !session.decode(kIso2022Jp, sample)) return std::nullopt;
   return certain(kIso2022Jp, "it shifts by the escape sequences of this encoding");
 }
 

@@ -31,6 +31,7 @@ constexpr float kEbcdicTemperature = 10;
 constexpr int kMostConfidence = 99;
 constexpr int kMostEbcdicConfidence = 90;
 static_assert(kMostEbcdicConfidence < kSureEnough);
+constexpr char kEbcdicBlank = 0x40;
 constexpr float kMostPriorCost = 50;  // of a language that the ASCII letters speak against
 constexpr float kPriorPairs = 150;    // the ASCII pairs count like that many at most
 constexpr float kOldCost = 3;         // of an encoding that is less common
@@ -128,7 +129,7 @@ class Guesser {
     for (size_t byte = 0; byte < 256; ++byte) {
       if (pairs_.is_used(byte)) bytes += static_cast<char>(byte);
     }
-    auto text = decode(session_, candidate.encoding, bytes);
+    auto text = session_.decode(candidate.encoding, bytes);
     if (!text || text->size() != bytes.size()) return std::nullopt;
     const bool is_ebcdic = candidate.kind == EncodingKind::kEbcdic;
     std::array<Sign, 256> signs;
@@ -153,7 +154,7 @@ class Guesser {
   }
 
   std::optional<Scored> score_wide(const Candidate &candidate) {
-    auto text = decode(session_, candidate.encoding, sample_);
+    auto text = session_.decode(candidate.encoding, sample_);
     if (!text) return std::nullopt;
     Scored scored{&candidate, std::move(*text), {}, kNever, false};
     for (const ScriptModel &script : scripts_) {
@@ -191,21 +192,14 @@ class Guesser {
 
 }  // namespace
 
-std::optional<std::u32string> decode(Session &session, uint32_t encoding, std::string_view bytes) {
-  Transcoder decoder(session.nls(), encoding, JX_ENCODING_UTF32LE);
-  std::u32string text(bytes.size() + 8, U'\0');
-  size_t produced = 0;
-  const auto room =
-      std::span(reinterpret_cast<char *>(text.data()), text.size() * sizeof(char32_t));
-  if (!decoder(bytes, room, &produced).ok()) return std::nullopt;
-  text.resize(produced / sizeof(char32_t));
-  return text;
-}
-
 std::vector<Guess> guess_encoding(Session &session, std::string_view sample) {
   Guesser guesser(session, sample);
   std::vector<Scored> found;
+  // The blank is the commonest sign of most texts, and another one in EBCDIC.
+  const bool may_be_ebcdic =
+      std::ranges::count(sample, kEbcdicBlank) >= std::ranges::count(sample, ' ');
   for (const Candidate &candidate : kCandidates) {
+    if (candidate.kind == EncodingKind::kEbcdic && !may_be_ebcdic) continue;
     if (auto scored = guesser.score(candidate)) found.push_back(std::move(*scored));
   }
   // Of equally likely ones the first candidate is named.

@@ -27,7 +27,4 @@ struct Guess {
 // 1 % are left out. Empty when it does not read like text in any of the encodings that are tried.
 std::vector<Guess> guess_encoding(Session &session, std::string_view sample);
 
-// The text of bytes; none when they are malformed. A character may be cut off at the end.
-std::optional<std::u32string> decode(Session &session, uint32_t encoding, std::string_view bytes);
-
 }  // namespace cli

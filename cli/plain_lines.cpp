@@ -97,8 +97,8 @@ bool PlainLines::print_part(std::string_view text, bool is_partial) {
 
 // Whether a text is UTF-8 that ends with a whole character.
 bool PlainLines::is_utf8(std::string_view text) {
-  Transcoder decoder(session_.nls(), JX_ENCODING_UTF8, JX_ENCODING_UTF32LE);
-  scratch_.resize((kPlainSliceBytes + 1) * sizeof(char32_t));
+  Transcoder decoder(session_.nls(), JX_ENCODING_UTF8, JX_ENCODING_UTF8);
+  scratch_.resize(kPlainSliceBytes + kLongestUtf8);
   size_t produced = 0;
   bool may_be_cut = false;
   while (!text.empty()) {

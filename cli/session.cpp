@@ -189,6 +189,19 @@ std::string Session::encode(std::u32string_view text, uint32_t encoding) {
   return bytes;
 }
 
+std::optional<std::u32string> Session::decode(uint32_t encoding, std::string_view bytes) {
+  Transcoder &decoder =
+      decoders_.try_emplace(encoding, nls(), encoding, JX_ENCODING_UTF32LE).first->second;
+  std::u32string text(bytes.size() + 8, U'\0');
+  const std::span<char> room(reinterpret_cast<char *>(text.data()), text.size() * sizeof(char32_t));
+  size_t produced = 0;
+  const bool is_text = decoder(bytes, room, &produced).ok();
+  text.resize(produced / sizeof(char32_t));
+  // Without room it fails, and forgets a character that was cut off and a shift.
+  (void)decoder(std::string_view("\0\0\0", 4), {}, &produced);
+  return is_text ? std::optional(std::move(text)) : std::nullopt;
+}
+
 std::string Session::to_utf8(std::u32string_view text) {
   if (!encoder_) encoder_.emplace(nls(), JX_ENCODING_UTF32LE, JX_ENCODING_UTF8);
   std::string bytes(text.size() * kMaxUtf8BytesPerChar, '\0');

@@ -1,6 +1,7 @@
 // What a command works with: the loaded module, standard output, names and text.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -74,6 +75,9 @@ class Session {
   // A name expanded by the module, in bytes, with the user's variables.
   std::string expand(const std::string &name);
 
+  // The text of bytes; none when they are malformed. A character may be cut off at the end. A
+  // Failure for an encoding that is not known.
+  std::optional<std::u32string> decode(uint32_t encoding, std::string_view bytes);
   // Text in UTF-8; and the way back, empty when the bytes are not UTF-8.
   std::string to_utf8(std::u32string_view text);
   std::optional<std::u32string> from_utf8(std::string_view bytes);
@@ -100,6 +104,7 @@ class Session {
   Output output_;
   wem::Module module_;
   std::optional<Transcoder> encoder_;
+  std::map<uint32_t, Transcoder> decoders_;  // kept: the C library loads a file for each
 };
 
 }  // namespace cli

@@ -23,7 +23,7 @@ TextFilter::TextFilter(Session &session, uint32_t from, uint32_t to, const TextC
       changes_(changes),
       is_same_(from == JX_ENCODING_UTF8 && to == from),
       line_end_(session.encode(U"\n", from)),
-      line_end_out_(session.encode(U"\n", is_same_ ? JX_ENCODING_UTF32LE : to)),
+      line_end_out_(session.encode(U"\n", to)),
       may_shift_(!is_unicode(from) || !is_unicode(to)) {}
 
 // Of encodings without shifts, controls of one byte are in no other character.
@@ -41,7 +41,7 @@ void TextFilter::begin(const std::string &shown, uint64_t offset) {
     return;
   }
   if (may_shift_ || !transcoder_) {
-    transcoder_.emplace(session_.nls(), from_, is_same_ ? JX_ENCODING_UTF32LE : to_);
+    transcoder_.emplace(session_.nls(), from_, to_);
   }
   if (!changes_.changes_line_ends()) return;
   Encoder encoder(session_, to_, changes_, shown, tally_);
@@ -59,7 +59,7 @@ wem::Status TextFilter::convert(std::string_view bytes) {
   return (*transcoder_)(bytes, {room_.get(), room_bytes_}, &produced_);
 }
 
-// By way of characters, which the host makes faster than a copy.
+// What comes out is what went in.
 wem::Status TextFilter::check(std::string_view bytes) {
   wem::Status status;
   while (status.ok() && !bytes.empty()) {

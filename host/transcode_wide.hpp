@@ -11,6 +11,7 @@
 // as long as with AVX-512.
 #pragma once
 
+#include "host/transcode_wide_copy.hpp"
 #include "host/transcode_wide_units.hpp"
 #include "host/transcode_wide_utf8.hpp"
 
@@ -129,6 +130,8 @@ WideConvert wide_conversion_from(Form to) {
 template <typename Ops>
 WideConvert wide_conversion_from_utf8(Form to) {
   switch (to) {
+    case Form::kUtf8:
+      return copy_wide_utf8<Ops>;
     case Form::kUtf16Le:
       return convert_wide_utf8<Ops, WideUnits<Ops, 2, false>>;
     case Form::kUtf16Be:

@@ -63,16 +63,22 @@ bool FaultFinder::check_lines(size_t bytes) {
   const std::string_view lines = std::string_view(pending_).substr(0, bytes);
   const bool is_good = converts(transcoder_, lines.substr(converted_));
   if (!is_good && behind_) return locate(lines, true);
-  if (!is_good) transcoder_.reset();
-  size_t start = 0;
-  while (start < lines.size()) {
-    const size_t end = find_line_end(lines, start, line_end_) + line_end_.size();
-    const std::string_view line = lines.substr(start, end - start);
-    if (!is_good && !converts(transcoder_, line)) return locate(line, true);
-    offset_ += line.size();
+  if (!is_good) {
+    transcoder_.reset();
+    size_t start = 0;
+    while (start < lines.size()) {
+      const size_t end = find_line_end(lines, start, line_end_) + line_end_.size();
+      const std::string_view line = lines.substr(start, end - start);
+      if (!converts(transcoder_, line)) return locate(line, true);
+      offset_ += line.size();
+      record_offset_ = offset_;
+      ++records_;
+      start = end;
+    }
+  } else {
+    offset_ += bytes;
     record_offset_ = offset_;
-    ++records_;
-    start = end;
+    records_ += count_line_ends(lines, line_end_);
   }
   pending_.erase(0, bytes);
   converted_ = 0;

@@ -2,12 +2,13 @@
 #pragma once
 
 #include <algorithm>
-#include <cstring>
-#include <cwchar>
+#include <bit>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "cli/text_changes.hpp"
+#include "vector/base.hpp"
 
 namespace cli {
 
@@ -49,9 +50,8 @@ class LineEndFilter {
       // Whether both are one line end, or the first is one or is none.
       text.remove_prefix(take(start, out, true) - before);
     }
-    Next next;
     while (!text.empty()) {
-      const size_t length = find_end(text, next);
+      const size_t length = find_end(text);
       if (length > 0) is_inside_line_ = true;
       out += text.substr(0, length);
       text.remove_prefix(length);
@@ -76,37 +76,27 @@ class LineEndFilter {
   }
 
  private:
-  // Where each unit that may begin a line end comes next in a part; null before it is looked for.
-  // Most texts have one kind only, so that the others are looked for once.
-  struct Next {
-    const Unit *feed = nullptr;
-    const Unit *carriage_return = nullptr;
-    const Unit *nel = nullptr;
-  };
-
-  // Where a line end may begin; the length of the text when it has none.
-  size_t find_end(View text, Next &next) const {
-    const Unit *const start = text.data();
-    const auto advance = [&](const Unit *&at, Unit unit) {
-      if (!at || at < start) at = find_unit(text, unit);
-      return at;
-    };
-    const Unit *end = std::min(advance(next.feed, feed_), advance(next.carriage_return, return_));
-    if (!nel_.empty()) end = std::min(end, advance(next.nel, nel_[0]));
-    return static_cast<size_t>(end - start);
-  }
-
-  // By the routines of the C library: they use the widest vectors.
-  static const Unit *find_unit(View text, Unit unit) {
-    const void *found = nullptr;
-    if constexpr (sizeof(Unit) == 1) {
-      found = std::memchr(text.data(), unit, text.size());
-    } else {
-      static_assert(sizeof(Unit) == sizeof(wchar_t));
-      found = std::wmemchr(reinterpret_cast<const wchar_t *>(text.data()),
-                           static_cast<wchar_t>(unit), text.size());
+  // Where a line end may begin; the length of the text when it has none. In one pass: most lines
+  // are short, and a call for each unit that may begin one costs more.
+  size_t find_end(View text) const {
+    using Ops = jx::vector::Base;
+    using Word = std::make_unsigned_t<std::conditional_t<sizeof(Unit) == 1, char, int32_t>>;
+    constexpr size_t kStep = Ops::kBytes / sizeof(Unit);
+    const Unit nel = nel_.empty() ? feed_ : nel_[0];
+    const auto repeat = [](Unit unit) { return Ops::repeat<Word>(static_cast<Word>(unit)); };
+    const auto feeds = repeat(feed_), returns = repeat(return_), nels = repeat(nel);
+    size_t at = 0;
+    for (; text.size() - at >= kStep; at += kStep) {
+      const auto block = Ops::load(text.data() + at);
+      const auto ends = Ops::either(Ops::template equal<Word>(block, feeds),
+                                    Ops::either(Ops::template equal<Word>(block, returns),
+                                                Ops::template equal<Word>(block, nels)));
+      if (const auto mask = Ops::mask(ends)) {
+        return at + static_cast<size_t>(std::countr_zero(mask)) / sizeof(Unit);
+      }
     }
-    return found ? static_cast<const Unit *>(found) : text.data() + text.size();
+    const Unit starts[] = {feed_, return_, nel};
+    return std::min(text.find_first_of(starts, at, std::size(starts)), text.size());
   }
 
   // Takes what begins like a line end, or the unit that does not go on like one. Returns how many

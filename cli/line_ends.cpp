@@ -2,12 +2,27 @@
 #include "cli/line_ends.hpp"
 
 #include <algorithm>
+#include <bit>
+
+#include "vector/base.hpp"
 
 namespace cli {
 namespace {
 
 constexpr char kLineFeed = 'l';
 constexpr char kCarriageReturnToo = 'c';
+
+// How many bytes are this one.
+size_t count_bytes(std::string_view bytes, char wanted) {
+  using Ops = jx::vector::Base;
+  const auto pattern = Ops::repeat<uint8_t>(static_cast<uint8_t>(wanted));
+  size_t count = 0;
+  for (; bytes.size() >= Ops::kBytes; bytes.remove_prefix(Ops::kBytes)) {
+    const auto equal = Ops::mask(Ops::equal<uint8_t>(Ops::load(bytes.data()), pattern));
+    if (equal != 0) count += static_cast<size_t>(std::popcount(equal));
+  }
+  return count + static_cast<size_t>(std::ranges::count(bytes, wanted));
+}
 
 }  // namespace
 
@@ -28,6 +43,15 @@ size_t after_last_line_end(std::string_view bytes, std::string_view line_end) {
   size_t at = bytes.size() / unit * unit;
   while (at > 0 && bytes.compare(at - unit, unit, line_end) != 0) at -= unit;
   return at;
+}
+
+size_t count_line_ends(std::string_view bytes, std::string_view line_end) {
+  if (line_end.size() == 1) return static_cast<size_t>(count_bytes(bytes, line_end[0]));
+  size_t count = 0;
+  for (size_t at = find_line_end(bytes, 0, line_end); at != bytes.npos; ++count) {
+    at = find_line_end(bytes, at + line_end.size(), line_end);
+  }
+  return count;
 }
 
 LineEnds::LineEnds(Session &session, uint32_t encoding)

@@ -17,6 +17,9 @@ size_t find_line_end(std::string_view bytes, size_t from, std::string_view line_
 // Offset just after the last line end in such bytes; 0 when there is none.
 size_t after_last_line_end(std::string_view bytes, std::string_view line_end);
 
+// How many line ends are in such bytes.
+size_t count_line_ends(std::string_view bytes, std::string_view line_end);
+
 // Watches the bytes of a text as they pass to its reader and keeps what ended each line until the
 // reader comes to it. One thread may feed it while another takes.
 class LineEnds {

@@ -11,7 +11,8 @@ namespace {
 constexpr Option kJson = {"--json", nullptr, "one JSON object a line instead of text"};
 constexpr Option kFrom = {"--from", "ENC",
                           "encoding of the input, or auto to have it told (default: its byte-order "
-                          "mark, else utf-8)"};
+                          "mark, else utf-8)",
+                          "auto"};
 constexpr Option kTo = {
     "--to", "ENC",
     "encoding of the output (default: utf-8, or as the mark of a file to add to says)"};

@@ -20,7 +20,8 @@ ValueKind kind_of(std::string_view name) {
 
 ValueKind kind_of(const Option &option) {
   if (!option.value) return ValueKind::kFlag;
-  return option.choices ? ValueKind::kChoice : kind_of(option.value);
+  const ValueKind kind = kind_of(option.value);
+  return option.choices && kind != ValueKind::kEncoding ? ValueKind::kChoice : kind;
 }
 
 ValueKind kind_of_operands(const Command &command) {
@@ -56,6 +57,10 @@ std::string encoding_names() {
     if (name != "utf-8") names += " " + name;
   }
   return names;
+}
+
+std::string more_choices(const char *choices) {
+  return choices ? " " + std::string(choices) : std::string();
 }
 
 std::string_view short_name(const Option &option) {

@@ -21,6 +21,8 @@ std::vector<const Command *> shown_commands();
 std::string command_names();
 // The names of encodings in small letters, with blanks between.
 std::string encoding_names();
+// What an option takes beside the names of encodings, with a blank before; empty for none.
+std::string more_choices(const char *choices);
 // "-r" of "-r,--recursive"; empty when there is none.
 std::string_view short_name(const Option &option);
 // Text with a backslash before each of some characters.

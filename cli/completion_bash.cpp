@@ -14,7 +14,7 @@ std::string bash_setting(ValueKind kind, const char *choices) {
     case ValueKind::kFolder:
       return "kind=folders";
     case ValueKind::kEncoding:
-      return "kind=words words=$encodings";
+      return "kind=words words=\"$encodings" + more_choices(choices) + "\"";
     case ValueKind::kCommand:
       return "kind=words words=$commands";
     case ValueKind::kChoice:

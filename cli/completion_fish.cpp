@@ -13,7 +13,7 @@ std::string fish_action(ValueKind kind, const char *choices) {
     case ValueKind::kFolder:
       return " -x -a '(__fish_complete_directories)'";
     case ValueKind::kEncoding:
-      return " -x -a \"$encodings\"";
+      return " -x -a \"$encodings" + more_choices(choices) + "\"";
     case ValueKind::kCommand:
       return " -x -a \"$commands\"";
     case ValueKind::kChoice:

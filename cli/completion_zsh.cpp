@@ -18,7 +18,7 @@ std::string zsh_action(ValueKind kind, const char *choices) {
     case ValueKind::kFolder:
       return "_files -/";
     case ValueKind::kEncoding:
-      return "($encodings)";
+      return "($encodings" + more_choices(choices) + ")";
     case ValueKind::kCommand:
       return "($names)";
     case ValueKind::kChoice:

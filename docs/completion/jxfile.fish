@@ -8,7 +8,7 @@ complete -c jxfile -l module -r -F -d 'load this module, which JXWEM_MODULE name
 complete -c jxfile -l expand -d 'expand $NAME and a leading ~ in the paths given'
 complete -c jxfile -l color -x -a 'auto always never' -d 'colours: always, never or auto, on a terminal without NO_COLOR (default)'
 complete -c jxfile -n __fish_use_subcommand -a lines -d 'print the lines of text files'
-complete -c jxfile -n '__fish_seen_subcommand_from lines' -l from -x -a "$encodings" -d 'encoding of the input, or auto to have it told (default: its byte-order mark, else utf-8)'
+complete -c jxfile -n '__fish_seen_subcommand_from lines' -l from -x -a "$encodings auto" -d 'encoding of the input, or auto to have it told (default: its byte-order mark, else utf-8)'
 complete -c jxfile -n '__fish_seen_subcommand_from lines' -l record-length -x -d 'longest record in bytes of the file (default: 65536)'
 complete -c jxfile -n '__fish_seen_subcommand_from lines' -l direct -d 'read without the record buffer, one transfer a record'
 complete -c jxfile -n '__fish_seen_subcommand_from lines' -s n -l number -d 'number the lines'
@@ -17,7 +17,7 @@ complete -c jxfile -n '__fish_seen_subcommand_from lines' -l mark -d 'show each 
 complete -c jxfile -n '__fish_seen_subcommand_from lines' -l json -d 'one JSON object a line instead of text'
 complete -c jxfile -n '__fish_seen_subcommand_from lines' -F
 complete -c jxfile -n __fish_use_subcommand -a convert -d 'copy a text file into another encoding'
-complete -c jxfile -n '__fish_seen_subcommand_from convert' -l from -x -a "$encodings" -d 'encoding of the input, or auto to have it told (default: its byte-order mark, else utf-8)'
+complete -c jxfile -n '__fish_seen_subcommand_from convert' -l from -x -a "$encodings auto" -d 'encoding of the input, or auto to have it told (default: its byte-order mark, else utf-8)'
 complete -c jxfile -n '__fish_seen_subcommand_from convert' -l to -x -a "$encodings" -d 'encoding of the output (default: utf-8, or as the mark of a file to add to says)'
 complete -c jxfile -n '__fish_seen_subcommand_from convert' -l bom -d 'begin the output with a byte-order mark'
 complete -c jxfile -n '__fish_seen_subcommand_from convert' -l no-bom -d 'write no byte-order mark (default: as the input has it)'

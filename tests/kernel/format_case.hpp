@@ -86,7 +86,12 @@ class FormatCase {
     argument.floating = static_cast<double>(argument.integer) + (argument.integer < 0 ? -0.6 : 0.6);
     // A number of one type may be any double, of those without a number and missing ones too.
     if ((type == kDouble || type == kLongDouble) && pick(2) == 0) {
-      argument.floating = std::bit_cast<double>(choices_.word() << (pick(4) == 0 ? 32 : 0));
+      uint64_t bits = choices_.word() << (pick(4) == 0 ? 32 : 0);
+      // A conversion to long double makes a NaN a quiet one, which may be a missing value.
+      constexpr uint64_t kInfinity = 0x7FF0000000000000, kQuiet = 0x0008000000000000;
+      const bool may_be_long = type == kLongDouble || is_numbered_;
+      if (may_be_long && (bits << 1 >> 1) > kInfinity) bits |= kQuiet;
+      argument.floating = std::bit_cast<double>(bits);
     }
     if (kind == kNumber) return argument;
     argument.text = "abcdefghijklmnopqrstuvwxyz";

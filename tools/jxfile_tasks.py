@@ -2,6 +2,7 @@
 same, and the right result."""
 import random
 import re
+import sys
 from dataclasses import dataclass, field
 from pathlib import Path
 from typing import Callable
@@ -13,7 +14,9 @@ SENTENCES = {
     "japanese": "東京都千代田区丸の内一丁目九番一号、日本語の文章をここに書いて長さを測ります。漢字仮名交じり文",
     "chinese": "北京市海淀区中关村大街的图书馆里有很多书,学生们每天早上都来这里读书学习,晚上才回家去。",
 }
-LARGE, MIDDLE = 16 << 20, 1 << 20  # bytes of UTF-8
+# Bytes of UTF-8, and files; few are enough to see whether results are right.
+IS_CHECK = "--check" in sys.argv
+LARGE, MIDDLE, MANY = (1 << 20, 1 << 18, 300) if IS_CHECK else (16 << 20, 1 << 20, 10000)
 
 
 def text(language, size, seed=1):
@@ -136,7 +139,7 @@ TASKS = [
           "mkdir out; for f in files/*; do recode latin1..utf8 < $f > out/${f##*/}; done"], 50, 64 << 10, "out"),
     many("10,000 files of 1 KB in place", "jxfile convert --in-place --from latin1 files/*",
          [f"for f in files/*; do iconv {LATIN} $f > new && mv new $f; done", "recode latin1..utf8 files/*"],
-         10000, 1000, "files", rounds=3),
+         MANY, 1000, "files", rounds=3),
     converted("in a pipe", "cat in | jxfile convert --from latin1 > out",
               [f"cat in | iconv {LATIN} > out", "cat in | recode latin1..utf8 > out"], "german", "latin1", "utf-8"),
     converted("UTF-16 with its mark", "jxfile convert --from utf-16 --no-bom in out",

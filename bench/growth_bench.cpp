@@ -1,9 +1,8 @@
 // How cost grows: per byte with the length of lines, per member with the size of lists and trees,
 // and with the number of threads, each with a file of its own. The columns are numbers.
-#include <barrier>
 #include <cstdio>
-#include <thread>
 
+#include "bench/crew.hpp"
 #include "bench/trees.hpp"
 
 namespace {
@@ -136,24 +135,11 @@ void trees_jobs(const Scratch &scratch) {
 
 constexpr uint64_t kLines = 1'600'000;  // of all threads together
 
-// Every thread reads its file once; the clock runs from the start of the first to the end of the
-// last.
+// Every thread reads its file once.
 template <typename Read>
 uint64_t read_in_threads(Watch &watch, int threads, Read read) {
-  std::barrier gate(threads + 1);
-  std::vector<std::thread> crew;
-  for (int t = 0; t < threads; ++t) {
-    crew.emplace_back([&, t] {
-      gate.arrive_and_wait();
-      read(t);
-      gate.arrive_and_wait();
-    });
-  }
-  watch.start();
-  gate.arrive_and_wait();
-  gate.arrive_and_wait();
-  watch.stop();
-  for (auto &thread : crew) thread.join();
+  run_crew(
+      watch, threads, [](int) {}, read);
   return 0;
 }
 

@@ -3,13 +3,12 @@
 #include <sched.h>
 
 #include <atomic>
-#include <barrier>
 #include <boost/lockfree/stack.hpp>
 #include <cstddef>
 #include <mutex>
-#include <thread>
 
 #include "bench/contender.hpp"
+#include "bench/crew.hpp"
 #include "jx/runtime.h"
 
 namespace {
@@ -26,29 +25,20 @@ constexpr int kPairs = 480'000;  // of a pass, all threads together
 
 template <typename Stack>
 void pop_push_pairs(Watch &watch, Stack &stack, int threads) {
-  std::barrier gate(threads + 1);
-  std::vector<std::thread> crew;
-  for (int t = 0; t < threads; ++t) {
-    crew.emplace_back([&, t] {
-      cpu_set_t own;
-      CPU_ZERO(&own);
-      CPU_SET(static_cast<unsigned>(t) % std::thread::hardware_concurrency(), &own);
-      pthread_setaffinity_np(pthread_self(), sizeof own, &own);
-      gate.arrive_and_wait();
-      for (int i = 0; i < kPairs / threads; ++i) {
-        Node *node = stack.pop();
-        if (!node) continue;
-        ++node->payload;
-        stack.push(node);
-      }
-      gate.arrive_and_wait();
-    });
-  }
-  watch.start();
-  gate.arrive_and_wait();
-  gate.arrive_and_wait();
-  watch.stop();
-  for (auto &thread : crew) thread.join();
+  const auto bind_to_processor = [](int t) {
+    cpu_set_t own;
+    CPU_ZERO(&own);
+    CPU_SET(static_cast<unsigned>(t) % std::thread::hardware_concurrency(), &own);
+    pthread_setaffinity_np(pthread_self(), sizeof own, &own);
+  };
+  run_crew(watch, threads, bind_to_processor, [&](int) {
+    for (int i = 0; i < kPairs / threads; ++i) {
+      Node *node = stack.pop();
+      if (!node) continue;
+      ++node->payload;
+      stack.push(node);
+    }
+  });
 }
 
 template <typename Mutex>

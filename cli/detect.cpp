@@ -6,6 +6,7 @@
 #include "cli/input.hpp"
 #include "cli/line_survey.hpp"
 #include "cli/many.hpp"
+#include "cli/watch.hpp"
 #include "jx/jxhost.h"
 
 namespace cli {
@@ -47,7 +48,7 @@ class Examination {
     // The lines of a long start were counted as those of ASCII, which they are.
     if (!lines_) lines_.emplace(session_, detection_->encoding);
     if (detection_->is_certain())
-      finder_.emplace(session_, detection_->encoding, JX_ENCODING_UTF32LE, size_ - waiting_.size());
+      finder_.emplace(session_, detection_->encoding, JX_ENCODING_UTF8, size_ - waiting_.size());
     follow(std::exchange(waiting_, {}));
   }
 
@@ -92,6 +93,11 @@ Examination examine(Session &session, Input &input) {
   }
   examination.finish();
   return examination;
+}
+
+Examination watched(Session &session, Input &input) {
+  const Watch watch(input.size(), [&input] { return input.bytes_done(); });
+  return examine(session, input);
 }
 
 std::string line_ends_text(const LineSurvey &lines) {
@@ -154,7 +160,7 @@ void print_json(Session &session, const std::string &shown, const Examination &e
 int run_detect(Session &session, const Arguments &arguments) {
   return for_each(session, arguments.operands(), [&](const std::string &name) {
     Input input(session, name, Input::Use::kBytes);
-    const Examination examination = examine(session, input);
+    const Examination examination = watched(session, input);
     (arguments.has("--json") ? print_json : print_text)(session, input.shown(), examination);
   });
 }

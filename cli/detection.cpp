@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <span>
 
+#include "cli/ascii.hpp"
 #include "cli/input.hpp"
 #include "cli/language_model.hpp"
 #include "cli/letters.hpp"
@@ -19,10 +20,6 @@ constexpr uint32_t kIso2022Jp = 50220;
 constexpr size_t kNamedCandidates = 5;   // in a message
 constexpr char32_t kFirstSign = 0x2E80;  // of the writing systems of East Asia
 constexpr float kMostSignCost = 9.5f;    // of a sign, on average, in text
-
-bool is_ascii(std::string_view bytes) {
-  return std::ranges::none_of(bytes, [](char c) { return (c & 0x80) != 0; });
-}
 
 // Whether text has such a character. The last ones are a line feed, a carriage return and a blank
 // whose bytes were swapped.

@@ -1,14 +1,13 @@
 // Line ends of one kind.
 #pragma once
 
-#include <algorithm>
-#include <bit>
+#include <array>
 #include <string>
 #include <string_view>
-#include <type_traits>
+#include <utility>
 
+#include "cli/find_units.hpp"
 #include "cli/text_changes.hpp"
-#include "vector/base.hpp"
 
 namespace cli {
 
@@ -76,27 +75,10 @@ class LineEndFilter {
   }
 
  private:
-  // Where a line end may begin; the length of the text when it has none. In one pass: most lines
-  // are short, and a call for each unit that may begin one costs more.
+  // Where a line end may begin; the length of the text when it has none.
   size_t find_end(View text) const {
-    using Ops = jx::vector::Base;
-    using Word = std::make_unsigned_t<std::conditional_t<sizeof(Unit) == 1, char, int32_t>>;
-    constexpr size_t kStep = Ops::kBytes / sizeof(Unit);
     const Unit nel = nel_.empty() ? feed_ : nel_[0];
-    const auto repeat = [](Unit unit) { return Ops::repeat<Word>(static_cast<Word>(unit)); };
-    const auto feeds = repeat(feed_), returns = repeat(return_), nels = repeat(nel);
-    size_t at = 0;
-    for (; text.size() - at >= kStep; at += kStep) {
-      const auto block = Ops::load(text.data() + at);
-      const auto ends = Ops::either(Ops::template equal<Word>(block, feeds),
-                                    Ops::either(Ops::template equal<Word>(block, returns),
-                                                Ops::template equal<Word>(block, nels)));
-      if (const auto mask = Ops::mask(ends)) {
-        return at + static_cast<size_t>(std::countr_zero(mask)) / sizeof(Unit);
-      }
-    }
-    const Unit starts[] = {feed_, return_, nel};
-    return std::min(text.find_first_of(starts, at, std::size(starts)), text.size());
+    return find_any(text, std::array<Unit, 3>{feed_, return_, nel});
   }
 
   // Takes what begins like a line end, or the unit that does not go on like one. Returns how many

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <numeric>
 
+#include "cli/find_units.hpp"
 #include "cli/session.hpp"
 
 namespace cli {
@@ -27,7 +28,7 @@ std::string encode_next_line(Session &session, uint32_t encoding) {
 
 }  // namespace
 
-LineSurvey::LineSurvey(Session &session, uint32_t encoding) {
+LineSurvey::LineSurvey(Session &session, uint32_t encoding) : marks_{'\n', '\r', '\0', '\n'} {
   if (encoding == 0) return;
   const std::string lf = session.encode(U"\n", encoding);
   const std::string cr = session.encode(U"\r", encoding);
@@ -35,9 +36,26 @@ LineSurvey::LineSurvey(Session &session, uint32_t encoding) {
   lf_ = unit_at(lf, 0, unit_bytes_);
   cr_ = unit_at(cr, 0, unit_bytes_);
   nel_ = encode_next_line(session, encoding);
+  marks_ = {lf[0], cr[0], '\0', nel_.empty() ? lf[0] : nel_[0]};
+}
+
+// In between the marks nothing has to be looked at.
+void LineSurvey::feed_bytes(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const size_t plain = was_cr_ || !recent_.empty() ? 0 : find_any(bytes, marks_);
+    if (plain > 0) {
+      line_units_ += plain;
+      is_ended_ = false;
+      bytes.remove_prefix(plain);
+      if (bytes.empty()) return;
+    }
+    take(static_cast<uint8_t>(bytes[0]));
+    bytes.remove_prefix(1);
+  }
 }
 
 void LineSurvey::feed(std::string_view bytes) {
+  if (unit_bytes_ == 1) return feed_bytes(bytes);
   size_t at = 0;
   while (!rest_.empty() && rest_.size() < unit_bytes_ && at < bytes.size()) rest_ += bytes[at++];
   if (rest_.size() == unit_bytes_) {
@@ -66,9 +84,10 @@ void LineSurvey::take(uint32_t unit) {
   }
   ++line_units_;
   if (nel_.empty()) return;
+  if (recent_.empty() && unit >> (8 * (unit_bytes_ - 1)) != static_cast<uint8_t>(nel_[0])) return;
   for (size_t i = unit_bytes_; i-- > 0;) recent_ += static_cast<char>(unit >> (8 * i));
-  if (recent_.size() > nel_.size()) recent_.erase(0, recent_.size() - nel_.size());
-  if (recent_ == nel_) end_line(kNel, nel_.size() / unit_bytes_);
+  if (recent_ == nel_) return end_line(kNel, nel_.size() / unit_bytes_);
+  while (!nel_.starts_with(recent_)) recent_.erase(0, unit_bytes_);
 }
 
 void LineSurvey::end_line(End end, size_t own_units) {

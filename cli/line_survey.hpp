@@ -35,6 +35,7 @@ class LineSurvey {
   uint64_t zeros() const { return zeros_; }
 
  private:
+  void feed_bytes(std::string_view bytes);
   void take(uint32_t unit);
   void end_line(End end, size_t own_units);
   void close_line(uint64_t units);
@@ -42,9 +43,10 @@ class LineSurvey {
   size_t unit_bytes_ = 1;
   uint32_t lf_ = '\n';
   uint32_t cr_ = '\r';
-  std::string nel_;     // empty: the encoding has none
-  std::string rest_;    // the start of a unit
-  std::string recent_;  // the last bytes of the line, as many as nel_ has
+  std::string nel_;            // empty: the encoding has none
+  std::array<char, 4> marks_;  // of units of one byte: those that begin a line end, and zero
+  std::string rest_;           // the start of a unit
+  std::string recent_;         // the last bytes of the line from where NEL may begin
   bool was_cr_ = false;
   bool is_ended_ = true;
   uint64_t line_units_ = 0;  // of the current line

@@ -6,24 +6,14 @@
 #include <cstring>
 #include <utility>
 
+#include "cli/ascii.hpp"
+
 namespace cli {
 namespace {
 
 constexpr size_t kPlainBytes = 65536;
 constexpr size_t kPlainSliceBytes =
     4096;  // checked in one go: with what comes out in the fast caches
-
-bool is_plain_ascii(std::string_view text) {
-  constexpr size_t kStep = 64;
-  uint64_t all = 0;
-  for (; text.size() >= kStep; text.remove_prefix(kStep)) {
-    uint64_t words[kStep / sizeof(uint64_t)];
-    std::memcpy(words, text.data(), kStep);
-    for (const uint64_t word : words) all |= word;
-  }
-  for (const char byte : text) all |= static_cast<unsigned char>(byte);
-  return (all & 0x8080808080808080) == 0;
-}
 
 // Copies Bytes to twice as many from both ends.
 template <size_t Bytes>
@@ -103,7 +93,7 @@ bool PlainLines::is_utf8(std::string_view text) {
   bool may_be_cut = false;
   while (!text.empty()) {
     const std::string_view slice = text.substr(0, kPlainSliceBytes);
-    const bool is_plain = is_plain_ascii(slice);
+    const bool is_plain = is_ascii(slice);
     // Of characters of one byte the first tells whether one before them was cut off.
     const std::string_view checked = is_plain ? slice.substr(0, may_be_cut) : slice;
     if (!decoder(checked, scratch_, &produced).ok()) return false;

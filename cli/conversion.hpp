@@ -2,6 +2,8 @@
 #pragma once
 
 #include "cli/arguments.hpp"
+#include "cli/input.hpp"
+#include "cli/record_form.hpp"
 #include "cli/text_changes.hpp"
 
 namespace cli {
@@ -16,7 +18,12 @@ struct Conversion {
   bool refuses_mark = false;  // --no-bom
   bool is_append = false;
   TextChanges changes;
+  RecordForms forms;
 
+  // The size of the mark at the start of the input. In records the same bytes are data.
+  size_t mark_bytes(std::string_view head, uint32_t encoding) const {
+    return forms.in.is_lines() ? byte_order_mark_size(head, encoding) : 0;
+  }
   // Whether the output begins with a byte-order mark.
   bool has_mark(bool input_has_mark) const {
     return (wants_mark || input_has_mark) && !refuses_mark;

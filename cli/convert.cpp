@@ -1,4 +1,5 @@
 // The command "convert": a text file in another encoding.
+#include <memory>
 #include <optional>
 
 #include "cli/commands.hpp"
@@ -6,6 +7,7 @@
 #include "cli/copying.hpp"
 #include "cli/input.hpp"
 #include "cli/progress.hpp"
+#include "cli/record_filter.hpp"
 #include "cli/target.hpp"
 
 namespace cli {
@@ -19,9 +21,14 @@ Conversion conversion_of(const Arguments &arguments) {
   conversion.refuses_mark = arguments.has("--no-bom");
   conversion.is_append = arguments.has("--append");
   conversion.changes = text_changes(arguments);
+  conversion.forms = record_forms(arguments);
   if (conversion.changes.transliterates) use_locale();
   if (arguments.has("--bom") && conversion.refuses_mark) {
     throw UsageError("--bom and --no-bom cannot be given together");
+  }
+  if (!conversion.forms.out.is_lines()) {
+    if (arguments.has("--bom")) throw UsageError("--bom: records have no mark");
+    conversion.refuses_mark = true;
   }
   return conversion;
 }
@@ -55,22 +62,22 @@ std::string convert_stream(Session &session, const Conversion &conversion, Input
   ByteReader reader(source, input.shown(), room, input.head_bytes(conversion.from));
   const std::string_view head = reader.next();
   const uint32_t from = input.encoding_of_bytes(conversion.from, head, reader.is_at_end());
-  const size_t mark_bytes = byte_order_mark_size(head, from);
+  const size_t mark_bytes = conversion.mark_bytes(head, from);
   const TextChanges &changes = conversion.changes;
-  std::optional<TextFilter> filter;
-  if (!changes.is_none()) {
-    filter.emplace(session, from, conversion.to, changes);
+  std::unique_ptr<Filter> filter;
+  if (!changes.is_none() || !conversion.forms.is_none()) {
+    filter = make_filter(session, from, conversion.to, changes, conversion.forms);
     filter->begin(input.shown(), mark_bytes);
   }
   // A conversion tells of a fault without its place, and the module passes equal encodings on
   // unread. A file is searched for the place afterwards; what must not be written past the fault,
   // or cannot be read again, is checked on the way.
   const bool is_unread = from == conversion.to && !filter;
-  const bool is_checked =
-      !changes.is_lenient() && (conversion.is_append || is_unread || !input.is_rereadable());
+  const bool is_checked = !changes.is_lenient() && conversion.forms.in.is_lines() &&
+                          (conversion.is_append || is_unread || !input.is_rereadable());
   StreamWriter writer(session, target, from, conversion.to,
                       is_checked ? std::optional<uint64_t>(mark_bytes) : std::nullopt,
-                      filter ? &*filter : nullptr);
+                      filter.get());
   writer.open(with_mark(target.options(), conversion, mark_bytes > 0), room);
   Progress progress(target.is_terminal() ? 0 : input.size(), Progress::Unit::kBytes);
   uint64_t done = head.size();
@@ -147,9 +154,8 @@ bool is_for_many(const Arguments &arguments) {
 int run_convert(Session &session, const Arguments &arguments) {
   Conversion conversion = conversion_of(arguments);
   const std::string kind = arguments.text("--records", "stream");
-  if (kind != "stream" && kind != "text") throw UsageError("--records is text or stream");
   const bool is_text = kind == "text";
-  if (is_text && !conversion.changes.is_none()) {
+  if (is_text && (!conversion.changes.is_none() || !conversion.forms.is_none())) {
     throw UsageError("--records text changes nothing else: leave it out, and use --eol lf");
   }
   if (is_for_many(arguments)) {

@@ -17,6 +17,11 @@ inline constexpr const char *kConvertDescription =
     "replace writes U+FFFD, or a question mark where there is none; skip leaves them out; escape "
     "writes \\x{ff} for a byte and \\u{20ac} for a character, and \\u{7b} for the brace of text "
     "that looks so, which makes it reversible. Their number and the first places go to standard "
-    "error.";
+    "error. --records reads a file of records, in any encoding, and writes each as a line; "
+    "--to-records makes a record of each line, however it ends. fixed:N are records of N bytes, "
+    "filled up with blanks; rdw and bdw begin with a length in two bytes and two zeros, which "
+    "count too, bdw in blocks of up to 32760 bytes with the same at their start; be32 and le32 "
+    "begin with the number of bytes after it, big-endian and little-endian. A line end in a record "
+    "and a line too long for one are faults.";
 
 }  // namespace cli

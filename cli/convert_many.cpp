@@ -10,8 +10,8 @@
 #include "cli/input.hpp"
 #include "cli/many.hpp"
 #include "cli/progress.hpp"
+#include "cli/record_filter.hpp"
 #include "cli/revision.hpp"
-#include "cli/text_filter.hpp"
 #include "cli/workers.hpp"
 
 namespace cli {
@@ -55,9 +55,10 @@ class Converter {
     copy(job, input, target);
   }
 
-  TextFilter &filter(uint32_t from) {
+  Filter &filter(uint32_t from) {
     if (!filter_ || from != from_) {
-      filter_.emplace(session_, from, plan_.conversion.to, plan_.conversion.changes);
+      const Conversion &conversion = plan_.conversion;
+      filter_ = make_filter(session_, from, conversion.to, conversion.changes, conversion.forms);
       from_ = from;
     }
     return *filter_;
@@ -76,11 +77,11 @@ class Converter {
                       input.head_bytes(conversion.from));
     const std::string_view head = reader.next();
     const uint32_t from = input.encoding_of_bytes(conversion.from, head, reader.is_at_end());
-    const size_t mark_bytes = byte_order_mark_size(head, from);
+    const size_t mark_bytes = conversion.mark_bytes(head, from);
     Revision revision(target, plan_.is_trial);
     const auto write = [&revision](std::string_view bytes) { revision.write(bytes); };
     if (conversion.has_mark(mark_bytes > 0)) write(byte_order_mark(conversion.to));
-    TextFilter &text = filter(from);
+    Filter &text = filter(from);
     text.begin(input.shown(), mark_bytes);
     wem::Status status = text.feed(head.substr(mark_bytes), write);
     while (status.ok() && !reader.is_at_end()) status = text.feed(reader.next(), write);
@@ -96,8 +97,8 @@ class Converter {
   Session &session_;
   const Plan &plan_;
   ChangedFolders &folders_;
-  std::optional<TextFilter> filter_;  // the last one
-  uint32_t from_ = 0;                 // of it
+  std::unique_ptr<Filter> filter_;  // the last one
+  uint32_t from_ = 0;               // of it
 };
 
 // What one thread works with.

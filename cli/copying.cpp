@@ -31,7 +31,7 @@ std::string_view ByteReader::next() {
 }
 
 StreamWriter::StreamWriter(Session &session, Target &target, uint32_t from, uint32_t to,
-                           std::optional<uint64_t> check_offset, TextFilter *filter)
+                           std::optional<uint64_t> check_offset, Filter *filter)
     : target_(target),
       from_(filter ? to : from),
       to_(to),
@@ -48,7 +48,7 @@ wem::File &StreamWriter::open(const wem::OpenOptions &options, uint32_t chunk_by
 }
 
 // What came out of a filter, in records of the target.
-TextFilter::Sink StreamWriter::sink(wem::Status *status_out) {
+Filter::Sink StreamWriter::sink(wem::Status *status_out) {
   return [this, status_out](std::string_view bytes) {
     while (status_out->ok() && !bytes.empty()) {
       const std::string_view part = bytes.substr(0, chunk_bytes_);

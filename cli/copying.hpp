@@ -10,8 +10,8 @@
 #include <string_view>
 
 #include "cli/fault.hpp"
+#include "cli/filter.hpp"
 #include "cli/target.hpp"
-#include "cli/text_filter.hpp"
 
 namespace cli {
 
@@ -49,7 +49,7 @@ class StreamWriter {
   // before they are written; what comes before a line with a fault is then written, nothing after.
   // filter: converts instead of the module, or null; lives longer.
   StreamWriter(Session &session, Target &target, uint32_t from, uint32_t to,
-               std::optional<uint64_t> check_offset, TextFilter *filter = nullptr);
+               std::optional<uint64_t> check_offset, Filter *filter = nullptr);
 
   // Opens the target with options that say how, but not in what format. Chunks are at most
   // chunk_bytes long.
@@ -63,12 +63,12 @@ class StreamWriter {
  private:
   wem::Status write_held(size_t count);
   wem::Status put(std::string_view bytes);
-  TextFilter::Sink sink(wem::Status *status_out);
+  Filter::Sink sink(wem::Status *status_out);
 
   Target &target_;
   uint32_t from_;
   uint32_t to_;
-  TextFilter *filter_;
+  Filter *filter_;
   wem::File *file_ = nullptr;
   std::optional<FaultFinder> finder_;
   std::string held_;      // lines not checked to their end

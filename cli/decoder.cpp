@@ -20,9 +20,10 @@ std::u32string escape_of(std::string_view bytes) {
 }  // namespace
 
 Decoder::Decoder(Session &session, uint32_t from, uint64_t offset, OnFault on_fault,
-                 std::u32string substitute, FaultTally &tally)
+                 std::u32string substitute, OffsetMap map, FaultTally &tally)
     : on_fault_(on_fault),
       substitute_(std::move(substitute)),
+      map_(std::move(map)),
       tally_(tally),
       line_end_(session.encode(U"\n", from)),
       is_unicode_(from >= JX_ENCODING_UTF8 && from <= JX_ENCODING_UTF32LE),
@@ -115,7 +116,8 @@ void Decoder::recover() {
 
 void Decoder::put_fault(const std::string &bad, uint64_t offset, std::u32string &text) {
   tally_.add(lines_ + 1, [&] {
-    return "byte offset " + std::to_string(offset) + ", bytes " + to_hex(bad, " ");
+    return "byte offset " + std::to_string(map_ ? map_(offset) : offset) + ", bytes " +
+           to_hex(bad, " ");
   });
   if (on_fault_ == OnFault::kReplace) text += substitute_;
   if (on_fault_ == OnFault::kEscape) text += escape_of(bad);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,10 +19,13 @@ namespace cli {
 // escaped too, as \u{7b}.
 class Decoder {
  public:
+  // Gives the offset that messages tell for that of a byte; empty: the same.
+  using OffsetMap = std::function<uint64_t(uint64_t)>;
+
   // The first byte is at offset. on_fault: kStop answers a status instead. substitute: for bytes
   // that are no text. tally lives longer.
   Decoder(Session &session, uint32_t from, uint64_t offset, OnFault on_fault,
-          std::u32string substitute, FaultTally &tally);
+          std::u32string substitute, OffsetMap map, FaultTally &tally);
 
   // Appends the characters of the next bytes to text. A status of the host when it is to stop.
   wem::Status feed(std::string_view bytes, std::u32string &text);
@@ -44,6 +48,7 @@ class Decoder {
 
   OnFault on_fault_;
   std::u32string substitute_;
+  OffsetMap map_;
   FaultTally &tally_;
   std::string line_end_;  // its size is that of a unit
   bool is_unicode_;       // the encoding is a form of Unicode

@@ -34,10 +34,10 @@ bool TextFilter::is_through_characters() const {
   return changes_.is_lenient() || (changes_.changes_line_ends() && !is_of_bytes);
 }
 
-void TextFilter::begin(const std::string &shown, uint64_t offset) {
+void TextFilter::begin(const std::string &shown, uint64_t offset, Decoder::OffsetMap map) {
   tally_ = {};
   if (is_through_characters()) {
-    characters_.emplace(session_, *this, shown, offset, tally_);
+    characters_.emplace(session_, *this, shown, offset, std::move(map), tally_);
     return;
   }
   if (may_shift_ || !transcoder_) {

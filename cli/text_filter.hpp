@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,6 +9,7 @@
 
 #include "cli/decoder.hpp"
 #include "cli/encoder.hpp"
+#include "cli/filter.hpp"
 #include "cli/line_end_filter.hpp"
 #include "cli/session.hpp"
 
@@ -17,33 +17,26 @@ namespace cli {
 
 // Converts a text, whose chunks may end inside a character: by one transcoder, with line ends
 // changed in the bytes that come out of it, or through characters where that cannot be done.
-class TextFilter {
+class TextFilter final : public Filter {
  public:
-  // Takes what came out, in order.
-  using Sink = std::function<void(std::string_view)>;
-
   TextFilter(Session &session, uint32_t from, uint32_t to, const TextChanges &changes);
-  TextFilter(const TextFilter &) = delete;
-  TextFilter &operator=(const TextFilter &) = delete;
 
-  // Begins a text: what messages call it, and the offset of its first byte.
-  void begin(const std::string &shown, uint64_t offset);
-  // Converts the next bytes. A status of the host for a fault, what comes out of the bytes before
-  // it is then incomplete; or a Failure with its place.
-  wem::Status feed(std::string_view bytes, const Sink &sink);
-  // Takes note of the end: malformed when it cuts a character off.
-  wem::Status finish(const Sink &sink);
-  // What was put up with, for a message; empty for nothing.
-  std::string tally_text() const { return tally_.text(changes_.on_fault); }
+  void begin(const std::string &shown, uint64_t offset) override { begin(shown, offset, {}); }
+  // map: gives the offset that messages tell for that of a byte.
+  void begin(const std::string &shown, uint64_t offset, Decoder::OffsetMap map);
+  wem::Status feed(std::string_view bytes, const Sink &sink) override;
+  // Malformed when the end cuts a character off.
+  wem::Status finish(const Sink &sink) override;
+  std::string tally_text() const override { return tally_.text(changes_.on_fault); }
 
  private:
   // What works on characters, for one text.
   struct Characters {
     Characters(Session &session, const TextFilter &filter, const std::string &shown,
-               uint64_t offset, FaultTally &tally)
+               uint64_t offset, Decoder::OffsetMap map, FaultTally &tally)
         : encoder(session, filter.to_, filter.changes_, shown, tally),
           decoder(session, filter.from_, offset, filter.changes_.on_fault, encoder.substitute(),
-                  tally),
+                  std::move(map), tally),
           line_ends(filter.changes_, U'\n', U'\r', U"\u0085") {}
     Encoder encoder;
     Decoder decoder;

@@ -13,6 +13,23 @@
 namespace cli {
 namespace {
 
+// A UsageError for options that have no meaning where there are records.
+void refuse_in_records(const Arguments &arguments, const Conversion &conversion) {
+  const RecordForms &forms = conversion.forms;
+  const LineEnd line_end = conversion.changes.line_end;
+  const bool is_fixed = forms.in.is_lines() || forms.in.framing == Framing::kFixed;
+  if (conversion.from.is_auto && !is_fixed) {
+    throw UsageError("--from auto cannot tell the encoding from records after their length");
+  }
+  if (forms.out.is_lines()) return;
+  if (arguments.has("--bom")) throw UsageError("--bom: records begin without a mark");
+  if (line_end == LineEnd::kKeep) return;
+  if (!forms.in.is_lines()) throw UsageError("--eol: there are no lines between records");
+  if (line_end != LineEnd::kLf) {
+    throw UsageError("--eol with --to-records is keep or lf, which ends a record at CR and NEL too");
+  }
+}
+
 Conversion conversion_of(const Arguments &arguments) {
   Conversion conversion = {};
   conversion.from = arguments.encoding("--from");
@@ -21,15 +38,14 @@ Conversion conversion_of(const Arguments &arguments) {
   conversion.refuses_mark = arguments.has("--no-bom");
   conversion.is_append = arguments.has("--append");
   conversion.changes = text_changes(arguments);
-  conversion.forms = record_forms(arguments);
+  conversion.forms = input_forms(arguments, "stream text");
+  conversion.forms.out = record_form(arguments, "--to-records", "lines");
   if (conversion.changes.transliterates) use_locale();
   if (arguments.has("--bom") && conversion.refuses_mark) {
     throw UsageError("--bom and --no-bom cannot be given together");
   }
-  if (!conversion.forms.out.is_lines()) {
-    if (arguments.has("--bom")) throw UsageError("--bom: records have no mark");
-    conversion.refuses_mark = true;
-  }
+  refuse_in_records(arguments, conversion);
+  if (!conversion.forms.out.is_lines()) conversion.refuses_mark = true;
   return conversion;
 }
 
@@ -61,7 +77,7 @@ std::string convert_stream(Session &session, const Conversion &conversion, Input
   wem::File source = input.open(wem::OpenOptions::input().binary(room).direct().direct_transfer());
   ByteReader reader(source, input.shown(), room, input.head_bytes(conversion.from));
   const std::string_view head = reader.next();
-  const uint32_t from = input.encoding_of_bytes(conversion.from, head, reader.is_at_end());
+  const uint32_t from = conversion.encoding_of(input, head, reader.is_at_end());
   const size_t mark_bytes = conversion.mark_bytes(head, from);
   const TextChanges &changes = conversion.changes;
   std::unique_ptr<Filter> filter;
@@ -168,7 +184,9 @@ int run_convert(Session &session, const Arguments &arguments) {
   Target target(session, output,
                 conversion.is_append ? Target::Mode::kAppend : Target::Mode::kReplace);
   target.refuse_same(input.file_status());
-  conversion.to = target.encoding(settle(arguments.encoding("--to"), target.head()));
+  const Encoding to = arguments.encoding("--to");
+  conversion.to = conversion.forms.out.is_lines() ? target.encoding(settle(to, target.head()))
+                                                  : settle(to, {});
   if (arguments.has("--bom")) target.require_mark(conversion.to);
   std::string tally;
   if (is_text) {

@@ -31,6 +31,9 @@ class Converter {
       run(job);
     } catch (const Failure &failure) {
       job.failure = Session::explained(failure);
+    } catch (const UsageError &error) {
+      // Wrong for the encoding that this file turned out to have.
+      job.failure = Failure(job.input, JXWEM_E_BADOPTIONS).saying(error.message);
     } catch (const std::exception &error) {
       job.failure = library_failure(error);
       job.failure->path = job.input;
@@ -76,7 +79,7 @@ class Converter {
     ByteReader reader(source, input.shown(), conversion.record_length,
                       input.head_bytes(conversion.from));
     const std::string_view head = reader.next();
-    const uint32_t from = input.encoding_of_bytes(conversion.from, head, reader.is_at_end());
+    const uint32_t from = conversion.encoding_of(input, head, reader.is_at_end());
     const size_t mark_bytes = conversion.mark_bytes(head, from);
     Revision revision(target, plan_.is_trial);
     const auto write = [&revision](std::string_view bytes) { revision.write(bytes); };
@@ -154,6 +157,11 @@ int convert_many(Session &session, const Arguments &arguments, Conversion conver
   // What an encoding cannot do is wrong usage, not the failure of each file.
   FaultTally none;
   static_cast<void>(Encoder(session, conversion.to, conversion.changes, {}, none));
+  if (!conversion.from.is_auto) {
+    make_filter(session, settle(conversion.from, {}), conversion.to, conversion.changes,
+                conversion.forms)
+        ->begin({}, 0);
+  }
   const auto threads =
       static_cast<size_t>(arguments.number("--jobs", processor_count(), 1, kMostThreads));
   Plan plan = make_plan(session, arguments, conversion);

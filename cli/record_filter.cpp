@@ -6,10 +6,16 @@
 namespace cli {
 namespace {
 
-// Every line end of text, of whatever kind, ends a record, unless another is asked for.
-TextChanges with_line_feeds(TextChanges changes, const RecordForms &forms) {
-  if (forms.in.is_lines() && !forms.out.is_lines()) changes.line_end = LineEnd::kLf;
-  return changes;
+bool may_shift(Session &session, uint32_t encoding) {
+  if (encoding >= JX_ENCODING_UTF8 && encoding <= JX_ENCODING_UTF32LE) return false;
+  JXEncodingInfo info = {};
+  require(wem::Status(session.nls()->encoding_info(session.nls(), encoding, &info)), "");
+  return info.max_bytes_per_char != 1;
+}
+
+std::string line_end_after(Session &session, const TextChanges &changes, uint32_t to) {
+  const bool is_kept = changes.line_end == LineEnd::kKeep;
+  return session.encode(is_kept ? U"\n" : line_end_text(changes.line_end), to);
 }
 
 }  // namespace
@@ -19,61 +25,94 @@ RecordFilter::RecordFilter(Session &session, uint32_t from, uint32_t to, const T
     : session_(session),
       from_(from),
       to_(to),
+      changes_(changes),
       forms_(forms),
-      text_(session, from, to, with_line_feeds(changes, forms)) {}
+      text_(session, from, to, changes),
+      may_shift_(may_shift(session, from)) {}
 
 void RecordFilter::begin(const std::string &shown, uint64_t offset) {
   shown_ = shown;
-  if (!forms_.in.is_lines()) reader_.emplace(session_, forms_, from_, shown);
-  if (!forms_.out.is_lines()) writer_.emplace(session_, forms_.out, to_, shown);
-  if (!reader_) return text_.begin(shown, offset);
-  text_.begin(shown, 0, [this](uint64_t at) {
-    return reader_->place_of(at - reader_->bytes_before()).offset;
-  });
+  if (!forms_.out.is_lines()) {
+    writer_.emplace(session_, forms_.out, to_, forms_.in.is_lines(), shown,
+                    [this](uint64_t record) { return place_text(record); });
+  }
+  if (forms_.in.is_lines()) {
+    starts_.emplace(session_.encode(U"\n", from_), offset);
+    return text_.begin(shown, offset);
+  }
+  reader_.emplace(session_, forms_, from_, shown, offset);
+  text_.begin(shown, 0, [this](uint64_t at) { return reader_->place_in_all(at).offset; });
+  line_end_ = line_end_after(session_, changes_, to_);
 }
 
 wem::Status RecordFilter::feed(std::string_view bytes, const Sink &sink) {
-  if (!reader_) return convert(bytes, sink);
-  reader_->feed(bytes, lines_);
-  return convert(lines_, sink);
+  chunk_ = bytes;
+  made_.clear();
+  if (writer_) records_before_ = writer_->count();
+  const wem::Status status = convert(reader_ ? reader_->feed(bytes) : bytes);
+  if (!status.ok()) return status;
+  if (starts_) starts_->pass(bytes);
+  sink(made_.bytes());
+  return status;
 }
 
 wem::Status RecordFilter::finish(const Sink &sink) {
+  chunk_ = {};
+  made_.clear();
+  if (writer_) records_before_ = writer_->count();
   wem::Status status;
-  if (reader_) {
-    reader_->finish(lines_);
-    status = convert(lines_, sink);
+  if (reader_) status = convert(reader_->finish());
+  if (status.ok()) status = text_.finish([this](std::string_view made) { put(made); });
+  if (!status.ok()) return status;
+  if (writer_) writer_->finish(made_);
+  sink(made_.bytes());
+  return status;
+}
+
+wem::Status RecordFilter::convert(std::string_view lines) {
+  is_whole_ = true;
+  const wem::Status status = text_.feed(lines, [this](std::string_view made) { put(made); });
+  if (reader_ && !status.ok()) fail(lines, status);
+  if (reader_ && may_shift_ && !is_whole_ && !changes_.is_lenient()) {
+    fail(lines, wem::Status(JXHOST_E_MALFORMED));
   }
-  if (status.ok()) status = text_.finish([&](std::string_view lines) { put(lines, sink); });
-  if (!status.ok() || !writer_) return status;
-  records_.clear();
-  writer_->finish(records_);
-  sink(records_);
   return status;
 }
 
-wem::Status RecordFilter::convert(std::string_view lines, const Sink &sink) {
-  const wem::Status status = text_.feed(lines, [&](std::string_view made) { put(made, sink); });
-  if (!status.ok() && reader_) locate();
-  return status;
+void RecordFilter::put(std::string_view lines) {
+  if (lines.empty()) return;
+  is_whole_ = lines.ends_with(line_end_);
+  if (writer_) {
+    writer_->feed(lines, made_);
+  } else {
+    made_.append(lines);
+  }
 }
 
-// Throws the failure of the first fault in the lines that were converted last.
-void RecordFilter::locate() const {
+// Throws the failure of the first fault in the lines of records. In encodings with shifts that can
+// be one that the last record left open.
+void RecordFilter::fail(std::string_view lines, wem::Status status) const {
   FaultFinder finder(session_, from_, to_);
-  if (finder.feed(lines_) && finder.finish()) return;
-  Fault fault = *finder.fault();
-  const RecordReader::Place place = reader_->place_of(fault.offset);
+  const bool is_good = finder.feed(lines) && finder.finish();
+  Fault fault = is_good ? Fault() : *finder.fault();
+  const RecordReader::Place place = reader_->place_of(is_good ? lines.size() : fault.offset);
+  if (is_good) {
+    throw Failure(shown_, status,
+                  "record " + std::to_string(place.record) + ", byte offset " +
+                      std::to_string(place.offset) + ", the end of the record");
+  }
   fault.record = place.record;
   fault.offset = place.offset;
   throw to_failure(shown_, fault);
 }
 
-void RecordFilter::put(std::string_view lines, const Sink &sink) {
-  if (!writer_) return sink(lines);
-  records_.clear();
-  writer_->feed(lines, records_);
-  sink(records_);
+// Where other characters end lines too, nobody counts how many begin before.
+std::string RecordFilter::place_text(uint64_t record) const {
+  const std::string text = "record " + std::to_string(record);
+  const auto line = static_cast<size_t>(record - 1 - records_before_);
+  if (reader_) return text + ", byte offset " + std::to_string(reader_->place_of_line(line).offset);
+  if (changes_.changes_line_ends()) return text;
+  return text + ", byte offset " + std::to_string(starts_->find(line, chunk_));
 }
 
 std::unique_ptr<Filter> make_filter(Session &session, uint32_t from, uint32_t to,

@@ -1,7 +1,9 @@
-// The options of "convert" that name forms of records.
+// The options that name forms of records.
 #include "cli/record_form.hpp"
 
-#include <cstring>
+#include <algorithm>
+#include <array>
+#include <string_view>
 
 #include "cli/failure.hpp"
 
@@ -9,22 +11,17 @@ namespace cli {
 namespace {
 
 constexpr uint32_t kLongestFixed = 1 << 24;
+constexpr std::string_view kFixed = "fixed:";
 
-RecordForm form_of(const std::string &option, const std::string &given) {
-  if (given == "stream" || given == "text" || given == "lines") return {};
-  if (given == "rdw") return {Framing::kRdw};
-  if (given == "bdw") return {Framing::kBdw};
-  if (given == "be32") return {Framing::kBig32};
-  if (given == "le32") return {Framing::kLittle32};
-  constexpr std::string_view kFixed = "fixed:";
-  if (given.starts_with(kFixed)) {
-    const std::string length = given.substr(kFixed.size());
-    return {Framing::kFixed,
-            static_cast<uint32_t>(parse_number(option + " fixed", length, 1, kLongestFixed))};
-  }
-  throw UsageError(option + ": '" + given +
-                   "' is no form of records: fixed:N, rdw, bdw, be32 or le32");
-}
+struct NamedFraming {
+  std::string_view name;
+  Framing framing;
+};
+
+constexpr auto kFramings = std::to_array<NamedFraming>({{"rdw", Framing::kRdw},
+                                                        {"bdw", Framing::kBdw},
+                                                        {"be32", Framing::kBig32},
+                                                        {"le32", Framing::kLittle32}});
 
 ShortRecord short_last_of(const std::string &given) {
   if (given == "refuse") return ShortRecord::kRefuse;
@@ -35,10 +32,26 @@ ShortRecord short_last_of(const std::string &given) {
 
 }  // namespace
 
-RecordForms record_forms(const Arguments &arguments) {
+RecordForm record_form(const Arguments &arguments, const std::string &option,
+                       const std::string &others) {
+  if (!arguments.has(option)) return {};
+  const std::string given = arguments.text(option);
+  const bool is_word = !given.empty() && given.find(' ') == given.npos;
+  if (is_word && (" " + others + " ").find(" " + given + " ") != others.npos) return {};
+  const auto row = std::ranges::find(kFramings, given, &NamedFraming::name);
+  if (row != kFramings.end()) return {row->framing};
+  if (given.starts_with(kFixed)) {
+    const std::string length = given.substr(kFixed.size());
+    return {Framing::kFixed,
+            static_cast<uint32_t>(parse_number(option + " fixed", length, 1, kLongestFixed))};
+  }
+  throw UsageError(option + ": '" + given + "' is none of " + others +
+                   " fixed:N rdw bdw be32 le32");
+}
+
+RecordForms input_forms(const Arguments &arguments, const std::string &others) {
   RecordForms forms;
-  forms.in = form_of("--records", arguments.text("--records", "stream"));
-  forms.out = form_of("--to-records", arguments.text("--to-records", "lines"));
+  forms.in = record_form(arguments, "--records", others);
   forms.strips_blanks = arguments.has("--strip-blanks");
   forms.short_last = short_last_of(arguments.text("--short-last", "refuse"));
   if (forms.in.is_lines() && forms.strips_blanks) {
@@ -48,16 +61,6 @@ RecordForms record_forms(const Arguments &arguments) {
     throw UsageError("--short-last needs --records fixed:N");
   }
   return forms;
-}
-
-size_t find_line_end(std::string_view text, std::string_view line_end) {
-  if (line_end.size() == 1) {
-    const void *found = std::memchr(text.data(), line_end[0], text.size());
-    return found ? static_cast<size_t>(static_cast<const char *>(found) - text.data()) : text.npos;
-  }
-  size_t at = text.find(line_end);
-  while (at != text.npos && at % line_end.size() != 0) at = text.find(line_end, at + 1);
-  return at;
 }
 
 }  // namespace cli

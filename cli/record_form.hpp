@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 #include "cli/arguments.hpp"
 
@@ -37,12 +36,14 @@ struct RecordForms {
 
 inline constexpr size_t kHeaderBytes = 4;       // before a record or a block
 inline constexpr size_t kLongestBlock = 32760;  // with its header; what other systems take
+inline constexpr size_t kLongestRecord = 1 << 26;  // after a length of four bytes
 
-// The values of --records, where stream and text are lines, --to-records, --strip-blanks and
-// --short-last; a UsageError for others.
-RecordForms record_forms(const Arguments &arguments);
-
-// Where the first line end is in text that begins with a whole character; npos without one.
-size_t find_line_end(std::string_view text, std::string_view line_end);
+// The form that an option names; lines when it is not given, or has one of the values in others,
+// which have blanks between. A UsageError for anything else.
+RecordForm record_form(const Arguments &arguments, const std::string &option,
+                       const std::string &others);
+// The form of the input with the values of --strip-blanks and --short-last. A UsageError when they
+// are wrong or have no records to go with.
+RecordForms input_forms(const Arguments &arguments, const std::string &others);
 
 }  // namespace cli

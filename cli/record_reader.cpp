@@ -1,146 +1,123 @@
-// Taking records apart.
+// Records, each with a line end.
 #include "cli/record_reader.hpp"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 
 #include "cli/failure.hpp"
+#include "cli/line_ends.hpp"
 
 namespace cli {
 namespace {
 
-constexpr uint32_t kLongestRecord = 1 << 28;  // with a length of four bytes: more is no record
+constexpr size_t kWordBytes = sizeof(uint64_t);
 
-uint32_t byte_at(std::string_view text, size_t at) { return static_cast<unsigned char>(text[at]); }
-
-uint32_t big16(std::string_view text) { return byte_at(text, 0) << 8 | byte_at(text, 1); }
-
-uint32_t length_of(Framing framing, std::string_view header) {
-  if (framing == Framing::kBig32) return big16(header) << 16 | big16(header.substr(2));
-  return byte_at(header, 3) << 24 | byte_at(header, 2) << 16 | byte_at(header, 1) << 8 |
-         byte_at(header, 0);
+uint64_t word_at(const char *bytes) {
+  uint64_t word = 0;
+  std::memcpy(&word, bytes, kWordBytes);
+  return word;
 }
 
 }  // namespace
 
 RecordReader::RecordReader(Session &session, const RecordForms &forms, uint32_t encoding,
-                           std::string shown)
+                           const std::string &shown, uint64_t offset)
     : forms_(forms),
-      shown_(std::move(shown)),
+      splitter_(forms.in, shown, offset),
       line_end_(session.encode(U"\n", encoding)),
       blank_(session.encode(U" ", encoding)) {
   if (forms_.in.length % blank_.size() != 0) {
     throw UsageError("--records fixed: the length is no multiple of " +
                      std::to_string(blank_.size()) + ", the bytes of a character");
   }
+  std::string blanks;
+  while (blanks.size() < kWordBytes) blanks += blank_;
+  eight_blank_bytes_ = word_at(blanks.data());
 }
 
-void RecordReader::fail(uint64_t offset, const std::string &why) const {
-  throw Failure(shown_, JXHOST_E_MALFORMED,
-                "record " + std::to_string(count_ + 1) + ", byte offset " + std::to_string(offset))
-      .saying(why);
-}
-
-void RecordReader::begin(std::string &lines) {
-  bytes_before_ += bytes_made_;
-  lines.clear();
+void RecordReader::begin() {
+  bytes_before_ += lines_.size();
+  lines_.clear();
   starts_.clear();
+  first_record_ = splitter_.count() + 1;
+  first_offset_ = splitter_.offset();
 }
 
-void RecordReader::feed(std::string_view bytes, std::string &lines) {
-  begin(lines);
-  const bool is_held = !held_.empty();
-  if (is_held) held_ += bytes;
-  const std::string_view text = is_held ? std::string_view(held_) : bytes;
-  size_t done = 0;
-  while (done < text.size()) {
-    const size_t taken = take(text.substr(done), offset_ + done, lines);
-    if (taken == 0) break;
-    done += taken;
-  }
-  offset_ += done;
-  if (is_held) {
-    held_.erase(0, done);
-  } else {
-    held_ = text.substr(done);
-  }
-  bytes_made_ = lines.size();
+std::string_view RecordReader::feed(std::string_view bytes) {
+  begin();
+  // Looked for once in all records; what was held back came with the bytes before.
+  const bool had_line_end = may_have_line_end_;
+  const bool has_line_end = line_end_.size() > 1 || bytes.find(line_end_[0]) != bytes.npos;
+  may_have_line_end_ = had_line_end || has_line_end;
+  splitter_.feed(bytes,
+                 [this](std::string_view record, uint64_t offset) { put(record, offset); });
+  may_have_line_end_ = has_line_end;
+  return lines_.bytes();
 }
 
-void RecordReader::finish(std::string &lines) {
-  begin(lines);
-  if (!held_.empty()) {
-    if (forms_.in.framing != Framing::kFixed) fail(offset_, "the file ends in a record");
-    if (forms_.short_last == ShortRecord::kRefuse) {
-      fail(offset_, "the last record has " + std::to_string(held_.size()) + " of " +
-                        std::to_string(forms_.in.length) + " bytes");
+std::string_view RecordReader::finish() {
+  begin();
+  may_have_line_end_ = true;
+  splitter_.finish(forms_.short_last, [this](std::string_view record, uint64_t offset) {
+    if (forms_.short_last != ShortRecord::kPad) return put(record, offset);
+    std::string padded(record);
+    while (padded.size() < forms_.in.length) padded += blank_;
+    put(padded, offset);
+  });
+  return lines_.bytes();
+}
+
+// Eight bytes at a time, the last of which are the high ones of a word.
+std::string_view RecordReader::strip(std::string_view record) const {
+  static_assert(std::endian::native == std::endian::little);
+  size_t size = record.size();
+  while (size >= kWordBytes) {
+    const uint64_t others = word_at(record.data() + size - kWordBytes) ^ eight_blank_bytes_;
+    if (others != 0) {
+      const auto blanks = static_cast<size_t>(std::countl_zero(others)) / 8;
+      return record.substr(0, size - blanks / blank_.size() * blank_.size());
     }
-    if (held_.size() % blank_.size() != 0) fail(offset_, "the file ends in a character");
-    const bool is_padded = forms_.short_last == ShortRecord::kPad;
-    while (is_padded && held_.size() < forms_.in.length) held_ += blank_;
-    put(held_, offset_, lines);
+    size -= kWordBytes;
   }
-  if (block_left_ != 0) fail(offset_, "the file ends in a block");
-  bytes_made_ = lines.size();
+  record = record.substr(0, size);
+  while (record.ends_with(blank_)) record.remove_suffix(blank_.size());
+  return record;
 }
 
-// Takes a record from the start of text; returns its bytes, or 0 when there are more to come.
-size_t RecordReader::take(std::string_view text, uint64_t offset, std::string &lines) {
-  if (forms_.in.framing != Framing::kFixed) return take_after_length(text, offset, lines);
-  const size_t length = forms_.in.length;
-  if (text.size() < length) return 0;
-  put(text.substr(0, length), offset, lines);
-  return length;
-}
-
-size_t RecordReader::take_block(std::string_view text, uint64_t offset) {
-  const uint32_t length = big16(text);
-  if ((length & 0x8000) != 0 || big16(text.substr(2)) != 0 || length < 2 * kHeaderBytes) {
-    fail(offset, "this is no length of a block");
+void RecordReader::put(std::string_view record, uint64_t offset) {
+  if (line_end_.size() > 1 && record.size() % line_end_.size() != 0) {
+    splitter_.fail(offset, "the record ends inside a character");
   }
-  block_left_ = length - kHeaderBytes;
-  return kHeaderBytes;
-}
-
-size_t RecordReader::take_after_length(std::string_view text, uint64_t offset, std::string &lines) {
-  const Framing framing = forms_.in.framing;
-  if (text.size() < kHeaderBytes) return 0;
-  if (framing == Framing::kBdw && block_left_ == 0) return take_block(text, offset);
-  uint64_t bytes = 0;
-  if (framing == Framing::kRdw || framing == Framing::kBdw) {
-    bytes = big16(text);
-    if (bytes < kHeaderBytes || byte_at(text, 3) != 0 || byte_at(text, 2) > 3) {
-      fail(offset, "this is no length of a record");
-    }
-    if (byte_at(text, 2) != 0) fail(offset, "this is a segment of a record, which is not joined");
-    if (framing == Framing::kBdw && bytes > block_left_)
-      fail(offset, "it is longer than its block");
-  } else {
-    bytes = uint64_t{length_of(framing, text)} + kHeaderBytes;
-    if (bytes > kLongestRecord) fail(offset, "this is no length of a record");
+  if (may_have_line_end_) {
+    const size_t found = find_line_end(record, 0, line_end_);
+    if (found != record.npos) splitter_.fail(offset + found, "the record has a line end in it");
   }
-  if (text.size() < bytes) return 0;
-  const auto size = static_cast<size_t>(bytes);
-  put(text.substr(kHeaderBytes, size - kHeaderBytes), offset + kHeaderBytes, lines);
-  if (framing == Framing::kBdw) block_left_ -= size;
-  return size;
-}
-
-void RecordReader::put(std::string_view record, uint64_t offset, std::string &lines) {
-  const size_t found = find_line_end(record, line_end_);
-  if (found != record.npos) fail(offset + found, "the record has a line end in it");
-  while (forms_.strips_blanks && record.ends_with(blank_)) record.remove_suffix(blank_.size());
-  starts_.push_back({lines.size(), offset});
-  lines += record;
-  lines += line_end_;
-  ++count_;
+  if (forms_.strips_blanks) record = strip(record);
+  starts_.push_back({lines_.size(), offset});
+  char *to = lines_.reserve(record.size() + line_end_.size());
+  std::memcpy(to, record.data(), record.size());
+  std::memcpy(to + record.size(), line_end_.data(), line_end_.size());
+  lines_.commit(record.size() + line_end_.size());
 }
 
 RecordReader::Place RecordReader::place_of(uint64_t line_offset) const {
   const auto after = std::ranges::upper_bound(starts_, line_offset, {}, &Start::line_offset);
-  if (after == starts_.begin()) return {count_, offset_};
+  if (after == starts_.begin()) return {first_record_, first_offset_};
   const Start &start = *(after - 1);
   const auto index = static_cast<uint64_t>(after - starts_.begin());
-  return {count_ - starts_.size() + index, start.offset + line_offset - start.line_offset};
+  return {first_record_ + index - 1, start.offset + line_offset - start.line_offset};
+}
+
+RecordReader::Place RecordReader::place_of_line(size_t line) const {
+  return line < starts_.size() ? Place{first_record_ + line, starts_[line].offset}
+                               : Place{first_record_, first_offset_};
+}
+
+// Of a character that began in the lines before these, where they begin is near enough.
+RecordReader::Place RecordReader::place_in_all(uint64_t line_offset) const {
+  if (line_offset < bytes_before_) return {first_record_, first_offset_};
+  return place_of(line_offset - bytes_before_);
 }
 
 }  // namespace cli

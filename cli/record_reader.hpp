@@ -6,7 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/record_form.hpp"
+#include "cli/byte_room.hpp"
+#include "cli/record_splitter.hpp"
 #include "cli/session.hpp"
 
 namespace cli {
@@ -15,24 +16,29 @@ namespace cli {
 // line in the encoding of the file.
 class RecordReader {
  public:
-  // shown: what messages call the file.
-  RecordReader(Session &session, const RecordForms &forms, uint32_t encoding, std::string shown);
+  // shown: what messages call the file. offset: of the first byte, which is that of a record. A
+  // UsageError when records of the form cannot be whole characters.
+  RecordReader(Session &session, const RecordForms &forms, uint32_t encoding,
+               const std::string &shown, uint64_t offset);
 
-  // Replaces lines by those of the records that the next bytes complete. A Failure with record and
-  // byte offset for bytes that are no records, and for a record with a line end in it.
-  void feed(std::string_view bytes, std::string &lines);
+  // The lines of the records that the next bytes complete, valid until the next call. A Failure
+  // with record and byte offset for bytes that are no records, for a record with a line end in it,
+  // and for one that ends inside a unit of the encoding.
+  std::string_view feed(std::string_view bytes);
   // The same at the end of the file.
-  void finish(std::string &lines);
+  std::string_view finish();
 
-  // The record, from 1, and the byte offset in the file of what is at an offset in the lines that
-  // came out last.
+  // The record, from 1, and the byte offset in the file of something in the lines.
   struct Place {
     uint64_t record;
     uint64_t offset;
   };
+  // Of the byte at an offset in the lines that came out last.
   Place place_of(uint64_t line_offset) const;
-  // How many bytes of lines came out before these.
-  uint64_t bytes_before() const { return bytes_before_; }
+  // Of the start of one of the lines that came out last, the first of which is 0.
+  Place place_of_line(size_t line) const;
+  // The same for an offset in all lines that ever came out.
+  Place place_in_all(uint64_t line_offset) const;
 
  private:
   struct Start {
@@ -40,24 +46,21 @@ class RecordReader {
     uint64_t offset;
   };
 
-  void begin(std::string &lines);
-  size_t take(std::string_view text, uint64_t offset, std::string &lines);
-  size_t take_block(std::string_view text, uint64_t offset);
-  size_t take_after_length(std::string_view text, uint64_t offset, std::string &lines);
-  void put(std::string_view record, uint64_t offset, std::string &lines);
-  [[noreturn]] void fail(uint64_t offset, const std::string &why) const;
+  void begin();
+  std::string_view strip(std::string_view record) const;
+  void put(std::string_view record, uint64_t offset);
 
   RecordForms forms_;
-  std::string shown_;
+  RecordSplitter splitter_;
   std::string line_end_;
   std::string blank_;
-  std::string held_;           // the start of a record
-  uint64_t offset_ = 0;        // of the next byte to take, that of held_ first
-  size_t block_left_ = 0;      // bytes of the block
-  uint64_t count_ = 0;         // of records
-  uint64_t bytes_before_ = 0;  // of lines
-  uint64_t bytes_made_ = 0;    // the last time
-  std::vector<Start> starts_;  // of the records that came out last
+  uint64_t eight_blank_bytes_ = 0;
+  ByteRoom lines_;
+  bool may_have_line_end_ = false;  // the bytes of the records
+  uint64_t first_record_ = 1;       // of the lines
+  uint64_t first_offset_ = 0;       // of what they were made of
+  uint64_t bytes_before_ = 0;       // of lines
+  std::vector<Start> starts_;       // of the records that came out last
 };
 
 }  // namespace cli

@@ -1,55 +1,82 @@
 // Putting records together.
 #include "cli/record_writer.hpp"
 
+#include <algorithm>
+#include <cstring>
+
 #include "cli/failure.hpp"
+#include "cli/line_ends.hpp"
 
 namespace cli {
+namespace {
+
+constexpr size_t kMostInBlock = kLongestBlock - 2 * kHeaderBytes;
+
+// How many bytes a record can have.
+size_t room_in(const RecordForm &form) {
+  if (form.framing == Framing::kFixed) return form.length;
+  const bool is_word = form.framing == Framing::kRdw || form.framing == Framing::kBdw;
+  return is_word ? kMostInBlock : kLongestRecord;
+}
+
+}  // namespace
 
 RecordWriter::RecordWriter(Session &session, const RecordForm &form, uint32_t encoding,
-                           std::string shown)
+                           bool drops_returns, std::string shown, PlaceText place)
     : form_(form),
+      room_(room_in(form)),
       shown_(std::move(shown)),
+      place_(std::move(place)),
       line_end_(session.encode(U"\n", encoding)),
+      return_(drops_returns ? session.encode(U"\r", encoding) : std::string()),
       blank_(session.encode(U" ", encoding)) {
   if (form_.length % blank_.size() != 0) {
-    throw UsageError("--to-records fixed: the length is no multiple of " +
-                     std::to_string(blank_.size()) + ", the bytes of a character");
+    throw UsageError("records of " + std::to_string(form_.length) +
+                     " bytes: that is no multiple of " + std::to_string(blank_.size()) +
+                     ", the bytes of a character");
   }
 }
 
-void RecordWriter::feed(std::string_view text, std::string &records) {
+void RecordWriter::feed(std::string_view text, ByteRoom &records) {
+  // What is held back ends with a whole unit, so that units are where they seem in text.
   while (!text.empty()) {
-    const size_t length = find_line_end(text, line_end_);
+    const size_t length = find_line_end(text, 0, line_end_);
     if (length == text.npos) {
       held_ += text;
+      require_room(held_.size() - std::min(held_.size(), return_.size()));
       return;
     }
     if (held_.empty()) {
-      put(text.substr(0, length), records);
+      end_line(text.substr(0, length), records);
     } else {
       held_ += text.substr(0, length);
-      put(held_, records);
+      end_line(held_, records);
       held_.clear();
     }
     text.remove_prefix(length + line_end_.size());
   }
 }
 
-void RecordWriter::finish(std::string &records) {
+void RecordWriter::finish(ByteRoom &records) {
   if (!held_.empty()) put(held_, records);
   held_.clear();
   end_block(records);
 }
 
-void RecordWriter::require_room(size_t bytes, size_t most) const {
-  if (bytes <= most) return;
-  throw Failure(shown_, JXWEM_E_TOOLONG, "record " + std::to_string(count_ + 1))
-      .saying("the line has " + std::to_string(bytes) + " bytes, and a record room for " +
-              std::to_string(most));
+void RecordWriter::end_line(std::string_view line, ByteRoom &records) {
+  if (!return_.empty() && line.ends_with(return_)) line.remove_suffix(return_.size());
+  put(line, records);
 }
 
-void RecordWriter::put(std::string_view line, std::string &records) {
-  constexpr size_t kMost = kLongestBlock - 2 * kHeaderBytes;
+void RecordWriter::require_room(size_t bytes) const {
+  if (bytes <= room_) return;
+  throw Failure(shown_, JXWEM_E_TOOLONG, place_(count_ + 1))
+      .saying("the line is longer than the " + std::to_string(room_) + " bytes of a record",
+              "longer lines need a form with more room, such as be32");
+}
+
+void RecordWriter::put(std::string_view line, ByteRoom &records) {
+  require_room(line.size());
   switch (form_.framing) {
     case Framing::kLines:
       break;
@@ -57,46 +84,48 @@ void RecordWriter::put(std::string_view line, std::string &records) {
       put_fixed(line, records);
       break;
     case Framing::kBdw:
-      require_room(line.size(), kMost);
-      if (block_.size() + 2 * kHeaderBytes + line.size() > kLongestBlock) end_block(records);
-      put_length(line.size(), block_);
-      block_ += line;
+      if (block_.size() + line.size() > kMostInBlock) end_block(records);
+      put_counted(line, block_);
       break;
     case Framing::kRdw:
-      require_room(line.size(), kMost);
-      [[fallthrough]];
     case Framing::kBig32:
     case Framing::kLittle32:
-      put_length(line.size(), records);
-      records += line;
+      put_counted(line, records);
       break;
   }
   ++count_;
 }
 
-void RecordWriter::put_fixed(std::string_view line, std::string &records) const {
-  require_room(line.size(), form_.length);
-  records += line;
+void RecordWriter::put_fixed(std::string_view line, ByteRoom &records) const {
+  char *const to = records.reserve(form_.length);
+  std::memcpy(to, line.data(), line.size());
   if (blank_.size() == 1) {
-    records.append(form_.length - line.size(), blank_[0]);
-    return;
+    std::memset(to + line.size(), blank_[0], form_.length - line.size());
+  } else {
+    for (size_t at = line.size(); at < form_.length; at += blank_.size()) {
+      blank_.copy(to + at, blank_.size());
+    }
   }
-  for (size_t bytes = line.size(); bytes < form_.length; bytes += blank_.size()) records += blank_;
+  records.commit(form_.length);
 }
 
-void RecordWriter::put_length(size_t bytes, std::string &records) const {
-  const bool is_short = form_.framing == Framing::kRdw || form_.framing == Framing::kBdw;
-  const auto value = static_cast<uint32_t>(is_short ? (bytes + kHeaderBytes) << 16 : bytes);
+// The bytes after a length in the form that the records have.
+void RecordWriter::put_counted(std::string_view line, ByteRoom &records) const {
+  const bool is_word = form_.framing == Framing::kRdw || form_.framing == Framing::kBdw;
+  const auto value =
+      static_cast<uint32_t>(is_word ? (line.size() + kHeaderBytes) << 16 : line.size());
+  char *const to = records.reserve(kHeaderBytes + line.size());
   for (unsigned i = 0; i < kHeaderBytes; ++i) {
     const unsigned shift = form_.framing == Framing::kLittle32 ? 8 * i : 24 - 8 * i;
-    records += static_cast<char>(value >> shift & 0xff);
+    to[i] = static_cast<char>(value >> shift & 0xff);
   }
+  std::memcpy(to + kHeaderBytes, line.data(), line.size());
+  records.commit(kHeaderBytes + line.size());
 }
 
-void RecordWriter::end_block(std::string &records) {
-  if (block_.empty()) return;
-  put_length(block_.size(), records);
-  records += block_;
+void RecordWriter::end_block(ByteRoom &records) {
+  if (block_.size() == 0) return;
+  put_counted(block_.bytes(), records);
   block_.clear();
 }
 

@@ -26,6 +26,8 @@ class ByteRoom {
     commit(bytes.size());
   }
   void clear() { used_ = 0; }
+  // Drops all but the first bytes.
+  void cut(size_t bytes) { used_ = bytes; }
   size_t size() const { return used_; }
   std::string_view bytes() const { return {room_.get(), used_}; }
 

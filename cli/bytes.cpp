@@ -6,7 +6,10 @@
 #include <limits>
 
 #include "cli/commands.hpp"
+#include "cli/copying.hpp"
 #include "cli/input.hpp"
+#include "cli/line_range.hpp"
+#include "cli/record_splitter.hpp"
 #include "cli/watch.hpp"
 
 namespace cli {
@@ -77,15 +80,32 @@ class BytePrinter {
     if (is_raw_) {
       output_ << record;
     } else if (is_json_) {
-      Row row;
-      row.add("offset", offset).add("length", uint64_t{record.size()});
-      output_ << row.add("hex", to_hex(record, ""));
+      print_row({}, offset, record);
     } else {
       dump(offset, record);
     }
   }
 
+  // Prints a record of a file of records with its number.
+  void print_record(uint64_t number, uint64_t offset, std::string_view record) {
+    if (is_json_) {
+      Row row;
+      row.add("record", number);
+      return print_row(std::move(row), offset, record);
+    }
+    if (!is_raw_) {
+      output_ << "record " + std::to_string(number) + ": " + std::to_string(record.size()) +
+                     (record.size() == 1 ? " byte\n" : " bytes\n");
+    }
+    print(offset, record);
+  }
+
  private:
+  void print_row(Row row, uint64_t offset, std::string_view record) {
+    row.add("offset", offset).add("length", uint64_t{record.size()});
+    output_ << row.add("hex", to_hex(record, ""));
+  }
+
   void dump(uint64_t offset, std::string_view record) {
     for (size_t at = 0; at < record.size(); at += kBytesPerRow) {
       char *const row = output_.reserve(kLongestRow).data();
@@ -113,12 +133,53 @@ void skip(Input &input, wem::File &file, uint64_t count) {
   }
 }
 
-}  // namespace
+// Prints records; a last one that is shorter than the others as it is.
+int print_records(Session &session, const Arguments &arguments, const RecordForm &form) {
+  constexpr uint32_t kChunkBytes = 65536;
+  const LineRange range = line_range(arguments);
+  Input input(session, arguments.operand(0), Input::Use::kBytes);
+  input.refuse_standard_output();
+  wem::File file =
+      input.open(wem::OpenOptions::input().binary(kChunkBytes).direct().direct_transfer());
+  RecordSplitter splitter(form, input.shown(), skip_records(input, file, form, range));
+  ByteReader reader(file, input.shown(), kChunkBytes);
+  BytePrinter printer(session, arguments);
+  const auto print = [&](std::string_view record, uint64_t offset) {
+    const uint64_t number = splitter.count() + 1;
+    const bool is_wanted = number >= range.first && number <= range.last;
+    if (is_wanted) printer.print_record(number, offset, record);
+  };
+  const Watch watch(unless_shown(input.size()), [&input] { return input.bytes_done(); });
+  while (!reader.is_at_end()) {
+    splitter.feed(reader.next(), print);
+    if (splitter.count() >= range.last) return 0;
+    if (input.is_waiting()) session.output().flush();
+  }
+  splitter.finish(ShortRecord::kKeep, print);
+  return 0;
+}
 
-int run_bytes(Session &session, const Arguments &arguments) {
+// A UsageError for options that cannot be given together.
+void refuse_contradictions(const Arguments &arguments, bool is_of_records) {
   if (arguments.has("--raw") && arguments.has("--json")) {
     throw UsageError("--raw and --json cannot be given together");
   }
+  for (const char *option : {"--offset", "--count", "--record-length"}) {
+    if (is_of_records && arguments.has(option)) {
+      throw UsageError(std::string(option) + " cannot be given with --records; --range can");
+    }
+  }
+  if (!is_of_records && arguments.has("--range")) {
+    throw UsageError("--range needs --records; --offset and --count go by bytes");
+  }
+}
+
+}  // namespace
+
+int run_bytes(Session &session, const Arguments &arguments) {
+  const RecordForm form = record_form(arguments, "--records", "binary");
+  refuse_contradictions(arguments, !form.is_lines());
+  if (!form.is_lines()) return print_records(session, arguments, form);
   const uint32_t length = arguments.record_length(JX_RECORD_BLOCK_BYTES, 1);
   uint64_t offset = arguments.number("--offset", 0, 0, kFurthest);
   uint64_t left = arguments.number("--count", kFurthest, 0, kFurthest);

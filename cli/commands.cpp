@@ -4,103 +4,19 @@
 #include <array>
 
 #include "cli/convert_description.hpp"
+#include "cli/text_options.hpp"
 
 namespace cli {
 namespace {
 
-constexpr Option kJson = {"--json", nullptr, "one JSON object a line instead of text"};
-constexpr Option kFrom = {"--from", "ENC",
-                          "encoding of the input, or auto to have it told (default: its byte-order "
-                          "mark, else utf-8)",
-                          "auto"};
-constexpr Option kTo = {
-    "--to", "ENC",
-    "encoding of the output (default: utf-8, or as the mark of a file to add to says)"};
-constexpr Option kAppend = {"--append", nullptr, "add to the end of the file, in place"};
-constexpr Option kBom = {"--bom", nullptr, "begin the output with a byte-order mark"};
 constexpr std::span<const Operand> kNoOperands;
 constexpr std::span<const Option> kNoOptions;
-constexpr Option kReadLength = {"--record-length", "N",
-                                "longest record in bytes of the file (default: 65536)"};
 
 constexpr auto kCommonOptions = std::to_array<Option>({
     {"--module", "FILE", "load this module, which JXWEM_MODULE names else; FILE has a / in it"},
     {"--expand", nullptr, "expand $NAME and a leading ~ in the paths given"},
     {"--color", "WHEN", "colours: always, never or auto, on a terminal without NO_COLOR (default)",
      "auto always never"},
-});
-
-constexpr auto kLinesOperands =
-    std::to_array<Operand>({{"FILE", 1, kAnyNumber, "text files; - is standard input"}});
-constexpr auto kLinesOptions = std::to_array<Option>({
-    kFrom,
-    kReadLength,
-    {"--direct", nullptr, "read without the record buffer, one transfer a record"},
-    {"-n,--number", nullptr, "number the lines"},
-    {"--range", "A:B",
-     "lines A to B only, of each file; A: to its end, :B from its start, A alone"},
-    {"--mark", nullptr, "show each record's length and line end; longer lines come in parts"},
-    kJson,
-});
-
-constexpr auto kConvertOperands =
-    std::to_array<Operand>({{"IN", 0, 1, "file to read (default: -, standard input)"},
-                            {"OUT", 0, kAnyNumber,
-                             "file to write (default: -, standard output); with --in-place or "
-                             "--into more files to read"}});
-constexpr auto kConvertOptions = std::to_array<Option>({
-    kFrom,
-    kTo,
-    kBom,
-    {"--no-bom", nullptr, "write no byte-order mark (default: as the input has it)"},
-    kAppend,
-    kReadLength,
-    {"--records", "FORM",
-     "stream: everything as it is (default); text: every line ends in a line feed; or records: "
-     "fixed:N, rdw, bdw, be32, le32",
-     "stream text fixed: rdw bdw be32 le32"},
-    {"--to-records", "FORM", "write each line as a record: fixed:N, rdw, bdw, be32 or le32",
-     "lines fixed: rdw bdw be32 le32"},
-    {"--strip-blanks", nullptr, "drop the blanks at the end of records"},
-    {"--short-last", "HOW", "a last record shorter than N: pad or keep (default: refuse)",
-     "refuse pad keep"},
-    {"--eol", "KIND", "end every line in lf, crlf, cr or nel (default: keep)",
-     "lf crlf cr nel keep"},
-    {"--final-eol", "HOW", "add: end the last line too (default: keep)", "add keep"},
-    {"--on-error", "HOW", "what is no text or not in ENC: replace, skip or escape (default: stop)",
-     "replace skip escape stop"},
-    {"--translit", nullptr, "write characters that are not in ENC with others, where possible"},
-    {"--in-place", nullptr, "convert each file given and put the result in its place"},
-    {"--backup", "SUFFIX", "in place: keep the old file under its name with SUFFIX added"},
-    {"--into", "DIR", "convert each file given to a file of the same name in this folder"},
-    {"--files0-from", "FILE", "convert the files named in FILE, a zero byte after each name"},
-    {"--jobs", "N",
-     "in place or into a folder: convert N files at once (default: one a processor)"},
-    {"--dry-run", nullptr, "in place or into a folder: print what would change, change nothing"},
-});
-
-constexpr auto kWriteOperands =
-    std::to_array<Operand>({{"FILE", 1, 1, "file to write; - is standard output"}});
-constexpr auto kWriteOptions = std::to_array<Option>({
-    {"--records", "KIND", "text: lines (default), binary: bytes, stream: text without line ends",
-     "text binary stream"},
-    kTo,
-    kBom,
-    kAppend,
-    {"--update", nullptr,
-     "overwrite from the start, after a byte-order mark if there is one, in place"},
-    {"--at", "OFFSET", "overwrite from this byte on, in place"},
-    {"--record-length", "N", "longest record in characters, binary in bytes (default: 65536)"},
-});
-
-constexpr auto kBytesOperands =
-    std::to_array<Operand>({{"FILE", 1, 1, "file to read; - is standard input"}});
-constexpr auto kBytesOptions = std::to_array<Option>({
-    {"--raw", nullptr, "the bytes themselves"},
-    {"--record-length", "N", "bytes a record (default: 8192)"},
-    {"--offset", "N", "pass over that many bytes"},
-    {"--count", "N", "stop after that many bytes"},
-    kJson,
 });
 
 constexpr auto kTruncateOperands =
@@ -188,19 +104,22 @@ constexpr auto kCommands = std::to_array<Command>({
     {"lines", "print the lines of text files",
      "Prints text records in UTF-8. A line longer than the record length is printed whole, though "
      "it arrives in parts; a missing last line end stays missing. --mark shows what arrives. Lines "
-     "that come through a pipe or from a terminal are printed as they come.",
+     "that come through a pipe or from a terminal are printed as they come. With --records each "
+     "record of a file is a line; a file of records of one length is entered where --range begins.",
      "jxfile lines --from latin1 --number notes.txt", kLinesOperands, kLinesOptions, run_lines},
     {"convert", "copy a text file into another encoding", kConvertDescription,
      "jxfile convert --from utf-8 --to utf-16le --bom in.txt out.txt", kConvertOperands,
      kConvertOptions, run_convert},
     {"write", "write records from standard input",
      "Writes standard input, which is UTF-8 unless --records is binary. A new content replaces the "
-     "file when all of it is written; --append, --update and --at change the file in place.",
+     "file when all of it is written; --append, --update and --at change the file in place. With "
+     "the form of records each line becomes one.",
      "printf 'one\\ntwo\\n' | jxfile write --to utf-16le --bom out.txt", kWriteOperands,
      kWriteOptions, run_write},
     {"bytes", "print the bytes of a file",
      "Reads binary records and prints them as a hex dump. Standard input is read from its "
-     "current offset, and no further than --count says.",
+     "current offset, and no further than --count says. With --records each record is shown by "
+     "itself, after its number and length, and a last one that is too short as it is.",
      "jxfile bytes --offset 16 --count 32 jxwem.so", kBytesOperands, kBytesOptions, run_bytes},
     {"truncate", "set the length of a file",
      "Cuts a file off or fills it up with zeros. The file must exist.", "jxfile truncate out.txt 0",

@@ -23,8 +23,8 @@ struct Conversion {
   // The encoding of an input that begins with head, which is all of it when is_whole; and the size
   // of the byte-order mark there. In records the same bytes are data.
   uint32_t encoding_of(Input &input, std::string_view head, bool is_whole) const {
-    const bool is_told = forms.in.is_lines() || from.is_auto;
-    return is_told ? input.encoding_of_bytes(from, head, is_whole) : settle(from, {});
+    return forms.in.is_lines() ? input.encoding_of_bytes(from, head, is_whole)
+                               : input.encoding_of_records(from, head, is_whole);
   }
   size_t mark_bytes(std::string_view head, uint32_t encoding) const {
     return forms.in.is_lines() ? byte_order_mark_size(head, encoding) : 0;

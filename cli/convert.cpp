@@ -17,16 +17,13 @@ namespace {
 void refuse_in_records(const Arguments &arguments, const Conversion &conversion) {
   const RecordForms &forms = conversion.forms;
   const LineEnd line_end = conversion.changes.line_end;
-  const bool is_fixed = forms.in.is_lines() || forms.in.framing == Framing::kFixed;
-  if (conversion.from.is_auto && !is_fixed) {
-    throw UsageError("--from auto cannot tell the encoding from records after their length");
-  }
   if (forms.out.is_lines()) return;
   if (arguments.has("--bom")) throw UsageError("--bom: records begin without a mark");
   if (line_end == LineEnd::kKeep) return;
   if (!forms.in.is_lines()) throw UsageError("--eol: there are no lines between records");
   if (line_end != LineEnd::kLf) {
-    throw UsageError("--eol with --to-records is keep or lf, which ends a record at CR and NEL too");
+    throw UsageError(
+        "--eol with --to-records is keep or lf, which ends a record at CR and NEL too");
   }
 }
 
@@ -185,8 +182,8 @@ int run_convert(Session &session, const Arguments &arguments) {
                 conversion.is_append ? Target::Mode::kAppend : Target::Mode::kReplace);
   target.refuse_same(input.file_status());
   const Encoding to = arguments.encoding("--to");
-  conversion.to = conversion.forms.out.is_lines() ? target.encoding(settle(to, target.head()))
-                                                  : settle(to, {});
+  conversion.to =
+      conversion.forms.out.is_lines() ? target.encoding(settle(to, target.head())) : settle(to, {});
   if (arguments.has("--bom")) target.require_mark(conversion.to);
   std::string tally;
   if (is_text) {

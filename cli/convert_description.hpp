@@ -17,11 +17,8 @@ inline constexpr const char *kConvertDescription =
     "replace writes U+FFFD, or a question mark where there is none; skip leaves them out; escape "
     "writes \\x{ff} for a byte and \\u{20ac} for a character, and \\u{7b} for the brace of text "
     "that looks so, which makes it reversible. Their number and the first places go to standard "
-    "error. --records reads a file of records, in any encoding, and writes each as a line; "
-    "--to-records makes a record of each line, however it ends. fixed:N are records of N bytes, "
-    "filled up with blanks; rdw and bdw begin with a length in two bytes and two zeros, which "
-    "count too, bdw in blocks of up to 32760 bytes with the same at their start; be32 and le32 "
-    "begin with the number of bytes after it, big-endian and little-endian. A line end in a record "
-    "and a line too long for one are faults.";
+    "error. --records reads a file of records and writes each as a line; --to-records makes a "
+    "record of each line, which a line feed ends, with a carriage return before it or not; with "
+    "--eol lf every other line end ends it too.";
 
 }  // namespace cli

@@ -68,6 +68,10 @@ class Input {
   // The same for kBytes, by the first bytes that were read, which are all when is_whole; and how
   // many there must be.
   uint32_t encoding_of_bytes(Encoding asked, std::string_view head, bool is_whole);
+  // The same for the bytes of records, in which those of a byte-order mark are data.
+  uint32_t encoding_of_records(Encoding asked, std::string_view head, bool is_whole) {
+    return asked.is_auto ? encoding_of_bytes(asked, head, is_whole) : settle(asked, {});
+  }
   size_t head_bytes(Encoding asked) const {
     return asked.is_auto && !is_rereadable_ ? kSampleBytes : kLongestMark;
   }

@@ -13,6 +13,14 @@ namespace cli {
 // Counted as text: most steps change one digit.
 class LineNumber {
  public:
+  LineNumber() = default;
+  explicit LineNumber(uint64_t value) : value_(value), first_(kLast + 1) {
+    do {
+      text_[--first_] = static_cast<char>('0' + value % 10);
+      value /= 10;
+    } while (value > 0);
+  }
+
   static constexpr size_t kRoom = 24;  // of copy_to
 
   uint64_t value() const { return value_; }

@@ -4,37 +4,15 @@
 #include "cli/commands.hpp"
 #include "cli/input.hpp"
 #include "cli/line_number.hpp"
+#include "cli/line_range.hpp"
 #include "cli/many.hpp"
 #include "cli/plain_lines.hpp"
+#include "cli/record_lines.hpp"
 #include "cli/session.hpp"
 #include "cli/watch.hpp"
 
 namespace cli {
 namespace {
-
-// Which lines are printed, from 1.
-struct LineRange {
-  uint64_t first = 1;
-  uint64_t last = UINT64_MAX;
-};
-
-// "A:B", "A:", ":B" or "A".
-LineRange line_range(const Arguments &arguments) {
-  LineRange range;
-  const std::string text = arguments.text("--range");
-  const size_t colon = std::min(text.find(':'), text.size());
-  const auto number = [](const std::string &digits) {
-    return parse_number("--range", digits, 1, UINT64_MAX);
-  };
-  if (colon > 0) range.first = number(text.substr(0, colon));
-  if (colon + 1 < text.size()) range.last = number(text.substr(colon + 1));
-  if (colon == text.size() && colon > 0) range.last = range.first;
-  const bool is_empty = arguments.has("--range") && text.size() < 2 && colon == 0;
-  if (is_empty || range.first > range.last) {
-    throw UsageError("--range: '" + text + "' is no range of lines, such as 5:9, 5: or :9");
-  }
-  return range;
-}
 
 // How the records of one file are printed.
 class LinePrinter {
@@ -236,8 +214,16 @@ void print_file(Session &session, const Arguments &arguments, LineRange range,
 
 int run_lines(Session &session, const Arguments &arguments) {
   const LineRange range = line_range(arguments);
-  return for_each(session, arguments.operands(),
-                  [&](const std::string &name) { print_file(session, arguments, range, name); });
+  const RecordForms forms = input_forms(arguments, "text");
+  for (const char *option : {"--direct", "--mark", "--record-length"}) {
+    if (!forms.in.is_lines() && arguments.has(option)) {
+      throw UsageError(std::string(option) + " is for lines, not for --records");
+    }
+  }
+  return for_each(session, arguments.operands(), [&](const std::string &name) {
+    if (forms.in.is_lines()) return print_file(session, arguments, range, name);
+    print_record_lines(session, arguments, forms, range, name);
+  });
 }
 
 }  // namespace cli

@@ -41,6 +41,18 @@ constexpr auto kNotes = std::to_array<Note>({
      "Of "
      "a pipe it looks at the first 64 KiB, which it waits for; when they are all ASCII it goes on "
      "as for utf-8, which refuses anything else."},
+    {"RECORDS",
+     "fixed:N are records of N bytes, one after another, filled up with blanks in the encoding of "
+     "the text; --strip-blanks drops them again. rdw are records after four bytes: their length in "
+     "two, big-endian, which counts the four, and two zeros; bdw the same in blocks of up to 32760 "
+     "bytes, which begin with their length in the same form. be32 and le32 are records after the "
+     "number of their bytes, big-endian or little-endian in four. Records have any encoding, which "
+     "--from or --to names: utf-8 without, as a byte-order mark in them is data. A record is text "
+     "of its own: one that ends inside a character or a shift, that has a line feed in it, or "
+     "whose "
+     "length cannot be is a fault, and so is a line that is too long for a record. Messages name "
+     "the record and its byte offset in the file. Records may be moved from one form to another in "
+     "one run."},
     {"JSON",
      "--json prints an object a line. Dates and times are those of RFC 3339 with the distance from "
      "UTC; a name that is no UTF-8 comes in base64, as the member with _base64 at its end. "
@@ -63,6 +75,13 @@ constexpr auto kExamples = std::to_array<Note>({
     {"Find the byte that is not UTF-8: the message names record and offset",
      "jxfile convert notes.txt /dev/null"},
     {"Print lines 100 to 120 as JSON", "jxfile lines --range 100:120 --json big.log"},
+    {"Make lines of a file of 80-byte EBCDIC records, and records of the lines",
+     "jxfile convert --records fixed:80 --strip-blanks --from ibm1047 dump.bin dump.txt"},
+    {"Look at record 40000 of it",
+     "jxfile lines --records fixed:80 --from ibm1047 --range 40000 "
+     "dump.bin"},
+    {"Write lines as records after their length, in blocks",
+     "jxfile convert --to-records bdw --to ibm1047 dump.txt dump.vb"},
     {"Copy a tree with its links, permissions and times", "jxfile cp -pP docs backup"},
     {"Make a file that nobody else has or reads", "jxfile newname --create --prefix job /tmp"},
 });

@@ -1,7 +1,10 @@
 // Records on both sides of a conversion.
 #include "cli/record_filter.hpp"
 
+#include <algorithm>
+
 #include "cli/fault.hpp"
+#include "cli/line_ends.hpp"
 
 namespace cli {
 namespace {
@@ -49,11 +52,27 @@ wem::Status RecordFilter::feed(std::string_view bytes, const Sink &sink) {
   chunk_ = bytes;
   made_.clear();
   if (writer_) records_before_ = writer_->count();
-  const wem::Status status = convert(reader_ ? reader_->feed(bytes) : bytes);
-  if (!status.ok()) return status;
+  try {
+    const wem::Status status = reader_ ? convert_records(bytes) : convert(bytes);
+    if (!status.ok()) return status;
+  } catch (const Failure &) {
+    sink(made_.bytes());
+    throw;
+  }
   if (starts_) starts_->pass(bytes);
   sink(made_.bytes());
-  return status;
+  return wem::Status();
+}
+
+// What is wrong in the text of a record goes before what is wrong with the next one.
+wem::Status RecordFilter::convert_records(std::string_view bytes) {
+  try {
+    reader_->feed(bytes);
+  } catch (const Failure &) {
+    static_cast<void>(convert(reader_->lines()));
+    throw;
+  }
+  return convert(reader_->lines());
 }
 
 wem::Status RecordFilter::finish(const Sink &sink) {
@@ -91,9 +110,15 @@ void RecordFilter::put(std::string_view lines) {
 
 // Throws the failure of the first fault in the lines of records. In encodings with shifts that can
 // be one that the last record left open.
-void RecordFilter::fail(std::string_view lines, wem::Status status) const {
+void RecordFilter::fail(std::string_view lines, wem::Status status) {
   FaultFinder finder(session_, from_, to_);
   const bool is_good = finder.feed(lines) && finder.finish();
+  const std::string line_end = session_.encode(U"\n", from_);
+  const std::string_view others =
+      lines.substr(0, lines.size() - std::min(lines.size(), line_end.size()));
+  const uint64_t before =
+      is_good ? after_last_line_end(others, line_end) : finder.fault()->record_offset;
+  if (!writer_) put_before(before, lines);
   Fault fault = is_good ? Fault() : *finder.fault();
   const RecordReader::Place place = reader_->place_of(is_good ? lines.size() : fault.offset);
   if (is_good) {
@@ -104,6 +129,15 @@ void RecordFilter::fail(std::string_view lines, wem::Status status) const {
   fault.record = place.record;
   fault.offset = place.offset;
   throw to_failure(shown_, fault);
+}
+
+// Begins what came out anew, with the lines before an offset.
+void RecordFilter::put_before(uint64_t offset, std::string_view lines) {
+  made_.clear();
+  TextFilter text(session_, from_, to_, changes_);
+  text.begin(shown_, 0);
+  static_cast<void>(text.feed(lines.substr(0, static_cast<size_t>(offset)),
+                              [this](std::string_view made) { made_.append(made); }));
 }
 
 // Where other characters end lines too, nobody counts how many begin before.

@@ -15,7 +15,8 @@
 namespace cli {
 
 // Records become lines, lines are converted, and become records again: either form may be lines.
-// Faults are named by the record and the byte offset in the file. Records come out whole.
+// Faults are named by the record and the byte offset in the file. Records come out whole, and those
+// before one with a fault do, as far as they were in one chunk.
 class RecordFilter final : public Filter {
  public:
   RecordFilter(Session &session, uint32_t from, uint32_t to, const TextChanges &changes,
@@ -28,10 +29,11 @@ class RecordFilter final : public Filter {
   std::string tally_text() const override { return text_.tally_text(); }
 
  private:
+  wem::Status convert_records(std::string_view bytes);
   wem::Status convert(std::string_view lines);
   void put(std::string_view lines);
-  void require_whole(std::string_view lines) const;
-  [[noreturn]] void fail(std::string_view lines, wem::Status status) const;
+  [[noreturn]] void fail(std::string_view lines, wem::Status status);
+  void put_before(uint64_t offset, std::string_view lines);
   std::string place_text(uint64_t record) const;
 
   Session &session_;

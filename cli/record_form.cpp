@@ -57,6 +57,10 @@ RecordForms input_forms(const Arguments &arguments, const std::string &others) {
   if (forms.in.is_lines() && forms.strips_blanks) {
     throw UsageError("--strip-blanks needs --records with a form of records");
   }
+  const bool is_counted = !forms.in.is_lines() && forms.in.framing != Framing::kFixed;
+  if (is_counted && arguments.encoding("--from").is_auto) {
+    throw UsageError("--from auto cannot tell the encoding from records after their length");
+  }
   if (forms.in.framing != Framing::kFixed && arguments.has("--short-last")) {
     throw UsageError("--short-last needs --records fixed:N");
   }

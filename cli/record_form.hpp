@@ -34,8 +34,8 @@ struct RecordForms {
   bool is_none() const { return in.is_lines() && out.is_lines(); }
 };
 
-inline constexpr size_t kHeaderBytes = 4;       // before a record or a block
-inline constexpr size_t kLongestBlock = 32760;  // with its header; what other systems take
+inline constexpr size_t kHeaderBytes = 4;          // before a record or a block
+inline constexpr size_t kLongestBlock = 32760;     // with its header; what other systems take
 inline constexpr size_t kLongestRecord = 1 << 26;  // after a length of four bytes
 
 // The form that an option names; lines when it is not given, or has one of the values in others,

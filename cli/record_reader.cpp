@@ -50,8 +50,7 @@ std::string_view RecordReader::feed(std::string_view bytes) {
   const bool had_line_end = may_have_line_end_;
   const bool has_line_end = line_end_.size() > 1 || bytes.find(line_end_[0]) != bytes.npos;
   may_have_line_end_ = had_line_end || has_line_end;
-  splitter_.feed(bytes,
-                 [this](std::string_view record, uint64_t offset) { put(record, offset); });
+  splitter_.feed(bytes, [this](std::string_view record, uint64_t offset) { put(record, offset); });
   may_have_line_end_ = has_line_end;
   return lines_.bytes();
 }

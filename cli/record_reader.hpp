@@ -28,6 +28,9 @@ class RecordReader {
   // The same at the end of the file.
   std::string_view finish();
 
+  // The lines that came out last; after a Failure those of the records before it.
+  std::string_view lines() const { return lines_.bytes(); }
+
   // The record, from 1, and the byte offset in the file of something in the lines.
   struct Place {
     uint64_t record;

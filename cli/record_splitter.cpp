@@ -7,7 +7,7 @@
 namespace cli {
 namespace {
 
-constexpr uint32_t kSegmentBits = 3;          // in the third byte of a header
+constexpr uint32_t kSegmentBits = 3;  // in the third byte of a header
 constexpr uint32_t kLargeBlock = 0x8000;
 
 uint32_t byte_at(std::string_view text, size_t at) { return static_cast<unsigned char>(text[at]); }
@@ -73,9 +73,8 @@ void RecordSplitter::require_end(ShortRecord short_last) const {
   }
   if (form_.framing != Framing::kFixed) fail(offset_, "the file ends in a record");
   if (short_last != ShortRecord::kRefuse) return;
-  throw Failure(
-      shown_, JXHOST_E_MALFORMED,
-      "record " + std::to_string(count_ + 1) + ", byte offset " + std::to_string(offset_))
+  throw Failure(shown_, JXHOST_E_MALFORMED,
+                "record " + std::to_string(count_ + 1) + ", byte offset " + std::to_string(offset_))
       .saying("the last record has " + std::to_string(held_.size()) + " of " +
                   std::to_string(form_.length) + " bytes",
               "take it with --short-last keep or --short-last pad");

@@ -8,6 +8,7 @@
 #include "cli/copying.hpp"
 #include "cli/descriptor.hpp"
 #include "cli/input.hpp"
+#include "cli/record_filter.hpp"
 #include "cli/target.hpp"
 #include "cli/watch.hpp"
 
@@ -57,14 +58,24 @@ void write_binary(const Writing &writing, Target &target) {
   });
 }
 
-void write_stream(Session &session, const Writing &writing, Target &target) {
-  StreamWriter writer(session, target, JX_ENCODING_UTF8, writing.to, 0);
+// filter: what makes records of the lines, or null.
+void write_stream(Session &session, const Writing &writing, Target &target, Filter *filter) {
+  StreamWriter writer(session, target, JX_ENCODING_UTF8, writing.to, 0, filter);
   wem::File &file = writer.open(with_mark(target.options(), writing), kInputBytes);
   move_to_start(file, writing, target.shown());
   for_each_chunk(target, kInputBytes, [&](std::string_view chunk) {
     target.require_written(writer.write(chunk, kSource));
   });
   target.require_written(writer.finish(kSource));
+}
+
+void write_records(Session &session, const Writing &writing, const RecordForm &form,
+                   Target &target) {
+  RecordForms forms;
+  forms.out = form;
+  RecordFilter filter(session, JX_ENCODING_UTF8, writing.to, {}, forms);
+  filter.begin(kSource, 0);
+  write_stream(session, writing, target, &filter);
 }
 
 // Splits standard input into lines and writes each as a record.
@@ -163,23 +174,31 @@ int run_write(Session &session, const Arguments &arguments) {
     writing.at = static_cast<int64_t>(arguments.number("--at", 0, 0, furthest));
   }
   const std::string kind = arguments.text("--records", "text");
-  if (kind != "text" && kind != "binary" && kind != "stream") {
-    throw UsageError("--records is text, binary or stream");
-  }
+  const RecordForm form = record_form(arguments, "--records", "text binary stream");
   const bool is_binary = kind == "binary";
   if (is_binary && (arguments.has("--to") || arguments.has("--bom"))) {
     throw UsageError("--records binary takes neither --to nor --bom");
   }
-  if (kind == "stream" && arguments.has("--record-length")) {
-    throw UsageError("--records stream takes no --record-length");
+  const bool has_length = kind == "text" || is_binary;
+  if (!has_length && arguments.has("--record-length")) {
+    throw UsageError("--records " + kind + " takes no --record-length");
+  }
+  if (!form.is_lines() && arguments.has("--bom")) {
+    throw UsageError("--bom: records begin without a mark");
   }
   const Target::Mode mode = mode_of(arguments);
   Target target(session, arguments.operand(0), mode);
   struct ::stat source = {};
   if (::fstat(STDIN_FILENO, &source) == 0) target.refuse_same(source);
-  if (!is_binary) adapt(writing, arguments, target, mode);
+  if (!form.is_lines()) {
+    writing.to = settle(arguments.encoding("--to"), {});
+    if (mode == Target::Mode::kUpdate && !writing.at) writing.at = 0;
+    write_records(session, writing, form, target);
+  } else if (!is_binary) {
+    adapt(writing, arguments, target, mode);
+  }
   if (is_binary) write_binary(writing, target);
-  if (kind == "stream") write_stream(session, writing, target);
+  if (kind == "stream") write_stream(session, writing, target, nullptr);
   if (kind == "text") write_text(session, writing, target);
   target.commit();
   return 0;

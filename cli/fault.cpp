@@ -151,10 +151,10 @@ bool FaultFinder::locate(std::string_view text, bool is_certain) {
   return note(text.substr(0, kLongestCharacter));
 }
 
-Failure to_failure(const std::string &path, const Fault &fault) {
+Failure to_failure(const std::string &path, const Fault &fault, const char *whole) {
   std::string detail = "record " + std::to_string(fault.record) + ", byte offset " +
                        std::to_string(fault.offset) + ", bytes " + to_hex(fault.bytes, " ");
-  if (fault.is_cut_off) detail += ", cut off by the end of the file";
+  if (fault.is_cut_off) detail += std::string(", cut off by the end of the ") + whole;
   return Failure(path, fault.status, detail);
 }
 

@@ -64,7 +64,7 @@ class FaultFinder {
   std::optional<Fault> fault_;
 };
 
-// A failure that names record, byte offset and bytes.
-Failure to_failure(const std::string &path, const Fault &fault);
+// A failure that names record, byte offset and bytes. whole: what was looked through.
+Failure to_failure(const std::string &path, const Fault &fault, const char *whole = "file");
 
 }  // namespace cli

@@ -48,7 +48,7 @@ constexpr auto kNotes = std::to_array<Note>({
      "bytes, which begin with their length in the same form. be32 and le32 are records after the "
      "number of their bytes, big-endian or little-endian in four. Records have any encoding, which "
      "--from or --to names: utf-8 without, as a byte-order mark in them is data. A record is text "
-     "of its own: one that ends inside a character or a shift, that has a line feed in it, or "
+     "of its own: one that ends inside a character, that has a line feed in it, or "
      "whose "
      "length cannot be is a fault, and so is a line that is too long for a record. Messages name "
      "the record and its byte offset in the file. Records may be moved from one form to another in "

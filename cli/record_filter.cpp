@@ -1,10 +1,7 @@
 // Records on both sides of a conversion.
 #include "cli/record_filter.hpp"
 
-#include <algorithm>
-
 #include "cli/fault.hpp"
-#include "cli/line_ends.hpp"
 
 namespace cli {
 namespace {
@@ -108,36 +105,55 @@ void RecordFilter::put(std::string_view lines) {
   }
 }
 
-// Throws the failure of the first fault in the lines of records. In encodings with shifts that can
-// be one that the last record left open.
+// Throws the failure of the first fault in the lines of records. In encodings with shifts it may be
+// one that the record before left open, or the last one.
 void RecordFilter::fail(std::string_view lines, wem::Status status) {
   FaultFinder finder(session_, from_, to_);
   const bool is_good = finder.feed(lines) && finder.finish();
-  const std::string line_end = session_.encode(U"\n", from_);
-  const std::string_view others =
-      lines.substr(0, lines.size() - std::min(lines.size(), line_end.size()));
-  const uint64_t before =
-      is_good ? after_last_line_end(others, line_end) : finder.fault()->record_offset;
-  if (!writer_) put_before(before, lines);
-  Fault fault = is_good ? Fault() : *finder.fault();
-  const RecordReader::Place place = reader_->place_of(is_good ? lines.size() : fault.offset);
-  if (is_good) {
-    throw Failure(shown_, status,
-                  "record " + std::to_string(place.record) + ", byte offset " +
-                      std::to_string(place.offset) + ", the end of the record");
+  const size_t count = reader_->line_count();
+  size_t line = is_good ? count : static_cast<size_t>(finder.fault()->record - 1);
+  if (line > 0 && may_shift_) --line;
+  for (; line < count; ++line) {
+    FaultFinder record(session_, from_, to_);
+    const std::string_view text = reader_->line(line);
+    const bool is_text = record.feed(text) && record.finish();
+    if (is_text && !(may_shift_ && leaves_shift_open(text))) continue;
+    const auto start = static_cast<size_t>(text.data() - lines.data());
+    if (!writer_) put_before(lines.substr(0, start));
+    if (is_text) throw failure_at(start + text.size(), status).saying("a shift is left open");
+    Fault fault = *record.fault();
+    const RecordReader::Place place = reader_->place_of(start + fault.offset);
+    fault.record = place.record;
+    fault.offset = place.offset;
+    throw to_failure(shown_, fault, "record");
   }
-  fault.record = place.record;
-  fault.offset = place.offset;
-  throw to_failure(shown_, fault);
+  throw failure_at(0, status);
 }
 
-// Begins what came out anew, with the lines before an offset.
-void RecordFilter::put_before(uint64_t offset, std::string_view lines) {
+Failure RecordFilter::failure_at(size_t line_offset, wem::Status status) const {
+  const RecordReader::Place place = reader_->place_of(line_offset);
+  return Failure(
+      shown_, status,
+      "record " + std::to_string(place.record) + ", byte offset " + std::to_string(place.offset));
+}
+
+// Whether a line end after valid text would be none.
+bool RecordFilter::leaves_shift_open(std::string_view text) const {
+  const std::string line = std::string(text) + session_.encode(U"\n", from_);
+  std::string room(line.size() * Transcoder::kBytesPerByte, '\0');
+  size_t produced = 0;
+  Transcoder transcoder(session_.nls(), from_, to_);
+  const wem::Status status = transcoder(line, room, &produced);
+  room.resize(produced);
+  return !status.ok() || !room.ends_with(session_.encode(U"\n", to_));
+}
+
+// Begins what came out anew, with the lines before a fault.
+void RecordFilter::put_before(std::string_view lines) {
   made_.clear();
   TextFilter text(session_, from_, to_, changes_);
   text.begin(shown_, 0);
-  static_cast<void>(text.feed(lines.substr(0, static_cast<size_t>(offset)),
-                              [this](std::string_view made) { made_.append(made); }));
+  static_cast<void>(text.feed(lines, [this](std::string_view made) { made_.append(made); }));
 }
 
 // Where other characters end lines too, nobody counts how many begin before.

@@ -33,7 +33,9 @@ class RecordFilter final : public Filter {
   wem::Status convert(std::string_view lines);
   void put(std::string_view lines);
   [[noreturn]] void fail(std::string_view lines, wem::Status status);
-  void put_before(uint64_t offset, std::string_view lines);
+  Failure failure_at(size_t line_offset, wem::Status status) const;
+  bool leaves_shift_open(std::string_view text) const;
+  void put_before(std::string_view lines);
   std::string place_text(uint64_t record) const;
 
   Session &session_;

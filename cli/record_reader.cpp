@@ -100,6 +100,14 @@ void RecordReader::put(std::string_view record, uint64_t offset) {
   lines_.commit(record.size() + line_end_.size());
 }
 
+std::string_view RecordReader::line(size_t index) const {
+  const bool is_last = index + 1 == starts_.size();
+  const uint64_t start = starts_[index].line_offset;
+  const uint64_t end = is_last ? lines_.size() : starts_[index + 1].line_offset;
+  return lines().substr(static_cast<size_t>(start),
+                        static_cast<size_t>(end - start) - line_end_.size());
+}
+
 RecordReader::Place RecordReader::place_of(uint64_t line_offset) const {
   const auto after = std::ranges::upper_bound(starts_, line_offset, {}, &Start::line_offset);
   if (after == starts_.begin()) return {first_record_, first_offset_};

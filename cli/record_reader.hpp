@@ -30,6 +30,9 @@ class RecordReader {
 
   // The lines that came out last; after a Failure those of the records before it.
   std::string_view lines() const { return lines_.bytes(); }
+  // How many they are, and each of them without its line end.
+  size_t line_count() const { return starts_.size(); }
+  std::string_view line(size_t index) const;
 
   // The record, from 1, and the byte offset in the file of something in the lines.
   struct Place {

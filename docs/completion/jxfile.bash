@@ -12,10 +12,10 @@ _jxfile() {
     return
   fi
   case ${COMP_WORDS[1]} in
-    lines) options='--from --record-length --direct -n --number --range --mark --json --module --expand --color --help' kind=files ;;
-    convert) options='--from --to --bom --no-bom --append --record-length --records --eol --final-eol --on-error --translit --in-place --backup --into --files0-from --jobs --dry-run --module --expand --color --help' kind=files ;;
+    lines) options='--from --record-length --records --strip-blanks --short-last --direct -n --number --range --mark --json --module --expand --color --help' kind=files ;;
+    convert) options='--from --to --bom --no-bom --append --record-length --records --to-records --strip-blanks --short-last --eol --final-eol --on-error --translit --in-place --backup --into --files0-from --jobs --dry-run --module --expand --color --help' kind=files ;;
     write) options='--records --to --bom --append --update --at --record-length --module --expand --color --help' kind=files ;;
-    bytes) options='--raw --record-length --offset --count --json --module --expand --color --help' kind=files ;;
+    bytes) options='--raw --records --range --record-length --offset --count --json --module --expand --color --help' kind=files ;;
     truncate) options='--module --expand --color --help' kind=files ;;
     info) options='--json --module --expand --color --help' kind=files ;;
     fsinfo) options='--json --module --expand --color --help' kind=files ;;
@@ -31,7 +31,7 @@ _jxfile() {
     expand) options='--json --module --expand --color --help' kind=none ;;
     format) options='--capacity --json --module --expand --color --help' kind=none ;;
     detect) options='--json --module --expand --color --help' kind=files ;;
-    encodings) options='--json --module --expand --color --help' kind=words words="$encodings" ;;
+    encodings) options='--json --module --expand --color --help' kind=words words=$encodings ;;
     status) options='--json --module --expand --color --help' kind=none ;;
     version) options='--json --module --expand --color --help' kind=none ;;
     check-host) options='--json --tap --module --expand --color --help' kind=folders ;;
@@ -41,15 +41,18 @@ _jxfile() {
   case ${COMP_WORDS[1]}:$before in
     *:--module | convert:--files0-from) kind=files ;;
     convert:--into | build:--directory) kind=folders ;;
-    lines:--record-length | lines:--range | convert:--record-length | convert:--backup | convert:--jobs | write:--at | write:--record-length | bytes:--record-length | bytes:--offset | bytes:--count | newname:--prefix | newname:--extension | newname:--count | build:--member | build:--extension | format:--capacity) kind=none ;;
-    lines:--from | convert:--from) kind=words words="$encodings auto" ;;
-    convert:--to | write:--to) kind=words words="$encodings" ;;
+    lines:--record-length | lines:--range | convert:--record-length | convert:--backup | convert:--jobs | write:--at | write:--record-length | bytes:--range | bytes:--record-length | bytes:--offset | bytes:--count | newname:--prefix | newname:--extension | newname:--count | build:--member | build:--extension | format:--capacity) kind=none ;;
+    lines:--from | convert:--from | convert:--to | write:--to) kind=words words=$encodings ;;
     convert:--final-eol) kind=words words='add keep' ;;
     *:--color) kind=words words='auto always never' ;;
+    bytes:--records) kind=words words='binary fixed: rdw bdw be32 le32' ;;
     convert:--eol) kind=words words='lf crlf cr nel keep' ;;
+    convert:--to-records) kind=words words='lines fixed: rdw bdw be32 le32' ;;
+    lines:--short-last | convert:--short-last) kind=words words='refuse pad keep' ;;
     convert:--on-error) kind=words words='replace skip escape stop' ;;
-    convert:--records) kind=words words='stream text' ;;
-    write:--records) kind=words words='text binary stream' ;;
+    convert:--records) kind=words words='stream text fixed: rdw bdw be32 le32' ;;
+    write:--records) kind=words words='text binary stream fixed: rdw bdw be32 le32' ;;
+    lines:--records) kind=words words='text fixed: rdw bdw be32 le32' ;;
   esac
   case $kind in
     words) mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word") ;;

@@ -205,7 +205,7 @@ TEST_F(Commands, Formatting) {
       {2, "newname --host --prefix a", "", "--host and --prefix cannot be given together"},
       {2, "bytes --raw --json text", "", "--raw and --json cannot be given together"},
       {2, "convert --bom --no-bom text b", "", "--bom and --no-bom cannot be given together"},
-      {2, "convert text b --records x", "", "--records is text or stream"},
+      {2, "convert text b --records x", "", "'x' is none of stream text fixed:N"},
       {2, "generate x", "", "KIND is man, bash, zsh or fish"},
       {0, "bytes --count 0X1 text",
        "00000000  6f                                                |o|\n"},

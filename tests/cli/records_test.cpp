@@ -6,92 +6,229 @@ namespace {
 
 using namespace std::string_literals;
 
-class Records : public ProgramTest {};
+class Records : public ProgramTest {
+ protected:
+  // The same form in both options.
+  static std::string to(const std::string &form) { return " --to-records " + form + " "; }
+  static std::string from(const std::string &form) { return " --records " + form + " "; }
+};
 
 TEST_F(Records, AreThoseBytes) {
-  const std::pair<const char *, std::string> rows[] = {
+  const std::pair<std::string, std::string> forms[] = {
       {"fixed:3", "ab c     "},
       {"rdw", "\0\6\0\0ab\0\5\0\0c\0\4\0\0"s},
       {"bdw", "\0\x13\0\0\0\6\0\0ab\0\5\0\0c\0\4\0\0"s},
       {"be32", "\0\0\0\2ab\0\0\0\1c\0\0\0\0"s},
       {"le32", "\2\0\0\0ab\1\0\0\0c\0\0\0\0"s},
   };
-  for (const auto &[form, bytes] : rows) {
+  for (const auto &[form, bytes] : forms) {
     SCOPED_TRACE(form);
-    for (const char *text : {"ab\nc\n\n", "ab\r\nc\r\n\r\n", "ab\nc\r\n"}) {
-      const bool has_third = std::string_view(text).ends_with("\n\n") || text[5] == '\r';
-      if (!has_third && form[0] != 'f') continue;
-      const Outcome made = jxfile("convert --to-records "s + form, text);
-      EXPECT_EQ(made.code, 0) << made.err;
-      EXPECT_EQ(made.out, has_third ? bytes : "ab c  ");
+    for (const char *text : {"ab\nc\n\n", "ab\r\nc\r\n\r\n", "ab\r\nc\n\r\n"}) {
+      EXPECT_EQ(jxfile("convert" + to(form), text).out, bytes);
+      EXPECT_EQ(jxfile("write - --records " + form, text).out, bytes);
     }
-    const Outcome read = jxfile("convert --strip-blanks --records "s + form, bytes);
-    EXPECT_EQ(read.out, "ab\nc\n\n") << read.err;
+    EXPECT_EQ(jxfile("convert --eol lf" + to(form), "ab\rc\xC2\x85\n").out, bytes);
+    EXPECT_EQ(jxfile("convert --strip-blanks" + from(form), bytes).out, "ab\nc\n\n");
+    EXPECT_EQ(jxfile("convert --strip-blanks --eol crlf" + from(form), bytes).out,
+              "ab\r\nc\r\n\r\n");
+    EXPECT_EQ(jxfile("bytes - --raw" + from(form), bytes).out, form[0] == 'f' ? bytes : "abc");
+    for (const auto &[other, others] : forms) {
+      EXPECT_EQ(jxfile("convert --strip-blanks" + from(form) + to(other), bytes).out, others);
+    }
+  }
+  EXPECT_EQ(jxfile("convert --to utf-16 --to-records fixed:6", "ab\n").out, "a\0b\0 \0"s);
+  EXPECT_EQ(
+      jxfile("convert --from utf-16be --strip-blanks --records fixed:10", "\xFE\xFF\0a\0 \1 \0 "s)
+          .out,
+      "\xEF\xBB\xBF"
+      "a \xC4\xA0\n");
+}
+
+// Records that chunks cut anywhere, in one process, through files and pipes, and in place.
+TEST_F(Records, ThereAndBackInAnyEncoding) {
+  std::string text;
+  for (unsigned i = 0; i < 900; ++i) {
+    text += std::string(i % 61, static_cast<char>('a' + i % 26)) + (i % 7 ? "\xC3\xBC" : "") +
+            (i % 5 ? "\n" : "\xE6\xBC\xA2\n");
+  }
+  put("text", text);
+  for (const std::string encoding : {"utf-8", "gb18030", "utf-16be", "utf-32le", "iso-2022-jp-2"}) {
+    for (const char *form : {"fixed:280", "rdw", "bdw", "be32", "le32"}) {
+      SCOPED_TRACE(form + (" " + encoding));
+      const std::string read = " --from " + encoding + " --strip-blanks" + from(form);
+      ASSERT_EQ(jxfile("convert text records --to " + encoding + to(form)).err, "");
+      EXPECT_EQ(jxfile("convert" + read, get("records")).out, text);
+      EXPECT_EQ(jxfile("lines records" + read).out, text);
+      EXPECT_EQ(jxfile("convert --in-place records" + read).err, "");
+      EXPECT_EQ(get("records"), text);
+    }
+  }
+  put("bytes", std::string("\0\7\0\0abc\0\4\0\0\0\7\0\0def", 18));
+  for (int chunk = 4; chunk < 20; ++chunk) {
+    const std::string length = "--record-length " + std::to_string(chunk);
+    EXPECT_EQ(jxfile("convert bytes --records rdw " + length).out, "abc\n\ndef\n");
+    EXPECT_EQ(jxfile("convert bytes --records rdw --to-records le32 " + length).out,
+              "\3\0\0\0abc\0\0\0\0\3\0\0\0def"s);
   }
 }
 
-// Records that chunks cut anywhere, in one process and through files, in place too.
-TEST_F(Records, ThereAndBackInAnyEncoding) {
-  std::string text;
-  for (unsigned i = 0; text.size() < 300000; ++i) {
-    text += std::string(i % 61, static_cast<char>('a' + i % 26)) + (i % 7 ? "\xC3\xBC\n" : "\n");
-  }
-  put("text", text);
-  for (const char *form : {"fixed:84", "fixed:128", "rdw", "bdw", "be32", "le32"}) {
-    for (const char *encoding : {"utf-8", "ibm1047", "utf-16be", "utf-32le", "ibm939"}) {
-      SCOPED_TRACE(std::string(form) + " " + encoding);
-      const std::string to = " --to "s + encoding + " --to-records " + form;
-      const std::string from = " --from "s + encoding + " --strip-blanks --records " + form;
-      const bool is_wide = encoding[4] == '3' && std::string_view(form).starts_with("fixed");
-      if (is_wide) continue;  // four bytes a character
-      const Outcome made = jxfile("convert text records" + to);
-      EXPECT_EQ(made.code, 0) << made.err;
-      EXPECT_EQ(jxfile("convert records" + from).out, text);
-      EXPECT_EQ(jxfile("convert" + from, get("records")).out, text);
-      EXPECT_EQ(jxfile("convert --in-place records" + from).code, 0);
-      EXPECT_EQ(get("records"), text);
-    }
+// Of IBM939, where two bytes between shifts are a character, and a blank is 0x40.
+TEST_F(Records, EndWhereTheyBegan) {
+  const std::string whole = "\x81\x0E\x4C\x9C\x0F\x40\x40";
+  const std::string open = "\x0E\x4C\x9C\x40\x40\x4C\x9C";
+  for (const std::string &bytes :
+       {whole + open, whole + open + whole, whole + whole + open + open}) {
+    put("in", bytes);
+    const std::string record = bytes.size() > 21 ? "3, byte offset 21" : "2, byte offset 14";
+    const Outcome outcome = jxfile("lines in --from ibm939 --strip-blanks --records fixed:7");
+    expect_failure(outcome, "a shift is left open: record " + record);
+    EXPECT_EQ(outcome.out,
+              bytes.size() > 21 ? "a\xE7\xA4\x8E\na\xE7\xA4\x8E\n" : "a\xE7\xA4\x8E\n");
   }
 }
 
 TEST_F(Records, FaultsNameRecordAndOffset) {
-  struct Row {
+  struct Fault {
     const char *options;
     std::string bytes;
     const char *message;
+    const char *place;
+    const char *before = nullptr;  // what comes out before it
   };
-  const Row rows[] = {
-      {"--records fixed:3", "abcde", "record 2, byte offset 3"},
-      {"--records fixed:3", "abcd\nf", "a line end in it"},
-      {"--records fixed:3", "abcd\xff" "f", "record 2, byte offset 4, bytes ff"},
-      {"--records fixed:3 --to latin1", "abcd\xE2\x82\xAC", "the last record has 1 of 3"},
-      {"--records rdw", "\0\5\0\0a\0\3\0\0"s, "record 2, byte offset 5"},
-      {"--records rdw", "\0\5\0\0a\0\6\0\0a"s, "the file ends in a record"},
-      {"--records rdw", "\0\5\1\0a"s, "a segment of a record"},
-      {"--records bdw", "\0\x09\0\0\0\6\0\0ab"s, "longer than its block"},
-      {"--records bdw", "\0\x0e\0\0\0\5\0\0a"s, "the file ends in a block"},
-      {"--records bdw", "\x80\x09\0\0\0\5\0\0a"s, "no length of a block"},
-      {"--records be32", "\x7f\0\0\0a"s, "no length of a record"},
-      {"--to-records fixed:3", "abc\nabcd\n", "record 2"},
-      {"--to-records rdw", std::string(32753, 'x') + "\n", "room for 32752"},
+  const std::string long_line = std::string(32753, 'x') + "\n";
+  const Fault faults[] = {
+      {"--records fixed:3", "abcde", "the last record has 2 of 3 bytes", "2, byte offset 3",
+       "abc\n"},
+      {"--records fixed:3", "abcd\nf", "a line end in it", "2, byte offset 4", "abc\n"},
+      {"--records fixed:3",
+       "abcd\xff"
+       "f",
+       "not valid", "2, byte offset 4, bytes ff", "abc\n"},
+      {"--records fixed:2 --from utf-8", "ab\xC3\xBC\xC3", "1 of 2 bytes", "3, byte offset 4",
+       "ab\n\xC3\xBC\n"},
+      {"--records fixed:3", "ab \xE2\x82 ", "not valid", "2, byte offset 3, bytes e2 82 20",
+       "ab \n"},
+      {"--records fixed:3 --to latin1", "abc\xE2\x82\xAC", "no such character", "2, byte offset 3"},
+      {"--records rdw", "\0\5\0\0a\0\3\0\0"s, "no length of a record", "2, byte offset 5", "a\n"},
+      {"--records rdw", "\0\5\0\0\xff\0\3\0\0"s, "not valid", "1, byte offset 4, bytes ff", ""},
+      {"--records rdw", "\0\5\0\0a\0\5\4\0"s, "no length of a record", "2, byte offset 5", "a\n"},
+      {"--records rdw", "\0\5\0\0a\0\6\0\0a"s, "the file ends in a record", "2, byte offset 5",
+       "a\n"},
+      {"--records rdw", "\0\5\1\0a"s, "a segment of a record", "1, byte offset 0", ""},
+      {"--records rdw --from utf-16le", "\0\6\0\0a\0\0\5\0\0a"s, "inside a character",
+       "2, byte offset 10", "a\n"},
+      {"--records bdw", "\0\x09\0\0\0\6\0\0ab"s, "longer than its block", "1, byte offset 4", ""},
+      {"--records bdw", "\0\x0e\0\0\0\5\0\0a"s, "ends in a block", "2, byte offset 9", "a\n"},
+      {"--records bdw", "\x80\x09\0\0\0\5\0\0a"s, "no length of a block", "1, byte offset 0", ""},
+      {"--records bdw", "\0\x09\0\0\0\5\0\0a\0\7\0\0"s, "no length of a block", "2, byte offset 9",
+       "a\n"},
+      {"--records be32", "\x7f\0\0\0a"s, "no length of a record", "1, byte offset 0", ""},
+      {"--to-records fixed:3", "abc\r\nabcd\n", "the 3 bytes of a record", "2, byte offset 5"},
+      {"--to-records fixed:3", "abc\nabcd", "the 3 bytes of a record", "2, byte offset 4"},
+      {"--to-records fixed:3", "a\n" + std::string(70000, 'x'), "the 3 bytes", "2, byte offset 2"},
+      {"--from utf-16be --to-records fixed:3", "\0a\0\n\x0a\0\0b\0\n"s, "record",
+       "2, byte offset 4"},
+      {"--records fixed:4 --to-records fixed:3", "abc abcd", "the 3 bytes", "1, byte offset 0"},
+      {"--to-records rdw", "a\n" + long_line, "the 32752 bytes", "2, byte offset 2"},
+      {"--to-records bdw", long_line, "the 32752 bytes", "1, byte offset 0"},
   };
   put("out", "old");
-  for (const Row &row : rows) {
-    SCOPED_TRACE(row.options + std::string(" ") + row.message);
-    put("in", row.bytes);
-    expect_failure(jxfile("convert in out "s + row.options), row.message);
-    expect_failure(jxfile("convert - out "s + row.options, row.bytes), row.message);
+  for (const Fault &fault : faults) {
+    SCOPED_TRACE(fault.options + std::string(" ") + fault.message);
+    put("in", fault.bytes);
+    for (const std::string command :
+         {"convert in out ", "convert - out ", "convert --in-place in "}) {
+      const bool is_piped = command[8] == '-' && command[9] == ' ';
+      const Outcome outcome = jxfile(command + fault.options, is_piped ? fault.bytes : "");
+      expect_failure(outcome, fault.message);
+      expect_failure(outcome, (is_piped ? "standard input: " : "in: "));
+      expect_failure(outcome, "record "s + fault.place);
+    }
     EXPECT_EQ(get("out"), "old");
+    EXPECT_EQ(get("in"), fault.bytes);
+    if (!fault.before) continue;
+    const Outcome printed = jxfile("lines in "s + fault.options);
+    expect_failure(printed, "record "s + fault.place);
+    EXPECT_EQ(printed.out, fault.before);
+    EXPECT_EQ(jxfile("convert --append in added "s + fault.options).code, 1);
+    EXPECT_EQ(get("added"), fault.before);
+    std::filesystem::remove(at("added"));
   }
-  const char *const kept[][2] = {{"pad", "abc\nd  \n"}, {"keep", "abc\nd\n"}};
-  for (const auto &[how, text] : kept) {
-    EXPECT_EQ(jxfile("convert --records fixed:3 --short-last "s + how, "abcd").out, text);
-  }
-  const Outcome replaced =
-      jxfile("convert --records rdw --on-error replace", "\0\5\0\0a\0\6\0\0b\xff"s);
-  EXPECT_EQ(replaced.out, "a\nb\xEF\xBF\xBD\n");
-  EXPECT_NE(replaced.err.find("record 2, byte offset 10, bytes ff"), std::string::npos)
-      << replaced.err;
+}
+
+TEST_F(Records, OptionsOfTheCommands) {
+  put("in", "ab c d\xFF");
+  put("e", "\xC1\xC2\x40\x40\xC3\x15");
+  const std::string block = "\0\5\0\0"s + "a" + "\0\7\0\0\xC3\xBC"s + "c";
+  check({
+      {0, "convert --records fixed:4 --short-last pad --on-error skip in", "ab c\n d \n",
+       "1 fault skipped: record 2, byte offset 6, bytes ff"},
+      {0, "convert --records fixed:4 --short-last keep --on-error escape in", "ab c\n d\\x{ff}\n",
+       "1 fault escaped: record 2, byte offset 6, bytes ff"},
+      {0, "convert --records fixed:3 --on-error replace - --to-records fixed:2 --to ascii", "? ",
+       "1 fault replaced: record 1, ", "\xE2\x82\xAC"},
+      {0, "lines --records fixed:2 --from ibm1047 -n --range 2: e",
+       "     2    \n     3  C\xC2\x85\n"},
+      {0, "lines --records rdw --json --strip-blanks -",
+       "{\"file\":\"standard input\",\"line\":1,\"text\":\"a\",\"length\":1,\"partial\":false}\n"
+       "{\"file\":\"standard input\",\"line\":2,\"text\":\"\xC3\xBC"
+       "c\",\"length\":2,"
+       "\"partial\":false}\n",
+       "", block},
+      {0, "lines --records fixed:1 --range 9 e", ""},
+      {0, "lines --records fixed:2 --range :1 in", "ab\n"},
+      {0, "lines --records rdw --range 2 -",
+       "\xC3\xBC"
+       "c\n",
+       "", block},
+      {0, "bytes --records fixed:4 --range 2 in",
+       "record 2: 3 bytes\n"
+       "00000004  20 64 ff                                          | d.|\n"},
+      {0, "bytes --records rdw --json -",
+       "{\"record\":1,\"offset\":4,\"length\":1,\"hex\":\"61\"}\n"
+       "{\"record\":2,\"offset\":9,\"length\":3,\"hex\":\"c3bc63\"}\n",
+       "", block},
+      {1, "bytes --records be32 in", "", "record 1, byte offset 0"},
+      {0, "convert --dry-run --in-place --records fixed:2 --from ibm1047 e",
+       "e: would change from 6 to 10 bytes\n"},
+      {0, "write --append --records fixed:2 --to ibm1047 e", "", "", "d\n"},
+      {0, "write --at 2 --records fixed:2 --to ibm1047 e", "", "", "x\n"},
+      {0, "convert --records fixed:2 --from ibm1047 e - --to utf-16 | od -An -c | head -1",
+       "~^ 377 376   A"},
+      {0, "lines --records fixed:3 --from auto -", "\xEF\xBB\xBF\nabc\n", "",
+       "\xEF\xBB\xBF"
+       "abc"},
+  });
+  EXPECT_EQ(get("e"), "\xC1\xC2\xA7\x40\xC3\x15\x84\x40");
+}
+
+TEST_F(Records, WhatHasNoMeaningIsRefused) {
+  put("in", "x");
+  put("wide",
+      "\xFF\xFE"
+      "a");
+  const std::pair<const char *, const char *> rows[] = {
+      {"convert in --records fixed", "'fixed' is none of stream text fixed:N rdw bdw be32 le32"},
+      {"convert in --records fixed:0", "'0' is not a number from 1"},
+      {"convert in --to-records text", "'text' is none of lines fixed:N"},
+      {"convert in --strip-blanks", "--strip-blanks needs --records"},
+      {"convert in --records rdw --short-last pad", "--short-last needs --records fixed:N"},
+      {"lines in --records fixed:1 --short-last x", "'x' is none of refuse, pad, keep"},
+      {"convert in --records text --to-records rdw", "--records text changes nothing else"},
+      {"convert in --to-records rdw --bom", "--bom: records begin without a mark"},
+      {"convert in --to-records rdw --eol crlf", "is keep or lf"},
+      {"convert in --records bdw --to-records rdw --eol lf", "no lines between records"},
+      {"convert in --from auto --records bdw", "--from auto cannot tell the encoding from records"},
+      {"convert in --from utf-16 --records fixed:3", "is no multiple of 2"},
+      {"convert in --to utf-32 --to-records fixed:6", "that is no multiple of 4"},
+      {"convert --in-place in --from utf-16le --records fixed:3", "is no multiple of 2"},
+      {"lines in --records rdw --mark", "--mark is for lines"},
+      {"bytes in --records rdw --count 1", "--range can"},
+      {"bytes in --range 1:2", "--range needs --records"},
+      {"write in --records rdw --bom", "--bom: records begin without a mark"},
+      {"write in --records fixed:80 --record-length 80", "takes no --record-length"},
+  };
+  for (const auto &[arguments, message] : rows) check({{2, arguments, "", message}});
 }
 
 }  // namespace

@@ -21,25 +21,34 @@ constexpr const char *kCommands[] = {"lines",  "convert", "write",  "bytes",  "t
 // Commands that change files.
 const std::set<std::string> kChanging = {"convert", "write", "truncate", "mkdir",
                                          "rm",      "mv",    "cp",       "newname"};
-constexpr const char *kOptions[] = {
-    "--json",     "--from",      "--to",       "--append",    "--bom",      "--record-length",
-    "--expand",   "--direct",    "-n",         "--mark",      "--no-bom",   "--records",
-    "--update",   "--at",        "--raw",      "--offset",    "--count",    "-a",
-    "-l",         "--full",      "--parent",   "--root",      "--home",     "-r",
-    "--prefix",   "--extension", "--host",     "--directory", "--member",   "--help",
-    "--capacity", "--",          "--in-place", "--into",      "--backup",   "--files0-from",
-    "--jobs",     "--dry-run",   "--eol",      "--final-eol", "--on-error", "--translit",
-    "--create",   "--range",     "-p",         "-P",          "-f",         "-T",
-    "--color"};
-constexpr const char *kValues[] = {"utf-8",    "utf-16", "utf-16be", "latin1",
-                                   "ascii",    "cp1252", "sjis",     "gb18030",
-                                   "ibm037",   "utf-7",  "nosuch",   "0",
-                                   "1",        "7",      "100",      "64k",
-                                   "2:",       "0x10",   "12x",      "99999999999999999999",
-                                   "text",     "binary", "stream",   "man",
-                                   "bash",     "%d %s",  "%08.3f",   "JX_E_NOMEM",
-                                   "80bfe801", "x",      "",         "nel",
-                                   "crlf",     "add",    "escape",   "replace"};
+constexpr const char *kOptions[] = {"--json",      "--from",       "--to",
+                                    "--append",    "--bom",        "--record-length",
+                                    "--expand",    "--direct",     "-n",
+                                    "--mark",      "--no-bom",     "--records",
+                                    "--update",    "--at",         "--raw",
+                                    "--offset",    "--count",      "-a",
+                                    "-l",          "--full",       "--parent",
+                                    "--root",      "--home",       "-r",
+                                    "--prefix",    "--extension",  "--host",
+                                    "--directory", "--member",     "--help",
+                                    "--capacity",  "--",           "--in-place",
+                                    "--into",      "--backup",     "--files0-from",
+                                    "--jobs",      "--dry-run",    "--eol",
+                                    "--final-eol", "--on-error",   "--translit",
+                                    "--create",    "--range",      "-p",
+                                    "-P",          "-f",           "-T",
+                                    "--color",     "--to-records", "--strip-blanks",
+                                    "--short-last"};
+constexpr const char *kValues[] = {
+    "utf-8",   "utf-16",  "utf-16be",   "latin1",   "ascii",
+    "cp1252",  "sjis",    "gb18030",    "ibm037",   "utf-7",
+    "nosuch",  "0",       "1",          "7",        "100",
+    "64k",     "2:",      "0x10",       "12x",      "99999999999999999999",
+    "text",    "binary",  "stream",     "man",      "bash",
+    "%d %s",   "%08.3f",  "JX_E_NOMEM", "80bfe801", "x",
+    "",        "nel",     "crlf",       "add",      "escape",
+    "replace", "fixed:3", "rdw",        "bdw",      "be32",
+    "le32",    "pad",     "keep"};
 // None leads out of the folder.
 constexpr const char *kNames[] = {"text",      "wide",   "folder", "folder/inner", "link",
                                   "nothing",   "-",      "new",    "folder/new",   ".",

@@ -114,10 +114,9 @@ void Decoder::recover() {
   if (!replay_.empty()) convert(replay_);
 }
 
-void Decoder::put_fault(const std::string &bad, uint64_t offset, std::u32string &text) {
+void Decoder::refuse_bytes(const std::string &bad, uint64_t offset, std::u32string &text) {
   tally_.add(lines_ + 1, [&] {
-    return "byte offset " + std::to_string(map_ ? map_(offset) : offset) + ", bytes " +
-           to_hex(bad, " ");
+    return "byte offset " + std::to_string(offset) + ", bytes " + to_hex(bad, " ");
   });
   if (on_fault_ == OnFault::kReplace) text += substitute_;
   if (on_fault_ == OnFault::kEscape) text += escape_of(bad);

@@ -29,6 +29,9 @@ class Decoder {
 
   // Appends the characters of the next bytes to text. A status of the host when it is to stop.
   wem::Status feed(std::string_view bytes, std::u32string &text);
+  // Appends what becomes of bytes that are no text by a rule of the caller's, at an offset that
+  // needs no map. Not when it is to stop.
+  void refuse_bytes(const std::string &bad, uint64_t offset, std::u32string &text);
   // Appends what becomes of a character that the end of the text cuts off.
   wem::Status finish(std::u32string &text);
 
@@ -42,7 +45,9 @@ class Decoder {
   void note_text(size_t bytes, size_t start, std::u32string &text);
   void recover();
   size_t refuse(char byte, std::u32string &text);
-  void put_fault(const std::string &bad, uint64_t offset, std::u32string &text);
+  void put_fault(const std::string &bad, uint64_t offset, std::u32string &text) {
+    refuse_bytes(bad, map_ ? map_(offset) : offset, text);
+  }
   void protect(size_t start, std::u32string &text);
   void keep_replay();
 

@@ -48,10 +48,10 @@ constexpr auto kNotes = std::to_array<Note>({
      "bytes, which begin with their length in the same form. be32 and le32 are records after the "
      "number of their bytes, big-endian or little-endian in four. Records have any encoding, which "
      "--from or --to names: utf-8 without, as a byte-order mark in them is data. A record is text "
-     "of its own: one that ends inside a character, that has a line feed in it, or "
-     "whose "
-     "length cannot be is a fault, and so is a line that is too long for a record. Messages name "
-     "the record and its byte offset in the file. Records may be moved from one form to another in "
+     "of its own: one that ends inside a character, that has a line feed in it, or whose "
+     "length cannot be is a fault, and so is a line that is too long for a record. --on-error goes "
+     "on after bytes that are no text and line feeds. Messages name the record and its byte offset "
+     "in the file. Records may be moved from one form to another in "
      "one run."},
     {"JSON",
      "--json prints an object a line. Dates and times are those of RFC 3339 with the distance from "

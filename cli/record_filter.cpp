@@ -40,7 +40,8 @@ void RecordFilter::begin(const std::string &shown, uint64_t offset) {
     starts_.emplace(session_.encode(U"\n", from_), offset);
     return text_.begin(shown, offset);
   }
-  reader_.emplace(session_, forms_, from_, shown, offset);
+  const bool leaves_out = changes_.on_fault != OnFault::kStop;
+  reader_.emplace(session_, forms_, from_, leaves_out, shown, offset);
   text_.begin(shown, 0, [this](uint64_t at) { return reader_->place_in_all(at).offset; });
   line_end_ = line_end_after(session_, changes_, to_);
 }
@@ -86,11 +87,29 @@ wem::Status RecordFilter::finish(const Sink &sink) {
 }
 
 wem::Status RecordFilter::convert(std::string_view lines) {
+  const Filter::Sink sink = [this](std::string_view made) { put(made); };
   is_whole_ = true;
-  const wem::Status status = text_.feed(lines, [this](std::string_view made) { put(made); });
+  wem::Status status = reader_ ? convert_left_out(&lines, sink) : wem::Status();
+  if (status.ok()) status = text_.feed(lines, sink);
   if (reader_ && !status.ok()) fail(lines, status);
   if (reader_ && may_shift_ && !is_whole_ && !changes_.is_lenient()) {
     fail(lines, wem::Status(JXHOST_E_MALFORMED));
+  }
+  return status;
+}
+
+// Converts the lines up to the last line end that was left out of a record, which is a fault to put
+// up with.
+wem::Status RecordFilter::convert_left_out(std::string_view *lines, const Sink &sink) {
+  const std::string_view all = *lines;
+  wem::Status status;
+  for (const RecordReader::LeftOut &left_out : reader_->left_out()) {
+    if (!status.ok()) break;
+    const auto done = static_cast<size_t>(lines->data() - all.data());
+    const auto bytes = static_cast<size_t>(left_out.line_offset) - done;
+    status = text_.feed(lines->substr(0, bytes), sink);
+    lines->remove_prefix(bytes);
+    if (status.ok()) status = text_.refuse(reader_->line_end(), left_out.offset, sink);
   }
   return status;
 }

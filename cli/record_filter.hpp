@@ -31,6 +31,7 @@ class RecordFilter final : public Filter {
  private:
   wem::Status convert_records(std::string_view bytes);
   wem::Status convert(std::string_view lines);
+  wem::Status convert_left_out(std::string_view *lines, const Sink &sink);
   void put(std::string_view lines);
   [[noreturn]] void fail(std::string_view lines, wem::Status status);
   Failure failure_at(size_t line_offset, wem::Status status) const;

@@ -22,9 +22,10 @@ uint64_t word_at(const char *bytes) {
 }  // namespace
 
 RecordReader::RecordReader(Session &session, const RecordForms &forms, uint32_t encoding,
-                           const std::string &shown, uint64_t offset)
+                           bool leaves_out, const std::string &shown, uint64_t offset)
     : forms_(forms),
       splitter_(forms.in, shown, offset),
+      leaves_out_(leaves_out),
       line_end_(session.encode(U"\n", encoding)),
       blank_(session.encode(U" ", encoding)) {
   if (forms_.in.length % blank_.size() != 0) {
@@ -40,6 +41,7 @@ void RecordReader::begin() {
   bytes_before_ += lines_.size();
   lines_.clear();
   starts_.clear();
+  left_out_.clear();
   first_record_ = splitter_.count() + 1;
   first_offset_ = splitter_.offset();
 }
@@ -88,16 +90,30 @@ void RecordReader::put(std::string_view record, uint64_t offset) {
   if (line_end_.size() > 1 && record.size() % line_end_.size() != 0) {
     splitter_.fail(offset, "the record ends inside a character");
   }
-  if (may_have_line_end_) {
-    const size_t found = find_line_end(record, 0, line_end_);
-    if (found != record.npos) splitter_.fail(offset + found, "the record has a line end in it");
-  }
   if (forms_.strips_blanks) record = strip(record);
-  starts_.push_back({lines_.size(), offset});
+  if (may_have_line_end_) record = put_before_line_ends(record, &offset);
+  starts_.push_back({lines_.size(), offset, splitter_.count() + 1});
   char *to = lines_.reserve(record.size() + line_end_.size());
   std::memcpy(to, record.data(), record.size());
   std::memcpy(to + record.size(), line_end_.data(), line_end_.size());
   lines_.commit(record.size() + line_end_.size());
+}
+
+// Puts the record up to the last line end in it, and returns the rest.
+std::string_view RecordReader::put_before_line_ends(std::string_view record, uint64_t *offset) {
+  for (size_t end = find_line_end(record, 0, line_end_); end != record.npos;
+       end = find_line_end(record, 0, line_end_)) {
+    if (!leaves_out_) {
+      splitter_.fail(*offset + end, "the record has a line end in it",
+                     "convert goes on with --on-error, bytes shows any record");
+    }
+    starts_.push_back({lines_.size(), *offset, splitter_.count() + 1});
+    lines_.append(record.substr(0, end));
+    left_out_.push_back({lines_.size(), *offset + end});
+    record.remove_prefix(end + line_end_.size());
+    *offset += end + line_end_.size();
+  }
+  return record;
 }
 
 std::string_view RecordReader::line(size_t index) const {
@@ -112,13 +128,13 @@ RecordReader::Place RecordReader::place_of(uint64_t line_offset) const {
   const auto after = std::ranges::upper_bound(starts_, line_offset, {}, &Start::line_offset);
   if (after == starts_.begin()) return {first_record_, first_offset_};
   const Start &start = *(after - 1);
-  const auto index = static_cast<uint64_t>(after - starts_.begin());
-  return {first_record_ + index - 1, start.offset + line_offset - start.line_offset};
+  return {start.record, start.offset + line_offset - start.line_offset};
 }
 
 RecordReader::Place RecordReader::place_of_line(size_t line) const {
-  return line < starts_.size() ? Place{first_record_ + line, starts_[line].offset}
-                               : Place{first_record_, first_offset_};
+  const auto start = std::ranges::lower_bound(starts_, first_record_ + line, {}, &Start::record);
+  if (start == starts_.end()) return {first_record_, first_offset_};
+  return {start->record, start->offset};
 }
 
 // Of a character that began in the lines before these, where they begin is near enough.

@@ -28,10 +28,10 @@ RecordSplitter::RecordSplitter(const RecordForm &form, std::string shown, uint64
       offset_(offset),
       count_(form.framing == Framing::kFixed ? offset / form.length : 0) {}
 
-void RecordSplitter::fail(uint64_t offset, const std::string &why) const {
+void RecordSplitter::fail(uint64_t offset, const std::string &why, const char *hint) const {
   throw Failure(shown_, JXHOST_E_MALFORMED,
                 "record " + std::to_string(count_ + 1) + ", byte offset " + std::to_string(offset))
-      .saying(why, "name the form of the records with --records");
+      .saying(why, hint);
 }
 
 size_t RecordSplitter::needed_by_header(std::string_view text) const {
@@ -73,11 +73,10 @@ void RecordSplitter::require_end(ShortRecord short_last) const {
   }
   if (form_.framing != Framing::kFixed) fail(offset_, "the file ends in a record");
   if (short_last != ShortRecord::kRefuse) return;
-  throw Failure(shown_, JXHOST_E_MALFORMED,
-                "record " + std::to_string(count_ + 1) + ", byte offset " + std::to_string(offset_))
-      .saying("the last record has " + std::to_string(held_.size()) + " of " +
-                  std::to_string(form_.length) + " bytes",
-              "take it with --short-last keep or --short-last pad");
+  fail(offset_,
+       "the last record has " + std::to_string(held_.size()) + " of " +
+           std::to_string(form_.length) + " bytes",
+       "take it with --short-last keep or --short-last pad");
 }
 
 }  // namespace cli

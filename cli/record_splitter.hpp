@@ -50,13 +50,17 @@ class RecordSplitter {
   }
 
   // Throws the Failure of the record that is being taken or comes next, at an offset in it.
-  [[noreturn]] void fail(uint64_t offset, const std::string &why) const;
+  // hint: what to do about it.
+  [[noreturn]] void fail(uint64_t offset, const std::string &why,
+                         const char *hint = kFormHint) const;
   // How many records were taken.
   uint64_t count() const { return count_; }
   // The offset of the next record, with what is before it.
   uint64_t offset() const { return offset_; }
 
  private:
+  static constexpr const char *kFormHint = "name the form of the records with --records";
+
   // How many bytes the record at the start of text takes, or its header where that is not there in
   // full, or the header of a block.
   size_t needed(std::string_view text) const {

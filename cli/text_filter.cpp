@@ -118,6 +118,12 @@ wem::Status TextFilter::feed(std::string_view bytes, const Sink &sink) {
   return status;
 }
 
+wem::Status TextFilter::refuse(const std::string &bad, uint64_t offset, const Sink &sink) {
+  text_.clear();
+  characters_->decoder.refuse_bytes(bad, offset, text_);
+  return put(text_, false, sink);
+}
+
 // Only after a whole character is a line end still a line end.
 wem::Status TextFilter::finish(const Sink &sink) {
   if (!characters_) {

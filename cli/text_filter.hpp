@@ -25,6 +25,9 @@ class TextFilter final : public Filter {
   // map: gives the offset that messages tell for that of a byte.
   void begin(const std::string &shown, uint64_t offset, Decoder::OffsetMap map);
   wem::Status feed(std::string_view bytes, const Sink &sink) override;
+  // Puts up with bytes at an offset in the file that are no text although the encoding has them;
+  // between whole characters, where faults may be put up with.
+  wem::Status refuse(const std::string &bad, uint64_t offset, const Sink &sink);
   // Malformed when the end cuts a character off.
   wem::Status finish(const Sink &sink) override;
   std::string tally_text() const override { return tally_.text(changes_.on_fault); }

@@ -167,6 +167,17 @@ TEST_F(Records, OptionsOfTheCommands) {
        "1 fault escaped: record 2, byte offset 6, bytes ff"},
       {0, "convert --records fixed:3 --on-error replace - --to-records fixed:2 --to ascii", "? ",
        "1 fault replaced: record 1, ", "\xE2\x82\xAC"},
+      {0, "convert --records fixed:4 --from ibm1047 --on-error escape -",
+       "A\\x{25}\\x{25}B\nCD E\nAB\\x{25}{\n",
+       "3 faults escaped: record 1, byte offset 1, bytes 25; record 1, byte offset 2, bytes 25; "
+       "record 3, byte offset 10, bytes 25",
+       "\xC1\x25\x25\xC2\xC3\xC4\x40\xC5\xC1\xC2\x25\xC0"},
+      {0, "convert --records fixed:3 --on-error skip - --to-records fixed:3", "ab cd efg",
+       "2 faults skipped: record 1, byte offset 1, bytes 0a; record 2, byte offset 5, bytes ff",
+       "a\nbcd\xff"
+       "efg"},
+      {1, "convert --records fixed:3 --on-error skip - --to-records fixed:2", "~",
+       "the line is longer than the 2 bytes of a record: record 3, byte offset 6", "a\nbc\ndefg"},
       {0, "lines --records fixed:2 --from ibm1047 -n --range 2: e",
        "     2    \n     3  C\xC2\x85\n"},
       {0, "lines --records rdw --json --strip-blanks -",

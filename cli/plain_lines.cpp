@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "cli/ascii.hpp"
+#include "cli/short_copy.hpp"
 
 namespace cli {
 namespace {
@@ -14,29 +15,6 @@ namespace {
 constexpr size_t kPlainBytes = 65536;
 constexpr size_t kPlainSliceBytes =
     4096;  // checked in one go: with what comes out in the fast caches
-
-// Copies Bytes to twice as many from both ends.
-template <size_t Bytes>
-void copy_ends(char *to, std::string_view text) {
-  std::memcpy(to, text.data(), Bytes);
-  const size_t rest = text.size() - Bytes;
-  std::memcpy(to + rest, text.data() + rest, Bytes);
-}
-
-// For short lines memcpy's call and dispatch cost more than the copy.
-inline void copy_line(char *to, std::string_view text) {
-  if (text.size() > 64) {
-    std::memcpy(to, text.data(), text.size());
-  } else if (text.size() >= 32) {
-    copy_ends<32>(to, text);
-  } else if (text.size() >= 16) {
-    copy_ends<16>(to, text);
-  } else if (text.size() >= 8) {
-    copy_ends<8>(to, text);
-  } else {
-    std::copy(text.begin(), text.end(), to);
-  }
-}
 
 }  // namespace
 

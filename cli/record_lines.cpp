@@ -7,6 +7,7 @@
 #include "cli/input.hpp"
 #include "cli/line_number.hpp"
 #include "cli/record_filter.hpp"
+#include "cli/short_copy.hpp"
 #include "cli/watch.hpp"
 
 namespace cli {
@@ -56,7 +57,8 @@ class RecordPrinter {
     }
     const std::span<char> room = output_.reserve(LineNumber::kRoom + line.size() + 1);
     char *to = is_numbered_ ? number_.copy_to(room.data()) : room.data();
-    to = std::copy(line.begin(), line.end(), to);
+    copy_line(to, line);
+    to += line.size();
     *to++ = '\n';
     output_.commit(static_cast<size_t>(to - room.data()));
   }

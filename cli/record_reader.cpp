@@ -7,6 +7,7 @@
 
 #include "cli/failure.hpp"
 #include "cli/line_ends.hpp"
+#include "cli/short_copy.hpp"
 
 namespace cli {
 namespace {
@@ -94,8 +95,8 @@ void RecordReader::put(std::string_view record, uint64_t offset) {
   if (may_have_line_end_) record = put_before_line_ends(record, &offset);
   starts_.push_back({lines_.size(), offset, splitter_.count() + 1});
   char *to = lines_.reserve(record.size() + line_end_.size());
-  std::memcpy(to, record.data(), record.size());
-  std::memcpy(to + record.size(), line_end_.data(), line_end_.size());
+  copy_line(to, record);
+  line_end_.copy(to + record.size(), line_end_.size());
   lines_.commit(record.size() + line_end_.size());
 }
 

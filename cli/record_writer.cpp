@@ -6,6 +6,7 @@
 
 #include "cli/failure.hpp"
 #include "cli/line_ends.hpp"
+#include "cli/short_copy.hpp"
 
 namespace cli {
 namespace {
@@ -98,7 +99,7 @@ void RecordWriter::put(std::string_view line, ByteRoom &records) {
 
 void RecordWriter::put_fixed(std::string_view line, ByteRoom &records) const {
   char *const to = records.reserve(form_.length);
-  std::memcpy(to, line.data(), line.size());
+  copy_line(to, line);
   if (blank_.size() == 1) {
     std::memset(to + line.size(), blank_[0], form_.length - line.size());
   } else {
@@ -119,7 +120,7 @@ void RecordWriter::put_counted(std::string_view line, ByteRoom &records) const {
     const unsigned shift = form_.framing == Framing::kLittle32 ? 8 * i : 24 - 8 * i;
     to[i] = static_cast<char>(value >> shift & 0xff);
   }
-  std::memcpy(to + kHeaderBytes, line.data(), line.size());
+  copy_line(to + kHeaderBytes, line);
   records.commit(kHeaderBytes + line.size());
 }
 

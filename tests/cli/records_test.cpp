@@ -63,12 +63,15 @@ TEST_F(Records, ThereAndBackInAnyEncoding) {
       EXPECT_EQ(get("records"), text);
     }
   }
-  put("bytes", std::string("\0\7\0\0abc\0\4\0\0\0\7\0\0def", 18));
-  for (int chunk = 4; chunk < 20; ++chunk) {
-    const std::string length = "--record-length " + std::to_string(chunk);
-    EXPECT_EQ(jxfile("convert bytes --records rdw " + length).out, "abc\n\ndef\n");
-    EXPECT_EQ(jxfile("convert bytes --records rdw --to-records le32 " + length).out,
-              "\3\0\0\0abc\0\0\0\0\3\0\0\0def"s);
+  for (const std::string form : {"fixed:3", "rdw", "bdw", "be32", "le32"}) {
+    put("bytes", jxfile("convert" + to(form), "abc\n\ndef\ng\n").out);
+    for (int chunk = 4; chunk < 13; ++chunk) {
+      SCOPED_TRACE(form + " " + std::to_string(chunk));
+      const std::string read =
+          "convert bytes --strip-blanks --record-length " + std::to_string(chunk) + from(form);
+      EXPECT_EQ(jxfile(read).out, "abc\n\ndef\ng\n");
+      EXPECT_EQ(jxfile(read + to(form)).out, get("bytes"));
+    }
   }
 }
 

@@ -98,6 +98,9 @@ TEST_F(Records, FaultsNameRecordAndOffset) {
     const char *place;
     const char *before = nullptr;  // what comes out before it
   };
+  const std::string blanks(80000, ' ');
+  std::string many;
+  while (many.size() < blanks.size()) many += "a\n";
   const std::string long_line = std::string(32753, 'x') + "\n";
   const Fault faults[] = {
       {"--records fixed:3", "abcde", "the last record has 2 of 3 bytes", "2, byte offset 3",
@@ -131,6 +134,18 @@ TEST_F(Records, FaultsNameRecordAndOffset) {
       {"--to-records fixed:3", "a\n" + std::string(70000, 'x'), "the 3 bytes", "2, byte offset 2"},
       {"--from utf-16be --to-records fixed:3", "\0a\0\n\x0a\0\0b\0\n"s, "record",
        "2, byte offset 4"},
+      {"--to-records fixed:3", many + "abcd", "the 3 bytes", "40001, byte offset 80000"},
+      {"--to-records fixed:3 --eol lf", "a\rabcd\n", "the 3 bytes of a record: record 2 ", "2 "},
+      {"--from utf-16le --to-records le32 --record-length 7", "a\0\n\0\n\n\n\0b\0\0\xD8"s,
+       "not valid", "3, byte offset 10, bytes 00 d8"},
+      {"--from utf-16le --to-records fixed:1 --record-length 7", "a\0\n\0\n\0b\0\n\0b\0b\0"s,
+       "the 1 bytes", "4, byte offset 10"},
+      {"--records fixed:2 --to-records fixed:1", "a b " + blanks, "the 1 bytes",
+       "1, byte offset 0"},
+      {"--records fixed:2 --strip-blanks --to-records fixed:1", many.substr(0, 2) + "cd",
+       "a line end", "1, byte offset 1"},
+      {"--records fixed:4 --strip-blanks --to-records fixed:1", blanks + "cd  ", "the 1 bytes",
+       "20001, byte offset 80000"},
       {"--records fixed:4 --to-records fixed:3", "abc abcd", "the 3 bytes", "1, byte offset 0"},
       {"--to-records rdw", "a\n" + long_line, "the 32752 bytes", "2, byte offset 2"},
       {"--to-records bdw", long_line, "the 32752 bytes", "1, byte offset 0"},

@@ -31,7 +31,7 @@ _jxfile() {
     expand) options='--json --module --expand --color --help' kind=none ;;
     format) options='--capacity --json --module --expand --color --help' kind=none ;;
     detect) options='--json --module --expand --color --help' kind=files ;;
-    encodings) options='--json --module --expand --color --help' kind=words words=$encodings ;;
+    encodings) options='--json --module --expand --color --help' kind=words words="$encodings" ;;
     status) options='--json --module --expand --color --help' kind=none ;;
     version) options='--json --module --expand --color --help' kind=none ;;
     check-host) options='--json --tap --module --expand --color --help' kind=folders ;;
@@ -42,7 +42,8 @@ _jxfile() {
     *:--module | convert:--files0-from) kind=files ;;
     convert:--into | build:--directory) kind=folders ;;
     lines:--record-length | lines:--range | convert:--record-length | convert:--backup | convert:--jobs | write:--at | write:--record-length | bytes:--range | bytes:--record-length | bytes:--offset | bytes:--count | newname:--prefix | newname:--extension | newname:--count | build:--member | build:--extension | format:--capacity) kind=none ;;
-    lines:--from | convert:--from | convert:--to | write:--to) kind=words words=$encodings ;;
+    lines:--from | convert:--from) kind=words words="$encodings auto" ;;
+    convert:--to | write:--to) kind=words words="$encodings" ;;
     convert:--final-eol) kind=words words='add keep' ;;
     *:--color) kind=words words='auto always never' ;;
     bytes:--records) kind=words words='binary fixed: rdw bdw be32 le32' ;;

@@ -90,68 +90,71 @@ TEST_F(Records, EndWhereTheyBegan) {
   }
 }
 
+struct RecordFault {
+  const char *options;
+  std::string bytes;
+  const char *message;
+  const char *place;
+  const char *before = nullptr;  // what comes out before it
+};
+
+std::string repeated(const char *text, size_t count) {
+  std::string out;
+  while (count-- > 0) out += text;
+  return out;
+}
+
+const RecordFault kRecordFaults[] = {
+    {"--records fixed:3", "abcde", "the last record has 2 of 3 bytes", "2, byte offset 3", "abc\n"},
+    {"--records fixed:3", "abcd\nf", "a line end in it", "2, byte offset 4", "abc\n"},
+    {"--records fixed:3",
+     "abcd\xff"
+     "f",
+     "not valid", "2, byte offset 4, bytes ff", "abc\n"},
+    {"--records fixed:2 --from utf-8", "ab\xC3\xBC\xC3", "1 of 2 bytes", "3, byte offset 4",
+     "ab\n\xC3\xBC\n"},
+    {"--records fixed:3", "ab \xE2\x82 ", "not valid", "2, byte offset 3, bytes e2 82 20", "ab \n"},
+    {"--records fixed:3 --to latin1", "abc\xE2\x82\xAC", "no such character", "2, byte offset 3"},
+    {"--records rdw", "\0\5\0\0a\0\3\0\0"s, "no length of a record", "2, byte offset 5", "a\n"},
+    {"--records rdw", "\0\5\0\0\xff\0\3\0\0"s, "not valid", "1, byte offset 4, bytes ff", ""},
+    {"--records rdw", "\0\5\0\0a\0\5\4\0"s, "no length of a record", "2, byte offset 5", "a\n"},
+    {"--records rdw", "\0\5\0\0a\0\6\0\0a"s, "the file ends in a record", "2, byte offset 5",
+     "a\n"},
+    {"--records rdw", "\0\5\1\0a"s, "a segment of a record", "1, byte offset 0", ""},
+    {"--records rdw --from utf-16le", "\0\6\0\0a\0\0\5\0\0a"s, "inside a character",
+     "2, byte offset 10", "a\n"},
+    {"--records bdw", "\0\x09\0\0\0\6\0\0ab"s, "longer than its block", "1, byte offset 4", ""},
+    {"--records bdw", "\0\x0e\0\0\0\5\0\0a"s, "ends in a block", "2, byte offset 9", "a\n"},
+    {"--records bdw", "\x80\x09\0\0\0\5\0\0a"s, "no length of a block", "1, byte offset 0", ""},
+    {"--records bdw", "\0\x09\0\0\0\5\0\0a\0\7\0\0"s, "no length of a block", "2, byte offset 9",
+     "a\n"},
+    {"--records be32", "\x7f\0\0\0a"s, "no length of a record", "1, byte offset 0", ""},
+    {"--to-records fixed:3", "abc\r\nabcd\n", "the 3 bytes of a record", "2, byte offset 5"},
+    {"--to-records fixed:3", "abc\nabcd", "the 3 bytes of a record", "2, byte offset 4"},
+    {"--to-records fixed:3", "a\n" + std::string(70000, 'x'), "the 3 bytes", "2, byte offset 2"},
+    {"--from utf-16be --to-records fixed:3", "\0a\0\n\x0a\0\0b\0\n"s, "record", "2, byte offset 4"},
+    {"--to-records fixed:3", repeated("a\n", 40000) + "abcd", "the 3 bytes",
+     "40001, byte offset 80000"},
+    {"--to-records fixed:3 --eol lf", "a\rabcd\n", "the 3 bytes of a record: record 2 ", "2 "},
+    {"--from utf-16le --to-records le32 --record-length 7", "a\0\n\0\n\n\n\0b\0\0\xD8"s,
+     "not valid", "3, byte offset 10, bytes 00 d8"},
+    {"--from utf-16le --to-records fixed:1 --record-length 7", "a\0\n\0\n\0b\0\n\0b\0b\0"s,
+     "the 1 bytes", "4, byte offset 10"},
+    {"--records fixed:2 --to-records fixed:1", "a b " + repeated(" ", 70000), "the 1 bytes",
+     "1, byte offset 0"},
+    {"--records fixed:2 --strip-blanks --to-records fixed:1", "a\n"s + "cd", "a line end",
+     "1, byte offset 1"},
+    {"--records fixed:4 --strip-blanks --to-records fixed:1", repeated(" ", 80000) + "cd  ",
+     "the 1 bytes", "20001, byte offset 80000"},
+    {"--records fixed:4 --to-records fixed:3", "abc abcd", "the 3 bytes", "1, byte offset 0"},
+    {"--to-records rdw", "a\n" + repeated("x", 32753) + "\n", "the 32752 bytes",
+     "2, byte offset 2"},
+    {"--to-records bdw", repeated("x", 32753), "the 32752 bytes", "1, byte offset 0"},
+};
+
 TEST_F(Records, FaultsNameRecordAndOffset) {
-  struct Fault {
-    const char *options;
-    std::string bytes;
-    const char *message;
-    const char *place;
-    const char *before = nullptr;  // what comes out before it
-  };
-  const std::string blanks(80000, ' ');
-  std::string many;
-  while (many.size() < blanks.size()) many += "a\n";
-  const std::string long_line = std::string(32753, 'x') + "\n";
-  const Fault faults[] = {
-      {"--records fixed:3", "abcde", "the last record has 2 of 3 bytes", "2, byte offset 3",
-       "abc\n"},
-      {"--records fixed:3", "abcd\nf", "a line end in it", "2, byte offset 4", "abc\n"},
-      {"--records fixed:3",
-       "abcd\xff"
-       "f",
-       "not valid", "2, byte offset 4, bytes ff", "abc\n"},
-      {"--records fixed:2 --from utf-8", "ab\xC3\xBC\xC3", "1 of 2 bytes", "3, byte offset 4",
-       "ab\n\xC3\xBC\n"},
-      {"--records fixed:3", "ab \xE2\x82 ", "not valid", "2, byte offset 3, bytes e2 82 20",
-       "ab \n"},
-      {"--records fixed:3 --to latin1", "abc\xE2\x82\xAC", "no such character", "2, byte offset 3"},
-      {"--records rdw", "\0\5\0\0a\0\3\0\0"s, "no length of a record", "2, byte offset 5", "a\n"},
-      {"--records rdw", "\0\5\0\0\xff\0\3\0\0"s, "not valid", "1, byte offset 4, bytes ff", ""},
-      {"--records rdw", "\0\5\0\0a\0\5\4\0"s, "no length of a record", "2, byte offset 5", "a\n"},
-      {"--records rdw", "\0\5\0\0a\0\6\0\0a"s, "the file ends in a record", "2, byte offset 5",
-       "a\n"},
-      {"--records rdw", "\0\5\1\0a"s, "a segment of a record", "1, byte offset 0", ""},
-      {"--records rdw --from utf-16le", "\0\6\0\0a\0\0\5\0\0a"s, "inside a character",
-       "2, byte offset 10", "a\n"},
-      {"--records bdw", "\0\x09\0\0\0\6\0\0ab"s, "longer than its block", "1, byte offset 4", ""},
-      {"--records bdw", "\0\x0e\0\0\0\5\0\0a"s, "ends in a block", "2, byte offset 9", "a\n"},
-      {"--records bdw", "\x80\x09\0\0\0\5\0\0a"s, "no length of a block", "1, byte offset 0", ""},
-      {"--records bdw", "\0\x09\0\0\0\5\0\0a\0\7\0\0"s, "no length of a block", "2, byte offset 9",
-       "a\n"},
-      {"--records be32", "\x7f\0\0\0a"s, "no length of a record", "1, byte offset 0", ""},
-      {"--to-records fixed:3", "abc\r\nabcd\n", "the 3 bytes of a record", "2, byte offset 5"},
-      {"--to-records fixed:3", "abc\nabcd", "the 3 bytes of a record", "2, byte offset 4"},
-      {"--to-records fixed:3", "a\n" + std::string(70000, 'x'), "the 3 bytes", "2, byte offset 2"},
-      {"--from utf-16be --to-records fixed:3", "\0a\0\n\x0a\0\0b\0\n"s, "record",
-       "2, byte offset 4"},
-      {"--to-records fixed:3", many + "abcd", "the 3 bytes", "40001, byte offset 80000"},
-      {"--to-records fixed:3 --eol lf", "a\rabcd\n", "the 3 bytes of a record: record 2 ", "2 "},
-      {"--from utf-16le --to-records le32 --record-length 7", "a\0\n\0\n\n\n\0b\0\0\xD8"s,
-       "not valid", "3, byte offset 10, bytes 00 d8"},
-      {"--from utf-16le --to-records fixed:1 --record-length 7", "a\0\n\0\n\0b\0\n\0b\0b\0"s,
-       "the 1 bytes", "4, byte offset 10"},
-      {"--records fixed:2 --to-records fixed:1", "a b " + blanks, "the 1 bytes",
-       "1, byte offset 0"},
-      {"--records fixed:2 --strip-blanks --to-records fixed:1", many.substr(0, 2) + "cd",
-       "a line end", "1, byte offset 1"},
-      {"--records fixed:4 --strip-blanks --to-records fixed:1", blanks + "cd  ", "the 1 bytes",
-       "20001, byte offset 80000"},
-      {"--records fixed:4 --to-records fixed:3", "abc abcd", "the 3 bytes", "1, byte offset 0"},
-      {"--to-records rdw", "a\n" + long_line, "the 32752 bytes", "2, byte offset 2"},
-      {"--to-records bdw", long_line, "the 32752 bytes", "1, byte offset 0"},
-  };
   put("out", "old");
-  for (const Fault &fault : faults) {
+  for (const RecordFault &fault : kRecordFaults) {
     SCOPED_TRACE(fault.options + std::string(" ") + fault.message);
     put("in", fault.bytes);
     for (const std::string command :

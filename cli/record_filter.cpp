@@ -177,7 +177,7 @@ void RecordFilter::put_before(std::string_view lines) {
 
 // Where other characters end lines too, nobody counts how many begin before.
 std::string RecordFilter::place_text(uint64_t record) const {
-  const std::string text = "record " + std::to_string(record);
+  std::string text = "record " + std::to_string(record);
   const auto line = static_cast<size_t>(record - 1 - records_before_);
   if (reader_) return text + ", byte offset " + std::to_string(reader_->place_of_line(line).offset);
   if (changes_.changes_line_ends()) return text;

@@ -198,7 +198,8 @@ std::optional<std::u32string> Session::decode(uint32_t encoding, std::string_vie
   const bool is_text = decoder(bytes, room, &produced).ok();
   text.resize(produced / sizeof(char32_t));
   // Without room it fails, and forgets a character that was cut off and a shift.
-  (void)decoder(std::string_view("\0\0\0", 4), {}, &produced);
+  constexpr char kZeros[4] = {};
+  (void)decoder({kZeros, sizeof kZeros}, {}, &produced);
   return is_text ? std::optional(std::move(text)) : std::nullopt;
 }
 

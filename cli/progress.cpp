@@ -31,7 +31,7 @@ std::string rate_text(double rate) {
 
 // Minutes and seconds, after hours where there are any.
 std::string time_text(double time) {
-  const auto seconds = static_cast<unsigned>(std::min(time, kLongestTime) + 0.5);
+  const auto seconds = static_cast<unsigned>(std::min(time, kLongestTime));
   std::array<char, 32> text;
   if (seconds < 3600) {
     std::snprintf(text.data(), text.size(), "%u:%02u", seconds / 60, seconds % 60);

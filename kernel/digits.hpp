@@ -75,10 +75,11 @@ constexpr uint32_t decimal_count(uint64_t value) {
   std::memcpy(destination, &kDecimalPairs[value], sizeof(DigitPair));
 }
 
-// Stores four digits, leading zeros included.
+// Stores four digits, leading zeros included. The product divides by 100 and fits 32 bits.
 [[gnu::always_inline]] inline void write_four(JXChar *destination, uint32_t value) {
-  write_pair(destination, value / 100);
-  write_pair(destination + 2, value % 100);
+  const uint32_t high = value * 5243 >> 19;
+  write_pair(destination, high);
+  write_pair(destination + 2, value - high * 100);
 }
 
 // Stores nine digits, leading zeros included.
@@ -98,56 +99,110 @@ inline void write_long_group(JXChar *destination, uint64_t value) {
   write_group(destination + 1 + kGroupDigits, static_cast<uint32_t>(value % kGroup));
 }
 
-// How a number of 4 to 10 digits is taken apart: its first four are
-// (value * (factor + 1) >> 32) >> shift.
+// How a number of four digits or more is taken apart: its first four are the upper word of
+// value * factor, shifted. Those of a number of four may come out one too low: its last four are
+// stored over them.
+template <typename Word>
 struct FirstFour {
-  uint32_t factor;
+  static constexpr uint32_t kPieceDigits = sizeof(Word) / 2;  // of the pieces in the middle
+  static constexpr uint32_t kPieces = sizeof(Word) / 2 - 1;
+  Word factor;
   uint16_t shift;
-  uint16_t middle;  // index of the two digits before the last four; 0 if there are none
+  std::array<uint16_t, kPieces> places;  // of the pieces, from the last on; 0 if there are none
 };
 
-inline constexpr std::array<FirstFour, 11> kFirstFour = [] {
-  std::array<FirstFour, 11> divisions{};
-  for (uint32_t count = 4; count <= 10; ++count) {
+// Twice as wide as a word.
+template <typename Word>
+struct TwiceOf {
+  using Type = uint64_t;
+};
+#if defined(__SIZEOF_INT128__)
+template <>
+struct TwiceOf<uint64_t> {
+  __extension__ using Type = unsigned __int128;
+};
+#endif
+template <typename Word>
+using Twice = typename TwiceOf<Word>::Type;
+
+template <typename Word>
+inline constexpr uint32_t kMostDigits = sizeof(Word) == 4 ? 10 : 20;
+
+template <typename Word>
+inline constexpr std::array<FirstFour<Word>, kMostDigits<Word> + 1> kFirstFour = [] {
+  std::array<FirstFour<Word>, kMostDigits<Word> + 1> divisions{};
+  divisions[4].factor = static_cast<Word>(-1);
+  for (uint32_t count = 5; count < divisions.size(); ++count) {
     const uint64_t divisor = kSmallPowers[count - 4];
-    const auto shift = static_cast<uint16_t>(std::bit_width(divisor) - 1);
-    const uint64_t unit = uint64_t{1} << (32 + shift);
-    divisions[count] = {static_cast<uint32_t>((unit - 1) / divisor), shift,
-                        static_cast<uint16_t>(count < 6 ? 0 : count - 6)};
+    FirstFour<Word> &division = divisions[count];
+    division.shift = static_cast<uint16_t>(std::bit_width(divisor) - 1);
+    const Twice<Word> unit = Twice<Word>{1} << (8 * sizeof(Word) + division.shift);
+    division.factor = static_cast<Word>(unit / divisor + 1);
+    uint32_t after = 4;
+    for (uint16_t &place : division.places) {
+      after += FirstFour<Word>::kPieceDigits;
+      place = static_cast<uint16_t>(count < after ? 0 : count - after);
+    }
   }
   return divisions;
 }();
 
 // The factor, rounded up, is exact for every value of the count: its error stays below a unit.
-static_assert([] {
-  for (uint32_t count = 4; count <= 10; ++count) {
+template <typename Word>
+inline constexpr bool kFirstFourAreExact = [] {
+  for (uint32_t count = 5; count <= kMostDigits<Word>; ++count) {
     const uint64_t divisor = kSmallPowers[count - 4];
-    const uint64_t unit = uint64_t{1} << (32 + kFirstFour[count].shift);
-    const uint64_t error = (uint64_t{kFirstFour[count].factor} + 1) * divisor - unit;
-    const uint64_t highest = count < 10 ? kSmallPowers[count] - 1 : UINT32_MAX;
+    const FirstFour<Word> &division = kFirstFour<Word>[count];
+    const Twice<Word> unit = Twice<Word>{1} << (8 * sizeof(Word) + division.shift);
+    const Twice<Word> error = Twice<Word>{division.factor} * divisor - unit;
+    const bool is_longest = count == kMostDigits<Word>;
+    const Word highest =
+        is_longest ? static_cast<Word>(-1) : static_cast<Word>(kSmallPowers[count] - 1);
     if (error * highest >= unit) return false;
   }
   return true;
-}());
+}();
+
+template <typename Word>
+[[gnu::always_inline]] inline uint32_t first_four(Word value, const FirstFour<Word> &division) {
+  static_assert(kFirstFourAreExact<Word>);
+  const Twice<Word> product = Twice<Word>{value} * division.factor;
+  return static_cast<uint32_t>(static_cast<Word>(product >> (8 * sizeof(Word))) >> division.shift);
+}
+
+// Stores a number of up to three digits.
+[[gnu::always_inline]] inline void write_few(JXChar *destination, uint32_t value, uint32_t count) {
+  destination[0] = '0' + (value < 10 ? value : value / 100);
+  if (value >= 10) write_pair(destination + count - 2, value % 100);  // of two: the first as well
+}
 
 // Stores the decimal digits of value; count is its decimal_count.
 [[gnu::always_inline]] inline void write_decimal(JXChar *destination, uint32_t value,
                                                  uint32_t count) {
-  if (value < 1000) {
-    destination[0] = '0' + (value < 10 ? value : value / 100);
-    if (value >= 10) write_pair(destination + count - 2, value % 100);  // of two: the first as well
-    return;
-  }
+  if (value < 1000) return write_few(destination, value, count);
   // The first four digits and the last four, which may overlap, over the two in between.
-  const FirstFour &division = kFirstFour[count];
-  const uint64_t product = uint64_t{value} * division.factor + value;
+  const FirstFour<uint32_t> &division = kFirstFour<uint32_t>[count];
   const uint32_t high = value / 10000;
-  write_pair(destination + division.middle, high % 100);
-  write_four(destination, static_cast<uint32_t>(product >> 32) >> division.shift);
+  write_pair(destination + division.places[0], high % 100);
+  write_four(destination, first_four(value, division));
   write_four(destination + count - 4, value - high * 10000);
 }
 
+// The same for 64 bits. Where the processor multiplies these in one step, twelve digits in between
+// are stored whether there or not, so that numbers of all lengths take one way.
 inline void write_decimal(JXChar *destination, uint64_t value, uint32_t count) {
+#if defined(__SIZEOF_INT128__)
+  if (value < 1000) return write_few(destination, static_cast<uint32_t>(value), count);
+  const FirstFour<uint64_t> &division = kFirstFour<uint64_t>[count];
+  const uint64_t upper = value / 100000000;
+  const auto low = static_cast<uint32_t>(value - upper * 100000000);
+  const auto high = static_cast<uint32_t>(upper % 100000000);
+  write_four(destination + division.places[2], high / 10000);
+  write_four(destination + division.places[1], high % 10000);
+  write_four(destination + division.places[0], low / 10000);
+  write_four(destination, first_four(value, division));
+  write_four(destination + count - 4, low % 10000);
+#else
   while (value > UINT32_MAX) {
     const uint64_t rest = value / kGroup;
     count -= kGroupDigits;
@@ -155,6 +210,7 @@ inline void write_decimal(JXChar *destination, uint64_t value, uint32_t count) {
     value = rest;
   }
   write_decimal(destination, static_cast<uint32_t>(value), count);
+#endif
 }
 
 // The same for digits that are read again at once: a load waits long for stores that overlap, and
@@ -210,15 +266,14 @@ template <typename Word>
   // The digits "0" to "9" have this bit as well.
   const JXChar lowercase = uppercase ? 0 : 'a' - 'A';
   const uint64_t two_lowercase = uint64_t{lowercase} << 32 | lowercase;
-  JXChar *end = destination + count;
-  for (; end - destination >= 2; value >>= 8) {
-    end -= 2;
+  for (; count >= 2; value >>= 8) {
+    count -= 2;
     uint64_t pair;
     std::memcpy(&pair, &kHexadecimalPairs[value & 0xFF], sizeof pair);
     pair |= two_lowercase;
-    std::memcpy(end, &pair, sizeof pair);
+    std::memcpy(destination + count, &pair, sizeof pair);
   }
-  if (end != destination) *destination = kHexadecimalPairs[value & 0xF].second | lowercase;
+  if (count != 0) *destination = kHexadecimalPairs[value & 0xF].second | lowercase;
 }
 
 // Stores the digits of value in a base from 2 to 16; count is its count_digits.

@@ -187,6 +187,7 @@ class Sink {
 
   // Characters of all pieces, written or not.
   uint64_t chars() const { return static_cast<uint64_t>(end_ - buffer_) + refused_chars_; }
+  uint64_t refused_chars() const { return refused_chars_; }  // of those that were not
   bool is_truncated() const { return refused_chars_ != 0; }
 
   // Appends a piece for the caller to fill in. Null when it does not fit: the piece is refused.

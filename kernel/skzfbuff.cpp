@@ -60,31 +60,59 @@ inline void append_run(const JXChar *start, const JXChar *end, Sink *sink) {
   if (start != end) sink->append_text(start, static_cast<uint32_t>(end - start));
 }
 
-// General path: appends the run of text from *written on and the directive at `start`, and moves
-// *written after it. The text before the first directive is output even if that directive fails.
-[[gnu::noinline]] JXStatus put_other(const Format &format, const JXChar *start,
-                                     const JXLocale *locale, Arguments *arguments,
-                                     const JXChar **written, Sink *sink) {
+// One call: its format, its output, and what of both is done.
+struct Call {
+  Format format;
+  JXChar *buffer;
+  JXChar *limit;           // of the room in the buffer
+  const JXChar *written;   // the first character of the format that is not yet output
+  JXChar *at;              // where its output goes
+  uint64_t refused_chars;  // of the pieces that did not fit
+};
+
+// The output of a call for the general path. What did not fit leaves no room for others.
+Sink sink_of(const Call &call) {
+  Sink sink(call.buffer, call.at, call.limit);
+  sink.move_end(call.at, call.refused_chars);
+  return sink;
+}
+
+// General path: appends the run of text from call->written on and the directive at `start`, and
+// moves the call on. The text before the first directive is output even if that directive fails.
+[[gnu::noinline]] JXStatus put_other(const JXChar *start, const JXLocale *locale,
+                                     Arguments *arguments, Call *call) {
+  const Format &format = call->format;
   Directive directive;
   JXStatus status = parse(format, start, &directive);
   if (status == JX_OK && directive.names_arguments() && !arguments->has_numbered()) {
     status = take_numbered(format, start, arguments);
   }
-  if (status == JX_OK || *written == format.text) append_run(*written, start, sink);
-  if (status != JX_OK) return status;
-  jx::put_directive(format.text, directive, locale, arguments, sink);
-  *written = format.text + directive.end;
-  return JX_OK;
+  Sink sink = sink_of(*call);
+  if (status == JX_OK || call->written == format.text) append_run(call->written, start, &sink);
+  call->written = start;
+  if (status == JX_OK) {
+    jx::put_directive(format.text, directive, locale, arguments, &sink);
+    call->written = format.text + directive.end;
+  }
+  call->at = sink.end();
+  call->limit = sink.limit();
+  call->refused_chars = sink.refused_chars();
+  return status;
 }
 
-// One call: its format, its output, and what of both is done.
-struct Call {
-  Format format;
-  JXChar *buffer;
-  JXChar *limit;          // of the room in the buffer
-  const JXChar *written;  // the first character of the format that is not yet output
-  JXChar *at;             // where its output goes
-};
+// Ends a call that is not done: with the status of a directive, or with one that its last run of
+// text decides.
+[[gnu::noinline]] JXStatus end_other(const Call &call, JXStatus status, uint32_t *length_out) {
+  Sink sink = sink_of(call);
+  if (status == JX_OK) {
+    append_run(call.written, call.format.end, &sink);
+    if (sink.is_truncated()) status = JX_E_TRUNCATED;
+  }
+  if (length_out && status != JX_E_BADFORMAT) {
+    *length_out = static_cast<uint32_t>(std::min<uint64_t>(sink.chars(), UINT32_MAX));
+  }
+  return status;
+}
 
 // The quickest path, for formats of text and "%d", "%i" and "%u", with "l" or "ll" or without:
 // moves the call on for as long as there is room to spare. Returns the next directive, which is for
@@ -108,18 +136,19 @@ struct Call {
 // general path, or null.
 [[gnu::always_inline]] inline const JXChar *put_plain_part(Call *call, const JXChar *start,
                                                            const JXLocale *locale,
-                                                           Arguments *arguments,
-                                                           uint64_t *refused_chars) {
+                                                           Arguments *arguments) {
   for (; start; start = find_directive(call->written, call->format.end)) {
     // Uninitialized, so that it can stay in registers.
     PlainDirective plain __attribute__((uninitialized));
     const auto run = static_cast<size_t>(start - call->written);
     const auto room = static_cast<size_t>(call->limit - call->at);
-    if (*refused_chars != 0 || !jx::read_plain(start + 1, call->format.end, &plain)) break;
+    if (call->refused_chars != 0 || !jx::read_plain(start + 1, call->format.end, &plain)) break;
     if (run + plain.width + jx::kLongestInteger > room) break;
     if (run != 0) jx::copy_chars(call->written, run, call->at);
     call->written = plain.end;
-    call->at = jx::put_plain(plain, locale, arguments, call->at + run, call->limit, refused_chars);
+    uint64_t refused_chars = 0;  // apart from the call, which stays in registers
+    call->at = jx::put_plain(plain, locale, arguments, call->at + run, call->limit, &refused_chars);
+    call->refused_chars = refused_chars;
   }
   return start;
 }
@@ -133,39 +162,25 @@ struct Call {
   return true;
 }
 
-// The rest of a call, for any format, from the directive at `start` on; null: there is none.
+// The rest of a call, for any format, from the directive at `start` on; null: there is none. The
+// call comes by its parts, so that its creator keeps it in registers.
 [[gnu::noinline]] JXStatus put_rest(const JXChar *format_text, const JXChar *format_end,
-                                    JXChar *buffer, JXChar *limit, const JXChar *text_done,
-                                    JXChar *at, const JXChar *start, const JXLocale *locale,
-                                    Arguments *arguments, uint32_t *length_out) {
+                                    JXChar *buffer, JXChar *limit, const JXChar *written,
+                                    JXChar *at, uint64_t refused_chars, const JXChar *start,
+                                    const JXLocale *locale, Arguments *arguments,
+                                    uint32_t *length_out) {
   const Format format __attribute__((uninitialized)) = {format_text, format_end};
-  Call call __attribute__((uninitialized)) = {format, buffer, limit, text_done, at};
-  Sink sink __attribute__((uninitialized)) (buffer, at, limit);
+  Call call __attribute__((uninitialized)) = {format, buffer, limit, written, at, refused_chars};
   JXStatus status = JX_OK;
   for (;;) {
-    uint64_t refused_chars = 0;
-    start = put_plain_part(&call, start, locale, arguments, &refused_chars);
-    if (!start && refused_chars == 0 && !sink.is_truncated() && end_call(call, length_out)) {
-      return JX_OK;
-    }
-    sink.move_end(call.at, refused_chars);
+    start = put_plain_part(&call, start, locale, arguments);
     if (!start) break;
-    const JXChar *written = call.written;
-    status = put_other(format, start, locale, arguments, &written, &sink);
+    status = put_other(start, locale, arguments, &call);
     if (status != JX_OK) break;
-    call.written = written;
-    start = find_directive(written, call.format.end);
-    call.at = sink.end();
-    call.limit = sink.limit();
+    start = find_directive(call.written, call.format.end);
   }
-  if (status == JX_OK) {
-    append_run(call.written, call.format.end, &sink);
-    if (sink.is_truncated()) status = JX_E_TRUNCATED;
-  }
-  if (length_out && status != JX_E_BADFORMAT) {
-    *length_out = static_cast<uint32_t>(std::min<uint64_t>(sink.chars(), UINT32_MAX));
-  }
-  return status;
+  if (status == JX_OK && call.refused_chars == 0 && end_call(call, length_out)) return JX_OK;
+  return end_other(call, status, length_out);
 }
 
 // The beginning of both entries: false for a call that the status ends.
@@ -179,7 +194,8 @@ struct Call {
            buffer,
            Sink::limit_of(buffer, capacity_chars),
            format,
-           buffer};
+           buffer,
+           0};
   return true;
 }
 
@@ -197,7 +213,7 @@ JXStatus jxzFormatBuffV(const JXLocale *locale, const JXChar *format, int32_t fo
   Arguments arguments __attribute__((uninitialized));
   va_copy(arguments.list, args);
   const JXStatus status =
-      put_rest(format, call.format.end, buffer, call.limit, call.written, call.at,
+      put_rest(format, call.format.end, buffer, call.limit, format, buffer, 0,
                find_directive(format, call.format.end), locale, &arguments, length_out);
   va_end(arguments.list);
   return status;
@@ -214,11 +230,12 @@ JXStatus jxzFormatBuff(const JXLocale *locale, const JXChar *format, int32_t for
   Arguments arguments __attribute__((uninitialized));
   va_start(arguments.list, length_out);
   const JXChar *start = put_bare_part(&call, &arguments);
-  const bool is_done = !start && end_call(call, length_out);
-  const JXStatus status = is_done
-                              ? JX_OK
-                              : put_rest(format, call.format.end, buffer, call.limit, call.written,
-                                         call.at, start, locale, &arguments, length_out);
+  start = put_plain_part(&call, start, locale, &arguments);
+  JXStatus status = JX_OK;
+  if (start || call.refused_chars != 0 || !end_call(call, length_out)) {
+    status = put_rest(format, call.format.end, buffer, call.limit, call.written, call.at,
+                      call.refused_chars, start, locale, &arguments, length_out);
+  }
   va_end(arguments.list);
   return status;
 }

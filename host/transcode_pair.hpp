@@ -90,13 +90,17 @@ template <typename Source, typename Target>
 JXStatus transcode_pair(JXTranscoder *object, const void *source, uint32_t source_bytes,
                         void *destination, uint32_t capacity_bytes, uint32_t *produced_bytes_out,
                         uint32_t /*zero*/) {
-  auto &transcoder = *static_cast<Transcoder *>(object);
+  auto &transcoder = static_cast<Transcoder &>(*object);
   Cursor cursor = cursor_of(source, source_bytes, destination, capacity_bytes);
   JXStatus status = JX_OK;
   if constexpr (Source::kHolds) {
     if (transcoder.held_bytes != 0) status = resume(transcoder, cursor);
   }
-  if (status == JX_OK) status = convert_pair<Source, Target>(transcoder.step, cursor);
+  // A call on a line that is valid as a whole needs no more than this.
+  if (status == JX_OK && transcoder.step.wide) transcoder.step.wide(cursor);
+  if (status == JX_OK && cursor.in != cursor.in_end) {
+    status = convert_pair<Source, Target>(transcoder.step, cursor);
+  }
   if constexpr (Source::kHolds) {
     if (status == JX_OK && cursor.in != cursor.in_end) status = hold(transcoder, cursor);
   }

@@ -27,7 +27,7 @@ inline void copy_ends(uint8_t *to, const uint8_t *from, size_t count) {
 }  // namespace detail
 
 // Copies at most kShortCopyBytes. The ranges may overlap: all is loaded before any is stored.
-inline void copy_short(void *destination, const void *source, size_t count) {
+[[gnu::always_inline]] inline void copy_short(void *destination, const void *source, size_t count) {
   using Ops = vector::Base;
   constexpr size_t kBlock = Ops::kBytes;
   auto *to = static_cast<uint8_t *>(destination);
@@ -85,7 +85,8 @@ template <class Ops>
 inline constexpr size_t kInlineCopyBytes = 256;
 
 // Copies at most kInlineCopyBytes between ranges that do not overlap.
-inline void copy_inline(void *destination, const void *source, size_t count) {
+[[gnu::always_inline]] inline void copy_inline(void *destination, const void *source,
+                                               size_t count) {
   if (count <= kShortCopyBytes) return copy_short(destination, source, count);
   copy_blocks<vector::Base>(destination, source, count);
 }

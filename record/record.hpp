@@ -92,7 +92,48 @@ struct Outgoing {
   uint32_t bytes;
 };
 
-// Slow path of transcode_out(): the handle has a write transcoder.
+// True for a record in the transcode buffer, such as one that was just read: its conversion would
+// overwrite its source.
+inline bool is_in_transcode_buffer(const FileHandle *handle, const Outgoing &record) {
+  const auto *data = static_cast<const uint8_t *>(record.data);
+  const uint8_t *buffer = handle->transcode_buffer.data;
+  return record.bytes != 0 && data + record.bytes > buffer &&
+         data < buffer + handle->transcode_buffer.size_bytes;
+}
+
+// Transcodes `text`, the record or a copy of it, into the transcode buffer, where the record is
+// afterwards. 0, the transcoder's status, or JXWEM_E_FAILED for one that claims too much.
+[[gnu::always_inline]] inline JXStatus encode_text(FileHandle *handle, uint32_t capacity_bytes,
+                                                   const void *text, Outgoing *record) {
+  JXTranscoder *transcoder = handle->write_transcoder;
+  uint32_t produced_bytes = 0;
+  const JXStatus status =
+      transcoder->transcode(transcoder, text, record->bytes, handle->transcode_buffer.data,
+                            capacity_bytes, &produced_bytes, 0);
+  if (status != JX_OK || produced_bytes > capacity_bytes) [[unlikely]] {
+    handle->write_held.leave();
+    return refuse_claim(handle, status);
+  }
+  after_text(&handle->write_held, text, record->bytes);
+  *record = {handle->transcode_buffer.data, produced_bytes};
+  return JX_OK;
+}
+
+// Encodes a copy of the record, which lies in the transcode buffer. Statuses as encode_text(), and
+// JX_E_NOMEM.
+[[gnu::cold]] JXStatus encode_copy(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record);
+
+// Encodes a record; the handle has a write transcoder. Statuses as encode_copy().
+[[gnu::always_inline]] inline JXStatus encode_inline(FileHandle *handle, uint32_t capacity_bytes,
+                                                     Outgoing *record) {
+  before_text(handle, &handle->write_held);
+  if (is_in_transcode_buffer(handle, *record)) [[unlikely]] {
+    return encode_copy(handle, capacity_bytes, record);
+  }
+  return encode_text(handle, capacity_bytes, record->data, record);
+}
+
+// The same out of line.
 JXStatus encode(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record);
 
 // Transcodes a record for the file when the handle has a write transcoder; at most capacity_bytes
@@ -101,14 +142,18 @@ inline JXStatus transcode_out(FileHandle *handle, uint32_t capacity_bytes, Outgo
   return handle->write_transcoder ? encode(handle, capacity_bytes, record) : JX_OK;
 }
 
-// The same for a record, whose end ends the text: a character cut off there is a fault.
-inline JXStatus transcode_record_out(FileHandle *handle, uint32_t capacity_bytes,
-                                     Outgoing *record) {
+// Ends the text of a record: a character that is cut off there is a fault. Statuses as end_text().
+inline JXStatus end_record_out(FileHandle *handle) {
   // A line end in an unknown encoding: 0x0D is a carriage return in all of them.
   static constexpr uint8_t kReturns[] = {0x0D, 0x0D};
-  const JXStatus status = transcode_out(handle, capacity_bytes, record);
-  if (status != JX_OK) return status;
   return end_text(handle, &handle->write_held, kReturns, sizeof kReturns);
+}
+
+// transcode_out() for a record, whose end ends the text.
+inline JXStatus transcode_record_out(FileHandle *handle, uint32_t capacity_bytes,
+                                     Outgoing *record) {
+  const JXStatus status = transcode_out(handle, capacity_bytes, record);
+  return status == JX_OK ? end_record_out(handle) : status;
 }
 
 // Slow path of write_all(): goes on after a partial write and adds to *written_bytes_out.

@@ -190,13 +190,28 @@ inline void append_line_end(FileHandle *handle, uint32_t record_bytes) {
   return jx::append(handle, line_end.text, line_end.bytes);
 }
 
-// Appends a record in the file's encoding and its line end.
+// The same inline where both fit in the block; no mark is due.
+[[gnu::always_inline]] inline JXStatus place_line(FileHandle *handle, const void *data,
+                                                  uint32_t bytes) {
+  if (bytes > jx::kInlineCopyBytes || !has_room_for_line(handle, bytes)) {
+    return write_line(handle, data, bytes);
+  }
+  jx::copy_inline(handle->buffer.end(), data, bytes);
+  append_line_end(handle, bytes);
+  return JX_OK;
+}
+
+// Appends a record in the file's encoding and its line end. A mark that is due comes first: if it
+// cannot be written, the record is not converted.
 [[gnu::noinline]] JXStatus write_converted(FileHandle *handle, const void *data, uint32_t bytes) {
-  JXStatus status = jx::append_mark(handle);
-  if (status != JX_OK) return status;
+  if (handle->owes_mark()) {
+    const JXStatus status = jx::append_mark(handle);
+    if (status != JX_OK) return status;
+  }
   jx::Outgoing record = {data, bytes};
-  status = jx::transcode_record_out(handle, handle->transcode_buffer.size_bytes, &record);
-  return status == JX_OK ? write_line(handle, record.data, record.bytes) : status;
+  JXStatus status = jx::encode_inline(handle, handle->transcode_buffer.size_bytes, &record);
+  if (status == JX_OK) status = jx::end_record_out(handle);
+  return status == JX_OK ? place_line(handle, record.data, record.bytes) : status;
 }
 
 }  // namespace
@@ -221,13 +236,8 @@ JXStatus skwem_write_var(JXFile *file, const void *data, uint32_t length, uint32
   if (status != JX_OK) return status;
   FileHandle *handle = jx::handle_of(file);
   if (handle->write_transcoder) return write_converted(handle, data, length);
-  if (handle->mark.is_pending != 0 || length > jx::kInlineCopyBytes ||
-      !has_room_for_line(handle, length)) {
-    return write_line(handle, data, length);
-  }
-  jx::copy_inline(handle->buffer.end(), data, length);
-  append_line_end(handle, length);
-  return JX_OK;
+  if (handle->owes_mark()) return write_line(handle, data, length);
+  return place_line(handle, data, length);
 }
 
 JXStatus skwem_read_rvar(JXFile *file, void **data, uint32_t *length, uint32_t, int64_t *) {

@@ -43,40 +43,6 @@ uint32_t make_room(RecordBuffer *buffer, LineFeeds *line_feeds) {
   return std::min(buffer->block_bytes, room);
 }
 
-// True for a record in the transcode buffer, such as one that was just read: its conversion would
-// overwrite its source.
-inline bool is_in_transcode_buffer(const FileHandle *handle, const Outgoing &record) {
-  const auto *data = static_cast<const uint8_t *>(record.data);
-  const uint8_t *buffer = handle->transcode_buffer.data;
-  return record.bytes != 0 && data + record.bytes > buffer &&
-         data < buffer + handle->transcode_buffer.size_bytes;
-}
-
-[[gnu::always_inline]] inline JXStatus encode_text(FileHandle *handle, uint32_t capacity_bytes,
-                                                   const void *text, Outgoing *record) {
-  JXTranscoder *transcoder = handle->write_transcoder;
-  uint32_t produced_bytes = 0;
-  const JXStatus status =
-      transcoder->transcode(transcoder, text, record->bytes, handle->transcode_buffer.data,
-                            capacity_bytes, &produced_bytes, 0);
-  if (status != JX_OK || produced_bytes > capacity_bytes) [[unlikely]] {
-    handle->write_held.leave();
-    return refuse_claim(handle, status);
-  }
-  after_text(&handle->write_held, text, record->bytes);
-  *record = {handle->transcode_buffer.data, produced_bytes};
-  return JX_OK;
-}
-
-// Encodes a copy of the record.
-[[gnu::noinline]] JXStatus encode_copy(FileHandle *handle, uint32_t capacity_bytes,
-                                       Outgoing *record) {
-  const auto copy = PoolBlock<uint8_t>::allocate(handle->pool, record->bytes);
-  if (!copy) return JX_E_NOMEM;
-  std::memcpy(copy.get(), record->data, record->bytes);
-  return encode_text(handle, capacity_bytes, copy.get(), record);
-}
-
 }  // namespace
 
 JXStatus refuse_claim(const FileHandle *handle, JXStatus status) {
@@ -114,12 +80,15 @@ void skip_mark(FileHandle *handle) {
   }
 }
 
+JXStatus encode_copy(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record) {
+  const auto copy = PoolBlock<uint8_t>::allocate(handle->pool, record->bytes);
+  if (!copy) return JX_E_NOMEM;
+  std::memcpy(copy.get(), record->data, record->bytes);
+  return encode_text(handle, capacity_bytes, copy.get(), record);
+}
+
 JXStatus encode(FileHandle *handle, uint32_t capacity_bytes, Outgoing *record) {
-  before_text(handle, &handle->write_held);
-  if (is_in_transcode_buffer(handle, *record)) [[unlikely]] {
-    return encode_copy(handle, capacity_bytes, record);
-  }
-  return encode_text(handle, capacity_bytes, record->data, record);
+  return encode_inline(handle, capacity_bytes, record);
 }
 
 JXStatus write_rest(FileHandle *handle, const void *source, uint32_t bytes, const int64_t *offset,

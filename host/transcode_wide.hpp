@@ -106,12 +106,41 @@ void convert_wide_units(Cursor &cursor) {
   cursor.out = out;
 }
 
+// To bytes of the characters' values, which have none of kRefusedBits.
+template <typename Ops, typename Source, uint32_t kRefusedBits>
+void convert_wide_to_bytes(Cursor &cursor) {
+  const uint8_t *in = cursor.in;
+  uint8_t *out = cursor.out;
+  for (;;) {
+    const auto left = static_cast<size_t>(cursor.in_end - in) / Source::kUnitBytes;
+    const auto room = static_cast<size_t>(cursor.out_end - out);
+    const size_t most = left < room ? left : room;
+    const size_t count = most < Ops::kLanes ? most : Ops::kLanes;
+    if (count == 0) break;
+    const auto c = Source::load_some(in, count);
+    if (Ops::any_bits(c, kRefusedBits)) break;
+    if (count == Ops::kLanes) {
+      Ops::store_bytes(out, c);
+    } else {
+      Ops::store_bytes(out, c, count);
+    }
+    in += count * Source::kUnitBytes;
+    out += count;
+  }
+  cursor.in = in;
+  cursor.out = out;
+}
+
 // --- The conversions of a level ---
 
 template <typename Ops, size_t kBytes, bool kSwaps>
 WideConvert wide_conversion_from(Form to) {
   using Source = WideUnits<Ops, kBytes, kSwaps>;
   switch (to) {
+    case Form::kByte:
+      return convert_wide_to_bytes<Ops, Source, 0xffffff00u>;
+    case Form::kAscii:
+      return convert_wide_to_bytes<Ops, Source, 0xffffff80u>;
     case Form::kUtf8:
       return convert_wide_to_utf8<Ops, Source>;
     case Form::kUtf16Le:

@@ -112,8 +112,10 @@ struct LanesAvx2 {
     store_few(out, halves_of(lanes), 2 * count);
   }
   static void store_bytes(uint8_t *out, Lanes lanes) {
-    const __m128i halves = halves_of(lanes);
-    _mm_storel_epi64(reinterpret_cast<__m128i *>(out), _mm_packus_epi16(halves, halves));
+    _mm_storel_epi64(reinterpret_cast<__m128i *>(out), bytes_of(lanes));
+  }
+  static void store_bytes(uint8_t *out, Lanes lanes, size_t count) {
+    store_few(out, bytes_of(lanes), count);
   }
   static Lanes swap_lanes(Lanes lanes) {
     const __m128i order = _mm_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);
@@ -243,6 +245,10 @@ struct LanesAvx2 {
   static __m128i halves_of(Lanes lanes) {
     const Lanes packed = _mm256_packus_epi32(lanes, lanes);
     return _mm256_castsi256_si128(_mm256_permute4x64_epi64(packed, 0x08));
+  }
+  static __m128i bytes_of(Lanes lanes) {
+    const __m128i halves = halves_of(lanes);
+    return _mm_packus_epi16(halves, halves);
   }
   static void store_few(uint8_t *out, __m128i bytes, size_t count) {
     alignas(16) uint8_t copy[16];

@@ -121,8 +121,8 @@ struct LanesAvx512 {
   static void store_bytes(uint8_t *out, Lanes lanes) {
     _mm_storeu_si128(reinterpret_cast<__m128i *>(out), _mm512_cvtepi32_epi8(lanes));
   }
-  static void store_bytes(uint8_t *out, const Lanes (&groups)[4]) {
-    for (size_t i = 0; i < 4; ++i) store_bytes(out + i * kLanes, groups[i]);
+  static void store_bytes(uint8_t *out, Lanes lanes, size_t count) {
+    _mm_mask_storeu_epi8(out, first_lanes(count), _mm512_cvtepi32_epi8(lanes));
   }
   static Lanes swap_lanes(Lanes lanes) {
     const __m128i order = _mm_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);

@@ -18,7 +18,7 @@ inline constexpr uint32_t kVariableDepth = 16;  // how deep values may refer to 
 // and output beyond it is dropped. Returns the number of bytes written, without a terminator.
 // *status_out receives 0, or JXWEM_E_NAMETOOLONG when a name or the rest of a value does not fit
 // its area or values nest too deep.
-uint32_t expand_env(const char *source, char *destination, const char *limit, JXStatus *status_out);
+uint32_t expand_env(const char *source, char *destination, char *limit, JXStatus *status_out);
 
 // Copies the home directory of a user, by name or by number, into an area of kHomeAreaBytes.
 // 0, or 1 when the user database has no entry or its home directory does not fit.

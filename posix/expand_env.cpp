@@ -84,8 +84,7 @@ class VariableExpander {
 
 }  // namespace
 
-uint32_t expand_env(const char *source, char *destination, const char *limit,
-                    JXStatus *status_out) {
+uint32_t expand_env(const char *source, char *destination, char *limit, JXStatus *status_out) {
   VariableExpander expander(destination, limit);
   expander.expand(source, 1);
   *status_out = expander.status();

@@ -8,22 +8,6 @@
 
 namespace jx {
 
-JXStatus encode_native(JXInstance *instance, Text text, char *destination) {
-  JXTranscoder *encoder = instance->native_encoder;
-  if (encoder->transcode(encoder, text.data, text.chars * kJXCharBytes, destination, text.chars,
-                         nullptr, 0) != JX_OK) {
-    return JXWEM_E_FAILED;
-  }
-  destination[text.chars] = '\0';
-  return JX_OK;
-}
-
-JXStatus encode_native(JXInstance *instance, Text text, JXPool *pool, PoolBlock<char> *native_out) {
-  if (!is_valid_size(uint64_t{text.chars} * kJXCharBytes)) return JXWEM_E_NAMETOOLONG;
-  *native_out = PoolBlock<char>::allocate(pool, uint64_t{text.chars} + 1);
-  return *native_out ? encode_native(instance, text, native_out->get()) : JX_E_NOMEM;
-}
-
 JXStatus decode_native(JXInstance *instance, const char *name, uint32_t bytes, JXChar *destination,
                        uint32_t *chars_out) {
   uint32_t produced_bytes = bytes * kJXCharBytes;

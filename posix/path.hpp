@@ -32,10 +32,23 @@ Text trimmed(Text component);
 
 // Converts text to the platform encoding, one byte a character, and terminates it; destination
 // holds text.chars + 1 bytes, and text.chars * 4 fits in 32 bits. 0, or JXWEM_E_FAILED.
-JXStatus encode_native(JXInstance *instance, Text text, char *destination);
+inline JXStatus encode_native(JXInstance *instance, Text text, char *destination) {
+  JXTranscoder *encoder = instance->native_encoder;
+  if (encoder->transcode(encoder, text.data, text.chars * kJXCharBytes, destination, text.chars,
+                         nullptr, 0) != JX_OK) {
+    return JXWEM_E_FAILED;
+  }
+  destination[text.chars] = '\0';
+  return JX_OK;
+}
 // The same into a block of the pool, for any length. 0, JXWEM_E_NAMETOOLONG (no memory holds such
 // a text), JX_E_NOMEM or JXWEM_E_FAILED.
-JXStatus encode_native(JXInstance *instance, Text text, JXPool *pool, PoolBlock<char> *native_out);
+inline JXStatus encode_native(JXInstance *instance, Text text, JXPool *pool,
+                              PoolBlock<char> *native_out) {
+  if (!is_valid_size(uint64_t{text.chars} * kJXCharBytes)) return JXWEM_E_NAMETOOLONG;
+  *native_out = PoolBlock<char>::allocate(pool, uint64_t{text.chars} + 1);
+  return *native_out ? encode_native(instance, text, native_out->get()) : JX_E_NOMEM;
+}
 
 // Converts a name of the platform into JXChars; destination holds one a byte. *chars_out receives
 // the length. 0, or the transcoder's status.

@@ -266,12 +266,21 @@ template <typename Word>
   // The digits "0" to "9" have this bit as well.
   const JXChar lowercase = uppercase ? 0 : 'a' - 'A';
   const uint64_t two_lowercase = uint64_t{lowercase} << 32 | lowercase;
-  for (; count >= 2; value >>= 8) {
-    count -= 2;
+  const auto put_pair = [=](JXChar *at, Word digits) {
     uint64_t pair;
-    std::memcpy(&pair, &kHexadecimalPairs[value & 0xFF], sizeof pair);
+    std::memcpy(&pair, &kHexadecimalPairs[digits & 0xFF], sizeof pair);
     pair |= two_lowercase;
-    std::memcpy(destination + count, &pair, sizeof pair);
+    std::memcpy(at, &pair, sizeof pair);
+  };
+  for (; count >= 4; value >>= 16) {
+    count -= 4;
+    put_pair(destination + count + 2, value);
+    put_pair(destination + count, value >> 8);
+  }
+  if (count >= 2) {
+    count -= 2;
+    put_pair(destination + count, value);
+    value >>= 8;
   }
   if (count != 0) *destination = kHexadecimalPairs[value & 0xF].second | lowercase;
 }

@@ -236,7 +236,7 @@ template <uint32_t kBase>
 }
 
 // Takes the arguments of a plain directive, writes its field and returns its end. There is room for
-// a number.
+// a number. Only strings and doubles can be refused.
 [[gnu::always_inline]] static inline JXChar *put_plain(const PlainDirective &plain,
                                                        const JXLocale *locale, Arguments *arguments,
                                                        JXChar *at, const JXChar *limit,
@@ -247,12 +247,14 @@ template <uint32_t kBase>
   if (plain.kind == PlainKind::kHexadecimal) {
     return put_plain_integer<16>(plain, false, arguments, at);
   }
+  uint64_t refused = 0;  // apart from *refused_chars, which stays in a register
   if (plain.kind == PlainKind::kString) {
-    return put_plain_string(plain.width, plain.has(kPlainStar), arguments, at, limit,
-                            refused_chars);
+    at = put_plain_string(plain.width, plain.has(kPlainStar), arguments, at, limit, &refused);
+  } else {
+    at = put_plain_double(plain.letter, plain.precision, locale, arguments, at, limit, &refused);
   }
-  return put_plain_double(plain.letter, plain.precision, locale, arguments, at, limit,
-                          refused_chars);
+  *refused_chars = refused;
+  return at;
 }
 
 }  // namespace jx

@@ -146,9 +146,8 @@ Sink sink_of(const Call &call) {
     if (run + plain.width + jx::kLongestInteger > room) break;
     if (run != 0) jx::copy_chars(call->written, run, call->at);
     call->written = plain.end;
-    uint64_t refused_chars = 0;  // apart from the call, which stays in registers
-    call->at = jx::put_plain(plain, locale, arguments, call->at + run, call->limit, &refused_chars);
-    call->refused_chars = refused_chars;
+    call->at =
+        jx::put_plain(plain, locale, arguments, call->at + run, call->limit, &call->refused_chars);
   }
   return start;
 }

@@ -4,13 +4,15 @@
 // Numbers of random length are limited by mispredicted branches: a loop over the digits costs one a
 // number. Decimal numbers of 32 bits have one branch, on three digits or fewer. Against such a loop
 // this takes 0.68 of the time on x86-64 and 0.75 on i386; for numbers of one length the loop is as
-// fast.
+// fast. Those of 64 bits have one as well on x86-64: a whole "%llu" takes 0.93 of the time that it
+// takes when nine digits at a time are split off.
 #pragma once
 
 #include <array>
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 #include "jx/runtime.h"
 
@@ -126,11 +128,8 @@ template <typename Word>
 using Twice = typename TwiceOf<Word>::Type;
 
 template <typename Word>
-inline constexpr uint32_t kMostDigits = sizeof(Word) == 4 ? 10 : 20;
-
-template <typename Word>
-inline constexpr std::array<FirstFour<Word>, kMostDigits<Word> + 1> kFirstFour = [] {
-  std::array<FirstFour<Word>, kMostDigits<Word> + 1> divisions{};
+inline constexpr auto kFirstFour = [] {
+  std::array<FirstFour<Word>, std::numeric_limits<Word>::digits10 + 2> divisions{};
   divisions[4].factor = static_cast<Word>(-1);
   for (uint32_t count = 5; count < divisions.size(); ++count) {
     const uint64_t divisor = kSmallPowers[count - 4];
@@ -150,14 +149,13 @@ inline constexpr std::array<FirstFour<Word>, kMostDigits<Word> + 1> kFirstFour =
 // The factor, rounded up, is exact for every value of the count: its error stays below a unit.
 template <typename Word>
 inline constexpr bool kFirstFourAreExact = [] {
-  for (uint32_t count = 5; count <= kMostDigits<Word>; ++count) {
+  for (uint32_t count = 5; count < kFirstFour<Word>.size(); ++count) {
     const uint64_t divisor = kSmallPowers[count - 4];
     const FirstFour<Word> &division = kFirstFour<Word>[count];
     const Twice<Word> unit = Twice<Word>{1} << (8 * sizeof(Word) + division.shift);
     const Twice<Word> error = Twice<Word>{division.factor} * divisor - unit;
-    const bool is_longest = count == kMostDigits<Word>;
-    const Word highest =
-        is_longest ? static_cast<Word>(-1) : static_cast<Word>(kSmallPowers[count] - 1);
+    const bool is_longest = count == kFirstFour<Word>.size() - 1;
+    const auto highest = static_cast<Word>(is_longest ? UINT64_MAX : kSmallPowers[count] - 1);
     if (error * highest >= unit) return false;
   }
   return true;

@@ -24,17 +24,6 @@ void add_option(CLI::App &app, const Option &option) {
   }
 }
 
-// Operands after one that takes any number share its words: the parser would find none left.
-void add_operands(CLI::App &app, std::span<const Operand> operands) {
-  for (const Operand &operand : operands) {
-    CLI::Option *added = app.add_option(operand.name)->type_name("");
-    if (operand.minimum > 0) added->required();
-    if (operand.maximum != kAnyNumber) continue;
-    added->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args();
-    return;
-  }
-}
-
 // Breaks text into lines of at most kHelpColumns.
 std::string wrap(std::string_view text) {
   std::string wrapped;
@@ -63,8 +52,6 @@ void add_command(CLI::App &app, const Command &command) {
   added->group(command.is_hidden ? "" : "Commands");
   for (const Option &option : command.options) add_option(*added, option);
   for (const Option &option : common_options()) add_option(*added, option);
-  if (command.takes_anything) return;
-  add_operands(*added, command.operands);
 }
 
 void collect_options(const CLI::App &app, std::span<const Option> options, Arguments &arguments) {
@@ -76,22 +63,27 @@ void collect_options(const CLI::App &app, std::span<const Option> options, Argum
   }
 }
 
-std::vector<std::string> collect_operands(const CLI::App &app, const Command &command) {
-  std::vector<std::string> operands;
-  for (const Operand &operand : command.operands) {
-    const auto given = app.get_option(operand.name)->results();
-    for (const std::string &word : given) {
-      if (word.empty()) throw UsageError(std::string(operand.name) + " is empty");
-    }
-    operands.insert(operands.end(), given.begin(), given.end());
-    if (operand.maximum == kAnyNumber) break;
+// The operand that a word is, by its index; those after one that takes any number share its words.
+// Null when there is one too many.
+const Operand *operand_at(std::span<const Operand> operands, size_t index) {
+  for (const Operand &operand : operands) {
+    if (operand.maximum == kAnyNumber || index < operand.maximum) return &operand;
+    index -= operand.maximum;
+  }
+  return nullptr;
+}
+
+void require_operands(const Command &command, const std::vector<std::string> &words) {
+  for (size_t index = 0; index < words.size() && !command.takes_anything; ++index) {
+    const Operand *operand = operand_at(command.operands, index);
+    if (!operand) throw UsageError("'" + words[index] + "' is one operand too many");
+    if (words[index].empty()) throw UsageError(std::string(operand->name) + " is empty");
   }
   size_t needed = 0;
   for (const Operand &operand : command.operands) {
     needed += operand.minimum;
-    if (operands.size() < needed) throw UsageError(std::string(operand.name) + " is required");
+    if (words.size() < needed) throw UsageError(std::string(operand.name) + " is required");
   }
-  return operands;
 }
 
 const Command *find_command(std::string_view name) {
@@ -102,7 +94,7 @@ const Command *find_command(std::string_view name) {
 }
 
 // Help from the table: the list of commands with their summaries instead of the descriptions, which
-// are for each command's own help, and the operands, which the parser knows in part.
+// are for each command's own help, and the operands, which the parser does not know.
 class TableFormatter : public CLI::Formatter {
  public:
   std::string make_subcommand(const CLI::App *app) const override {
@@ -143,7 +135,7 @@ bool takes_value(std::span<const Option> options, std::string_view word) {
   });
 }
 
-// The index of the first word that is not an option or the value of one; "--" is passed over.
+// The index of the first word that is not an option or the value of one; it may be "--".
 int skip_options(int at, int argc, char **argv, std::span<const Option> options) {
   while (at < argc && argv[at][0] == '-' && argv[at][1] != '\0') {
     const std::string_view word = argv[at];
@@ -153,14 +145,25 @@ int skip_options(int at, int argc, char **argv, std::span<const Option> options)
   return std::min(at, argc);
 }
 
-// Takes the operands off a command line whose command takes anything: they are not parsed.
+// Takes the operands off the words after a command. The parser must not see them: it would take
+// words in brackets apart, has words with a meaning of its own, and loses its place after a "--".
 std::vector<std::string> split_off_operands(const Command &command, int command_at, int *argc,
                                             char **argv) {
-  if (!command.takes_anything) return {};
-  const int first = skip_options(command_at + 1, *argc, argv, command.options);
-  const bool has_mark = first < *argc && std::string_view(argv[first]) == "--";
-  std::vector<std::string> operands(argv + first + (has_mark ? 1 : 0), argv + *argc);
-  *argc = first;
+  std::vector<std::string> operands;
+  char **const end = argv + *argc;
+  char **kept = argv + command_at + 1;
+  for (int at = command_at + 1; at < *argc; ++at) {
+    const int next = skip_options(at, *argc, argv, command.options);
+    kept = std::copy(argv + at, argv + next, kept);
+    at = next;
+    const bool is_mark = at < *argc && std::string_view(argv[at]) == "--";
+    if (is_mark || command.takes_anything) {
+      operands.insert(operands.end(), argv + at + (is_mark ? 1 : 0), end);
+      break;
+    }
+    if (at < *argc) operands.emplace_back(argv[at]);
+  }
+  *argc = static_cast<int>(kept - argv);
   return operands;
 }
 
@@ -199,12 +202,10 @@ int find_command_word(int argc, char **argv) {
 // empty value after "=" becomes two words: the parser would take the next word for its value.
 std::vector<std::string> parser_words(int argc, char **argv) {
   std::vector<std::string> words;
-  bool may_be_option = true;
   for (int at = 1; at < argc; ++at) {
     const std::string_view word = argv[at];
-    if (word == "--") may_be_option = false;
-    const bool is_empty = may_be_option && word.starts_with("--") && word.ends_with('=') &&
-                          word.find('=') == word.size() - 1;
+    const bool is_empty =
+        word.starts_with("--") && word.ends_with('=') && word.find('=') == word.size() - 1;
     words.emplace_back(word);
     if (is_empty) words.emplace_back();
   }
@@ -274,10 +275,7 @@ bool parse_command_line(int argc, char **argv, Invocation *invocation) {
   collect_options(app, common_options(), arguments);
   collect_options(chosen, command->options, arguments);
   collect_options(chosen, common_options(), arguments);
-  if (!command->takes_anything) operands = collect_operands(chosen, *command);
-  if (command->takes_anything && operands.empty()) {
-    throw UsageError(std::string(command->operands[0].name) + " is required");
-  }
+  require_operands(*command, operands);
   arguments.set_operands(std::move(operands));
   return true;
 }

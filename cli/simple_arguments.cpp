@@ -9,10 +9,8 @@
 namespace cli {
 namespace {
 
-// Whether a word means itself wherever it is. The parser takes words in brackets apart.
-bool is_plain(std::string_view word) {
-  return !word.empty() && (word == "-" || (word[0] != '-' && word[0] != '['));
-}
+// Whether a word means itself wherever it is.
+bool is_plain(std::string_view word) { return !word.empty() && (word == "-" || word[0] != '-'); }
 
 // The option that a word names, "-n" or "--number".
 const Option *find_option(std::span<const Option> options, std::string_view word) {

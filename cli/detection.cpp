@@ -44,13 +44,23 @@ bool has_usual_signs(std::u32string_view text) {
   });
 }
 
+constexpr uint32_t kWideEncodings[] = {JX_ENCODING_UTF32LE, JX_ENCODING_UTF32BE,
+                                       JX_ENCODING_UTF16LE, JX_ENCODING_UTF16BE};
+
+// What bytes are in an encoding, where that may be text.
+std::optional<std::u32string> plausible_text(Session &session, uint32_t encoding,
+                                             std::string_view sample) {
+  auto text = session.decode(encoding, sample);
+  const bool is_plausible = text && !text->empty() && std::ranges::none_of(*text, is_implausible);
+  return is_plausible && has_usual_signs(*text) ? std::move(text) : std::nullopt;
+}
+
 // Whether bytes with zeros in them are text in one of the encodings with wide units.
 bool reads_as(Session &session, uint32_t encoding, std::string_view sample, bool is_whole) {
   const size_t unit = encoding >= JX_ENCODING_UTF32BE ? 4 : 2;
   if (is_whole && sample.size() % unit != 0) return false;
-  const auto text = session.decode(encoding, sample);
-  return text && !text->empty() && std::ranges::none_of(*text, is_implausible) &&
-         text->find_first_of(U" \n\r") != text->npos && has_usual_signs(*text);
+  const auto text = plausible_text(session, encoding, sample);
+  return text && text->find_first_of(U" \n\r") != text->npos;
 }
 
 Detection certain(uint32_t encoding, std::string reason, size_t mark_bytes = 0) {
@@ -67,14 +77,27 @@ std::optional<Detection> by_mark(std::string_view sample) {
 std::optional<Detection> by_zeros(Session &session, std::string_view sample, bool is_whole) {
   if (sample.find('\0') == sample.npos) return std::nullopt;
   std::vector<uint32_t> fitting;
-  for (const uint32_t encoding :
-       {JX_ENCODING_UTF32LE, JX_ENCODING_UTF32BE, JX_ENCODING_UTF16LE, JX_ENCODING_UTF16BE}) {
+  for (const uint32_t encoding : kWideEncodings) {
     if (reads_as(session, encoding, sample, is_whole)) fitting.push_back(encoding);
   }
   if (fitting.size() != 1) return std::nullopt;
   const bool is_long = fitting[0] >= JX_ENCODING_UTF32BE;
   return certain(fitting[0], std::string("every ") + (is_long ? "four" : "two") +
                                  " bytes are a character of text, in this order only");
+}
+
+// ASCII that may as well be a word or a text cut off in an encoding with wide units.
+std::optional<Detection> by_controls(Session &session, std::string_view sample) {
+  const auto is_control = [](char c) { return is_implausible(static_cast<uint8_t>(c)); };
+  if (std::ranges::none_of(sample, is_control)) return std::nullopt;
+  Detection doubtful;
+  for (const uint32_t encoding : kWideEncodings) {
+    if (plausible_text(session, encoding, sample))
+      doubtful.guesses.push_back({encoding, {}, {}, 0});
+  }
+  if (doubtful.guesses.empty()) return std::nullopt;
+  doubtful.reason = "every byte is ASCII, some are control characters, and it may be wide units";
+  return doubtful;
 }
 
 std::optional<Detection> by_escapes(Session &session, std::string_view sample) {
@@ -120,6 +143,7 @@ Detection detect_encoding(Session &session, std::string_view sample, bool is_who
   if (auto wide = by_zeros(session, sample, is_whole)) return std::move(*wide);
   if (is_ascii(sample)) {
     if (auto shifting = by_escapes(session, sample)) return std::move(*shifting);
+    if (auto doubtful = by_controls(session, sample)) return std::move(*doubtful);
     return certain(kAscii, "every byte is ASCII");
   }
   if (auto utf8 = by_utf8(sample, offset, is_whole)) return std::move(*utf8);

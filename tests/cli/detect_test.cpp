@@ -114,6 +114,9 @@ TEST_F(Detect, AutoStopsWhereItIsNotSure) {
       {"\x40\xc8\x85\x93\x93\x96\x6b\x40\xa6\x96\x99\x93\x84\x4b\x15", "IBM037 90 %"},
       // Two names, each ended by a zero.
       {"one name\0two\0"s + "\xe4", "cannot be told"},
+      // A word without a blank, and the same cut off.
+      {"h\0i\0"s, "it may be wide units: UTF-16LE ("},
+      {"\4\x1f\4"s, "it may be wide units: UTF-16LE, UTF-16BE ("},
   };
   for (const auto &[bytes, reason] : rows) {
     put("in", bytes);

@@ -60,7 +60,8 @@ bool is_text_fault(wem::Status status) {
 [[noreturn]] void fail(Input &input, const Target &target, const Conversion &conversion,
                        uint32_t from, wem::Status status, const std::string &detail = {}) {
   if (!is_text_fault(status)) target.require_written(status);
-  if (const auto fault = input.find_fault(from, conversion.to)) {
+  const bool has_new_ends = conversion.changes.line_end != LineEnd::kKeep;
+  if (const auto fault = input.find_fault(from, conversion.to, has_new_ends)) {
     throw to_failure(input.shown(), *fault);
   }
   throw Failure(input.shown(), status, detail);
@@ -89,8 +90,8 @@ std::string convert_stream(Session &session, const Conversion &conversion, Input
   const bool is_checked = !changes.is_lenient() && conversion.forms.in.is_lines() &&
                           (conversion.is_append || is_unread || !input.is_rereadable());
   StreamWriter writer(session, target, from, conversion.to,
-                      is_checked ? std::optional<uint64_t>(mark_bytes) : std::nullopt,
-                      filter.get());
+                      is_checked ? std::optional<uint64_t>(mark_bytes) : std::nullopt, filter.get(),
+                      changes.line_end != LineEnd::kKeep);
   writer.open(with_mark(target.options(), conversion, mark_bytes > 0), room);
   Progress progress(target.is_terminal() ? 0 : input.size(), Progress::Unit::kBytes);
   uint64_t done = head.size();

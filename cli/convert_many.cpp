@@ -68,7 +68,9 @@ class Converter {
   }
 
   [[noreturn]] void fail(Input &input, uint32_t from, wem::Status status) const {
-    const auto fault = input.find_fault(from, plan_.conversion.to);
+    const Conversion &conversion = plan_.conversion;
+    const auto fault =
+        input.find_fault(from, conversion.to, conversion.changes.line_end != LineEnd::kKeep);
     throw fault ? to_failure(input.shown(), *fault) : Failure(input.shown(), status);
   }
 

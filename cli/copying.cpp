@@ -31,13 +31,13 @@ std::string_view ByteReader::next() {
 }
 
 StreamWriter::StreamWriter(Session &session, Target &target, uint32_t from, uint32_t to,
-                           std::optional<uint64_t> check_offset, Filter *filter)
+                           std::optional<uint64_t> check_offset, Filter *filter, bool has_new_ends)
     : target_(target),
       from_(filter ? to : from),
       to_(to),
       filter_(filter),
       held_offset_(check_offset.value_or(0)) {
-  if (check_offset) finder_.emplace(session, from, to, held_offset_);
+  if (check_offset) finder_.emplace(session, from, to, held_offset_, has_new_ends);
 }
 
 wem::File &StreamWriter::open(const wem::OpenOptions &options, uint32_t chunk_bytes) {

@@ -47,9 +47,11 @@ class StreamWriter {
  public:
   // check_offset: check the bytes, of which the first has this offset in its source, line by line
   // before they are written; what comes before a line with a fault is then written, nothing after.
-  // filter: converts instead of the module, or null; lives longer.
+  // filter: converts instead of the module, or null; lives longer. has_new_ends: it gives the
+  // lines another end.
   StreamWriter(Session &session, Target &target, uint32_t from, uint32_t to,
-               std::optional<uint64_t> check_offset, Filter *filter = nullptr);
+               std::optional<uint64_t> check_offset, Filter *filter = nullptr,
+               bool has_new_ends = false);
 
   // Opens the target with options that say how, but not in what format. Chunks are at most
   // chunk_bytes long.

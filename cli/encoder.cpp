@@ -96,6 +96,8 @@ std::u32string Encoder::replaced(std::u32string_view text, uint64_t lines) {
 }
 
 void Encoder::replace(char32_t character, uint64_t lines, std::u32string &out) {
+  const bool is_line_end = character == U'\u0085' && changes_.line_end != LineEnd::kKeep;
+  if (is_line_end) return out.push_back(character);  // it will be another one
   if (transliteration_) {
     const std::u32string &others = (*transliteration_)(character);
     if (!others.empty() && encode(others)) {

@@ -2,6 +2,7 @@
 #include "cli/fault.hpp"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "cli/line_ends.hpp"
@@ -14,27 +15,38 @@ constexpr size_t kLongestCharacter = 16;  // in bytes
 
 }  // namespace
 
-FaultFinder::FaultFinder(Session &session, uint32_t from, uint32_t to, uint64_t offset)
+FaultFinder::FaultFinder(Session &session, uint32_t from, uint32_t to, uint64_t offset,
+                         bool has_new_ends)
     : session_(session),
       from_(from),
       to_(to),
+      passes_nel_(has_new_ends && lacks_nel_of(session, from, to)),
       line_end_(session.encode(U"\n", from)),
       line_end_out_(session.encode(U"\n", to)),
       may_shift_(from < JX_ENCODING_UTF8 || from > JX_ENCODING_UTF32LE),
       offset_(offset),
       record_offset_(offset) {}
 
-bool FaultFinder::converts(std::optional<Transcoder> &transcoder, std::string_view text) {
-  if (!transcoder) transcoder.emplace(session_.nls(), from_, to_);
+bool FaultFinder::converts(std::optional<Steps> &steps, std::string_view text) {
+  const uint32_t next = passes_nel_ ? JX_ENCODING_UTF32LE : to_;
+  if (!steps) steps.emplace(Transcoder(session_.nls(), from_, next), std::nullopt);
   room_.resize(std::max(room_.size(), text.size() * Transcoder::kBytesPerByte));
-  status_ = (*transcoder)(text, room_, &produced_);
+  status_ = steps->first(text, room_, &produced_);
+  if (!passes_nel_ || !status_.ok()) return status_.ok();
+  if (!steps->second) steps->second.emplace(session_.nls(), JX_ENCODING_UTF32LE, to_);
+  characters_.resize(produced_ / sizeof(char32_t));
+  std::memcpy(characters_.data(), room_.data(), produced_);
+  std::ranges::replace(characters_, U'\u0085', U'\n');
+  const std::string_view bytes(reinterpret_cast<const char *>(characters_.data()), produced_);
+  room_.resize(std::max(room_.size(), bytes.size() * Transcoder::kBytesPerByte));
+  status_ = (*steps->second)(bytes, room_, &produced_);
   return status_.ok();
 }
 
 // Whether the text so far ends with a whole character, or with a return to the initial state. Only
 // then is a line end after it still a line end; the start of a character takes it up or refuses it.
-bool FaultFinder::ends_whole(std::optional<Transcoder> &transcoder) {
-  return converts(transcoder, line_end_) &&
+bool FaultFinder::ends_whole(std::optional<Steps> &steps) {
+  return converts(steps, line_end_) &&
          std::string_view(room_).substr(0, produced_) == line_end_out_;
 }
 

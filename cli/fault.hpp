@@ -25,7 +25,9 @@ struct Fault {
 class FaultFinder {
  public:
   // Checks a conversion between two encodings of a stream whose first byte is at offset.
-  FaultFinder(Session &session, uint32_t from, uint32_t to, uint64_t offset = 0);
+  // has_new_ends: which gives the lines another end, so that NEL need not be in the other encoding.
+  FaultFinder(Session &session, uint32_t from, uint32_t to, uint64_t offset = 0,
+              bool has_new_ends = false);
 
   // Takes the next bytes. False when a fault was found in them or before.
   bool feed(std::string_view bytes);
@@ -39,25 +41,33 @@ class FaultFinder {
   bool feed_slice(std::string_view slice);
   bool check_lines(size_t bytes);
   bool check_long_line();
-  bool converts(std::optional<Transcoder> &transcoder, std::string_view text);
-  bool ends_whole(std::optional<Transcoder> &transcoder);
+  // A conversion, where NEL is to pass as a line feed through characters.
+  struct Steps {
+    Transcoder first;
+    std::optional<Transcoder> second;
+  };
+
+  bool converts(std::optional<Steps> &steps, std::string_view text);
+  bool ends_whole(std::optional<Steps> &steps);
   bool locate(std::string_view text, bool is_certain);
 
   Session &session_;
   uint32_t from_;
   uint32_t to_;
-  std::string line_end_;      // in the encoding of the stream
-  std::string line_end_out_;  // and in the other
-  bool may_shift_;            // the encoding of the stream is not a form of Unicode
-  std::string pending_;       // from a start of a line or of a character on: not checked yet
-  size_t converted_ = 0;      // bytes of pending_ that the transcoder has already
-  std::string room_;          // where conversions go
-  size_t produced_ = 0;       // by the last conversion
-  wem::Status status_;        // of the last conversion
-  std::optional<Transcoder> transcoder_;
+  bool passes_nel_;
+  std::u32string characters_;  // where the first of two steps goes
+  std::string line_end_;       // in the encoding of the stream
+  std::string line_end_out_;   // and in the other
+  bool may_shift_;             // the encoding of the stream is not a form of Unicode
+  std::string pending_;        // from a start of a line or of a character on: not checked yet
+  size_t converted_ = 0;       // bytes of pending_ that the transcoder has already
+  std::string room_;           // where conversions go
+  size_t produced_ = 0;        // by the last conversion
+  wem::Status status_;         // of the last conversion
+  std::optional<Steps> transcoder_;
   // In a line that is checked in parts and may shift: a transcoder that stopped where pending_
   // begins, since only the shifts before it tell what its bytes mean.
-  std::optional<Transcoder> behind_;
+  std::optional<Steps> behind_;
   uint64_t offset_;         // of pending_
   uint64_t record_offset_;  // of the line that pending_ is of
   uint64_t records_ = 0;    // complete lines before it

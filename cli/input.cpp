@@ -235,8 +235,8 @@ void Input::require_complete() {
   if (relay_) relay_->require_complete();
 }
 
-std::optional<Fault> Input::scan(uint32_t from, uint32_t to, uint64_t start) {
-  FaultFinder finder(session_, from, to, start);
+std::optional<Fault> Input::scan(uint32_t from, uint32_t to, uint64_t start, bool has_new_ends) {
+  FaultFinder finder(session_, from, to, start, has_new_ends);
   uint64_t at = start;
   for (std::string chunk = read_at(at, kWindowBytes); !chunk.empty();
        chunk = read_at(at, kWindowBytes)) {
@@ -247,10 +247,10 @@ std::optional<Fault> Input::scan(uint32_t from, uint32_t to, uint64_t start) {
   return finder.fault();
 }
 
-std::optional<Fault> Input::find_fault(uint32_t from, uint32_t to) {
+std::optional<Fault> Input::find_fault(uint32_t from, uint32_t to, bool has_new_ends) {
   if (relay_) return relay_->fault();
   if (!is_rereadable_) return std::nullopt;
-  return scan(from, to, byte_order_mark_size(head(), from));
+  return scan(from, to, byte_order_mark_size(head(), from), has_new_ends);
 }
 
 std::optional<Fault> Input::find_cut_end(uint32_t from, uint32_t to) {

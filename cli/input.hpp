@@ -92,7 +92,7 @@ class Input {
   void require_complete();
   // The first fault in an encoding, or of a conversion to another; none when there is none, or
   // when the source cannot be read again and was not checked.
-  std::optional<Fault> find_fault(uint32_t from, uint32_t to);
+  std::optional<Fault> find_fault(uint32_t from, uint32_t to, bool has_new_ends = false);
   // The same for the last line only, where a character may be cut off: quick.
   std::optional<Fault> find_cut_end(uint32_t from, uint32_t to);
 
@@ -106,7 +106,7 @@ class Input {
   std::string read_at(uint64_t offset, size_t bytes);
   // How far the descriptor moved from where it began; 0 where it has no position.
   int64_t consumed_bytes() const;
-  std::optional<Fault> scan(uint32_t from, uint32_t to, uint64_t start);
+  std::optional<Fault> scan(uint32_t from, uint32_t to, uint64_t start, bool has_new_ends = false);
 
   Session &session_;
   std::string shown_;

@@ -2,6 +2,7 @@
 #include "cli/line_ends.hpp"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 
 #include "vector/base.hpp"
@@ -22,6 +23,14 @@ size_t count_bytes(std::string_view bytes, char wanted) {
     if (equal != 0) count += static_cast<size_t>(std::popcount(equal));
   }
   return count + static_cast<size_t>(std::ranges::count(bytes, wanted));
+}
+
+bool has_nel(Session &session, uint32_t encoding) {
+  constexpr char32_t kNel = U'\u0085';
+  std::array<char, 16> room;
+  size_t produced = 0;
+  Transcoder transcoder(session.nls(), JX_ENCODING_UTF32LE, encoding);
+  return transcoder({reinterpret_cast<const char *>(&kNel), sizeof kNel}, room, &produced).ok();
 }
 
 }  // namespace
@@ -52,6 +61,10 @@ size_t count_line_ends(std::string_view bytes, std::string_view line_end) {
     at = find_line_end(bytes, at + line_end.size(), line_end);
   }
   return count;
+}
+
+bool lacks_nel_of(Session &session, uint32_t other, uint32_t encoding) {
+  return !has_nel(session, encoding) && has_nel(session, other);
 }
 
 LineEnds::LineEnds(Session &session, uint32_t encoding)

@@ -20,6 +20,9 @@ size_t after_last_line_end(std::string_view bytes, std::string_view line_end);
 // How many line ends are in such bytes.
 size_t count_line_ends(std::string_view bytes, std::string_view line_end);
 
+// Whether an encoding lacks the NEL that texts in another may have.
+bool lacks_nel_of(Session &session, uint32_t other, uint32_t encoding);
+
 // Watches the bytes of a text as they pass to its reader and keeps what ended each line until the
 // reader comes to it. One thread may feed it while another takes.
 class LineEnds {

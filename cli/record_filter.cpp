@@ -127,13 +127,14 @@ void RecordFilter::put(std::string_view lines) {
 // Throws the failure of the first fault in the lines of records. In encodings with shifts it may be
 // one that the record before left open, or the last one.
 void RecordFilter::fail(std::string_view lines, wem::Status status) {
-  FaultFinder finder(session_, from_, to_);
+  const bool has_new_ends = changes_.line_end != LineEnd::kKeep;
+  FaultFinder finder(session_, from_, to_, 0, has_new_ends);
   const bool is_good = finder.feed(lines) && finder.finish();
   const size_t count = reader_->line_count();
   size_t line = is_good ? count : static_cast<size_t>(finder.fault()->record - 1);
   if (line > 0 && may_shift_) --line;
   for (; line < count; ++line) {
-    FaultFinder record(session_, from_, to_);
+    FaultFinder record(session_, from_, to_, 0, has_new_ends);
     const std::string_view text = reader_->line(line);
     const bool is_text = record.feed(text) && record.finish();
     if (is_text && !(may_shift_ && leaves_shift_open(text))) continue;

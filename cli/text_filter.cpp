@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "cli/line_ends.hpp"
+
 namespace cli {
 namespace {
 
@@ -26,12 +28,15 @@ TextFilter::TextFilter(Session &session, uint32_t from, uint32_t to, const TextC
       line_end_out_(session.encode(U"\n", to)),
       may_shift_(!is_unicode(from) || !is_unicode(to)) {}
 
-// Of encodings without shifts, controls of one byte are in no other character.
+// Of encodings without shifts, controls of one byte are in no other character. A NEL that the
+// target does not have has to become another line end first.
 bool TextFilter::is_through_characters() const {
   JXEncodingInfo info = {};
   const wem::Status status(session_.nls()->encoding_info(session_.nls(), to_, &info));
   const bool is_of_bytes = status.ok() && (to_ == JX_ENCODING_UTF8 || info.max_bytes_per_char == 1);
-  return changes_.is_lenient() || (changes_.changes_line_ends() && !is_of_bytes);
+  const bool is_nel_lost =
+      changes_.line_end != LineEnd::kKeep && lacks_nel_of(session_, from_, to_);
+  return changes_.is_lenient() || (changes_.changes_line_ends() && !is_of_bytes) || is_nel_lost;
 }
 
 void TextFilter::begin(const std::string &shown, uint64_t offset, Decoder::OffsetMap map) {

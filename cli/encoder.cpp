@@ -99,9 +99,9 @@ void Encoder::replace(char32_t character, uint64_t lines, std::u32string &out) {
   const bool is_line_end = character == U'\u0085' && changes_.line_end != LineEnd::kKeep;
   if (is_line_end) return out.push_back(character);  // it will be another one
   if (transliteration_) {
-    const std::u32string &others = (*transliteration_)(character);
-    if (!others.empty() && encode(others)) {
-      out += others;
+    const std::optional<std::u32string> &others = (*transliteration_)(character);
+    if (others && encode(*others)) {
+      out += *others;
       return tally_.add_transliterated();
     }
   }

@@ -6,6 +6,7 @@
 #include <array>
 #include <clocale>
 #include <span>
+#include <utility>
 
 #include "jx/jxhost.h"
 
@@ -23,14 +24,14 @@ Transliteration::Transliteration(Session &session, uint32_t to)
 
 Transliteration::~Transliteration() { ::iconv_close(descriptor_); }
 
-const std::u32string &Transliteration::operator()(char32_t character) {
+const std::optional<std::u32string> &Transliteration::operator()(char32_t character) {
   const auto [entry, is_new] = known_.try_emplace(character);
   if (is_new) entry->second = ask(character);
   return entry->second;
 }
 
 // A question mark is what the C library writes when it knows no others.
-std::u32string Transliteration::ask(char32_t character) {
+std::optional<std::u32string> Transliteration::ask(char32_t character) {
   std::array<char, 64> bytes;
   char *in = reinterpret_cast<char *>(&character);
   char *out = bytes.data();
@@ -44,9 +45,9 @@ std::u32string Transliteration::ask(char32_t character) {
   size_t produced = 0;
   const std::span<char> other_room(reinterpret_cast<char *>(others.data()), sizeof others);
   const std::string_view made(bytes.data(), bytes.size() - room);
-  if (!is_done || !decoder_(made, other_room, &produced).ok()) return {};
+  if (!is_done || !decoder_(made, other_room, &produced).ok()) return std::nullopt;
   std::u32string found(others.data(), produced / sizeof(char32_t));
-  return found == U"?" ? std::u32string() : found;
+  return found == U"?" ? std::nullopt : std::optional(std::move(found));
 }
 
 void use_locale() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -19,15 +20,16 @@ class Transliteration {
   Transliteration &operator=(const Transliteration &) = delete;
   ~Transliteration();
 
-  // The characters to write; empty when there are none. Valid as long as this.
-  const std::u32string &operator()(char32_t character);
+  // The characters to write, of a combining accent none; nullopt when the C library knows no way.
+  // Valid as long as this.
+  const std::optional<std::u32string> &operator()(char32_t character);
 
  private:
-  std::u32string ask(char32_t character);
+  std::optional<std::u32string> ask(char32_t character);
 
   void *descriptor_;    // an iconv_t
   Transcoder decoder_;  // back into characters
-  std::unordered_map<char32_t, std::u32string> known_;
+  std::unordered_map<char32_t, std::optional<std::u32string>> known_;
 };
 
 // Lets transliterations follow the user's locale. Before threads are started.

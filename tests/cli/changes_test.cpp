@@ -112,6 +112,7 @@ TEST_F(Changes, FaultsArePutUpWith) {
       {"--translit --to ascii", "“a” €\n", "\"a\" EUR\n", ": 3 characters transliterated\n"},
       {"--translit --on-error skip --to ascii", "“漢\n", "\"\n",
        ": 1 fault skipped: record 1, U+6F22; 1 character transliterated\n"},
+      {"--translit --to latin1", "e\u0301", "e", ": 1 character transliterated\n"},
       {"--translit --on-error escape --to latin1", "é", "\xe9", ""},
   };
   for (const auto &row : rows) {

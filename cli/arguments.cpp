@@ -135,9 +135,13 @@ bool takes_value(std::span<const Option> options, std::string_view word) {
   });
 }
 
-// The index of the first word that is not an option or the value of one; it may be "--".
+// The index of the first word that is not an option or the value of one; it may be "--". A negative
+// number is no option.
 int skip_options(int at, int argc, char **argv, std::span<const Option> options) {
-  while (at < argc && argv[at][0] == '-' && argv[at][1] != '\0') {
+  const auto is_option = [](std::string_view word) {
+    return word.size() > 1 && word[0] == '-' && (word[1] < '0' || word[1] > '9');
+  };
+  while (at < argc && is_option(argv[at])) {
     const std::string_view word = argv[at];
     if (word == "--") return at;
     at += takes_value(options, word) || takes_value(common_options(), word) ? 2 : 1;

@@ -45,9 +45,10 @@ std::string reduced(std::string_view name) {
 
 UsageError unknown_encoding(const std::string &what, const std::string &name) {
   std::string message = what + ": the encoding '" + name;
+  const std::string given = reduced(name);
   const char *reason = nullptr;
   for (uint32_t i = 0; const char *left_out = jxhost_encoding_left_out_at(i, &reason); ++i) {
-    if (reduced(left_out) != reduced(name)) continue;
+    if (given != reduced(left_out) && given != "cs" + reduced(left_out)) continue;
     message += "' is not converted: ";
     message += reason;
     return UsageError(message);

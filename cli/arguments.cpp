@@ -242,7 +242,11 @@ UsageError to_usage_error(const CLI::App &app, const CLI::ParseError &error,
   for (const std::string &word : app.remaining(true)) {
     if (word.starts_with('-')) return unknown_option(word, command);
   }
-  return UsageError(app.get_subcommands().empty() ? "a command is required" : error.what());
+  const std::string text = error.what();
+  if (error.get_name() == "ArgumentMismatch") {
+    return UsageError(text.substr(0, text.find(':')) + " takes one value and is given once");
+  }
+  return UsageError(app.get_subcommands().empty() ? "a command is required" : text);
 }
 
 }  // namespace

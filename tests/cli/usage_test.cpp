@@ -31,6 +31,7 @@ TEST_F(Usage, CatalogueAndUsage) {
        "\"max_bytes\":4,\"mark\":false}\n"},
       {0, "encodings", "~UTF-8 (.|\n)*\nTSCII            not converted: it reorders"},
       {2, "encodings ISO2022-KR", "", "is not converted: it begins with a header"},
+      {2, "encodings csISO2022KR", "", "is not converted: it begins with a header"},
       {1, "status 0x12345", "", "hint: list every status"},
       {2, "status nonsense", "", "neither a number nor a known name"},
       {0, "version", "~jxwem 3\\.2\\.1(.|\n)*/jxwem\\.so\n"},

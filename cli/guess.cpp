@@ -40,13 +40,20 @@ constexpr float kMixedCost = 3;       // of a sign of East Asia beside a letter
 constexpr float kMostCostOfHighPair = 6.5f;
 constexpr float kMostCostOfEbcdicByte = 6.5f;
 constexpr float kMostCostOfSign = 9.5f;
+// Text mostly beyond ASCII that reads worse than that, in all and for each pair, may be of a
+// language that is not known: Hebrew costs 4.5 to 5.2 a pair as Russian in KOI8-R, Russian 2.8.
+constexpr float kSureCost = 6;
+constexpr float kSureCostOfHighPair = 4;
+constexpr int kMostDoubtfulConfidence = 90;
+static_assert(kMostDoubtfulConfidence < kSureEnough);
 
 struct Scored {
   const Candidate *candidate;
   std::u32string text;  // the sample, or the characters of the bytes in it
   std::string_view language;
   float cost;
-  bool is_text;  // the text is likely enough to be one
+  bool is_text;      // the text is likely enough to be one
+  bool is_doubtful;  // but may be of a language that is not known
 };
 
 // e to the power of a number that is not positive, by squaring that of its 1024th part. Not by
@@ -137,9 +144,11 @@ class Guesser {
       const char32_t c = (*text)[i];
       signs[static_cast<uint8_t>(bytes[i])] = sign_of(is_ebcdic && c == 0x85 ? U'\n' : c);
     }
-    Scored scored{&candidate, std::move(*text), {}, kNever, false};
+    Scored scored{&candidate, std::move(*text), {}, kNever, false, false};
     const float most = is_ebcdic ? kMostCostOfEbcdicByte * static_cast<float>(sample_.size())
                                  : kMostCostOfHighPair * pairs_.high_pairs();
+    const bool is_beyond_ascii =
+        !is_ebcdic && pairs_.high_pairs() * 2 > static_cast<float>(sample_.size());
     for (size_t i = 0; i < alphabets_.size(); ++i) {
       if (!is_named(candidate.languages, alphabets_[i].name())) continue;
       const float cost = cost_of(alphabets_[i], signs, [is_ebcdic](size_t first, size_t second) {
@@ -148,7 +157,9 @@ class Guesser {
       const float own = candidate.kind == EncodingKind::kOld ? kOldCost : 0;
       const float whole = is_ebcdic ? cost : cost + own + ascii_costs_[i] + ascii_cost_;
       if (whole >= scored.cost) continue;
-      scored = {&candidate, std::move(scored.text), alphabets_[i].name(), whole, cost <= most};
+      const float sure = kSureCost + kSureCostOfHighPair * pairs_.high_pairs();
+      scored = {&candidate, std::move(scored.text), alphabets_[i].name(),
+                whole,      cost <= most,           is_beyond_ascii && cost > sure};
     }
     return scored;
   }
@@ -156,7 +167,7 @@ class Guesser {
   std::optional<Scored> score_wide(const Candidate &candidate) {
     auto text = session_.decode(candidate.encoding, sample_);
     if (!text) return std::nullopt;
-    Scored scored{&candidate, std::move(*text), {}, kNever, false};
+    Scored scored{&candidate, std::move(*text), {}, kNever, false, false};
     for (const ScriptModel &script : scripts_) {
       if (!is_named(candidate.languages, script.name())) continue;
       float signs_cost = 0;
@@ -175,8 +186,12 @@ class Guesser {
       }
       const float cost = ascii_cost_ + ascii_costs_[0] + signs_cost + mixed * kMixedCost;
       if (cost >= scored.cost) continue;
-      scored = {&candidate, std::move(scored.text), script.name(), cost,
-                signs_cost <= signs * kMostCostOfSign};
+      scored = {&candidate,
+                std::move(scored.text),
+                script.name(),
+                cost,
+                signs_cost <= signs * kMostCostOfSign,
+                false};
     }
     return scored;
   }
@@ -208,7 +223,9 @@ std::vector<Guess> guess_encoding(Session &session, std::string_view sample) {
   if (found.empty() || !found[0].is_text) return {};
   const bool is_ebcdic = found[0].candidate->kind == EncodingKind::kEbcdic;
   const float temperature = is_ebcdic ? kEbcdicTemperature : kTemperature;
-  const int most = is_ebcdic ? kMostEbcdicConfidence : kMostConfidence;
+  const int most = is_ebcdic              ? kMostEbcdicConfidence
+                   : found[0].is_doubtful ? kMostDoubtfulConfidence
+                                          : kMostConfidence;
   const auto weight = [&](const Scored &scored) {
     return exponential((found[0].cost - scored.cost) / temperature);
   };

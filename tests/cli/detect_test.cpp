@@ -112,6 +112,11 @@ TEST_F(Detect, AutoStopsWhereItIsNotSure) {
       {kPolish + "\xff"s + kPolish, "it is UTF-8 with damage: at 1 place, first at byte offset "},
       {std::string(100000, ' ') + kPolish + "\xff\xff", "at 2 places, first at byte offset 100263"},
       {"\x40\xc8\x85\x93\x93\x96\x6b\x40\xa6\x96\x99\x93\x84\x4b\x15", "IBM037 90 %"},
+      // Hebrew, which is not known, reads somewhat like Russian.
+      {"\xeb\xec \xe1\xf0\xe9 \xe4\xe0\xe3\xed \xf0\xe5\xec\xe3\xe5 \xe1\xf0\xe9 "
+       "\xe7\xe5\xf8\xe9\xef "
+       "\xe5\xf9\xe5\xe5\xe9\xed \xe1\xf2\xf8\xeb\xed",
+       "it reads like Russian in this encoding: "},
       // Two names, each ended by a zero.
       {"one name\0two\0"s + "\xe4", "cannot be told"},
       // A word without a blank, and the same cut off.

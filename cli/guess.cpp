@@ -44,6 +44,7 @@ constexpr float kMostCostOfSign = 9.5f;
 // language that is not known: Hebrew costs 4.5 to 5.2 a pair as Russian in KOI8-R, Russian 2.8.
 constexpr float kSureCost = 6;
 constexpr float kSureCostOfHighPair = 4;
+constexpr float kSurePairs = 40;  // of a shorter one that average says little
 constexpr int kMostDoubtfulConfidence = 90;
 static_assert(kMostDoubtfulConfidence < kSureEnough);
 
@@ -158,8 +159,9 @@ class Guesser {
       const float whole = is_ebcdic ? cost : cost + own + ascii_costs_[i] + ascii_cost_;
       if (whole >= scored.cost) continue;
       const float sure = kSureCost + kSureCostOfHighPair * pairs_.high_pairs();
+      const bool is_read_badly = pairs_.high_pairs() < kSurePairs || cost > sure;
       scored = {&candidate, std::move(scored.text), alphabets_[i].name(),
-                whole,      cost <= most,           is_beyond_ascii && cost > sure};
+                whole,      cost <= most,           is_beyond_ascii && is_read_badly};
     }
     return scored;
   }

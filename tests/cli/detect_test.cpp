@@ -117,6 +117,8 @@ TEST_F(Detect, AutoStopsWhereItIsNotSure) {
        "\xe7\xe5\xf8\xe9\xef "
        "\xe5\xf9\xe5\xe5\xe9\xed \xe1\xf2\xf8\xeb\xed",
        "it reads like Russian in this encoding: "},
+      {"\xf9\xec\xe5\xed \xf2\xe5\xec\xed, \xee\xe4 \xf9\xec\xe5\xee\xea \xe4\xe9\xe5\xed",
+       " 90 %"},
       // Two names, each ended by a zero.
       {"one name\0two\0"s + "\xe4", "cannot be told"},
       // A word without a blank, and the same cut off.

@@ -60,8 +60,8 @@ class Variables {
     const size_t plain = std::min(value.find('$'), value.size());
     const size_t room = kAreaBytes - std::min(made_.size(), kAreaBytes);
     made_ += value.substr(0, plain);
-    // A value that was cut is not looked at any further.
-    if (plain > room || plain == value.size()) return;
+    // A value that was cut, or that fills the area, is not looked at any further.
+    if (plain >= room || plain == value.size()) return;
     const std::string rest = value.substr(plain);
     if (depth == kDepth || rest.size() >= kAreaBytes) {
       status_ = JXWEM_E_NAMETOOLONG;

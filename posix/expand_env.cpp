@@ -24,9 +24,9 @@ class VariableExpander {
 
   // Appends the expansion of source.
   void expand(const char *source, uint32_t depth) {
-    while (*source != '\0' && next_ <= limit_ && status_ == JX_OK) {
+    while (*source != '\0' && !is_full() && status_ == JX_OK) {
       source = copy_text(source);
-      if (*source == '$') source = expand_variable(source, depth);
+      if (*source == '$' && !is_full()) source = expand_variable(source, depth);
     }
   }
 
@@ -44,6 +44,8 @@ class VariableExpander {
     return source + bytes;
   }
 
+  // What comes after the last byte is dropped, and not refused either.
+  bool is_full() const { return next_ > limit_; }
   size_t room_bytes() const { return static_cast<size_t>(limit_ + 1 - next_); }
 
   // Appends the value of the variable at source (a "$") and returns the text after its name.
@@ -64,7 +66,7 @@ class VariableExpander {
       return end;
     }
     const char *rest = copy_text(value);
-    if (*rest != '$') return end;
+    if (*rest != '$' || is_full()) return end;
     if (depth == kVariableDepth || std::strlen(rest) >= kVariableValueBytes) return refuse(end);
     expand(rest, depth + 1);
     return end;

@@ -4,7 +4,7 @@
 
 # Packages by purpose; each list is what the commands of that purpose use by name.
 packages_build=(g++-multilib cmake ninja-build libcli11-dev)
-packages_test=("${packages_build[@]}" googletest)
+packages_test=("${packages_build[@]}" googletest libgtest-dev)
 packages_bench=("${packages_build[@]}" pkg-config python3 libboost-dev libfmt-dev libglib2.0-dev
   libicu-dev libunistring-dev libutfcpp-dev)
 # The libraries of aarch64 alone: its GNU compiler cannot be installed beside g++-multilib.

@@ -16,7 +16,7 @@ uint32_t script_count() {
   if (const char *count = std::getenv("JX_RECORD_SCRIPTS")) {
     return static_cast<uint32_t>(std::atoi(count));
   }
-  return static_cast<uint32_t>(scaled(15'000));
+  return static_cast<uint32_t>(scaled(12'000));
 }
 
 // Runs scripts with the seeds from `first` on, on a host of their own. False when one differed.

@@ -10,7 +10,9 @@ class Detect : public ProgramTest {
  protected:
   // The value of a key in the output of detect.
   std::string told(const std::string &name, const std::string &key, std::string_view input = {}) {
-    const std::string row = jxfile("detect --json " + name, input).out;
+    return value_in(jxfile("detect --json " + name, input).out, key);
+  }
+  static std::string value_in(const std::string &row, const std::string &key) {
     const size_t at = row.find("\"" + key + "\":");
     if (at == row.npos) return "no such key in " + row;
     const size_t start = at + key.size() + 3;
@@ -80,9 +82,10 @@ TEST_F(Detect, TellsTheEncodingOfTextsAndAutoUsesIt) {
     put("text", row.text);
     ASSERT_EQ(jxfile("convert text coded --to "s + row.encoding).code, 0);
     const std::string bytes = get("coded");
-    EXPECT_EQ(told("coded", "encoding"), "\""s + row.name + "\"");
-    EXPECT_EQ(told("coded", "certain"), row.is_certain ? "true" : "false");
-    EXPECT_EQ(told("coded", "line_ends"), row.text == "a b"s ? "\"none\"" : "\"lf\"");
+    const std::string detected = jxfile("detect --json coded").out;
+    EXPECT_EQ(value_in(detected, "encoding"), "\""s + row.name + "\"");
+    EXPECT_EQ(value_in(detected, "certain"), row.is_certain ? "true" : "false");
+    EXPECT_EQ(value_in(detected, "line_ends"), row.text == "a b"s ? "\"none\"" : "\"lf\"");
     EXPECT_EQ(jxfile("lines --from auto coded").out, row.text);
     EXPECT_EQ(jxfile("lines --from auto -", bytes).out, row.text);
     EXPECT_EQ(jxfile("convert --no-bom --from auto coded").out, row.text);

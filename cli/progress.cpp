@@ -45,10 +45,9 @@ std::string time_text(double time) {
 }  // namespace
 
 Progress::Progress(uint64_t total, Unit unit)
-    : total_(total),
-      unit_(unit),
-      is_on_(total > 0 && isatty(STDERR_FILENO) == 1),
-      next_(start_ + kFirstAfter) {}
+    : total_(total), unit_(unit), is_on_(total > 0 && is_possible()), next_(start_ + kFirstAfter) {}
+
+bool Progress::is_possible() { return ::isatty(STDERR_FILENO) == 1; }
 
 void Progress::hide() {
   if (std::exchange(is_visible_, false)) std::fputs("\r\033[K", stderr);

@@ -16,6 +16,8 @@ class Progress {
   Progress(const Progress &) = delete;
   Progress &operator=(const Progress &) = delete;
   ~Progress() { hide(); }
+  // Whether standard error is a terminal.
+  static bool is_possible();
   // Whether anything is ever shown.
   bool is_on() const { return is_on_; }
   void show(uint64_t done);

@@ -5,11 +5,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <optional>
 
 #include "cli/names.hpp"
 #include "cli/tree.hpp"
+#include "cli/watch.hpp"
 
 namespace cli {
 namespace {
@@ -86,6 +89,56 @@ void remove_links(Folder &folder) {
   }
 }
 
+// How far the module is with a directory: its members are counted now and then, by its descriptor.
+class Remains {
+ public:
+  // Of a directory with nothing but a directory in it, that of the first one below with more.
+  explicit Remains(const std::string &path) : folder_(AT_FDCWD, path.c_str(), O_NOFOLLOW) {
+    while (folder_ && (total_ = count()) == 1) {
+      folder_.rewind();
+      const char *name = folder_.next();
+      Folder below(folder_.fd(), name ? name : "", O_NOFOLLOW);
+      if (!below) break;
+      folder_ = std::move(below);
+    }
+  }
+
+  // Members in the beginning; 0 when the directory cannot be read.
+  uint64_t total() const { return total_; }
+  // How many of them are no longer there. They are not counted again before twenty times the time
+  // has gone by that it took: the removal waits meanwhile.
+  uint64_t gone() {
+    const auto start = std::chrono::steady_clock::now();
+    if (start < next_) return gone_;
+    gone_ = total_ - std::min(total_, count());
+    const auto end = std::chrono::steady_clock::now();
+    next_ = end + 20 * (end - start);
+    return gone_;
+  }
+
+ private:
+  uint64_t count() {
+    uint64_t count = 0;
+    for (folder_.rewind(); folder_.next();) ++count;
+    return count;
+  }
+
+  Folder folder_;
+  uint64_t total_ = 0;
+  uint64_t gone_ = 0;
+  std::chrono::steady_clock::time_point next_;
+};
+
+// Removes everything; on a terminal it is shown how far that is.
+wem::Status remove_tree(Session &session, const std::string &path) {
+  const wem::Name name = session.name(path);
+  if (!Progress::is_possible()) return session.instance().remove(name, true);
+  Remains remains(path);
+  const Watch watch(
+      remains.total(), [&remains] { return remains.gone(); }, Progress::Unit::kThings);
+  return session.instance().remove(name, true);
+}
+
 }  // namespace
 
 void refuse_removal(const std::string &path) {
@@ -98,7 +151,8 @@ void refuse_removal(const std::string &path) {
 
 void remove(Session &session, const std::string &path, bool is_recursive) {
   for (;;) {
-    const wem::Status status = session.instance().remove(session.name(path), is_recursive);
+    const wem::Status status = is_recursive ? remove_tree(session, path)
+                                            : session.instance().remove(session.name(path), false);
     if (status.ok()) return;
     if (!is_recursive && status != JXWEM_E_NOTFOUND) throw Failure(path, status);
     Stopper stopper = find_stopper(path, status);

@@ -21,6 +21,8 @@ class Folder {
   // The next name but "." and "..", good until the next call; null at the end (errno 0) and when
   // the directory cannot be read on.
   const char *next();
+  // Names are read from the first one again, as they are now.
+  void rewind() { ::rewinddir(stream_.get()); }
 
  private:
   struct Close {

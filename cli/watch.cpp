@@ -16,8 +16,8 @@ constexpr auto kShowInterval = std::chrono::milliseconds(100);
 
 }  // namespace
 
-Watch::Watch(uint64_t total, std::function<uint64_t()> done)
-    : progress_(total, Progress::Unit::kBytes), done_(std::move(done)) {
+Watch::Watch(uint64_t total, std::function<uint64_t()> done, Progress::Unit unit)
+    : progress_(total, unit), done_(std::move(done)) {
   if (!progress_.is_on()) return;
   try {
     const SignalsBlocked guard;

@@ -11,13 +11,14 @@
 
 namespace cli {
 
-// Shows how many bytes are done from a thread of its own, so that the work needs no steps in which
-// it could do that. The thread runs only when there is a terminal to show it on.
+// Shows how much is done from a thread of its own, so that the work needs no steps in which it
+// could do that. The thread runs only when there is a terminal to show it on.
 class Watch {
  public:
-  // total: bytes there are; 0 when that is not known: nothing is shown then. done: how many of them
-  // are done; called on the thread until the destructor has run.
-  Watch(uint64_t total, std::function<uint64_t()> done);
+  // total: how many units there are; 0 when that is not known: nothing is shown then. done: how
+  // many of them are done; called on the thread until the destructor has run.
+  Watch(uint64_t total, std::function<uint64_t()> done,
+        Progress::Unit unit = Progress::Unit::kBytes);
   Watch(const Watch &) = delete;
   Watch &operator=(const Watch &) = delete;
   ~Watch();

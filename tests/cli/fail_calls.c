@@ -1,6 +1,7 @@
 /* Preloaded into jxfile: the call number FAIL_AT, from 0, of the routine FAIL_CALL of the C library
    fails with the errno FAIL_ERRNO, once, and makes the file FAIL_MARK. Just before each call of
-   RACE_CALL somebody else makes the file RACE_NAME. */
+   RACE_CALL somebody else makes the file RACE_NAME. Each call of SLOW_CALL takes ten milliseconds.
+ */
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -9,7 +10,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-static const char *failing, *mark, *racing, *rival;
+static const char *failing, *mark, *racing, *rival, *slow;
 static int calls_left, error;
 
 __attribute__((constructor)) static void start(void) {
@@ -18,6 +19,7 @@ __attribute__((constructor)) static void start(void) {
   mark = getenv("FAIL_MARK");
   racing = getenv("RACE_CALL");
   rival = getenv("RACE_NAME");
+  slow = getenv("SLOW_CALL");
   calls_left = at ? atoi(at) : 0;
   error = number ? atoi(number) : EIO;
 }
@@ -28,6 +30,7 @@ static void make(const char *name) {
 
 static int fails(const char *name) {
   if (racing && strcmp(name, racing) == 0) make(rival);
+  if (slow && strcmp(name, slow) == 0) usleep(10000);
   if (!failing || strcmp(name, failing) != 0 || calls_left-- != 0) return 0;
   if (mark) make(mark);
   errno = error;

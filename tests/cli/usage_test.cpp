@@ -75,6 +75,20 @@ TEST_F(Usage, ProgressIsShown) {
   EXPECT_TRUE(matches(out, "~\r\\[[#-]{40}\\] +[0-9]+%  [0-9.]+ [kM]?B/s  0:[0-9]{2} left")) << out;
   EXPECT_NE(out.find("\r\033[K"), out.npos) << out;
   EXPECT_NE(out.find("400000"), out.npos) << out;
+
+  // Of a removal, members of the first directory with several.
+  for (int i = 0; i < 80; ++i) {
+    std::filesystem::create_directories(at("tree/only"));
+    put("tree/only/" + std::to_string(i), "");
+  }
+  line =
+      "ASAN_OPTIONS=verify_asan_link_order=0:$ASAN_OPTIONS SLOW_CALL=unlinkat "
+      "LD_PRELOAD=" JX_FAIL_CALLS " script -qec \"'" JX_BINARY_DIR
+      "/jxfile' rm -r tree\" /dev/null";
+  const std::string shown = run({"/bin/sh", "-c", line}).out;
+  EXPECT_TRUE(matches(shown, "~\r\\[#{10}[#-]{30}\\] +[0-9]+%  0:[0-9]{2} left")) << shown;
+  EXPECT_TRUE(shown.ends_with("\r\033[K")) << shown;
+  EXPECT_FALSE(std::filesystem::exists(at("tree")));
 }
 
 // A build folder of a checkout elsewhere is removed and configured anew; any other is kept.

@@ -88,8 +88,7 @@ void require_operands(const Command &command, const std::vector<std::string> &wo
 
 const Command *find_command(std::string_view name) {
   const auto all = commands();
-  const auto found = std::find_if(all.begin(), all.end(),
-                                  [name](const Command &command) { return name == command.name; });
+  const auto found = std::ranges::find(all, name, &Command::name);
   return found == all.end() ? nullptr : &*found;
 }
 
@@ -129,22 +128,17 @@ class TableFormatter : public CLI::Formatter {
   }
 };
 
-bool takes_value(std::span<const Option> options, std::string_view word) {
-  return std::any_of(options.begin(), options.end(), [word](const Option &option) {
-    return option.value && word == long_name(option);
-  });
-}
-
 // The index of the first word that is not an option or the value of one; it may be "--". A negative
 // number is no option.
-int skip_options(int at, int argc, char **argv, std::span<const Option> options) {
+int skip_options(int at, int argc, char **argv, const Command *command) {
   const auto is_option = [](std::string_view word) {
     return word.size() > 1 && word[0] == '-' && (word[1] < '0' || word[1] > '9');
   };
   while (at < argc && is_option(argv[at])) {
     const std::string_view word = argv[at];
     if (word == "--") return at;
-    at += takes_value(options, word) || takes_value(common_options(), word) ? 2 : 1;
+    const Option *option = find_option(command, word);
+    at += option && option->value ? 2 : 1;
   }
   return std::min(at, argc);
 }
@@ -157,7 +151,7 @@ std::vector<std::string> split_off_operands(const Command &command, int command_
   char **const end = argv + *argc;
   char **kept = argv + command_at + 1;
   for (int at = command_at + 1; at < *argc; ++at) {
-    const int next = skip_options(at, *argc, argv, command.options);
+    const int next = skip_options(at, *argc, argv, &command);
     kept = std::copy(argv + at, argv + next, kept);
     at = next;
     const bool is_mark = at < *argc && std::string_view(argv[at]) == "--";
@@ -195,7 +189,7 @@ void add_commands(CLI::App &app, const Command *only) {
 // Puts the command in the place of the option "--version" and returns where the command is.
 int find_command_word(int argc, char **argv) {
   static char version[] = "version";
-  const int at = skip_options(1, argc, argv, {});
+  const int at = skip_options(1, argc, argv, nullptr);
   char **found = std::find(argv + 1, argv + at, std::string_view("--version"));
   if (found == argv + at) return at;
   *found = version;
@@ -215,6 +209,13 @@ std::vector<std::string> parser_words(int argc, char **argv) {
   }
   std::ranges::reverse(words);
   return words;
+}
+
+// Refuses "--flag=value", which the parser would take for the flag.
+void refuse_value(std::string_view word, const Command &command) {
+  const std::string_view name = word.substr(0, word.find('='));
+  const Option *option = name == word ? nullptr : find_option(&command, name);
+  if (option && !option->value) throw UsageError(std::string(name) + " takes no value");
 }
 
 UsageError unknown_command(const std::string &word) {
@@ -268,7 +269,10 @@ bool parse_command_line(int argc, char **argv, Invocation *invocation) {
   }
   invocation->command = command;
   std::vector<std::string> operands;
-  if (command) operands = split_off_operands(*command, command_at, &argc, argv);
+  if (command) {
+    operands = split_off_operands(*command, command_at, &argc, argv);
+    for (char *word : words.first(static_cast<size_t>(argc))) refuse_value(word, *command);
+  }
   try {
     app.parse(parser_words(argc, argv));
   } catch (const CLI::CallForHelp &) {

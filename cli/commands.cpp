@@ -40,6 +40,8 @@ constexpr auto kLsOptions = std::to_array<Option>({
 });
 
 constexpr auto kPathsOperands = std::to_array<Operand>({{"PATH", 1, kAnyNumber, "what to act on"}});
+constexpr auto kRmOperands = std::to_array<Operand>(
+    {{"PATH", 0, kAnyNumber, "what to remove; may be missing with --force"}});
 constexpr auto kMkdirOptions =
     std::to_array<Option>({{"-p,--parents", nullptr, "the missing directories on the way too"}});
 constexpr auto kRmOptions = std::to_array<Option>({
@@ -144,7 +146,7 @@ constexpr auto kCommands = std::to_array<Command>({
      "Removes files, links and empty directories; no link is followed. '.', '..', a path that ends "
      "in either, and the root directory are refused. What was removed before a failure stays "
      "removed; the message names the member that stopped it.",
-     "jxfile rm -r ./work", kPathsOperands, kRmOptions, run_rm},
+     "jxfile rm -r ./work", kRmOperands, kRmOptions, run_rm},
     {"mv", "rename a file or directory",
      "Renames within one file system; a file NEW is replaced, unless it was just moved "
      "there.",

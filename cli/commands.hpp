@@ -53,6 +53,10 @@ inline std::string_view long_name(const Option &option) {
   return names.substr(names.rfind(',') + 1);
 }
 
+// The option that a word such as "-n" or "--number" names, of a command (null: of none) or of all
+// of them; null when there is none.
+const Option *find_option(const Command *command, std::string_view word);
+
 // Takes the words after a command without the parser where each is plain: a known option on its
 // own, the value after it, or an operand. False for anything else, which may be right or wrong.
 bool parse_simple(const Command &command, std::span<char *const> words, Arguments *arguments);

@@ -142,11 +142,14 @@ void print_json(Session &session, const std::string &shown, const Examination &e
   }
   row.add("confidence", int64_t{detection.confidence}).add("certain", detection.is_certain());
   row.add("reason", detection.reason).add("mark", detection.mark_bytes > 0);
-  std::vector<std::string> candidates;
+  std::vector<Row> candidates;
   candidates.reserve(detection.guesses.size());
-  for (const Guess &guess : detection.guesses)
-    candidates.emplace_back(jxhost_encoding_name(guess.encoding));
-  row.add("candidates", std::span<const std::string>(candidates)).add("line_ends", lines.kind());
+  for (const Guess &guess : detection.guesses) {
+    candidates.emplace_back()
+        .add("encoding", std::string_view(jxhost_encoding_name(guess.encoding)))
+        .add("confidence", int64_t{guess.confidence});
+  }
+  row.add("candidates", std::span<const Row>(candidates)).add("line_ends", lines.kind());
   for (const auto end : {LineSurvey::kLf, LineSurvey::kCrlf, LineSurvey::kCr, LineSurvey::kNel}) {
     row.add(LineSurvey::kNames[end], lines.count(end));
   }

@@ -71,6 +71,8 @@ int run_mkdir(Session &session, const Arguments &arguments) {
 int run_rm(Session &session, const Arguments &arguments) {
   const bool is_recursive = arguments.has("--recursive");
   const bool is_forced = arguments.has("--force");
+  // For "rm -f $(...)": nothing to remove is what it asks for.
+  if (!is_forced && arguments.operands().empty()) throw UsageError("PATH is required");
   return for_each(session, arguments.operands(), [&](const std::string &path) {
     refuse_removal(path);
     if (is_forced && is_nothing(path)) return;

@@ -32,11 +32,14 @@ void append_value(std::string &json, std::string_view text) {
   if (!append_json_string(json, text)) throw std::invalid_argument("text that is not UTF-8");
 }
 
-void append_value(std::string &json, std::span<const std::string> texts) {
+void append_value(std::string &json, const Row &row) { (json += row.open_json()) += '}'; }
+
+template <typename Item>
+void append_value(std::string &json, std::span<const Item> items) {
   json += '[';
-  for (const std::string &text : texts) {
-    if (&text != &texts[0]) json += ',';
-    append_value(json, std::string_view(text));
+  for (const Item &item : items) {
+    if (&item != &items[0]) json += ',';
+    append_value(json, item);
   }
   json += ']';
 }

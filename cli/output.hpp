@@ -19,10 +19,10 @@ class Row {
  public:
   // Null is printed for an optional value that is not there.
   using Value = std::variant<std::nullptr_t, bool, int64_t, uint64_t, std::string_view,
-                             std::span<const std::string>>;
+                             std::span<const std::string>, std::span<const Row>>;
 
-  // UTF-8 text, a list of texts, a number or a truth value; std::invalid_argument for text that is
-  // not UTF-8.
+  // UTF-8 text, a list of texts or of objects, a number or a truth value; std::invalid_argument for
+  // text that is not UTF-8.
   Row &add(std::string_view key, Value value);
   // A name in bytes: under key when it is UTF-8, otherwise in base64 under key + "_base64".
   Row &add_name(std::string_view key, std::string_view bytes);

@@ -12,16 +12,6 @@ namespace {
 // Whether a word means itself wherever it is.
 bool is_plain(std::string_view word) { return !word.empty() && (word == "-" || word[0] != '-'); }
 
-// The option that a word names, "-n" or "--number".
-const Option *find_option(std::span<const Option> options, std::string_view word) {
-  const auto found = std::ranges::find_if(options, [word](const Option &option) {
-    const std::string_view names = option.name;
-    const size_t comma = std::min(names.find(','), names.size());
-    return word == long_name(option) || word == names.substr(0, comma);
-  });
-  return found == options.end() ? nullptr : &*found;
-}
-
 // Whether as many words as there are can be the operands of a command.
 bool fits(std::span<const Operand> operands, size_t count) {
   size_t minimum = 0;
@@ -35,6 +25,19 @@ bool fits(std::span<const Operand> operands, size_t count) {
 
 }  // namespace
 
+const Option *find_option(const Command *command, std::string_view word) {
+  const auto is_named = [word](const Option &option) {
+    const std::string_view names = option.name;
+    return word == long_name(option) || word == names.substr(0, names.find(','));
+  };
+  for (const auto options :
+       {command ? command->options : std::span<const Option>(), common_options()}) {
+    const auto found = std::ranges::find_if(options, is_named);
+    if (found != options.end()) return &*found;
+  }
+  return nullptr;
+}
+
 bool parse_simple(const Command &command, std::span<char *const> words, Arguments *arguments) {
   Arguments found;
   std::vector<std::string> operands;
@@ -43,8 +46,7 @@ bool parse_simple(const Command &command, std::span<char *const> words, Argument
       operands.emplace_back(words[at]);
       continue;
     }
-    const Option *own = find_option(command.options, words[at]);
-    const Option *option = own ? own : find_option(common_options(), words[at]);
+    const Option *option = find_option(&command, words[at]);
     if (!option) return false;
     const std::string key(long_name(*option));
     const bool has_value = !option->value || (at + 1 < words.size() && is_plain(words[at + 1]));

@@ -140,6 +140,8 @@ TEST_F(Commands, FilesAndPaths) {
        "mv: made/p/q/text -> made/p/text: another file has just been moved there"},
       {1, "rm -r none made/s made/p", "", "rm: none: file or directory not found"},
       {0, "rm -f none text/x dir/link", ""},
+      {0, "rm -rf", ""},
+      {2, "rm -r", "", "PATH is required"},
       {1, "rm -f dir/sub/ dir none/..", "", "rm: none/..: '.' and '..' are not removed"},
       {0, "mkdir dir/sub", ""},
       {1, "cp made made/none/inner", "", "a directory cannot be copied into itself"},

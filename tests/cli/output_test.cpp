@@ -171,6 +171,7 @@ TEST_F(Printed, CommandLinesThatNeedTheParser) {
       {2, "truncate in 1 -- 2", "", "'2' is one operand too many"},
       {2, "lines --from utf-8 --from latin1 in", "", "--from takes one value and is given once"},
       {2, "lines --from", "", "--from takes one value"},
+      {2, "lines --number=1 in", "", "lines: --number takes no value"},
       {2, "bytes --count 1a in", "", "'1a' is not a number"},
       {2, "lines ''", "", "FILE is empty"},
       {2, "cp in", "", "NEW"},

@@ -82,9 +82,9 @@ TEST_F(Usage, ProgressIsShown) {
     put("tree/only/" + std::to_string(i), "");
   }
   line =
-      "ASAN_OPTIONS=verify_asan_link_order=0:$ASAN_OPTIONS SLOW_CALL=unlinkat "
-      "LD_PRELOAD=" JX_FAIL_CALLS " script -qec \"'" JX_BINARY_DIR
-      "/jxfile' rm -r tree\" /dev/null";
+      "export ASAN_OPTIONS=verify_asan_link_order=0:$ASAN_OPTIONS; script -qec "
+      "\"SLOW_CALL=unlinkat "
+      "LD_PRELOAD='" JX_FAIL_CALLS "' '" JX_BINARY_DIR "/jxfile' rm -r tree\" /dev/null";
   const std::string shown = run({"/bin/sh", "-c", line}).out;
   EXPECT_TRUE(matches(shown, "~\r\\[#{10}[#-]{30}\\] +[0-9]+%  0:[0-9]{2} left")) << shown;
   EXPECT_TRUE(shown.ends_with("\r\033[K")) << shown;

@@ -81,7 +81,8 @@ void print_record_lines(Session &session, const Arguments &arguments, const Reco
   wem::File source =
       input.open(wem::OpenOptions::input().binary(kChunkBytes).direct().direct_transfer());
   const uint64_t offset = skip_records(input, source, forms.in, range);
-  ByteReader reader(source, input.shown(), kChunkBytes, input.head_bytes(asked));
+  const size_t first_bytes = asked.is_auto ? input.head_bytes(asked) : 1;
+  ByteReader reader(source, input.shown(), kChunkBytes, first_bytes);
   std::string_view chunk = reader.next();
   const uint32_t from = input.encoding_of_records(asked, chunk, reader.is_at_end());
   RecordFilter filter(session, from, JX_ENCODING_UTF8, {}, forms);

@@ -49,18 +49,17 @@ void RecordReader::begin() {
 
 std::string_view RecordReader::feed(std::string_view bytes) {
   begin();
-  // Looked for once in all records; what was held back came with the bytes before.
-  const bool had_line_end = may_have_line_end_;
+  // Looked for once in all records, and kept in mind of a start that is held back.
   const bool has_line_end = line_end_.size() > 1 || bytes.find(line_end_[0]) != bytes.npos;
-  may_have_line_end_ = had_line_end || has_line_end;
+  may_have_line_end_ = may_have_line_end_ || has_line_end;
   splitter_.feed(bytes, [this](std::string_view record, uint64_t offset) { put(record, offset); });
-  may_have_line_end_ = has_line_end;
+  // Once a record is complete, what is held back is of these bytes alone.
+  if (splitter_.count() >= first_record_) may_have_line_end_ = has_line_end;
   return lines_.bytes();
 }
 
 std::string_view RecordReader::finish() {
   begin();
-  may_have_line_end_ = true;
   splitter_.finish(forms_.short_last, [this](std::string_view record, uint64_t offset) {
     if (forms_.short_last != ShortRecord::kPad) return put(record, offset);
     std::string padded(record);

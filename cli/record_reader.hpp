@@ -73,7 +73,7 @@ class RecordReader {
   std::string blank_;
   uint64_t eight_blank_bytes_ = 0;
   ByteRoom lines_;
-  bool may_have_line_end_ = false;  // the bytes of the records
+  bool may_have_line_end_ = false;  // what is held back, and the bytes of the records
   uint64_t first_record_ = 1;       // of the lines
   uint64_t first_offset_ = 0;       // of what they were made of
   uint64_t bytes_before_ = 0;       // of lines

@@ -56,7 +56,7 @@ const BrokenSlot kExtensions[] = {
     {"a host name without a limit",
      [] {
        replace<&JXItcp::get_host_name>([](JXItcp *, JXChar *buffer, uint32_t *chars, uint32_t) {
-         std::fill_n(buffer, *chars = 32, 'h');
+         std::fill_n(buffer, *chars = std::max(*chars, 3u), 'h');
          return JX_OK;
        });
      },
@@ -121,6 +121,15 @@ const BrokenSlot kExtensions[] = {
        }>);
      },
      "jxelm.open_file: POSIX flags; came: flags 0x2 for 0x402"},
+    {"any lock word",
+     [] { replace<&JXElm::open_file>(open_with<[](auto &, uint32_t &word) { word &= 11; }>); },
+     "flags do not allow; came: an open file for word 4"},
+    {"its own permissions",
+     [] {
+       replace<&JXElm::open_file>(
+           open_with<[](JXOpenRequest &request, uint32_t &) { request.permissions = 0666; }>);
+     },
+     "jxelm.open_file: a new file with permissions 0660 and a mask of 022; came: permissions 0644"},
     {"no lock",
      [] { replace<&JXElm::open_file>(open_with<[](auto &, uint32_t &word) { word = 0; }>); },
      "two openings with each pair of lock words; came: status 0x0 for word 2 while another has 1"},

@@ -87,6 +87,13 @@ const BrokenSlot kMemory[] = {
        replace<&JXLock::lock_release>([](JXLock *) { return JX_OK; });
      },
      "lock.lock_acquire: eight threads at once; came: two threads held it at the same time"},
+    {"a release that fails",
+     [] {
+       replace<&JXLock::lock_release>([](JXLock *lock) {
+         return real<JXLock>.lock_release(lock) == JX_OK ? JX_E_BADARG : JX_OK;
+       });
+     },
+     "lock.lock_acquire: to acquire and release it three times; came: to release it: status "},
     {"duplicate keys",
      [] {
        replace<&JXTable::table_insert>([](JXTable *t, uint32_t, uint32_t, void *value,

@@ -99,7 +99,7 @@ const BrokenSlot kText[] = {
            transcode_then<[](JXStatus status, char *, uint32_t, uint32_t &) -> JXStatus {
              static std::atomic<int> callers;
              const bool is_alone = callers.fetch_add(1) == 0;
-             usleep(10);
+             usleep(100);
              callers.fetch_sub(1);
              return is_alone ? status : JX_E_NOMEM;
            }>);

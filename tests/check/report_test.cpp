@@ -36,7 +36,9 @@ TEST(Report, ReferenceHostPasses) {
     config.format = row.format;
     config.flags = row.flags;
     config.seconds = row.seconds;
+    const mode_t mask = umask(027);
     const Examination result = examine(host.get(), config);
+    EXPECT_EQ(umask(mask), 027u);
     EXPECT_EQ(result.status, JX_OK) << result.report;
     EXPECT_GT(result.counts.passed, 120u) << result.report;
     const uint32_t total = result.counts.passed + result.counts.skipped;

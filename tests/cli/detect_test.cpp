@@ -126,6 +126,8 @@ TEST_F(Detect, AutoStopsWhereItIsNotSure) {
       {"one name\0two\0"s + "\xe4", "cannot be told"},
       // A word without a blank, and the same cut off.
       {"h\0i\0"s, "it may be wide units: UTF-16LE ("},
+      // Wide units, the last one cut.
+      {"a\0 \0b"s, "it may be wide units: "},
       {"\4\x1f\4"s, "it may be wide units: UTF-16LE, UTF-16BE ("},
   };
   for (const auto &[bytes, reason] : rows) {

@@ -1,6 +1,7 @@
 /* Preloaded into jxfile: the call number FAIL_AT, from 0, of the routine FAIL_CALL of the C library
    fails with the errno FAIL_ERRNO, once, and makes the file FAIL_MARK. Just before each call of
    RACE_CALL somebody else makes the file RACE_NAME. Each call of SLOW_CALL takes ten milliseconds.
+   What LOOSE_CALL makes is open to everybody, as if somebody else had made it.
  */
 #include <dlfcn.h>
 #include <errno.h>
@@ -10,7 +11,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-static const char *failing, *mark, *racing, *rival, *slow;
+static const char *failing, *mark, *racing, *rival, *slow, *loose;
 static int calls_left, error;
 
 __attribute__((constructor)) static void start(void) {
@@ -20,6 +21,7 @@ __attribute__((constructor)) static void start(void) {
   racing = getenv("RACE_CALL");
   rival = getenv("RACE_NAME");
   slow = getenv("SLOW_CALL");
+  loose = getenv("LOOSE_CALL");
   calls_left = at ? atoi(at) : 0;
   error = number ? atoi(number) : EIO;
 }
@@ -51,6 +53,7 @@ static void require_close_on_exec(const char *name, long second, long third) {
     static type (*next)(long, long, long, long, long, long);                       \
     if (!next) *(void **)&next = dlsym(RTLD_NEXT, #name);                          \
     require_close_on_exec(#name, b, c);                                            \
+    if (loose && strcmp(#name, loose) == 0) c |= 0777;                             \
     return fails(#name) ? result : next(a, b, c, d, e, f);                         \
   }
 #define CALL(name, result) CALL_TO(long, name, result)

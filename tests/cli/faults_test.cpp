@@ -187,6 +187,11 @@ TEST_F(Faults, ARivalKeepsTheName) {
   Outcome outcome;
   EXPECT_TRUE(fail("convert in new", "linkat", 0, ENOENT, &outcome));
   expect_failure(outcome, "it became another file meanwhile");
+  // Nor is a copy made in a directory that somebody else put in the place of its own.
+  ASSERT_EQ(::chmod(at("").c_str(), 01777), 0);
+  fail("cp in new", "none", 0, EIO, &outcome, "LOOSE_CALL=mkdirat ");
+  expect_failure(outcome, "access denied");
+  EXPECT_EQ(names(), "in out tree ");
 }
 
 }  // namespace

@@ -76,7 +76,8 @@ TEST_F(Input, PipesAreReadAsTheyCome) {
   const std::string half = "; { echo a; cat go; } | $J ";
   const std::string other = " - | { read line; echo b > go; echo \"$line\"; cat; }";
   for (const std::string command :
-       {"lines", "lines -n", "lines --mark", "lines --json", "lines --direct", "bytes --raw"}) {
+       {"lines", "lines -n", "lines --mark", "lines --json", "lines --direct", "bytes --raw",
+        "lines --from ibm1047 --records fixed:2"}) {
     const std::string both = script("rm -f go; mkfifo go" + half + command + other);
     EXPECT_EQ(std::count(both.begin(), both.end(), '\n'), 2) << command << "\n" << both;
     EXPECT_NE(script("yes | $J " + command + " - | head -c 99"), "timeout") << command;

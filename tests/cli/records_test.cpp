@@ -90,6 +90,25 @@ TEST_F(Records, EndWhereTheyBegan) {
   }
 }
 
+// Lengths whose bytes differ, and the longest block.
+TEST_F(Records, LengthsAndBlocks) {
+  const struct {
+    const char *form;
+    size_t first, second;  // lengths of the records
+    std::string head;
+  } rows[] = {
+      {"be32", 0x10203, 0, "\0\1\2\3"s},      {"le32", 0x10203, 0, "\3\2\1\0"s},
+      {"rdw", 0x0200, 0, "\2\4\0\0"s},        {"bdw", 16374, 16374, "\x7f\xf8\0\0"s},
+      {"bdw", 16374, 16375, "\x3f\xfe\0\0"s},
+  };
+  for (const auto &[form, first, second, head] : rows) {
+    const std::string text = std::string(first, 'x') + "\n" + std::string(second, 'y') + "\n";
+    const std::string bytes = jxfile("convert" + to(form), text).out;
+    EXPECT_EQ(bytes.substr(0, 4), head) << form << second;
+    EXPECT_TRUE(jxfile("convert" + from(form), bytes).out == text) << form << second;
+  }
+}
+
 struct RecordFault {
   const char *options;
   std::string bytes;
@@ -107,6 +126,9 @@ std::string repeated(const char *text, size_t count) {
 const RecordFault kRecordFaults[] = {
     {"--records fixed:3", "abcde", "the last record has 2 of 3 bytes", "2, byte offset 3", "abc\n"},
     {"--records fixed:3", "abcd\nf", "a line end in it", "2, byte offset 4", "abc\n"},
+    {"--records fixed:9 --record-length 4", "ab\ncdefgh", "a line end in it", "1, byte offset 2"},
+    {"--records fixed:9 --record-length 4 --short-last keep", "ab\ncdefg", "a line end in it",
+     "1, byte offset 2"},
     {"--records fixed:3",
      "abcd\xff"
      "f",
@@ -180,6 +202,8 @@ TEST_F(Records, FaultsNameRecordAndOffset) {
 TEST_F(Records, OptionsOfTheCommands) {
   put("in", "ab c d\xFF");
   put("e", "\xC1\xC2\x40\x40\xC3\x15");
+  put("long", "abc\n\xC3");
+  put("rest", "\xBC\n");
   const std::string block = "\0\5\0\0"s + "a" + "\0\7\0\0\xC3\xBC"s + "c";
   check({
       {0, "convert --records fixed:4 --short-last pad --on-error skip in", "ab c\n d \n",
@@ -199,6 +223,9 @@ TEST_F(Records, OptionsOfTheCommands) {
        "efg"},
       {1, "convert --records fixed:3 --on-error skip - --to-records fixed:2", "~",
        "the line is longer than the 2 bytes of a record: record 3, byte offset 6", "a\nbc\ndefg"},
+      // The start of a character in the first is none of the second.
+      {1, "convert --in-place --jobs 1 --to-records fixed:2 long rest", "",
+       "rest: input is not valid in its encoding"},
       {0, "lines --records fixed:2 --from ibm1047 -n --range 2: e",
        "     2    \n     3  C\xC2\x85\n"},
       {0, "lines --records rdw --json --strip-blanks -",

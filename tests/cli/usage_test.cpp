@@ -86,7 +86,7 @@ TEST_F(Usage, ProgressIsShown) {
       "\"SLOW_CALL=unlinkat "
       "LD_PRELOAD='" JX_FAIL_CALLS "' '" JX_BINARY_DIR "/jxfile' rm -r tree\" /dev/null";
   const std::string shown = run({"/bin/sh", "-c", line}).out;
-  EXPECT_TRUE(matches(shown, "~\r\\[#{10}[#-]{30}\\] +[0-9]+%  0:[0-9]{2} left")) << shown;
+  EXPECT_TRUE(matches(shown, "~\r\\[#{10}[#-]{29}-\\] +[0-9]+%  0:[0-9]{2} left")) << shown;
   EXPECT_TRUE(shown.ends_with("\r\033[K")) << shown;
   EXPECT_FALSE(std::filesystem::exists(at("tree")));
 }

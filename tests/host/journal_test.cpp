@@ -7,6 +7,7 @@
 
 #include "host/test_host.hpp"
 #include "jx/runtime.h"
+#include "support/syscalls.hpp"
 
 namespace jx::test {
 namespace {
@@ -39,6 +40,14 @@ TEST(Journal, ShowsEveryTextOnOneLine) {
     const ssize_t bytes = read(ends[0], written, sizeof written);
     EXPECT_EQ(std::string(written, bytes > 0 ? static_cast<size_t>(bytes) : 0), line + "\n");
   }
+  // The rest of what is written in part follows.
+  arm_syscalls(syscalls(Syscall::write), {.most_bytes = 5});
+  EXPECT_EQ(jxlMessageToJnl(host.journal(), 2, 77, 0), JX_OK);
+  EXPECT_TRUE(disarm_syscalls());
+  char written[PIPE_BUF] = "";
+  EXPECT_EQ(read(ends[0], written, sizeof written), 5);
+  EXPECT_GT(read(ends[0], written, sizeof written), 0);
+  EXPECT_STREQ(written, " message 77\n");
   for (const int end : ends) close(end);
 }
 

@@ -1,7 +1,9 @@
 // The file access routines: failures in a row, missing handles.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cerrno>
+#include <csignal>
 
 #include "support/instance.hpp"
 #include "support/open.hpp"
@@ -39,19 +41,47 @@ TEST_F(HostAccess, FlushGoesOnAfterAFailedWrite) {
 TEST_F(HostAccess, AMarkThatFailsIsTriedAgain) {
   JXOpenOptions options = open_options(JX_ACCESS_OUTPUT, 0, JX_FORMAT_STREAM);
   options.file_encoding = options.record_encoding = JX_ENCODING_UTF16LE;
+  for (const bool has_offset : {true, false}) {
+    File file(instance, path, options);
+    ASSERT_TRUE(file);
+    int64_t offset = 0;
+    for (const JXStatus status : {JXWEM_E_DISKFULL, JX_OK}) {
+      const auto failing = syscalls(has_offset ? Syscall::pwrite64 : Syscall::write);
+      if (status != JX_OK) arm_syscalls(failing, {.error = ENOSPC});
+      EXPECT_EQ(file->write(file, "a\0b\0", 4, 0, has_offset ? &offset : nullptr), status);
+      disarm_syscalls();
+      EXPECT_EQ(offset, has_offset && status == JX_OK ? 2 : 0);
+    }
+    ASSERT_EQ(file.close(), JX_OK);
+    EXPECT_EQ(read_file(path), std::string("\xFF\xFE"
+                                           "a\0b\0",
+                                           6));
+  }
+}
+
+// After a record of which a part was written the next one is read, and then the one after that.
+TEST_F(HostAccess, APartOfARecordMovesThePosition) {
+  write_file(path, "aaaa\nbbbb\ncccc\n");
+  JXOpenOptions options = open_options(JX_ACCESS_UPDATE, 0);
+  options.record_encoding = options.file_encoding = JX_ENCODING_UTF8;
   File file(instance, path, options);
   ASSERT_TRUE(file);
-  int64_t offset = 0;
-  for (const JXStatus status : {JXWEM_E_DISKFULL, JX_OK}) {
-    if (status != JX_OK) arm_syscalls(syscalls(Syscall::pwrite64), {.error = ENOSPC});
-    EXPECT_EQ(file->write(file, "a\0b\0", 4, 0, &offset), status);
-    disarm_syscalls();
-    EXPECT_EQ(offset, status == JX_OK ? 2 : 0);
-  }
-  ASSERT_EQ(file.close(), JX_OK);
-  EXPECT_EQ(read_file(path), std::string("\xFF\xFE"
-                                         "a\0b\0",
-                                         6));
+  void *data = nullptr;
+  uint32_t bytes = 0;
+  const auto read = [&] {
+    EXPECT_EQ(file->read(file, &data, &bytes, 0, nullptr), JX_OK);
+    return std::string(static_cast<char *>(data), bytes);
+  };
+  EXPECT_EQ(read(), "aaaa");
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit limit = {};
+  getrlimit(RLIMIT_FSIZE, &limit);
+  const rlimit six = {6, limit.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &six);
+  EXPECT_EQ(file->write(file, "xxx", 3, 0, nullptr), JXWEM_E_DISKFULL);
+  setrlimit(RLIMIT_FSIZE, &limit);
+  EXPECT_EQ(read(), "bbb");
+  EXPECT_EQ(read(), "cccc");
 }
 
 TEST_F(HostAccess, HandlesWithoutBlocks) {

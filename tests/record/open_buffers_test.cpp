@@ -86,6 +86,13 @@ TEST_F(OpenBuffers, HugeRecordLength) {
       }
     }
   }
+  // Without a record buffer, the one for conversions is that large.
+  JXOpenOptions options = open_options(JX_ACCESS_INPUT, 0, JX_FORMAT_STREAM);
+  options.open_flags = JX_OPEN_DIRECT_TRANSFER;
+  options.file_encoding = JX_ENCODING_UTF8;
+  options.record_encoding = JX_ENCODING_UTF32LE;
+  options.record_length = 0x40000001u;
+  EXPECT_EQ(File(instance, path, options).status, JX_E_NOMEM);
 }
 
 TEST_F(OpenBuffers, ControlStrings) {

@@ -2,9 +2,11 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <cerrno>
 #include <set>
 
 #include "sdk/wrapper_support.hpp"
+#include "support/syscalls.hpp"
 
 namespace jx::test {
 namespace {
@@ -193,6 +195,10 @@ TEST_F(WrapperFiles, TreesAreWalkedCopiedAndRemoved) {
   EXPECT_EQ(walk("copy"), copied);
   EXPECT_EQ(steps.size(), all.size());
   EXPECT_EQ(wem::copy_tree(instance(), at("tree"), at("copy"), note), JXWEM_E_EXISTS);
+  // A directory that cannot be read to its end is not taken for a short one.
+  arm_syscalls(syscalls(Syscall::readdir64_r), {.n = 1, .error = EIO});
+  EXPECT_FALSE(wem::copy_tree(instance(), at("tree"), at("short"), note).ok());
+  EXPECT_TRUE(disarm_syscalls());
   std::filesystem::create_symlink(at("tree"), at("alias"));
   for (const char *inside : {"tree/empty/in", "alias/empty/in", "copy/../tree/empty/in"}) {
     EXPECT_EQ(wem::copy_tree(instance(), at("tree"), at(inside), note), JXWEM_E_BADNAME) << inside;
@@ -232,6 +238,7 @@ TEST_F(WrapperFiles, TimesAreThoseOfTheSystem) {
   put("file", "x");
   struct ::stat status = {};
   ASSERT_EQ(::stat(at("file").c_str(), &status), 0);
+  module_.host()->time_zone = -7200;
   const wem::FileInfo info = *instance().info(at("file"));
   EXPECT_EQ(info.modified_time_t(), status.st_mtime);
   const auto list =

@@ -180,6 +180,34 @@ TEST_F(Wrapper, AssignmentClosesWhatWasHeld) {
   wem::File &self = file;
   file = std::move(self);
   EXPECT_TRUE(file.write_line("x").ok());
+
+  // A table ends before its pool.
+  static std::string order;
+  wem::Directory directory = *instance().open_directory(at(""));
+  auto members = *directory.members();
+  JXTable *table = members.raw();
+  JXPool *pool = members.begin()->pool;
+  static const auto end_table = table->destroy_table;
+  static const auto end_pool = pool->destroy_pool;
+  table->destroy_table = [](JXTable *ended) { return order += "table ", end_table(ended); };
+  pool->destroy_pool = [](JXPool *ended) { return order += "pool ", end_pool(ended); };
+  members = *directory.members();
+  EXPECT_EQ(order, "table pool ");
+}
+
+// A range outlives the close of its handle, without what the handle kept.
+TEST_F(Wrapper, CloseReleasesWhatIsKept) {
+  struct Raw {
+    JXStatus (*close)(Raw *);
+  };
+  Raw raw = {[](Raw *) { return JXStatus{JXWEM_E_DISKFULL}; }};
+  auto keeper = std::make_shared<const int>(0);
+  const std::weak_ptr<const int> kept = keeper;
+  wem::detail::Handle<Raw> handle(&raw, std::move(keeper));
+  const auto watch = handle.watch();
+  EXPECT_EQ(handle.close(), JXWEM_E_DISKFULL);
+  EXPECT_TRUE(kept.expired());
+  EXPECT_EQ(watch.get(), nullptr);
 }
 
 TEST_F(Wrapper, OutOfMemoryLeaksNothing) {
@@ -216,7 +244,7 @@ TEST_F(Wrapper, OutOfMemoryLeaksNothing) {
 
 TEST_F(Wrapper, JournalOfTheConfigurationIsUsed) {
   module_ = {};
-  std::string told;
+  std::string told, other_told;
   JXHostConfig config = JXHOST_CONFIG_INIT;
   config.journal_context = &told;
   config.journal_sink = [](void *context, uint32_t, JXStatus, const char *text8) {
@@ -230,6 +258,9 @@ TEST_F(Wrapper, JournalOfTheConfigurationIsUsed) {
   EXPECT_NE(std::exchange(told, ""), "");
   EXPECT_FALSE(instance().open(at(std::string(300, 'x')), OpenOptions::input()));
   EXPECT_NE(told, "");
+  // Another context is that of another host, for which the module is taken.
+  config.journal_context = &other_told;
+  EXPECT_FALSE(wem::Module::load(JXWEM_PATH, &config, &error_));
 }
 
 }  // namespace

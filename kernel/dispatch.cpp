@@ -51,13 +51,15 @@ JX_CHOOSE(compare_bytes);
 JX_CHOOSE(compare_chars);
 JX_CHOOSE(fill_chars);
 JX_CHOOSE(copy_bytes);
+JX_CHOOSE(length_of_bytes);
+JX_CHOOSE(length_of_chars);
 JX_CHOOSE(note_bytes);
 
 }  // namespace
 
 constinit const jx::LongRuns jx::kLongRuns = {
-    find_byte,     find_other_byte, find_char,  find_other_char, compare_bytes,
-    compare_chars, fill_chars,      copy_bytes, note_bytes,
+    find_byte,  find_other_byte, find_char,       find_other_char, compare_bytes, compare_chars,
+    fill_chars, copy_bytes,      length_of_bytes, length_of_chars, note_bytes,
 };
 
 #endif

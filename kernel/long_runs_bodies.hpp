@@ -2,8 +2,10 @@
 #pragma once
 
 #include "kernel/copy.hpp"
+#include "kernel/fill.hpp"
 #include "kernel/long_runs.hpp"
 #include "kernel/scan.hpp"
+#include "kernel/string_length.hpp"
 
 namespace jx {
 
@@ -22,6 +24,16 @@ template <class Ops, typename T>
   const Mismatch<Ops, T> match = {static_cast<const uint8_t *>(second)};
   const size_t index = scan_blocks<Ops, T>(match, static_cast<const uint8_t *>(first), count);
   return index == count ? 0 : order_at<T>(first, second, index);
+}
+
+// By blocks where these are wider than the C library's.
+template <class Ops, typename T>
+[[gnu::always_inline]] inline uint32_t length_of(const void *string) {
+  if constexpr (kScansStrings && Ops::kBytes > vector::Base::kBytes) {
+    return length_by_blocks<Ops, T>(string);
+  } else {
+    return length_by_library<T>(string);
+  }
 }
 
 // Notes the places of a block from its mask. Two are stored whether there or not: in text, most
@@ -79,6 +91,16 @@ void LongRunsOf<Ops>::fill_chars(uint32_t *buffer, uint32_t value, uint32_t coun
 template <class Ops>
 void LongRunsOf<Ops>::copy_bytes(const void *source, void *destination, uint32_t count) {
   copy_blocks<Ops>(destination, source, count);
+}
+
+template <class Ops>
+uint32_t LongRunsOf<Ops>::length_of_bytes(const void *string) {
+  return detail::length_of<Ops, uint8_t>(string);
+}
+
+template <class Ops>
+uint32_t LongRunsOf<Ops>::length_of_chars(const void *string) {
+  return detail::length_of<Ops, uint32_t>(string);
 }
 
 template <class Ops>

@@ -28,9 +28,14 @@ namespace {
 
 extern "C" {
 
-uint32_t skStrLen(const char *string) { return string ? jx::string_length(string) : 0; }
+// Not inlined into the copies below: that would split the routines.
+[[gnu::noinline]] uint32_t skStrLen(const char *string) {
+  return string ? jx::string_length(string) : 0;
+}
 
-uint32_t skStrTLen(const JXChar *string) { return string ? jx::string_length(string) : 0; }
+[[gnu::noinline]] uint32_t skStrTLen(const JXChar *string) {
+  return string ? jx::string_length(string) : 0;
+}
 
 void skStrCpy(const char *source, char *destination) {
   if (!destination) return;

@@ -3,8 +3,8 @@
 #include <cstring>
 #include <cwchar>
 
+#include "kernel/fill.hpp"
 #include "kernel/format.hpp"
-#include "kernel/scan.hpp"
 
 namespace jx {
 

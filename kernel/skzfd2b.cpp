@@ -5,7 +5,7 @@
 
 #include "kernel/copy.hpp"
 #include "kernel/decimal.hpp"
-#include "kernel/scan.hpp"
+#include "kernel/fill.hpp"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "kernel/decimal.hpp"
-#include "kernel/scan.hpp"
+#include "kernel/fill.hpp"
 
 extern "C" JXStatus skzfFDblToBuff(double value, JXChar *destination, uint32_t digit_count,
                                    uint32_t *count_out, uint32_t *leading_zeros_out) {

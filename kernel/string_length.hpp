@@ -1,10 +1,14 @@
-// Lengths of strings that end with a zero unit. The ends of short ones are looked for in aligned
-// blocks, the first and the last of which are the string's only in part (kLoadsPartOwned in
-// vector/base.hpp).
+// Lengths of strings that end with a zero unit.
 //
-// Measured in times of strlen, 4, 16, 64 and 1024 bytes: i386 0.8, 0.8, 0.9, 1.1,
-// x86-64 1.0, 1.1, 1.1, 1.1; of wcslen, 4, 16, 64 and 1024 units: i386 1.3, 0.8, 1.2, 1.0, x86-64
-// 0.9, 1.1, 1.2, 1.1.
+// In 64-bit programs they are the C library's, whose vectors are the widest: a jump there costs
+// less than a look at the first blocks. In 32-bit programs it has SSE2 at best: there a near end is
+// looked for inline, a far one by the body that kernel/long_runs.hpp chose. Blocks are aligned and
+// each has a byte of the string at least: scans by several blocks at once would read blocks of
+// which nothing is the string's, which memory checkers report.
+//
+// Measured in times of strlen, 4, 16, 64 and 1024 bytes: i386 0.8, 0.8, 0.9, 0.7,
+// x86-64 1.1, 1.1, 1.1, 1.0; of wcslen, 4, 16, 64 and 1024 units: i386 1.3, 0.8, 0.8, 0.9, x86-64
+// 1.1, 1.1, 1.0, 1.0.
 #pragma once
 
 #include <cstdint>
@@ -15,35 +19,82 @@
 
 namespace jx {
 
+// Tells whether strings are scanned here.
+inline constexpr bool kScansStrings = sizeof(void *) == 4 && vector::kLoadsPartOwned;
+
 namespace detail {
 
-// `address`, or the last multiple of `size` before it.
-inline const uint8_t *align_down(const uint8_t *address, size_t size) {
-  return address - reinterpret_cast<uintptr_t>(address) % size;
+template <class Ops, typename T>
+inline typename Ops::Mask zeros_in(const uint8_t *block) {
+  return Ops::mask(Ops::template equal<T>(Ops::load_aligned(block), Ops::template repeat<T>(0)));
 }
 
-template <class Ops, typename T>
-inline typename Ops::Block zeros_in(const uint8_t *block) {
-  return Ops::template equal<T>(Ops::load_aligned(block), Ops::template repeat<T>(0));
-}
+// A string's first block, which begins `skipped` bytes before it.
+template <class Ops>
+struct FirstBlock {
+  size_t skipped;
+  const uint8_t *begin;
 
-// Tells whether an aligned block after the string's first has a zero, and sets the length if so.
+  explicit FirstBlock(const void *string)
+      : skipped(reinterpret_cast<uintptr_t>(string) % Ops::kBytes),
+        begin(static_cast<const uint8_t *>(string) - skipped) {}
+  // The zeros in it, by their offsets in the string.
+  template <typename T>
+  typename Ops::Mask zeros() const {
+    return zeros_in<Ops, T>(begin) >> skipped;
+  }
+};
+
+// Tells whether the block at `offset` has a zero, and sets the length of the string if so.
 template <class Ops, typename T>
-[[gnu::always_inline]] inline bool ends_in(const uint8_t *string, const uint8_t *block,
+[[gnu::always_inline]] inline bool ends_in(const FirstBlock<Ops> &first, size_t offset,
                                            uint32_t *length) {
-  const auto zeros = Ops::mask(zeros_in<Ops, T>(block));
+  const auto zeros = zeros_in<Ops, T>(first.begin + offset);
   if (zeros == 0) return false;
-  *length =
-      static_cast<uint32_t>(static_cast<size_t>(block - string) / sizeof(T) + first_unit<T>(zeros));
+  const size_t bytes = offset + static_cast<size_t>(std::countr_zero(zeros)) - first.skipped;
+  *length = static_cast<uint32_t>(bytes / sizeof(T));
   return true;
 }
 
-// Tells the same of several blocks, written out so that no branch is taken before the end.
+// How many blocks are looked at without a taken branch, and may a short string end in after its
+// first.
+inline constexpr size_t kBlocksInRow = 4;
+
+// Tells the same of the blocks from `offset` on, written out.
 template <class Ops, typename T, size_t... kIndex>
-[[gnu::always_inline]] inline bool ends_in_one_of(const uint8_t *string, const uint8_t *blocks,
+[[gnu::always_inline]] inline bool ends_in_one_of(const FirstBlock<Ops> &first, size_t offset,
                                                   uint32_t *length,
                                                   std::index_sequence<kIndex...>) {
-  return (ends_in<Ops, T>(string, blocks + kIndex * Ops::kBytes, length) || ...);
+  return (ends_in<Ops, T>(first, offset + kIndex * Ops::kBytes, length) || ...);
+}
+
+// Tells whether a string is short, and sets its length if so.
+template <typename T>
+[[gnu::always_inline]] inline bool has_short_length(const void *string, uint32_t *length) {
+  using Ops = vector::Base;
+  const FirstBlock<Ops> first(string);
+  if (const auto zeros = first.template zeros<T>(); zeros != 0) {
+    *length = static_cast<uint32_t>(first_unit<T>(zeros));
+    return true;
+  }
+  return ends_in_one_of<Ops, T>(first, Ops::kBytes, length,
+                                std::make_index_sequence<kBlocksInRow>());
+}
+
+// The length of a string, by single blocks.
+template <class Ops, typename T>
+[[gnu::always_inline]] inline uint32_t length_by_blocks(const void *string) {
+  const FirstBlock<Ops> first(string);
+  if (const auto zeros = first.template zeros<T>(); zeros != 0) {
+    return static_cast<uint32_t>(first_unit<T>(zeros));
+  }
+  uint32_t length;
+  size_t offset = Ops::kBytes;
+  while (
+      !ends_in_one_of<Ops, T>(first, offset, &length, std::make_index_sequence<kBlocksInRow>())) {
+    offset += kBlocksInRow * Ops::kBytes;
+  }
+  return length;
 }
 
 // The C library's lengths. Declared with the result that callers want, its low half: so that a call
@@ -55,7 +106,7 @@ uint32_t jx_length_of_chars(const void *string) __asm__("wcslen");
 static_assert(sizeof(wchar_t) == sizeof(uint32_t));
 
 template <typename T>
-JX_APART inline uint32_t length_by_library(const T *string) {
+[[gnu::always_inline]] inline uint32_t length_by_library(const void *string) {
   if constexpr (sizeof(T) == 1) {
     return jx_length_of_bytes(string);
   } else {
@@ -63,37 +114,27 @@ JX_APART inline uint32_t length_by_library(const T *string) {
   }
 }
 
-}  // namespace detail
-
-// How many blocks after its first a string may end in without a jump to the C library. Few for
-// 32-bit units where that one has wide vectors: their strings soon get long enough for these.
 template <typename T>
-inline constexpr size_t kShortStringBlocks = sizeof(T) == 1 || sizeof(void *) == 4 ? 4 : 1;
-
-// Tells whether a string ends in these blocks, and sets its length if so.
-template <typename T>
-[[gnu::always_inline]] inline bool has_short_length(const uint8_t *string, uint32_t *length) {
-  using Ops = vector::Base;
-  const uint8_t *block = detail::align_down(string, Ops::kBytes);
-  const auto zeros = Ops::mask(detail::zeros_in<Ops, T>(block)) >> (string - block);
-  if (zeros != 0) {
-    *length = static_cast<uint32_t>(detail::first_unit<T>(zeros));
-    return true;
+JX_APART inline uint32_t length_of_long_string(const T *string) {
+  if constexpr (sizeof(T) == 1) {
+    return kLongRuns.length_of_bytes(string);
+  } else {
+    return kLongRuns.length_of_chars(string);
   }
-  return detail::ends_in_one_of<Ops, T>(string, block + Ops::kBytes, length,
-                                        std::make_index_sequence<kShortStringBlocks<T>>());
 }
 
-// The number of units before a zero. Strings that are not short are left to the C library: scans by
-// several blocks at once would read blocks of which nothing is the string's, which memory checkers
-// report.
+}  // namespace detail
+
+// The number of units before a zero.
 template <typename T>
 [[gnu::always_inline]] inline uint32_t string_length(const T *string) {
-  if constexpr (vector::kLoadsPartOwned) {
+  if constexpr (kScansStrings) {
     uint32_t length;
-    if (has_short_length<T>(reinterpret_cast<const uint8_t *>(string), &length)) return length;
+    if (detail::has_short_length<T>(string, &length)) return length;
+    return detail::length_of_long_string(string);
+  } else {
+    return detail::length_by_library<T>(string);
   }
-  return detail::length_by_library(string);
 }
 
 }  // namespace jx

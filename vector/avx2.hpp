@@ -25,6 +25,11 @@ struct Avx2 {
     _mm256_storeu_si256(static_cast<__m256i *>(to), block);
   }
 
+  // As Sse2 has it.
+  static Block load_aligned(const void *from) {
+    return _mm256_load_si256(static_cast<const __m256i *>(from));
+  }
+
   template <typename T>
   static Block repeat(T value) {
     if constexpr (sizeof(T) == 1) return _mm256_set1_epi8(static_cast<char>(value));

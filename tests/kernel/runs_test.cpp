@@ -35,7 +35,7 @@ Routines bodies(const char *name) {
           jx::kShortRunBytes + 1,
           {Runs::find_byte, Runs::find_other_byte, Runs::find_char, Runs::find_other_char,
            Runs::compare_bytes, Runs::compare_chars, Runs::fill_chars, Runs::copy_bytes,
-           Runs::note_bytes}};
+           Runs::length_of_bytes, Runs::length_of_chars, Runs::note_bytes}};
 }
 
 const Routines kExported = {
@@ -53,7 +53,9 @@ const Routines kExported = {
        return skWMemCmp(static_cast<const uint32_t *>(first), static_cast<const uint32_t *>(second),
                         count);
      },
-     skMemTSet, skMemCpy, nullptr}};
+     skMemTSet, skMemCpy,
+     [](const void *string) { return skStrLen(static_cast<const char *>(string)); },
+     [](const void *string) { return skStrTLen(static_cast<const JXChar *>(string)); }, nullptr}};
 
 std::vector<Routines> all_routines() {
   std::vector<Routines> all = {kExported, bodies<jx::vector::Plain>("plain"),
@@ -114,9 +116,9 @@ class RunsTest : public testing::Test {
     if constexpr (sizeof(T) == 1) return routines.runs.compare_bytes;
     if constexpr (sizeof(T) == 4) return routines.runs.compare_chars;
   }
-  static uint32_t length(const uint8_t *string) {
-    if constexpr (sizeof(T) == 1) return skStrLen(reinterpret_cast<const char *>(string));
-    if constexpr (sizeof(T) == 4) return skStrTLen(reinterpret_cast<const JXChar *>(string));
+  static auto length(const Routines &routines) {
+    if constexpr (sizeof(T) == 1) return routines.runs.length_of_bytes;
+    if constexpr (sizeof(T) == 4) return routines.runs.length_of_chars;
   }
   static int32_t order(T first, T second) {
     if (first == second) return 0;
@@ -194,7 +196,9 @@ TYPED_TEST(RunsTest, LengthsOfStrings) {
         put_unit<T>(string, i, static_cast<T>(i % 2 == 0 ? ~T{0} : T{1} << (8 * sizeof(T) - 8)));
       }
       put_unit<T>(string, count, 0);
-      ASSERT_EQ(this->length(string), count) << gap;
+      for (const Routines &routines : this->all_) {
+        ASSERT_EQ(this->length(routines)(string), count) << routines.name << ' ' << gap;
+      }
     }
   }
 }

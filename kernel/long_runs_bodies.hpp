@@ -36,19 +36,29 @@ template <class Ops, typename T>
   }
 }
 
-// Notes the places of a block from its mask. Two are stored whether there or not: in text, most
+// The number of bits of a mask, by one instruction or none that is slow.
+[[gnu::always_inline]] inline uint32_t count_bits(uint32_t mask) {
+#if defined(__POPCNT__)
+  return static_cast<uint32_t>(std::popcount(mask));
+#else
+  mask -= mask >> 1 & 0x55555555u;
+  mask = (mask & 0x33333333u) + (mask >> 2 & 0x33333333u);
+  return ((mask + (mask >> 4)) & 0x0F0F0F0Fu) * 0x01010101u >> 24;
+#endif
+}
+
+// Notes the places of a block from its mask: two at a time, whether there or not. In text most
 // blocks have no more, and branches on their number would be guesses.
-template <class Mask>
-[[gnu::always_inline]] inline uint32_t *note_mask(Mask mask, uint32_t offset, uint32_t *place) {
-  for (int i = 0; i < 2; ++i) {
-    *place = offset + static_cast<uint32_t>(std::countr_zero(mask));
-    place += mask != 0;
-    mask &= mask - 1;
-  }
-  for (; mask != 0; mask &= mask - 1) {
-    *place++ = offset + static_cast<uint32_t>(std::countr_zero(mask));
-  }
-  return place;
+[[gnu::always_inline]] inline uint32_t *note_mask(uint32_t mask, uint32_t offset, uint32_t *place) {
+  uint32_t *const end = place + count_bits(mask);
+  do {
+    for (int i = 0; i < 2; ++i) {
+      // With a bit at the end, so that there is always one to find.
+      *place++ = offset + static_cast<uint32_t>(std::countr_zero(mask | 0x80000000u));
+      mask &= mask - 1;
+    }
+  } while (place < end);
+  return end;
 }
 
 }  // namespace detail

@@ -30,9 +30,14 @@ inline Line noted_line(FileHandle *handle) {
 
 // Takes a line found by noted_line() off the unread bytes.
 inline void consume_noted(FileHandle *handle, Line line) {
-  handle->buffer.consume(line.consumed_bytes);
-  handle->line_feeds.unread_offset = handle->buffer.unread_offset;
-  ++handle->line_feeds.next;
+  LineFeeds &line_feeds = handle->line_feeds;
+  RecordBuffer &buffer = handle->buffer;
+  // From the line feed, not from where the line begins: that waits for the line before.
+  const uint32_t end = line_feeds.offsets[line_feeds.next] + 1;
+  ++line_feeds.next;
+  buffer.unread_bytes -= line.consumed_bytes;
+  buffer.unread_offset = end;
+  line_feeds.unread_offset = end;
 }
 
 // Notes line feeds among the unread bytes when none that was noted is left and line ends are one

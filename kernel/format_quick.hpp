@@ -107,10 +107,14 @@ class PlainCursor {
   plain->precision = kNoPrecision;
   plain->forms = kPlainLetter;
   if (cursor.character() < 'A') {  // digits, "*" and "." come before all letters
-    if (cursor.character() - '0' < 10) {
-      plain->forms |= cursor.character() == '0' ? kPlainWidth | kPlainZeros : kPlainWidth;
+    if (cursor.character() == '0') {
+      plain->forms |= kPlainWidth | kPlainZeros;
+      cursor.advance();
+    }
+    if (cursor.character() - '1' < 9) {
+      plain->forms |= kPlainWidth;
       plain->width = cursor.read_number();
-    } else if (cursor.character() == '*') {
+    } else if (cursor.character() == '*' && !plain->has(kPlainZeros)) {
       plain->forms |= kPlainStar;
       cursor.advance();
     }
@@ -221,7 +225,7 @@ template <uint32_t kBase>
                                                               uint64_t *refused_chars) {
   const int32_t width = has_star ? va_arg(arguments->list, int) : static_cast<int32_t>(width_chars);
   const auto *text = va_arg(arguments->list, const JXChar *);
-  const uint32_t chars = text ? string_length(text) : 0;
+  const uint32_t chars = text ? string_length<JXChar, true>(text) : 0;
   const auto room = static_cast<size_t>(limit - at);
   const uint32_t field_chars =
       width < 0 ? 0 - static_cast<uint32_t>(width) : static_cast<uint32_t>(width);

@@ -125,12 +125,15 @@ JX_APART inline uint32_t length_of_long_string(const T *string) {
 
 }  // namespace detail
 
-// The number of units before a zero.
-template <typename T>
+// The number of units before a zero. kLooksNear: callers that go on with short strings, where what
+// a call leaves in registers has to be saved, look for a near end first.
+template <typename T, bool kLooksNear = kScansStrings>
 [[gnu::always_inline]] inline uint32_t string_length(const T *string) {
-  if constexpr (kScansStrings) {
+  if constexpr (kLooksNear && vector::kLoadsPartOwned) {
     uint32_t length;
     if (detail::has_short_length<T>(string, &length)) return length;
+  }
+  if constexpr (kScansStrings) {
     return detail::length_of_long_string(string);
   } else {
     return detail::length_by_library<T>(string);

@@ -5,7 +5,7 @@
 //
 // Time against {fmt} with the formats compiled in, which makes 8-bit characters, on x86-64 and on
 // i386: "%d" 1.05 and 1.28, "%llu" 1.17 and 0.84, "%g" 0.88 and 0.87, "%s: %d of %llu at %.6f"
-// 0.79 and 0.67, "ZOR_util%04X%08X_%s" 1.24 and 1.02. Integers alone, written by hand into 32-bit
+// 0.79 and 0.67, "ZOR_util%04X%08X_%s" 1.24 and 0.96. Integers alone, written by hand into 32-bit
 // characters, take 1.12 and 1.25 ("%d"), 1.16 and 0.63 ("%llu"). Numbers of random length and sign
 // cost a mispredicted branch at each decision on them, and so there is one at most.
 //

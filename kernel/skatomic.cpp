@@ -5,7 +5,7 @@
 //   push / push   both compare the head with the top they linked to; the loser links again.
 //   push / pop    while the pop's busy bit is set the head equals no node, so the push's exchange
 //                 fails; once the bit is clear, the push sees the new top.
-//   pop / pop     one exchange sets the busy bit; the other pop finds it set and waits.
+//   pop / pop     one exchange sets the busy bit; the other pop finds it set, and tries again.
 //   reuse (ABA)   a node's link is read only under the busy bit, while nothing can enter or leave
 //                 the stack: a node that is popped and pushed again is never followed through an
 //                 old link.
@@ -17,7 +17,9 @@
 // Measured with one thread, a pop and a push take 1.5 times the time of a spin lock around a linked
 // list on i386 and 1.2 times on x86-64; two exported functions that only exchange a word against
 // itself take 1.2 and 1.1. A pop that uses what its exchange found, instead of the top it read
-// before, takes 1.3 times as long on x86-64: nothing goes on until the exchange is done.
+// before, takes 1.3 times as long on x86-64: nothing goes on until the exchange is done. Two and
+// four threads on two processors take 0.2 to 0.8 of the time of the best lock, because they wait
+// long enough for one of them to get many operations done.
 #include <atomic>
 #include <cstdint>
 #include <cstring>
@@ -28,7 +30,8 @@
 namespace {
 
 constexpr uintptr_t kBusyBit = 1;
-constexpr uint32_t kLongestWait = 64;  // most pauses between two tries
+constexpr uint32_t kFirstWait = 16;  // pauses between the first two tries
+constexpr uint32_t kLongestWait = 128;
 
 using Cell = std::atomic_ref<uint32_t>;
 using Head = std::atomic_ref<void *>;
@@ -53,8 +56,9 @@ void *link_field(void *node, uint32_t link_offset) {
   return static_cast<unsigned char *>(node) + link_offset;
 }
 
-// Waits between tries, twice as long after each lost exchange: the head stays in the winner's cache
-// for a few operations.
+// Waits between tries, twice as long after each: the head stays in the winner's cache for many
+// operations. A short first wait lets two threads take turns, and each turn moves the head's cache
+// line from one to the other.
 class Backoff {
  public:
   // Not covered: whether an exchange is lost is up to the scheduler.
@@ -65,18 +69,8 @@ class Backoff {
   // Covered.
 
  private:
-  uint32_t pauses_ = 1;
+  uint32_t pauses_ = kFirstWait;
 };
-
-// Loads the head, spinning while a pop is at work.
-void *settled(Head head) {
-  void *top = head.load(std::memory_order_acquire);
-  while (is_busy(top)) {
-    jx::vector::pause();
-    top = head.load(std::memory_order_acquire);
-  }
-  return top;
-}
 
 // False, and *expected is what was found, if that is not the head.
 bool exchange(Head head, void **expected, void *desired) {
@@ -101,33 +95,28 @@ bool try_pop(Head head, void *top, uint32_t link_offset) {
 }
 
 // Slow paths: another thread is at work. Out of line, so that the first try needs no registers that
-// have to be saved.
+// have to be saved. A thread that meets the busy bit waits like one that lost an exchange: one that
+// watched the head would take its cache line from the pop at work.
 [[gnu::noinline, gnu::cold]] void *push_contended(void **head, void *node, uint32_t link_offset) {
   const Head shared(*head);
-  Backoff backoff;
-  for (;;) {
-    void *top = settled(shared);
-    if (try_push(shared, &top, node, link_offset)) return top;
-    // Not covered: as above.
-    backoff.wait();
+  for (Backoff backoff;; backoff.wait()) {
+    void *top = shared.load(std::memory_order_acquire);
+    if (!is_busy(top) && try_push(shared, &top, node, link_offset)) return top;
   }
-  // Covered.
 }
 
 [[gnu::noinline, gnu::cold]] void *pop_contended(void **head, uint32_t link_offset) {
   const Head shared(*head);
-  Backoff backoff;
-  for (;;) {
-    void *top = settled(shared);
+  for (Backoff backoff;; backoff.wait()) {
+    void *top = shared.load(std::memory_order_acquire);
     if (is_empty(top)) return nullptr;
     // Loads the link's cache line during the exchange, so that the busy bit is held for less time.
     // The node may have left the stack meanwhile: a prefetch never faults.
-    __builtin_prefetch(link_field(top, link_offset));
-    if (try_pop(shared, top, link_offset)) return top;
-    // Not covered: as above.
-    backoff.wait();
+    if (!is_busy(top)) {
+      __builtin_prefetch(link_field(top, link_offset));
+      if (try_pop(shared, top, link_offset)) return top;
+    }
   }
-  // Covered.
 }
 
 }  // namespace

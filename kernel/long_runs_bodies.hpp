@@ -125,8 +125,12 @@ uint32_t LongRunsOf<Ops>::note_bytes(const uint8_t *data, uint32_t *offset, uint
     const auto first = Ops::template equal<uint8_t>(Ops::load(data + at), pattern);
     const auto second = Ops::template equal<uint8_t>(Ops::load(data + at + kStep), pattern);
     if (Ops::mask(Ops::either(first, second)) == 0) continue;
-    place = detail::note_mask(Ops::mask(first), at, place);
-    place = detail::note_mask(Ops::mask(second), at + kStep, place);
+    if constexpr (kStep == 16) {  // one mask for both
+      place = detail::note_mask(Ops::mask(first) | Ops::mask(second) << kStep, at, place);
+    } else {
+      place = detail::note_mask(Ops::mask(first), at, place);
+      place = detail::note_mask(Ops::mask(second), at + kStep, place);
+    }
   }
   for (; at < end && place < places + kManyPlaces; ++at) {
     *place = at;

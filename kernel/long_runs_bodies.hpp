@@ -29,7 +29,7 @@ template <class Ops, typename T>
 // By blocks where these are wider than the C library's.
 template <class Ops, typename T>
 [[gnu::always_inline]] inline uint32_t length_of(const void *string) {
-  if constexpr (kScansStrings && Ops::kBytes > vector::Base::kBytes) {
+  if constexpr (vector::kLoadsPartOwned && Ops::kBytes > vector::Base::kBytes) {
     return length_by_blocks<Ops, T>(string);
   } else {
     return length_by_library<T>(string);

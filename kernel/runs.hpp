@@ -2,8 +2,6 @@
 // short runs inline, the others by the bodies that kernel/long_runs.hpp chose.
 #pragma once
 
-#include <cstring>
-
 #include "kernel/fill.hpp"
 #include "kernel/long_runs.hpp"
 #include "kernel/scan.hpp"
@@ -25,32 +23,15 @@ JX_APART inline int32_t find_in_long_run(const void *buffer, uint32_t count, T v
 
 template <typename T>
 JX_APART inline int32_t compare_long_runs(const void *first, const void *second, uint32_t count) {
-  if constexpr (sizeof(T) != 1) {
-    return kLongRuns.compare_chars(first, second, count);
-  } else if constexpr (sizeof(void *) == 4) {
+  if constexpr (sizeof(T) == 1) {
     return kLongRuns.compare_bytes(first, second, count);
   } else {
-    const int order = std::memcmp(first, second, count);
-    return (order > 0) - (order < 0);
+    return kLongRuns.compare_chars(first, second, count);
   }
 }
 
 JX_APART inline void fill_long_run(uint32_t *buffer, uint32_t value, uint32_t count) {
   kLongRuns.fill_chars(buffer, value, count);
-}
-
-// Where the match is that a short run is known to have. Out of line, with the arguments as they
-// came: a routine ends with a jump here and needs no frame and few registers until then.
-template <typename T, bool kEqual>
-[[gnu::noinline]] inline int32_t find_in_short_run(const void *buffer, uint32_t count, T value) {
-  return static_cast<int32_t>(scan_short<T, kEqual>(buffer, count, value));
-}
-
-// The order of short runs that are known to differ.
-template <typename T>
-[[gnu::noinline]] inline int32_t order_short_runs(const void *first, const void *second,
-                                                  uint32_t count) {
-  return order_at<T>(first, second, mismatch_short<T>(first, second, count));
 }
 
 }  // namespace detail
@@ -62,9 +43,8 @@ template <typename T, bool kEqual>
   if (!is_short_run<T>(count)) [[unlikely]] {
     return detail::find_in_long_run<T, kEqual>(buffer, count, value);
   }
-  if (has_unit_short<T, kEqual>(buffer, count, value)) [[unlikely]]
-    return detail::find_in_short_run<T, kEqual>(buffer, count, value);
-  return -1;
+  const size_t index = scan_short<T, kEqual>(buffer, count, value);
+  return index == count ? -1 : static_cast<int32_t>(index);
 }
 
 // 0 for equal runs; else 1 or -1, by the first units that differ as order_of() has it.
@@ -73,9 +53,8 @@ template <typename T>
                                                     uint32_t count) {
   if (!is_short_run<T>(count)) [[unlikely]]
     return detail::compare_long_runs<T>(first, second, count);
-  if (differs_short<T>(first, second, count)) [[unlikely]]
-    return detail::order_short_runs<T>(first, second, count);
-  return 0;
+  const size_t index = mismatch_short<T>(first, second, count);
+  return index == count ? 0 : order_at<T>(first, second, index);
 }
 
 // Stores a value in 32-bit units.

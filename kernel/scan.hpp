@@ -45,9 +45,9 @@ struct ValueMatch {
 
   explicit ValueMatch(T wanted) : value(wanted), pattern(Ops::template repeat<T>(wanted)) {}
 
-  // All bits set in each unit that equals the value, of the block at an offset in bytes.
-  typename Ops::Block equal_at(size_t offset, const uint8_t *data) const {
-    return Ops::template equal<T>(Ops::load(data + offset), pattern);
+  // All bits set in each unit that equals the value.
+  typename Ops::Block equal_at(size_t index, const uint8_t *data) const {
+    return Ops::template equal<T>(Ops::load(data + index * sizeof(T)), pattern);
   }
   // The same for the first word of a run and the one at `last`.
   template <typename Word>
@@ -66,8 +66,9 @@ template <class Ops, typename T>
 struct Mismatch {
   const uint8_t *other;
 
-  typename Ops::Block equal_at(size_t offset, const uint8_t *data) const {
-    return Ops::template equal<T>(Ops::load(data + offset), Ops::load(other + offset));
+  typename Ops::Block equal_at(size_t index, const uint8_t *data) const {
+    return Ops::template equal<T>(Ops::load(data + index * sizeof(T)),
+                                  Ops::load(other + index * sizeof(T)));
   }
   template <typename Word>
   typename Ops::Block equal_words(size_t last, const uint8_t *data) const {
@@ -94,27 +95,22 @@ inline typename Ops::Block join(const typename Ops::Block &a, const typename Ops
   return Match::kWantsEqual ? Ops::either(a, b) : Ops::both(a, b);
 }
 
-// Not zero if four blocks have a match, of which two begin at `low` and two end at `high`. A mask,
-// so that callers that ask for different blocks share one test.
+// Tells whether four blocks have a match, of which two begin at `low` and two end at `high`.
 template <class Ops, typename T, class Match>
-inline typename Ops::Mask has_match(const Match &match, const uint8_t *data, size_t low,
-                                    size_t high) {
-  // Offsets in bytes: those before the end cost no register of their own.
-  const size_t begin = low * sizeof(T), end = high * sizeof(T);
-  const auto first =
-      join<Ops, Match>(match.equal_at(begin, data), match.equal_at(begin + Ops::kBytes, data));
-  const auto second = join<Ops, Match>(match.equal_at(end - 2 * Ops::kBytes, data),
-                                       match.equal_at(end - Ops::kBytes, data));
-  return matches_of<Ops, Match>(join<Ops, Match>(first, second));
+inline bool has_match(const Match &match, const uint8_t *data, size_t low, size_t high) {
+  constexpr size_t kStep = Ops::kBytes / sizeof(T);
+  const auto first = join<Ops, Match>(match.equal_at(low, data), match.equal_at(low + kStep, data));
+  const auto second =
+      join<Ops, Match>(match.equal_at(high - 2 * kStep, data), match.equal_at(high - kStep, data));
+  return matches_of<Ops, Match>(join<Ops, Match>(first, second)) != 0;
 }
 
 // The same for two blocks: one begins at `low`, the other ends at `high`.
 template <class Ops, typename T, class Match>
-inline typename Ops::Mask has_match_in_two(const Match &match, const uint8_t *data, size_t low,
-                                           size_t high) {
-  const auto both = join<Ops, Match>(match.equal_at(low * sizeof(T), data),
-                                     match.equal_at(high * sizeof(T) - Ops::kBytes, data));
-  return matches_of<Ops, Match>(both);
+inline bool has_match_in_two(const Match &match, const uint8_t *data, size_t low, size_t high) {
+  constexpr size_t kStep = Ops::kBytes / sizeof(T);
+  const auto both = join<Ops, Match>(match.equal_at(low, data), match.equal_at(high - kStep, data));
+  return matches_of<Ops, Match>(both) != 0;
 }
 
 // The first match, of which there is one at `index` or after it and before `end`.
@@ -124,24 +120,29 @@ inline size_t find_match(const Match &match, const uint8_t *data, size_t index, 
   for (;; index += kStep) {
     // The last block may overlap the one before: the units seen twice did not match.
     if (index > end - kStep) index = end - kStep;
-    const auto mask = matches_of<Ops, Match>(match.equal_at(index * sizeof(T), data));
+    const auto mask = matches_of<Ops, Match>(match.equal_at(index, data));
     if (mask != 0) return index + first_unit<T>(mask);
   }
 }
 
-// The same for one block to four.
+// The first match in one block to four.
 template <typename T, class Match>
-[[gnu::always_inline]] inline vector::Base::Mask has_match_in_blocks(const Match &match,
-                                                                     const uint8_t *data,
-                                                                     size_t count) {
+[[gnu::always_inline]] inline size_t scan_short_blocks(const Match &match, const uint8_t *data,
+                                                       size_t count) {
   using Ops = vector::Base;
-  if (count > 2 * Ops::kBytes / sizeof(T)) return has_match<Ops, T>(match, data, 0, count);
-  return has_match_in_two<Ops, T>(match, data, 0, count);
+  constexpr size_t kStep = Ops::kBytes / sizeof(T);
+  if (count <= 2 * kStep) {
+    if (!has_match_in_two<Ops, T>(match, data, 0, count)) [[likely]]
+      return count;
+  } else if (!has_match<Ops, T>(match, data, 0, count)) [[likely]] {
+    return count;
+  }
+  return find_match<Ops, T>(match, data, 0, count);
 }
 
 // The first match in two blocks or more, by groups of four: the first at the start, the last at the
 // end, and in a long run those between them on the grid of blocks. Only indices grow: a count may
-// go beyond the memory if a match comes first.
+// go beyond the memory if a match comes in an earlier group.
 template <class Ops, typename T, class Match>
 [[gnu::always_inline]] inline size_t scan_blocks(const Match &match, const uint8_t *data,
                                                  size_t count) {
@@ -167,35 +168,20 @@ template <class Ops, typename T, class Match>
   return find_match<Ops, T>(match, data, index, end);
 }
 
-// The matches in two words, which may overlap: a bit for each byte of the first, then of the
-// second.
-template <typename Word, typename T, class Match>
-[[gnu::always_inline]] inline auto matches_in_words(const Match &match, const uint8_t *data,
-                                                    size_t count) {
-  using Ops = vector::Base;
-  constexpr typename Ops::Mask kBothWords = (1u << 2 * sizeof(Word)) - 1;
-  const auto equal = match.template equal_words<Word>(count - sizeof(Word) / sizeof(T), data);
-  return matches_of<Ops, Match>(equal) & kBothWords;
-}
-
-// The first match in two words.
+// The first match in two words, which may overlap.
 template <typename Word, typename T, class Match>
 [[gnu::always_inline]] inline size_t scan_two_words(const Match &match, const uint8_t *data,
                                                     size_t count) {
+  using Ops = vector::Base;
   constexpr size_t kStep = sizeof(Word) / sizeof(T);
-  const auto mask = matches_in_words<Word, T>(match, data, count);
-  if (mask == 0) return count;
+  constexpr typename Ops::Mask kBothWords = (1u << 2 * sizeof(Word)) - 1;
+  const size_t last = count - kStep;
+  const auto equal = match.template equal_words<Word>(last, data);
+  const auto mask = matches_of<Ops, Match>(equal) & kBothWords;
+  if (mask == 0) [[likely]]
+    return count;
   const size_t index = first_unit<T>(mask);
-  return index < kStep ? index : count - 2 * kStep + index;
-}
-
-// The first match, unit by unit.
-template <class Match>
-[[gnu::always_inline]] inline size_t scan_each(const Match &match, const uint8_t *data,
-                                               size_t count) {
-  size_t index = 0;
-  while (index < count && match.is_equal(index, data) != Match::kWantsEqual) ++index;
-  return index;
+  return index < kStep ? index : last + index - kStep;
 }
 
 // The first match among fewer units than a block.
@@ -206,33 +192,18 @@ template <typename T, class Match>
   if constexpr (sizeof(T) < 4) {
     if (count >= 4 / sizeof(T)) return scan_two_words<uint32_t, T>(match, data, count);
   }
-  return scan_each(match, data, count);
+  size_t index = 0;
+  while (index < count && match.is_equal(index, data) != Match::kWantsEqual) ++index;
+  return index;
 }
 
 // The first match in at most kShortRunBytes.
 template <typename T, class Match>
 [[gnu::always_inline]] inline size_t scan_short_run(const Match &match, const uint8_t *data,
                                                     size_t count) {
-  using Ops = vector::Base;
-  if (count < Ops::kBytes / sizeof(T)) [[unlikely]]
+  if (count < vector::Base::kBytes / sizeof(T)) [[unlikely]]
     return scan_few<T>(match, data, count);
-  if (!has_match_in_blocks<T>(match, data, count)) [[likely]]
-    return count;
-  return find_match<Ops, T>(match, data, 0, count);
-}
-
-// Not zero if there is a match in at most kShortRunBytes.
-template <typename T, class Match>
-[[gnu::always_inline]] inline vector::Base::Mask has_match_in_short(const Match &match,
-                                                                    const uint8_t *data,
-                                                                    size_t count) {
-  if (count >= vector::Base::kBytes / sizeof(T)) [[likely]]
-    return has_match_in_blocks<T>(match, data, count);
-  if (count >= 8 / sizeof(T)) return matches_in_words<uint64_t, T>(match, data, count);
-  if constexpr (sizeof(T) < 4) {
-    if (count >= 4 / sizeof(T)) return matches_in_words<uint32_t, T>(match, data, count);
-  }
-  return scan_each(match, data, count) != count;
+  return scan_short_blocks<T>(match, data, count);
 }
 
 }  // namespace detail
@@ -253,14 +224,6 @@ inline size_t scan_units(const void *buffer, size_t count, T value) {
   return detail::scan_blocks<vector::Base, T>(match, static_cast<const uint8_t *>(buffer), count);
 }
 
-// Tells whether at most kShortRunBytes have a unit that equals `value`, or with kEqual false
-// differs from it.
-template <typename T, bool kEqual = true>
-[[gnu::always_inline]] inline bool has_unit_short(const void *buffer, size_t count, T value) {
-  const detail::ValueMatch<vector::Base, T, kEqual> match(value);
-  return detail::has_match_in_short<T>(match, static_cast<const uint8_t *>(buffer), count) != 0;
-}
-
 // The index of the first unit in which two runs differ, `count` if they are equal. At most
 // kShortRunBytes.
 template <typename T>
@@ -268,14 +231,6 @@ template <typename T>
                                                     size_t count) {
   const detail::Mismatch<vector::Base, T> match = {static_cast<const uint8_t *>(second)};
   return detail::scan_short_run<T>(match, static_cast<const uint8_t *>(first), count);
-}
-
-// Tells whether at most kShortRunBytes of two runs differ.
-template <typename T>
-[[gnu::always_inline]] inline bool differs_short(const void *first, const void *second,
-                                                 size_t count) {
-  const detail::Mismatch<vector::Base, T> match = {static_cast<const uint8_t *>(second)};
-  return detail::has_match_in_short<T>(match, static_cast<const uint8_t *>(first), count) != 0;
 }
 
 // The order of two runs by the units at `index`, which differ: 1 or -1. Bytes compare as unsigned

@@ -203,6 +203,19 @@ TYPED_TEST(RunsTest, LengthsOfStrings) {
   }
 }
 
+// A count beyond the memory is no harm if the first units decide.
+TEST(Runs, OverlongCountsStopAtTheFirstMatch) {
+  const FencedPages pages, other_pages;
+  uint8_t *data = pages.at_end(256, 0), *other = other_pages.at_end(256, 0);
+  std::memset(data, 'x', 256);
+  std::memset(other, 'x', 256);
+  data[8] = 'y';
+  EXPECT_EQ(skMemCmp(data, other, UINT32_MAX), 1);
+  EXPECT_EQ(skMemCmp(other, data, UINT32_MAX), -1);
+  EXPECT_EQ(skMemScan(data, UINT32_MAX, 'y'), 8);
+  EXPECT_EQ(skMemNScan(data, UINT32_MAX, 'x'), 8);
+}
+
 TEST(Runs, FillWritesExactlyTheRange) {
   const FencedPages pages;
   for (uint32_t count = 0; count <= kLongest; ++count) {

@@ -36,7 +36,7 @@ template <class Ops, typename T>
   }
 }
 
-// The number of bits of a mask, by one instruction or none that is slow.
+// The number of bits of a mask. Without an instruction for it, std::popcount() would be a call.
 [[gnu::always_inline]] inline uint32_t count_bits(uint32_t mask) {
 #if defined(__POPCNT__)
   return static_cast<uint32_t>(std::popcount(mask));

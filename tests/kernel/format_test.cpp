@@ -75,6 +75,7 @@ TEST(Format, Values) {
   void *const pointer = reinterpret_cast<void *>(0xABC);
   check({
       {run("%05d|%+d|% d|%+ d", -42, 0, 7, 8), "-0042|+0| 7|+8"},
+      {run("%00d|%005d|%0*d|%0*s|%00s", 7, 7, 4, 7, 3, U"a", U"b"), "7|00007|0007|  a|b"},
       {run("%d %lld", INT_MIN, LLONG_MIN), "-2147483648 -9223372036854775808"},
       {run("%u %lu %llu", -1, 7L, ~0ULL), "4294967295 7 18446744073709551615"},
       {run("%#08x|%#o|%#x|%#X", 0x1F, 8, 0, 255), "00000x1f|010|0|0XFF"},
